@@ -1,0 +1,100 @@
+// The error facility of the numeric library.
+//
+// A numbered error names a message in one of the registered catalogues; the place that raises it
+// passes the arguments of that message. One replaceable handler receives both. The default handler
+// writes "** ", the message and ".\n" to the error report (`rptError`) and then either lets the
+// operation go on (a warning) or aborts the process (a fatal error). A message that itself ends in a
+// full stop is printed with a second one.
+//
+// After a handler that returns, the operation that raised the error goes on as its own documentation
+// says. None of this is synchronised: it is for one thread at a time.
+#pragma once
+
+#include <cstdarg>
+#include <cstdint>
+
+#include <kilnbase/export.h>
+
+/// What a raise site hands to the handler.
+struct MathErrorRecord {
+  std::uint16_t number;    ///< High 4 bits: catalogue id; low 12 bits: index in it. 0: no error.
+  std::uint32_t severity;  ///< 0 warning, 1 the catalogue entry's own severity, 2 fatal.
+  std::uint16_t classTag;  ///< Class that raised the error; 0xF000 for errors raised by number.
+};
+
+struct MathCatalogEntry {
+  std::uint32_t severity;  ///< 0 warning, 2 fatal.
+  const char* message;     ///< printf format.
+};
+
+/// A message catalogue. The caller of `addMathCatalog` keeps ownership; only `next` is written.
+struct MathMessageCatalog {
+  std::uint32_t id;  ///< 3 vectors, 4 matrices, 5 factorizations; others are free to use.
+  const MathCatalogEntry* entries;
+  std::uint32_t count;
+  MathMessageCatalog* next;
+};
+
+/// Registers catalogue 3 (general and vector messages) while at least one instance lives.
+class KILNBASE_API RWMATHInit {
+ public:
+  RWMATHInit();
+  ~RWMATHInit();
+  RWMATHInit(const RWMATHInit&) : RWMATHInit() {}
+  RWMATHInit& operator=(const RWMATHInit&) { return *this; }
+};
+
+/// Registers catalogue 4 (matrix messages) while at least one instance lives.
+class KILNBASE_API RWMATXInit {
+ public:
+  RWMATXInit();
+  ~RWMATXInit();
+  RWMATXInit(const RWMATXInit&) : RWMATXInit() {}
+  RWMATXInit& operator=(const RWMATXInit&) { return *this; }
+};
+
+/// Registers catalogue 5 (factorization messages) while at least one instance lives.
+class KILNBASE_API RWFACTInit {
+ public:
+  RWFACTInit();
+  ~RWFACTInit();
+  RWFACTInit(const RWFACTInit&) : RWFACTInit() {}
+  RWFACTInit& operator=(const RWFACTInit&) { return *this; }
+};
+
+namespace vxKilnBase {
+
+/// Receives a raised error and the arguments of its message (for a catalogue 3 message the class name
+/// is the first). What it returns is passed back to the raise site, which may go on.
+using MathErrorHandler = int (*)(const MathErrorRecord& record, std::va_list arguments);
+
+/// Installs `handler` (null: the default handler) and returns the one before it.
+KILNBASE_API MathErrorHandler setMathErrorHandler(MathErrorHandler handler);
+
+/// Appends a catalogue to the list. One that is in the list already is not added twice.
+KILNBASE_API void addMathCatalog(MathMessageCatalog& catalog);
+
+/// Unlinks the first catalogue with this id; does nothing when there is none.
+KILNBASE_API void removeMathCatalog(std::uint32_t id);
+
+/// The entry of an error number, or null when no registered catalogue has its id. The index in the
+/// catalogue is not checked: a number past the end of a registered catalogue is the caller's error.
+KILNBASE_API const MathCatalogEntry* findMathMessage(std::uint16_t number);
+
+namespace detail {
+KILNBASE_API int raiseMathErrorArguments(MathErrorRecord record, ...);
+}
+
+/// Raises an error of the class `className`, whose name is the first argument of the message.
+template <class... Arguments>
+int raiseMathError(const MathErrorRecord& record, const char* className, Arguments... arguments) {
+  return detail::raiseMathErrorArguments(record, className, arguments...);
+}
+
+/// Raises an error by number, with the catalogue's severity and class tag 0xF000.
+template <class... Arguments>
+int raiseMathError(std::uint16_t number, Arguments... arguments) {
+  return detail::raiseMathErrorArguments(MathErrorRecord{number, 1, 0xF000}, arguments...);
+}
+
+}  // namespace vxKilnBase

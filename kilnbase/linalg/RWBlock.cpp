@@ -1,0 +1,60 @@
+#include <new>
+
+#include <kilnbase/linalg/MathError.h>
+#include <kilnbase/linalg/RWBlock.h>
+#include <kilnbase/linalg/detail/SmallObjects.h>
+
+namespace {
+
+constexpr std::size_t kAlignedFrom = 512;
+constexpr std::size_t kAlignment = 64;
+
+static_assert(sizeof(RWBlock) == 16, "the storage of a joint piece follows a 16-byte header");
+
+void raiseOutOfMemory() {
+  vxKilnBase::raiseMathError(MathErrorRecord{0x3008, 2, 0x901A}, "RWBlock");
+}
+
+// How far into `piece` the header must stand for the storage behind it to be aligned.
+std::size_t headerOffset(const void* piece, std::size_t bytes) {
+  if (bytes < kAlignedFrom) return 0;
+  const auto storage = reinterpret_cast<std::uintptr_t>(piece) + sizeof(RWBlock);
+  return (kAlignment - storage % kAlignment) % kAlignment;
+}
+
+}  // namespace
+
+RWBlock::RWBlock(unsigned count, std::size_t size) : RWBlock() {
+  if (count == 0) return;
+  data = ::operator new(count * size, std::nothrow);
+  if (data == nullptr) raiseOutOfMemory();
+}
+
+RWBlock::~RWBlock() {
+  if (pieceOffset_ == 0) ::operator delete(data);
+}
+
+RWBlock* RWBlock::create(unsigned count, std::size_t size) {
+  const std::size_t bytes = count * size;
+  const std::size_t slack = bytes < kAlignedFrom ? 0 : kAlignment;
+  void* piece = vxKilnBase::detail::takeSmallObject(sizeof(RWBlock) + slack + bytes);
+  if (piece == nullptr) {
+    raiseOutOfMemory();
+    return new RWBlock();
+  }
+  const std::size_t offset = headerOffset(piece, bytes);
+  auto* block = new (static_cast<std::byte*>(piece) + offset) RWBlock();
+  block->pieceOffset_ = static_cast<std::uint16_t>(offset + 1);
+  if (count != 0) block->data = block + 1;
+  return block;
+}
+
+void RWBlock::destroy(RWBlock* block) {
+  if (block->pieceOffset_ == 0) {
+    delete block;
+    return;
+  }
+  void* piece = reinterpret_cast<std::byte*>(block) - (block->pieceOffset_ - 1);
+  block->~RWBlock();
+  vxKilnBase::detail::releaseSmallObject(piece, sizeof(RWBlock));
+}

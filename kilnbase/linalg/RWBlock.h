@@ -1,0 +1,50 @@
+// The counted storage behind every vector and matrix.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <kilnbase/export.h>
+
+/// A reference-counted block of raw, uninitialised element storage.
+///
+/// Vectors and matrices obtain theirs with `create`, which takes the header and the storage from the
+/// heap as one piece, count references with `acquire` and `release`, and never look at how a block was
+/// made. Counts are plain integers: a block belongs to one thread at a time. A count that reaches
+/// 65535 stays there, so that a block with too many views is never freed rather than freed too early.
+class KILNBASE_API RWBlock {
+ public:
+  std::uint16_t refs;  ///< Number of references; 1 in a new block.
+
+ private:
+  std::uint16_t pieceOffset_ = 0;  // made by create(): bytes from the start of the piece, plus 1
+
+ public:
+  void* data;  ///< The storage, or null for an empty block.
+
+  /// Takes `count` times `size` bytes from the heap, none when `count` is 0. When there is not enough
+  /// memory, raises 0x3008 (always fatal under the default handler) and leaves `data` null.
+  RWBlock(unsigned count, std::size_t size);
+  ~RWBlock();
+  RWBlock(const RWBlock&) = delete;
+  RWBlock& operator=(const RWBlock&) = delete;
+
+  /// A new block with one reference, its storage aligned for the widest vector registers from 512
+  /// bytes up. Failure is that of the constructor.
+  static RWBlock* create(unsigned count, std::size_t size);
+
+  void acquire() {
+    if (refs != kSaturated) ++refs;
+  }
+
+  /// Drops one reference; the last one destroys the block.
+  static void release(RWBlock* block) {
+    if (block->refs != kSaturated && --block->refs == 0) destroy(block);
+  }
+
+ private:
+  static constexpr std::uint16_t kSaturated = 0xFFFF;
+
+  RWBlock() noexcept : refs(1), data(nullptr) {}
+  static void destroy(RWBlock* block);
+};

@@ -1,0 +1,196 @@
+// The general-matrix family: DoubleGenMat and IntGenMat are GenMat<double> and GenMat<int>.
+#pragma once
+
+#include <kilnbase/linalg/detail/Vec.h>
+
+namespace vxKilnBase {
+
+template <class T>
+class GenMatPick;
+
+/// A dense m by n matrix, column-major over one vector.
+///
+/// Element (i, j), row i and column j from 0, is element `rows() * j + i` of the data vector. Rows,
+/// columns and diagonals are views of the same storage: writing through them changes the matrix. As with
+/// vectors, **copy construction shares** the storage and **assignment copies** elements between matrices
+/// of the same size; `copy` makes an independent matrix.
+///
+///     DoubleGenMat a(3, 2, 0.0);
+///     a(2, 1) = 5.0;
+///     a.col(0) = 1.0;                      // the first column
+///     DoubleVec y = product(a, a.row(2));  // A times its last row
+///
+/// Errors are raised by number through MathError.h; when the handler returns, the operation goes on with
+/// the access as asked for. More than 2^32 - 1 elements raise 0x3008. For one thread at a time.
+template <class T>
+class KILNBASE_API GenMat : public Vec<T> {
+ public:
+  /// What messages call this class.
+  static constexpr const char* className = VecNames<T>::genMat;
+
+  /// 0 by 0.
+  GenMat() = default;
+  /// m rows and n columns, not initialised.
+  GenMat(unsigned m, unsigned n);
+  GenMat(unsigned m, unsigned n, T value);
+  /// Copies m * n values, column by column.
+  GenMat(const T* values, unsigned m, unsigned n);
+  /// A matrix over the storage of `v`, nothing copied. Raises 0x400A unless the length of `v` is m * n.
+  GenMat(const Vec<T>& v, unsigned m, unsigned n);
+  /// A view of the same elements; nothing is copied.
+  GenMat(const GenMat& other) = default;
+  /// A new matrix of the picked elements.
+  GenMat(const GenMatPick<T>& pick);  // NOLINT(google-explicit-constructor): a pick is a matrix to callers
+  /// A new matrix of the same numbers.
+  GenMat(const GenMat<int>& other) requires std::same_as<T, double>;  // NOLINT(google-explicit-constructor)
+  ~GenMat() = default;
+
+  /// Copies the elements of `b`. Raises 0x4004 when the sizes differ.
+  GenMat& operator=(const GenMat& b);
+  GenMat& operator=(const GenMatPick<T>& pick);
+  /// Sets every element.
+  GenMat& operator=(T value);
+  void zero() { *this = T(0); }
+
+  /// Makes this a view of `other`, of any size.
+  void reference(const GenMat& other);
+  /// A new matrix with the same elements.
+  GenMat copy() const;
+  GenMat deepCopy() const { return copy(); }
+  /// Changes the size. Elements that the old and the new matrix have in common keep their values and
+  /// places, all others are 0.
+  void resize(unsigned m, unsigned n);
+  /// Changes the size. The elements are lost, and not initialised, unless the number of elements stays.
+  void reshape(unsigned m, unsigned n);
+
+  unsigned rows() const { return nrows_; }
+  unsigned cols() const { return ncols_; }
+  /// A view of all elements, column by column.
+  Vec<T> dataVec() const { return *this; }
+
+  /// Element (i, j), not checked.
+  T& operator()(int i, int j) { return Vec<T>::operator()(index(i, j)); }
+  T operator()(int i, int j) const { return Vec<T>::operator()(index(i, j)); }
+  T& sub(int i, int j) { return (*this)(i, j); }
+  T sub(int i, int j) const { return (*this)(i, j); }
+  T& ref(int i, int j) { return (*this)(i, j); }
+  T val(int i, int j) const { return (*this)(i, j); }
+  /// Sets element (i, j), not checked, and returns the value.
+  T set(int i, int j, T value) { return (*this)(i, j) = value; }
+  /// Element (i, j); raises 0x4005 when it is not in the matrix.
+  T& bcref(int i, int j);
+  T bcval(int i, int j) const;
+  T bcset(int i, int j, T value);
+
+  /// Views of column j, row i and diagonal k (k > 0 above the main one, k < 0 below it), not checked.
+  Vec<T> col(int j) const;
+  Vec<T> row(int i) const;
+  Vec<T> diagonal(int k = 0) const;
+  /// The same, raising 0x4007, 0x4006 and 0x4008 for what is not in the matrix. The last one tells the
+  /// negated index.
+  Vec<T> bccol(int j) const;
+  Vec<T> bcrow(int i) const;
+  Vec<T> bcdiagonal(int k = 0) const;
+
+  /// The sub-matrix of these rows and columns, in this order, as a view that reads and writes through.
+  /// Each index outside the matrix raises 0x4001.
+  GenMatPick<T> matPick(const Vec<int>& rowIndices, const Vec<int>& columnIndices) const;
+  GenMatPick<T> operator()(const Vec<int>& rowIndices, const Vec<int>& columnIndices) const;
+
+  /// A new matrix of f(x) for every element x.
+  GenMat apply(T (*f)(T)) const;
+
+  /// Writes "MxN [", the rows, a line each, and "]". Every element takes the field width that the stream
+  /// has on entry.
+  void printOn(std::ostream& stream) const;
+  /// Reads what `printOn` writes and takes its size. When the text is cut short, or the number of elements
+  /// is not that of the size told, raises 0x4017 and leaves the matrix as it was.
+  void scanFrom(std::istream& stream);
+
+  GenMat& operator+=(const GenMat& b) { return update(Base::kAdd, b); }
+  GenMat& operator-=(const GenMat& b) { return update(Base::kSubtract, b); }
+  GenMat& operator*=(const GenMat& b) { return update(Base::kMultiply, b); }
+  GenMat& operator/=(const GenMat& b) { return update(Base::kDivide, b); }
+  GenMat& operator+=(T x) { return update(Base::kAdd, x); }
+  GenMat& operator-=(T x) { return update(Base::kSubtract, x); }
+  GenMat& operator*=(T x) { return update(Base::kMultiply, x); }
+  GenMat& operator/=(T x) { return update(Base::kDivide, x); }
+  GenMat& operator++() { return update(Base::kAdd, T(1)); }
+  GenMat& operator--() { return update(Base::kSubtract, T(1)); }
+
+  /// Element by element; matrices of different sizes are unequal.
+  bool operator==(const GenMat& b) const;
+
+  /// Element by element; the result is a new matrix. Raises 0x4004 when the sizes differ.
+  friend GenMat operator+(const GenMat& a, const GenMat& b) { return combine(Base::kAdd, a, b); }
+  friend GenMat operator-(const GenMat& a, const GenMat& b) {
+    return combine(Base::kSubtract, a, b);
+  }
+  friend GenMat operator*(const GenMat& a, const GenMat& b) {
+    return combine(Base::kMultiply, a, b);
+  }
+  friend GenMat operator/(const GenMat& a, const GenMat& b) { return combine(Base::kDivide, a, b); }
+  friend GenMat operator+(const GenMat& a, T x) { return combine(Base::kAdd, a, x); }
+  friend GenMat operator-(const GenMat& a, T x) { return combine(Base::kSubtract, a, x); }
+  friend GenMat operator*(const GenMat& a, T x) { return combine(Base::kMultiply, a, x); }
+  friend GenMat operator/(const GenMat& a, T x) { return combine(Base::kDivide, a, x); }
+  friend GenMat operator+(T x, const GenMat& a) { return combine(Base::kAdd, x, a); }
+  friend GenMat operator-(T x, const GenMat& a) { return combine(Base::kSubtract, x, a); }
+  friend GenMat operator*(T x, const GenMat& a) { return combine(Base::kMultiply, x, a); }
+  friend GenMat operator/(T x, const GenMat& a) { return combine(Base::kDivide, x, a); }
+  friend GenMat operator-(const GenMat& a) { return combine(Base::kMultiply, a, T(-1)); }
+  friend GenMat operator+(const GenMat& a) { return a.copy(); }
+
+  friend std::ostream& operator<<(std::ostream& stream, const GenMat& a) {
+    a.printOn(stream);
+    return stream;
+  }
+  friend std::istream& operator>>(std::istream& stream, GenMat& a) {
+    a.scanFrom(stream);
+    return stream;
+  }
+
+ private:
+  using Base = Vec<T>;
+  using Operation = typename Vec<T>::Operation;
+
+  static GenMat combine(Operation operation, const GenMat& a, const GenMat& b);
+  static GenMat combine(Operation operation, const GenMat& a, T b);
+  static GenMat combine(Operation operation, T a, const GenMat& b);
+  GenMat& update(Operation operation, const GenMat& b);
+  GenMat& update(Operation operation, T b);
+
+  int index(int i, int j) const {
+    return static_cast<int>(nrows_ * static_cast<unsigned>(j) + static_cast<unsigned>(i));
+  }
+  void elementCheck(int i, int j) const;
+  void sizeCheck(unsigned rows, unsigned columns) const;
+
+  unsigned ncols_ = 0;
+  unsigned nrows_ = 0;
+};
+
+/// A times B, new. Raises 0x4016 unless A has as many columns as B has rows; when the handler returns,
+/// the product is taken over the columns of A and rows of B that both have. So do the two below.
+template <class T>
+KILNBASE_API GenMat<T> product(const GenMat<T>& a, const GenMat<T>& b);
+/// A times B transposed.
+template <class T>
+KILNBASE_API GenMat<T> transProduct(const GenMat<T>& a, const GenMat<T>& b);
+/// A transposed times B.
+template <class T>
+KILNBASE_API GenMat<T> transposeProduct(const GenMat<T>& a, const GenMat<T>& b);
+/// A times a column vector. Raises 0x4014 on a mismatch.
+template <class T>
+KILNBASE_API Vec<T> product(const GenMat<T>& a, const Vec<T>& v);
+/// A row vector times A. Raises 0x4015 on a mismatch.
+template <class T>
+KILNBASE_API Vec<T> product(const Vec<T>& v, const GenMat<T>& a);
+/// A transposed, new.
+template <class T>
+KILNBASE_API GenMat<T> transpose(const GenMat<T>& a);
+/// The Kronecker product, new: block (i, j) is B times A(i, j).
+template <class T>
+KILNBASE_API GenMat<T> kronecker(const GenMat<T>& a, const GenMat<T>& b);
+
+}  // namespace vxKilnBase

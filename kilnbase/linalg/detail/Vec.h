@@ -1,0 +1,279 @@
+// The vector family: DoubleVec, IntVec and SCharVec are Vec<double>, Vec<int> and Vec<signed char>.
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+#include <iosfwd>
+
+#include <kilnbase/export.h>
+#include <kilnbase/linalg/RWBlock.h>
+
+namespace vxKilnBase {
+
+template <class T>
+class VecPick;
+
+/// What the numeric errors of a family call its classes.
+template <class T>
+struct VecNames;
+
+template <>
+struct VecNames<double> {
+  static constexpr const char* vec = "DoubleVec";
+  static constexpr const char* pick = "DoubleVecPick";
+  static constexpr const char* genMat = "DoubleGenMat";
+  static constexpr std::uint16_t vecTag = 0x900E;
+  static constexpr std::uint16_t pickTag = 0x900D;
+};
+
+template <>
+struct VecNames<int> {
+  static constexpr const char* vec = "IntVec";
+  static constexpr const char* pick = "IntVecPick";
+  static constexpr const char* genMat = "IntGenMat";
+  static constexpr std::uint16_t vecTag = 0x9018;
+  static constexpr std::uint16_t pickTag = 0x9017;
+};
+
+template <>
+struct VecNames<signed char> {
+  static constexpr const char* vec = "SCharVec";
+  static constexpr const char* pick = "SCharVecPick";
+  static constexpr std::uint16_t vecTag = 0x9024;
+  static constexpr std::uint16_t pickTag = 0x9023;
+};
+
+/// A one-dimensional array: a strided view onto counted storage.
+///
+/// A vector is a block of storage, a start in it, a length and a stride. **Copy construction shares
+/// the storage** (so do `slice`, `reference`, `reverse` and the rows and columns of matrices): writing
+/// through one view shows in all. **Assignment copies elements** into the storage that the target
+/// already views, and the lengths must agree. `copy` and `deepenShallowCopy` make a vector
+/// independent; the results of arithmetic are.
+///
+///     DoubleVec v(10, 0.0, 1.0);          // 0 1 2 ... 9
+///     DoubleVec even = v.slice(0, 5, 2);  // a view: 0 2 4 6 8
+///     even = 7.0;                         // v is now 7 1 7 3 7 5 7 7 7 9
+///     DoubleVec own = v.copy();           // independent of v
+///
+/// Index, length, slice and stride errors are raised through MathError.h; when the handler returns,
+/// the operation goes on with the access as asked for. Integer arithmetic wraps around. A vector, and
+/// every view of its storage, is for one thread at a time. Element i lies `i * stride()` elements after
+/// the start, a product taken in 32-bit arithmetic.
+template <class T>
+class KILNBASE_API Vec {
+ public:
+  using Element = T;
+
+  /// Elements on a line when printing, for all vectors of this element type. Values below 1 are
+  /// replaced by 5 at the next print.
+  static int numberPerLine;
+
+  /// Length 0.
+  Vec();
+  /// `n` elements, not initialised.
+  explicit Vec(unsigned n);
+  Vec(unsigned n, T value);
+  /// `n` elements: `start`, then each the one before it plus `increment` (a running sum).
+  Vec(unsigned n, T start, T increment) requires std::same_as<T, double>;
+  /// Copies `n` values.
+  Vec(const T* values, unsigned n);
+  /// A view of the same elements; nothing is copied.
+  Vec(const Vec& other)
+      : block_(other.block_), begin_(other.begin_), npts_(other.npts_), step_(other.step_) {
+    block_->acquire();
+  }
+  /// A new vector of the picked elements.
+  Vec(const VecPick<T>& pick);  // NOLINT(google-explicit-constructor): a pick is a vector to callers
+  ~Vec() { RWBlock::release(block_); }
+
+  /// Copies the elements of `v`, whose length must be this one's; views that overlap assign as if `v`
+  /// had been copied first.
+  Vec& operator=(const Vec& v);
+  Vec& operator=(const VecPick<T>& pick);
+  /// Sets every element.
+  Vec& operator=(T value);
+
+  /// Makes this a view of the elements of `v`, of any length.
+  void reference(const Vec& v);
+  /// A new vector of stride 1 with the same elements.
+  Vec copy() const;
+  Vec deepCopy() const { return copy(); }
+  /// Gives this vector storage of its own, stride 1, unless it is the only view of such storage.
+  void deepenShallowCopy();
+  /// Changes the length. The elements are lost, and not initialised, unless the length stays the same.
+  void reshape(unsigned n);
+  /// Changes the length, keeping the first elements; new ones are 0. Afterwards the storage is this
+  /// vector's own, unless the length stays the same.
+  void resize(unsigned n);
+
+  /// Element i, checked.
+  T& operator[](int i) {
+    boundsCheck(i);
+    return begin_[offset(i)];
+  }
+  T operator[](int i) const {
+    boundsCheck(i);
+    return begin_[offset(i)];
+  }
+  /// Element i, not checked.
+  T& operator()(int i) { return begin_[offset(i)]; }
+  T operator()(int i) const { return begin_[offset(i)]; }
+  /// The i-th element of the storage from the start on, not checked and **whatever the stride**: the
+  /// fast path for vectors of stride 1.
+  T& sub(int i) { return begin_[i]; }
+  T sub(int i) const { return begin_[i]; }
+
+  /// The first element.
+  T* data() { return begin_; }
+  const T* data() const { return begin_; }
+  unsigned length() const { return npts_; }
+  /// Distance between neighbours, in elements; negative in a reversed view.
+  int stride() const { return step_; }
+  /// A view of `n` elements from `start` on, `stride` elements of this vector apart. Not checked; ask
+  /// `sliceCheck` first where the arguments are not known to be good.
+  Vec slice(int start, unsigned n, int stride = 1) const { return Vec(*this, start, n, stride); }
+
+  /// Raises 0x3005 unless 0 <= i < length.
+  void boundsCheck(int i) const {
+    if (static_cast<unsigned>(i) >= npts_ || i < 0) raiseIndex(i);
+  }
+  /// Raises 0x300F unless the length is `n`.
+  void lengthCheck(unsigned n) const {
+    if (npts_ != n) raiseLength(n);
+  }
+  /// Raises 0x300C unless the slice lies in this vector; an empty one always does. The last index is
+  /// computed modulo 2^32 and then taken as signed.
+  void sliceCheck(int start, unsigned n, int stride) const;
+  /// Raises 0x300D unless the stride is 1.
+  void strideCheck() const;
+  /// Raises the warning 0x3011 in the name of `function`.
+  void emptyErr(const char* function) const;
+
+  /// Writes the elements between "[" and "]", `numberPerLine` on a line, with the stream's formatting;
+  /// signed characters as numbers.
+  void printOn(std::ostream& stream) const;
+  /// Reads "[", elements and "]", or, without the bracket, elements until the stream fails. They go
+  /// into the existing elements first; the vector takes the length that was read.
+  void scanFrom(std::istream& stream);
+  /// Sets `numberPerLine` and returns the old value.
+  static int setFormatting(int n);
+
+  /// Number of elements with |x - value| <= tolerance.
+  unsigned countValue(T value, T tolerance) const;
+  /// Whether all elements have |x - value| <= tolerance (1 or 0; 1 for an empty vector).
+  int isEqual(T value, T tolerance) const;
+  /// Indices of the elements with x < value, ascending.
+  Vec<int> lessIndex(T value) const;
+  /// Indices of the elements with |x - value| <= tolerance, ascending.
+  Vec<int> valueIndex(T value, T tolerance) const;
+  /// Indices of the elements that `valueIndex` leaves out, ascending.
+  Vec<int> nonValueIndex(T value, T tolerance) const;
+  /// The elements at these indices, as a view that reads and writes through. Each index outside the
+  /// vector raises 0x3005.
+  VecPick<T> vecPick(const Vec<int>& indices) const;
+
+  unsigned countZero(double tolerance) const requires std::same_as<T, double>;
+  int isZero(double tolerance) const requires std::same_as<T, double>;
+  Vec<int> zeroIndex(double tolerance) const requires std::same_as<T, double>;
+  Vec<int> nonZeroIndex(double tolerance) const requires std::same_as<T, double>;
+  /// Sets every element with |x| <= tolerance to 0.
+  void clampZero(double tolerance) requires std::same_as<T, double>;
+  /// A new vector of f(x) for every element x.
+  Vec apply(double (*f)(double)) const requires std::same_as<T, double>;
+  /// The Euclidean norm, safe from overflow and underflow of the squares; 0 for an empty vector.
+  double vecLen() const requires std::same_as<T, double>;
+  /// Scales to length 1 and returns 1; a vector whose length is not greater than 0 stays, returning 0.
+  int normalise() requires std::same_as<T, double>;
+
+  /// The same numbers as doubles.
+  operator Vec<double>() const requires std::same_as<T, int>;  // NOLINT(google-explicit-constructor)
+  /// The same numbers as ints.
+  operator Vec<int>() const requires std::same_as<T, signed char>;  // NOLINT(google-explicit-constructor)
+
+  Vec& operator+=(const Vec& v) { return update(kAdd, v); }
+  Vec& operator-=(const Vec& v) { return update(kSubtract, v); }
+  Vec& operator*=(const Vec& v) { return update(kMultiply, v); }
+  Vec& operator/=(const Vec& v) { return update(kDivide, v); }
+  Vec& operator+=(T x) { return update(kAdd, x); }
+  Vec& operator-=(T x) { return update(kSubtract, x); }
+  Vec& operator*=(T x) { return update(kMultiply, x); }
+  Vec& operator/=(T x) { return update(kDivide, x); }
+  /// Adds 1 to every element.
+  Vec& operator++() { return update(kAdd, T(1)); }
+  Vec& operator--() { return update(kSubtract, T(1)); }
+
+  /// Element by element; vectors of different lengths are unequal, empty ones equal.
+  bool operator==(const Vec& v) const;
+
+  /// Element by element; the result is a new vector. A zero divisor of integers raises 0x3003 and
+  /// gives 0 where the handler returns.
+  friend Vec operator+(const Vec& a, const Vec& b) { return combine(kAdd, a, b); }
+  friend Vec operator-(const Vec& a, const Vec& b) { return combine(kSubtract, a, b); }
+  friend Vec operator*(const Vec& a, const Vec& b) { return combine(kMultiply, a, b); }
+  friend Vec operator/(const Vec& a, const Vec& b) { return combine(kDivide, a, b); }
+  friend Vec operator+(const Vec& a, T x) { return combine(kAdd, a, x); }
+  friend Vec operator-(const Vec& a, T x) { return combine(kSubtract, a, x); }
+  friend Vec operator*(const Vec& a, T x) { return combine(kMultiply, a, x); }
+  friend Vec operator/(const Vec& a, T x) { return combine(kDivide, a, x); }
+  friend Vec operator+(T x, const Vec& a) { return combine(kAdd, x, a); }
+  friend Vec operator-(T x, const Vec& a) { return combine(kSubtract, x, a); }
+  friend Vec operator*(T x, const Vec& a) { return combine(kMultiply, x, a); }
+  friend Vec operator/(T x, const Vec& a) { return combine(kDivide, x, a); }
+  friend Vec operator-(const Vec& a) { return combine(kMultiply, a, T(-1)); }
+  friend Vec operator+(const Vec& a) { return a.copy(); }
+
+  friend std::ostream& operator<<(std::ostream& stream, const Vec& v) {
+    v.printOn(stream);
+    return stream;
+  }
+  friend std::istream& operator>>(std::istream& stream, Vec& v) {
+    v.scanFrom(stream);
+    return stream;
+  }
+
+ protected:
+  enum Operation { kAdd, kSubtract, kMultiply, kDivide };
+
+  static Vec combine(Operation operation, const Vec& a, const Vec& b);
+  static Vec combine(Operation operation, const Vec& a, T b);
+  static Vec combine(Operation operation, T a, const Vec& b);
+  Vec& update(Operation operation, const Vec& b);
+  Vec& update(Operation operation, T b);
+
+  int offset(int i) const {
+    return static_cast<int>(static_cast<unsigned>(i) * static_cast<unsigned>(step_));
+  }
+
+ private:
+  // A view of `n` elements of `v`.
+  Vec(const Vec& v, int start, unsigned n, int stride)
+      : block_(v.block_), begin_(v.begin_ + v.offset(start)), npts_(n), step_(v.offset(stride)) {
+    block_->acquire();
+  }
+  // A view of a block.
+  Vec(RWBlock* block, T* begin, unsigned n, int stride)
+      : block_(block), begin_(begin), npts_(n), step_(stride) {
+    block_->acquire();
+  }
+
+  void adopt(RWBlock* block, unsigned n);
+  void raiseIndex(int i) const;
+  void raiseLength(unsigned n) const;
+  template <class Predicate>
+  Vec<int> indicesWhere(Predicate predicate) const;
+
+  RWBlock* block_;  // never null
+  T* begin_;
+  unsigned npts_;
+  int step_;
+};
+
+template <>
+KILNBASE_API int Vec<double>::numberPerLine;
+template <>
+KILNBASE_API int Vec<int>::numberPerLine;
+template <>
+KILNBASE_API int Vec<signed char>::numberPerLine;
+
+}  // namespace vxKilnBase

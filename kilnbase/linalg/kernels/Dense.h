@@ -1,0 +1,36 @@
+// Level 1 to 3 building blocks of the dense factorizations. All vectors have stride 1.
+#pragma once
+
+#include <cstddef>
+
+namespace vxKilnBase::kernels {
+
+using Index = std::ptrdiff_t;
+
+// A read-only matrix operand: element (i, j) is data[i * rowStride + j * columnStride].
+struct MatrixView {
+  const double* data;
+  Index rowStride;
+  Index columnStride;
+};
+
+struct DenseKernels {
+  // Returns Σ x[i] y[i].
+  double (*dot)(Index n, const double* x, const double* y);
+  // y += alpha x.
+  void (*axpy)(Index n, double alpha, const double* x, double* y);
+  // x *= alpha.
+  void (*scale)(Index n, double alpha, double* x);
+  // y += alpha A x; A is m by n, column-major.
+  void (*gemv)(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
+               double* y);
+  // y += alpha Aᵀ x; A is m by n, column-major, x has m elements and y n.
+  void (*gemvTransposed)(Index m, Index n, double alpha, const double* a, Index lda,
+                         const double* x, double* y);
+  // C += alpha A B; A is m by k, B is k by n, C is m by n, column-major with leading dimension ldc,
+  // and overlaps neither.
+  void (*gemm)(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
+               Index ldc);
+};
+
+}  // namespace vxKilnBase::kernels

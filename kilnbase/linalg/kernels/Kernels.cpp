@@ -1,0 +1,53 @@
+#include <cstdlib>
+#include <cstring>
+
+#include <kilnbase/linalg/kernels/Kernels.h>
+
+namespace vxKilnBase::kernels {
+
+namespace baseline {
+extern const DenseKernels denseKernels;
+}
+namespace avx2 {
+extern const DenseKernels denseKernels;
+}
+namespace avx512 {
+extern const DenseKernels denseKernels;
+}
+
+namespace {
+
+constexpr Kernels kBaseline = {"baseline", 2, &baseline::denseKernels};
+constexpr Kernels kAvx2 = {"avx2", 4, &avx2::denseKernels};
+constexpr Kernels kAvx512 = {"avx512", 8, &avx512::denseKernels};
+
+bool supportsAvx2() {
+  return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+}
+
+bool supportsAvx512() {
+  return supportsAvx2() && __builtin_cpu_supports("avx512f") &&
+         __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
+         __builtin_cpu_supports("avx512bw");
+}
+
+const Kernels& choose() {
+  __builtin_cpu_init();
+  const char* request = std::getenv("KILNBASE_KERNELS");
+  const auto atMost = [request](const char* name) {
+    return request != nullptr && std::strcmp(request, name) == 0;
+  };
+  if (atMost("baseline") || !supportsAvx2()) return kBaseline;
+  if (atMost("avx2") || !supportsAvx512()) return kAvx2;
+  return kAvx512;
+}
+
+const Kernels& chosen = choose();
+
+}  // namespace
+
+const Kernels& active() {
+  return chosen;
+}
+
+}  // namespace vxKilnBase::kernels

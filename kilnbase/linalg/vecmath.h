@@ -1,0 +1,89 @@
+// Functions of whole vectors: sums, searches, running sums and element-wise mathematics.
+//
+// Results that are vectors are new, with stride 1, unless a comment says otherwise. Sums and products of
+// int and signed char vectors are ints that wrap around.
+#pragma once
+
+#include <kilnbase/linalg/DoubleVec.h>
+#include <kilnbase/linalg/IntVec.h>
+#include <kilnbase/linalg/SCharVec.h>
+
+namespace vxKilnBase {
+
+/// What sums and products of elements are counted in.
+template <class T>
+struct SumType {
+  using Type = int;
+};
+template <>
+struct SumType<double> {
+  using Type = double;
+};
+template <class T>
+using SumOf = typename SumType<T>::Type;
+
+/// Element i is v[0] + ... + v[i].
+template <class T>
+KILNBASE_API Vec<T> cumsum(const Vec<T>& v);
+/// Element 0 is v[0], element i is v[i] - v[i-1].
+template <class T>
+KILNBASE_API Vec<T> delta(const Vec<T>& v);
+/// The sum of products; 0 for empty vectors. Lengths must agree (0x300F).
+template <class T>
+KILNBASE_API SumOf<T> dot(const Vec<T>& a, const Vec<T>& b);
+/// The sum of all elements; 0 for an empty vector.
+template <class T>
+KILNBASE_API SumOf<T> sum(const Vec<T>& v);
+/// The product of all elements; 1 for an empty vector.
+template <class T>
+KILNBASE_API SumOf<T> prod(const Vec<T>& v);
+/// A view of the same elements in reverse order, not a copy: writing through it changes `v`.
+template <class T>
+KILNBASE_API Vec<T> reverse(const Vec<T>& v);
+/// Index of the first largest (smallest) element: a later one takes over only when strictly larger
+/// (smaller), so a NaN never does. An empty vector raises the warning 0x3011 and gives -1.
+template <class T>
+KILNBASE_API int maxIndex(const Vec<T>& v);
+template <class T>
+KILNBASE_API int minIndex(const Vec<T>& v);
+/// The element at that index; 0 for an empty vector, after the same warning.
+template <class T>
+KILNBASE_API T maxValue(const Vec<T>& v);
+template <class T>
+KILNBASE_API T minValue(const Vec<T>& v);
+/// Absolute values; that of the least integer is itself.
+template <class T>
+KILNBASE_API Vec<T> abs(const Vec<T>& v);
+
+/// The sum divided by the length: 0/0, a NaN, for an empty vector.
+KILNBASE_API double mean(const DoubleVec& v);
+/// The population variance: the mean of the squared deviations from the mean (divisor n). Fewer than two
+/// elements raise 0x3009.
+KILNBASE_API double variance(const DoubleVec& v);
+
+/// The standard function of the same name of every element, angles in radians. Those of two vectors
+/// check the lengths (0x300F).
+KILNBASE_API DoubleVec acos(const DoubleVec& v);
+KILNBASE_API DoubleVec asin(const DoubleVec& v);
+KILNBASE_API DoubleVec atan(const DoubleVec& v);
+KILNBASE_API DoubleVec atan2(const DoubleVec& y, const DoubleVec& x);
+KILNBASE_API DoubleVec ceil(const DoubleVec& v);
+KILNBASE_API DoubleVec cos(const DoubleVec& v);
+KILNBASE_API DoubleVec cosh(const DoubleVec& v);
+KILNBASE_API DoubleVec exp(const DoubleVec& v);
+KILNBASE_API DoubleVec floor(const DoubleVec& v);
+KILNBASE_API DoubleVec log(const DoubleVec& v);
+KILNBASE_API DoubleVec log10(const DoubleVec& v);
+KILNBASE_API DoubleVec pow(const DoubleVec& base, const DoubleVec& exponent);
+KILNBASE_API DoubleVec sin(const DoubleVec& v);
+KILNBASE_API DoubleVec sinh(const DoubleVec& v);
+KILNBASE_API DoubleVec sqrt(const DoubleVec& v);
+KILNBASE_API DoubleVec tan(const DoubleVec& v);
+KILNBASE_API DoubleVec tanh(const DoubleVec& v);
+
+/// Each element truncated toward zero. Numbers that no int holds, and NaN, give the least int.
+KILNBASE_API IntVec toInt(const DoubleVec& v);
+/// The low 8 bits of each element.
+KILNBASE_API SCharVec toChar(const IntVec& v);
+
+}  // namespace vxKilnBase
