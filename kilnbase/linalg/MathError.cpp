@@ -187,9 +187,21 @@ int raiseMathErrorArguments(MathErrorRecord record, ...) {
 
 }  // namespace vxKilnBase
 
-RWMATHInit::RWMATHInit() { vxKilnBase::generalCatalog.acquire(); }
-RWMATHInit::~RWMATHInit() { vxKilnBase::generalCatalog.release(); }
-RWMATXInit::RWMATXInit() { vxKilnBase::matrixCatalog.acquire(); }
-RWMATXInit::~RWMATXInit() { vxKilnBase::matrixCatalog.release(); }
-RWFACTInit::RWFACTInit() { vxKilnBase::factorizationCatalog.acquire(); }
-RWFACTInit::~RWFACTInit() { vxKilnBase::factorizationCatalog.release(); }
+RWMATHInit::RWMATHInit() {
+  vxKilnBase::generalCatalog.acquire();
+}
+RWMATHInit::~RWMATHInit() {
+  vxKilnBase::generalCatalog.release();
+}
+RWMATXInit::RWMATXInit() {
+  vxKilnBase::matrixCatalog.acquire();
+}
+RWMATXInit::~RWMATXInit() {
+  vxKilnBase::matrixCatalog.release();
+}
+RWFACTInit::RWFACTInit() {
+  vxKilnBase::factorizationCatalog.acquire();
+}
+RWFACTInit::~RWFACTInit() {
+  vxKilnBase::factorizationCatalog.release();
+}

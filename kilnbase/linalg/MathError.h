@@ -3,11 +3,11 @@
 // A numbered error names a message in one of the registered catalogues; the place that raises it
 // passes the arguments of that message. One replaceable handler receives both. The default handler
 // writes "** ", the message and ".\n" to the error report (`rptError`) and then either lets the
-// operation go on (a warning) or aborts the process (a fatal error). A message that itself ends in a
-// full stop is printed with a second one.
+// operation go on (a warning) or aborts the process (a fatal error). A message that itself ends in
+// a full stop is printed with a second one.
 //
-// After a handler that returns, the operation that raised the error goes on as its own documentation
-// says. None of this is synchronised: it is for one thread at a time.
+// After a handler that returns, the operation that raised the error goes on as its own
+// documentation says. None of this is synchronised: it is for one thread at a time.
 #pragma once
 
 #include <cstdarg>
@@ -64,8 +64,8 @@ class KILNBASE_API RWFACTInit {
 
 namespace vxKilnBase {
 
-/// Receives a raised error and the arguments of its message (for a catalogue 3 message the class name
-/// is the first). What it returns is passed back to the raise site, which may go on.
+/// Receives a raised error and the arguments of its message (for a catalogue 3 message the class
+/// name is the first). What it returns is passed back to the raise site, which may go on.
 using MathErrorHandler = int (*)(const MathErrorRecord& record, std::va_list arguments);
 
 /// Installs `handler` (null: the default handler) and returns the one before it.

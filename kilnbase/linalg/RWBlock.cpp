@@ -26,7 +26,7 @@ std::size_t headerOffset(const void* piece, std::size_t bytes) {
 
 RWBlock::RWBlock(unsigned count, std::size_t size) : RWBlock() {
   if (count == 0) return;
-  data = ::operator new(count * size, std::nothrow);
+  data = ::operator new(count* size, std::nothrow);
   if (data == nullptr) raiseOutOfMemory();
 }
 

@@ -8,10 +8,11 @@
 
 /// A reference-counted block of raw, uninitialised element storage.
 ///
-/// Vectors and matrices obtain theirs with `create`, which takes the header and the storage from the
-/// heap as one piece, count references with `acquire` and `release`, and never look at how a block was
-/// made. Counts are plain integers: a block belongs to one thread at a time. A count that reaches
-/// 65535 stays there, so that a block with too many views is never freed rather than freed too early.
+/// Vectors and matrices obtain theirs with `create`, which takes the header and the storage from
+/// the heap as one piece, count references with `acquire` and `release`, and never look at how a
+/// block was made. Counts are plain integers: a block belongs to one thread at a time. A count that
+/// reaches 65535 stays there, so that a block with too many views is never freed rather than freed
+/// too early.
 class KILNBASE_API RWBlock {
  public:
   std::uint16_t refs;  ///< Number of references; 1 in a new block.
@@ -22,8 +23,8 @@ class KILNBASE_API RWBlock {
  public:
   void* data;  ///< The storage, or null for an empty block.
 
-  /// Takes `count` times `size` bytes from the heap, none when `count` is 0. When there is not enough
-  /// memory, raises 0x3008 (always fatal under the default handler) and leaves `data` null.
+  /// Takes `count` times `size` bytes from the heap, none when `count` is 0. When there is not
+  /// enough memory, raises 0x3008 (always fatal under the default handler) and leaves `data` null.
   RWBlock(unsigned count, std::size_t size);
   ~RWBlock();
   RWBlock(const RWBlock&) = delete;

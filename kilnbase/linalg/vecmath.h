@@ -1,7 +1,7 @@
 // Functions of whole vectors: sums, searches, running sums and element-wise mathematics.
 //
-// Results that are vectors are new, with stride 1, unless a comment says otherwise. Sums and products of
-// int and signed char vectors are ints that wrap around.
+// Results that are vectors are new, with stride 1, unless a comment says otherwise. Sums and
+// products of int and signed char vectors are ints that wrap around.
 #pragma once
 
 #include <kilnbase/linalg/DoubleVec.h>
@@ -57,8 +57,8 @@ KILNBASE_API Vec<T> abs(const Vec<T>& v);
 
 /// The sum divided by the length: 0/0, a NaN, for an empty vector.
 KILNBASE_API double mean(const DoubleVec& v);
-/// The population variance: the mean of the squared deviations from the mean (divisor n). Fewer than two
-/// elements raise 0x3009.
+/// The population variance: the mean of the squared deviations from the mean (divisor n). Fewer
+/// than two elements raise 0x3009.
 KILNBASE_API double variance(const DoubleVec& v);
 
 /// The standard function of the same name of every element, angles in radians. Those of two vectors

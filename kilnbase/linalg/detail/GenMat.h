@@ -11,19 +11,22 @@ class GenMatPick;
 /// A dense m by n matrix, column-major over one vector.
 ///
 /// Element (i, j), row i and column j from 0, is element `rows() * j + i` of the data vector. Rows,
-/// columns and diagonals are views of the same storage: writing through them changes the matrix. As with
-/// vectors, **copy construction shares** the storage and **assignment copies** elements between matrices
-/// of the same size; `copy` makes an independent matrix.
+/// columns and diagonals are views of the same storage: writing through them changes the matrix. As
+/// with vectors, **copy construction shares** the storage and **assignment copies** elements
+/// between matrices of the same size; `copy` makes an independent matrix.
 ///
 ///     DoubleGenMat a(3, 2, 0.0);
 ///     a(2, 1) = 5.0;
 ///     a.col(0) = 1.0;                      // the first column
 ///     DoubleVec y = product(a, a.row(2));  // A times its last row
 ///
-/// Errors are raised by number through MathError.h; when the handler returns, the operation goes on with
-/// the access as asked for. More than 2^32 - 1 elements raise 0x3008. For one thread at a time.
+/// Errors are raised by number through MathError.h; when the handler returns, the operation goes on
+/// with the access as asked for. More than 2^32 - 1 elements raise 0x3008. For one thread at a
+/// time.
 template <class T>
 class KILNBASE_API GenMat : public Vec<T> {
+  using Base = Vec<T>;
+
  public:
   /// What messages call this class.
   static constexpr const char* className = VecNames<T>::genMat;
@@ -35,14 +38,20 @@ class KILNBASE_API GenMat : public Vec<T> {
   GenMat(unsigned m, unsigned n, T value);
   /// Copies m * n values, column by column.
   GenMat(const T* values, unsigned m, unsigned n);
-  /// A matrix over the storage of `v`, nothing copied. Raises 0x400A unless the length of `v` is m * n.
+  /// A matrix over the storage of `v`, nothing copied. Raises 0x400A unless the length of `v` is m
+  /// * n.
   GenMat(const Vec<T>& v, unsigned m, unsigned n);
   /// A view of the same elements; nothing is copied.
   GenMat(const GenMat& other) = default;
   /// A new matrix of the picked elements.
-  GenMat(const GenMatPick<T>& pick);  // NOLINT(google-explicit-constructor): a pick is a matrix to callers
+  GenMat(const GenMatPick<T>&
+             pick);  // NOLINT(google-explicit-constructor): a pick is a matrix to callers
   /// A new matrix of the same numbers.
-  GenMat(const GenMat<int>& other) requires std::same_as<T, double>;  // NOLINT(google-explicit-constructor)
+  template <std::same_as<int> Source>
+  GenMat(const GenMat<Source>& other)  // NOLINT(google-explicit-constructor)
+      requires std::same_as<T, double> : Base(Vec<double>(other)) {
+    setSize(other.rows(), other.cols());
+  }
   ~GenMat() = default;
 
   /// Copies the elements of `b`. Raises 0x4004 when the sizes differ.
@@ -57,10 +66,11 @@ class KILNBASE_API GenMat : public Vec<T> {
   /// A new matrix with the same elements.
   GenMat copy() const;
   GenMat deepCopy() const { return copy(); }
-  /// Changes the size. Elements that the old and the new matrix have in common keep their values and
-  /// places, all others are 0.
+  /// Changes the size. Elements that the old and the new matrix have in common keep their values
+  /// and places, all others are 0.
   void resize(unsigned m, unsigned n);
-  /// Changes the size. The elements are lost, and not initialised, unless the number of elements stays.
+  /// Changes the size. The elements are lost, and not initialised, unless the number of elements
+  /// stays.
   void reshape(unsigned m, unsigned n);
 
   unsigned rows() const { return nrows_; }
@@ -69,8 +79,8 @@ class KILNBASE_API GenMat : public Vec<T> {
   Vec<T> dataVec() const { return *this; }
 
   /// Element (i, j), not checked.
-  T& operator()(int i, int j) { return Vec<T>::operator()(index(i, j)); }
-  T operator()(int i, int j) const { return Vec<T>::operator()(index(i, j)); }
+  T& operator()(int i, int j) { return Base::begin_[position(i, j)]; }
+  T operator()(int i, int j) const { return Base::begin_[position(i, j)]; }
   T& sub(int i, int j) { return (*this)(i, j); }
   T sub(int i, int j) const { return (*this)(i, j); }
   T& ref(int i, int j) { return (*this)(i, j); }
@@ -82,29 +92,30 @@ class KILNBASE_API GenMat : public Vec<T> {
   T bcval(int i, int j) const;
   T bcset(int i, int j, T value);
 
-  /// Views of column j, row i and diagonal k (k > 0 above the main one, k < 0 below it), not checked.
+  /// Views of column j, row i and diagonal k (k > 0 above the main one, k < 0 below it), not
+  /// checked.
   Vec<T> col(int j) const;
   Vec<T> row(int i) const;
   Vec<T> diagonal(int k = 0) const;
-  /// The same, raising 0x4007, 0x4006 and 0x4008 for what is not in the matrix. The last one tells the
-  /// negated index.
+  /// The same, raising 0x4007, 0x4006 and 0x4008 for what is not in the matrix. The last one tells
+  /// the negated index.
   Vec<T> bccol(int j) const;
   Vec<T> bcrow(int i) const;
   Vec<T> bcdiagonal(int k = 0) const;
 
-  /// The sub-matrix of these rows and columns, in this order, as a view that reads and writes through.
-  /// Each index outside the matrix raises 0x4001.
+  /// The sub-matrix of these rows and columns, in this order, as a view that reads and writes
+  /// through. Each index outside the matrix raises 0x4001.
   GenMatPick<T> matPick(const Vec<int>& rowIndices, const Vec<int>& columnIndices) const;
   GenMatPick<T> operator()(const Vec<int>& rowIndices, const Vec<int>& columnIndices) const;
 
   /// A new matrix of f(x) for every element x.
   GenMat apply(T (*f)(T)) const;
 
-  /// Writes "MxN [", the rows, a line each, and "]". Every element takes the field width that the stream
-  /// has on entry.
+  /// Writes "MxN [", the rows, a line each, and "]". Every element takes the field width that the
+  /// stream has on entry.
   void printOn(std::ostream& stream) const;
-  /// Reads what `printOn` writes and takes its size. When the text is cut short, or the number of elements
-  /// is not that of the size told, raises 0x4017 and leaves the matrix as it was.
+  /// Reads what `printOn` writes and takes its size. When the text is cut short, or the number of
+  /// elements is not that of the size told, raises 0x4017 and leaves the matrix as it was.
   void scanFrom(std::istream& stream);
 
   GenMat& operator+=(const GenMat& b) { return update(Base::kAdd, b); }
@@ -151,7 +162,6 @@ class KILNBASE_API GenMat : public Vec<T> {
   }
 
  private:
-  using Base = Vec<T>;
   using Operation = typename Vec<T>::Operation;
 
   static GenMat combine(Operation operation, const GenMat& a, const GenMat& b);
@@ -160,18 +170,22 @@ class KILNBASE_API GenMat : public Vec<T> {
   GenMat& update(Operation operation, const GenMat& b);
   GenMat& update(Operation operation, T b);
 
-  int index(int i, int j) const {
-    return static_cast<int>(nrows_ * static_cast<unsigned>(j) + static_cast<unsigned>(i));
+  std::ptrdiff_t position(int i, int j) const {
+    return (static_cast<std::ptrdiff_t>(nrows_) * j + i) * Base::step_;
   }
+  bool hasRow(int i) const { return i >= 0 && static_cast<unsigned>(i) < nrows_; }
+  bool hasColumn(int j) const { return j >= 0 && static_cast<unsigned>(j) < ncols_; }
   void elementCheck(int i, int j) const;
-  void sizeCheck(unsigned rows, unsigned columns) const;
+  void sizeCheck(const GenMat& b) const;
+  void setSize(unsigned m, unsigned n);
 
   unsigned ncols_ = 0;
   unsigned nrows_ = 0;
 };
 
-/// A times B, new. Raises 0x4016 unless A has as many columns as B has rows; when the handler returns,
-/// the product is taken over the columns of A and rows of B that both have. So do the two below.
+/// A times B, new. Raises 0x4016 unless A has as many columns as B has rows; when the handler
+/// returns, the product is taken over the columns of A and rows of B that both have. So do the two
+/// below.
 template <class T>
 KILNBASE_API GenMat<T> product(const GenMat<T>& a, const GenMat<T>& b);
 /// A times B transposed.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 
@@ -46,9 +47,9 @@ struct VecNames<signed char> {
 /// A one-dimensional array: a strided view onto counted storage.
 ///
 /// A vector is a block of storage, a start in it, a length and a stride. **Copy construction shares
-/// the storage** (so do `slice`, `reference`, `reverse` and the rows and columns of matrices): writing
-/// through one view shows in all. **Assignment copies elements** into the storage that the target
-/// already views, and the lengths must agree. `copy` and `deepenShallowCopy` make a vector
+/// the storage** (so do `slice`, `reference`, `reverse` and the rows and columns of matrices):
+/// writing through one view shows in all. **Assignment copies elements** into the storage that the
+/// target already views, and the lengths must agree. `copy` and `deepenShallowCopy` make a vector
 /// independent; the results of arithmetic are.
 ///
 ///     DoubleVec v(10, 0.0, 1.0);          // 0 1 2 ... 9
@@ -57,9 +58,9 @@ struct VecNames<signed char> {
 ///     DoubleVec own = v.copy();           // independent of v
 ///
 /// Index, length, slice and stride errors are raised through MathError.h; when the handler returns,
-/// the operation goes on with the access as asked for. Integer arithmetic wraps around. A vector, and
-/// every view of its storage, is for one thread at a time. Element i lies `i * stride()` elements after
-/// the start, a product taken in 32-bit arithmetic.
+/// the operation goes on with the access as asked for. Integer arithmetic wraps around. A vector,
+/// and every view of its storage, is for one thread at a time. Element i lies `i * stride()`
+/// elements after the start, a product taken in 32-bit arithmetic.
 template <class T>
 class KILNBASE_API Vec {
  public:
@@ -84,11 +85,12 @@ class KILNBASE_API Vec {
     block_->acquire();
   }
   /// A new vector of the picked elements.
-  Vec(const VecPick<T>& pick);  // NOLINT(google-explicit-constructor): a pick is a vector to callers
+  Vec(const VecPick<T>&
+          pick);  // NOLINT(google-explicit-constructor): a pick is a vector to callers
   ~Vec() { RWBlock::release(block_); }
 
-  /// Copies the elements of `v`, whose length must be this one's; views that overlap assign as if `v`
-  /// had been copied first.
+  /// Copies the elements of `v`, whose length must be this one's; views that overlap assign as if
+  /// `v` had been copied first.
   Vec& operator=(const Vec& v);
   Vec& operator=(const VecPick<T>& pick);
   /// Sets every element.
@@ -101,7 +103,8 @@ class KILNBASE_API Vec {
   Vec deepCopy() const { return copy(); }
   /// Gives this vector storage of its own, stride 1, unless it is the only view of such storage.
   void deepenShallowCopy();
-  /// Changes the length. The elements are lost, and not initialised, unless the length stays the same.
+  /// Changes the length. The elements are lost, and not initialised, unless the length stays the
+  /// same.
   void reshape(unsigned n);
   /// Changes the length, keeping the first elements; new ones are 0. Afterwards the storage is this
   /// vector's own, unless the length stays the same.
@@ -119,8 +122,8 @@ class KILNBASE_API Vec {
   /// Element i, not checked.
   T& operator()(int i) { return begin_[offset(i)]; }
   T operator()(int i) const { return begin_[offset(i)]; }
-  /// The i-th element of the storage from the start on, not checked and **whatever the stride**: the
-  /// fast path for vectors of stride 1.
+  /// The i-th element of the storage from the start on, not checked and **whatever the stride**:
+  /// the fast path for vectors of stride 1.
   T& sub(int i) { return begin_[i]; }
   T sub(int i) const { return begin_[i]; }
 
@@ -130,8 +133,8 @@ class KILNBASE_API Vec {
   unsigned length() const { return npts_; }
   /// Distance between neighbours, in elements; negative in a reversed view.
   int stride() const { return step_; }
-  /// A view of `n` elements from `start` on, `stride` elements of this vector apart. Not checked; ask
-  /// `sliceCheck` first where the arguments are not known to be good.
+  /// A view of `n` elements from `start` on, `stride` elements of this vector apart. Not checked;
+  /// ask `sliceCheck` first where the arguments are not known to be good.
   Vec slice(int start, unsigned n, int stride = 1) const { return Vec(*this, start, n, stride); }
 
   /// Raises 0x3005 unless 0 <= i < length.
@@ -142,16 +145,16 @@ class KILNBASE_API Vec {
   void lengthCheck(unsigned n) const {
     if (npts_ != n) raiseLength(n);
   }
-  /// Raises 0x300C unless the slice lies in this vector; an empty one always does. The last index is
-  /// computed modulo 2^32 and then taken as signed.
+  /// Raises 0x300C unless the slice lies in this vector; an empty one always does. The last index
+  /// is computed modulo 2^32 and then taken as signed.
   void sliceCheck(int start, unsigned n, int stride) const;
   /// Raises 0x300D unless the stride is 1.
   void strideCheck() const;
   /// Raises the warning 0x3011 in the name of `function`.
   void emptyErr(const char* function) const;
 
-  /// Writes the elements between "[" and "]", `numberPerLine` on a line, with the stream's formatting;
-  /// signed characters as numbers.
+  /// Writes the elements between "[" and "]", `numberPerLine` on a line, with the stream's
+  /// formatting; signed characters as numbers.
   void printOn(std::ostream& stream) const;
   /// Reads "[", elements and "]", or, without the bracket, elements until the stream fails. They go
   /// into the existing elements first; the vector takes the length that was read.
@@ -183,13 +186,16 @@ class KILNBASE_API Vec {
   Vec apply(double (*f)(double)) const requires std::same_as<T, double>;
   /// The Euclidean norm, safe from overflow and underflow of the squares; 0 for an empty vector.
   double vecLen() const requires std::same_as<T, double>;
-  /// Scales to length 1 and returns 1; a vector whose length is not greater than 0 stays, returning 0.
+  /// Scales to length 1 and returns 1; a vector whose length is not greater than 0 stays, returning
+  /// 0.
   int normalise() requires std::same_as<T, double>;
 
   /// The same numbers as doubles.
-  operator Vec<double>() const requires std::same_as<T, int>;  // NOLINT(google-explicit-constructor)
+  operator Vec<double>()
+      const requires std::same_as<T, int>;  // NOLINT(google-explicit-constructor)
   /// The same numbers as ints.
-  operator Vec<int>() const requires std::same_as<T, signed char>;  // NOLINT(google-explicit-constructor)
+  operator Vec<int>()
+      const requires std::same_as<T, signed char>;  // NOLINT(google-explicit-constructor)
 
   Vec& operator+=(const Vec& v) { return update(kAdd, v); }
   Vec& operator-=(const Vec& v) { return update(kSubtract, v); }
@@ -246,6 +252,9 @@ class KILNBASE_API Vec {
   }
 
  private:
+  template <class>
+  friend class GenMat;
+
   // A view of `n` elements of `v`.
   Vec(const Vec& v, int start, unsigned n, int stride)
       : block_(v.block_), begin_(v.begin_ + v.offset(start)), npts_(n), step_(v.offset(stride)) {

@@ -8,9 +8,9 @@ namespace vxKilnBase {
 
 /// The elements of a vector at given indices, made by `Vec::vecPick`.
 ///
-/// Element k of the pick is element `indices(k)` of the vector. The pick views both: writing through it
-/// changes the vector, and a later change of the index vector shows in the pick. Indices may repeat; the
-/// last value written stays.
+/// Element k of the pick is element `indices(k)` of the vector. The pick views both: writing
+/// through it changes the vector, and a later change of the index vector shows in the pick. Indices
+/// may repeat; the last value written stays.
 template <class T>
 class KILNBASE_API VecPick {
  public:
@@ -18,8 +18,8 @@ class KILNBASE_API VecPick {
   VecPick(const Vec<T>& vec, const Vec<int>& indices);
   VecPick(const VecPick&) = default;
 
-  /// Each of these sets the picked elements; lengths must agree (0x300F). A source that shares storage
-  /// with the pick is copied first.
+  /// Each of these sets the picked elements; lengths must agree (0x300F). A source that shares
+  /// storage with the pick is copied first.
   VecPick& operator=(const Vec<T>& v);
   VecPick& operator=(const VecPick& pick);
   VecPick& operator=(T value);

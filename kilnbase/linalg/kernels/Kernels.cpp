@@ -7,19 +7,39 @@ namespace vxKilnBase::kernels {
 
 namespace baseline {
 extern const DenseKernels denseKernels;
-}
+extern const ElementKernels<double> doubleKernels;
+extern const ElementKernels<int> intKernels;
+extern const ElementKernels<signed char> scharKernels;
+}  // namespace baseline
 namespace avx2 {
 extern const DenseKernels denseKernels;
-}
+extern const ElementKernels<double> doubleKernels;
+extern const ElementKernels<int> intKernels;
+extern const ElementKernels<signed char> scharKernels;
+}  // namespace avx2
 namespace avx512 {
 extern const DenseKernels denseKernels;
-}
+extern const ElementKernels<double> doubleKernels;
+extern const ElementKernels<int> intKernels;
+extern const ElementKernels<signed char> scharKernels;
+}  // namespace avx512
 
 namespace {
 
-constexpr Kernels kBaseline = {"baseline", 2, &baseline::denseKernels};
-constexpr Kernels kAvx2 = {"avx2", 4, &avx2::denseKernels};
-constexpr Kernels kAvx512 = {"avx512", 8, &avx512::denseKernels};
+constexpr Kernels kBaseline = {"baseline",
+                               2,
+                               &baseline::denseKernels,
+                               &baseline::doubleKernels,
+                               &baseline::intKernels,
+                               &baseline::scharKernels};
+constexpr Kernels kAvx2 = {
+    "avx2", 4, &avx2::denseKernels, &avx2::doubleKernels, &avx2::intKernels, &avx2::scharKernels};
+constexpr Kernels kAvx512 = {"avx512",
+                             8,
+                             &avx512::denseKernels,
+                             &avx512::doubleKernels,
+                             &avx512::intKernels,
+                             &avx512::scharKernels};
 
 bool supportsAvx2() {
   return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");

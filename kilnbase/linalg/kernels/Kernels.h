@@ -5,14 +5,15 @@
 // chosen when the library is loaded. The environment variable KILNBASE_KERNELS ("baseline", "avx2",
 // "avx512") asks for a lesser set, which is how the tests reach all of them.
 //
-// Rules of the folder: vectors are written with the compiler's vector extension (Simd.h), never with
-// an instruction set's own names; nothing from another header that could be emitted out of line (a
-// function compiled for AVX-512 must not become the one that the linker keeps for everybody).
-// Matrices are column-major; a leading dimension `ld` is the distance between columns. Sums use
-// several accumulators; no kernel allocates.
+// Rules of the folder: vectors are written with the compiler's vector extension (Simd.h), never
+// with an instruction set's own names; nothing from another header that could be emitted out of
+// line (a function compiled for AVX-512 must not become the one that the linker keeps for
+// everybody). Matrices are column-major; a leading dimension `ld` is the distance between columns.
+// Sums use several accumulators; no kernel allocates.
 #pragma once
 
 #include <kilnbase/linalg/kernels/Dense.h>
+#include <kilnbase/linalg/kernels/Elements.h>
 
 namespace vxKilnBase::kernels {
 
@@ -20,9 +21,28 @@ struct Kernels {
   const char* name;   // "baseline", "avx2" or "avx512"
   int vectorDoubles;  // doubles in a register
   const DenseKernels* dense;
+  const ElementKernels<double>* doubles;
+  const ElementKernels<int>* ints;
+  const ElementKernels<signed char>* schars;
 };
 
 /// The kernels for this processor.
 const Kernels& active();
+
+/// Its element kernels for one element type.
+template <class T>
+const ElementKernels<T>& elements();
+template <>
+inline const ElementKernels<double>& elements<double>() {
+  return *active().doubles;
+}
+template <>
+inline const ElementKernels<int>& elements<int>() {
+  return *active().ints;
+}
+template <>
+inline const ElementKernels<signed char>& elements<signed char>() {
+  return *active().schars;
+}
 
 }  // namespace vxKilnBase::kernels

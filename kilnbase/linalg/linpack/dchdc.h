@@ -3,13 +3,13 @@
 
 namespace vxKilnBase::linpack {
 
-/// Factors the p by p positive definite matrix A, of which only the upper triangle is read and written,
-/// as Rᵀ R; R replaces that triangle.
+/// Factors the p by p positive definite matrix A, of which only the upper triangle is read and
+/// written, as Rᵀ R; R replaces that triangle.
 ///
-/// With `job` not 0 diagonal elements are exchanged: `jpvt` (p elements) says on entry whether an element
-/// is initial (> 0), free (0) or final (< 0), and on return which original element, counted from 1, stands
-/// at each place. `work` has p elements. Returns the index from 1 of the last positive diagonal element
-/// of the factor: p when A is positive definite.
+/// With `job` not 0 diagonal elements are exchanged: `jpvt` (p elements) says on entry whether an
+/// element is initial (> 0), free (0) or final (< 0), and on return which original element, counted
+/// from 1, stands at each place. `work` has p elements. Returns the index from 1 of the last
+/// positive diagonal element of the factor: p when A is positive definite.
 ///
 /// Source: LINPACK Users' Guide, SIAM 1979, chapter 8.
 int dchdc(double* a, int lda, int p, double* work, int* jpvt, int job);

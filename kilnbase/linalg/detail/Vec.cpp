@@ -1,0 +1,452 @@
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <istream>
+#include <ostream>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <kilnbase/linalg/MathError.h>
+#include <kilnbase/linalg/detail/Vec.h>
+#include <kilnbase/linalg/detail/VecPick.h>
+#include <kilnbase/linalg/detail/elements.h>
+#include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/linpack/dnrm2.h>
+
+namespace vxKilnBase {
+
+template <>
+int Vec<double>::numberPerLine = 5;
+template <>
+int Vec<int>::numberPerLine = 5;
+template <>
+int Vec<signed char>::numberPerLine = 5;
+
+namespace {
+
+// Raises an error of the vector class of element type T.
+template <class T, class... Arguments>
+void raise(std::uint16_t number, Arguments... arguments) {
+  raiseMathError(MathErrorRecord{number, 1, VecNames<T>::vecTag}, VecNames<T>::vec, arguments...);
+}
+
+template <class T>
+bool within(T difference, T tolerance) {
+  return difference <= tolerance && difference >= -tolerance;
+}
+
+// Whether |x - value| <= tolerance; integers are compared without overflow, and a NaN never passes.
+template <class T>
+auto nearTo(T value, T tolerance) {
+  using Wide = std::conditional_t<std::is_integral_v<T>, long long, T>;
+  return [=](T x) {
+    return within(static_cast<Wide>(x) - static_cast<Wide>(value), static_cast<Wide>(tolerance));
+  };
+}
+
+// Reads one element; a signed char is read as a number.
+template <class T>
+bool readElement(std::istream& stream, T& value) {
+  if constexpr (std::is_same_v<T, signed char>) {
+    int number = 0;
+    if (!(stream >> number)) return false;
+    value = static_cast<signed char>(number);
+    if (value != number) stream.setstate(std::ios::failbit);
+    return !stream.fail();
+  } else {
+    return static_cast<bool>(stream >> value);
+  }
+}
+
+// Whether another element may follow: inside brackets, unless the closing one comes next (and is
+// taken).
+bool moreElements(std::istream& stream, bool bracketed) {
+  if (!bracketed) return true;
+  if ((stream >> std::ws).peek() != ']') return stream.good();
+  stream.get();
+  return false;
+}
+
+bool takeOpeningBracket(std::istream& stream) {
+  if ((stream >> std::ws).peek() != '[') return false;
+  stream.get();
+  return true;
+}
+
+}  // namespace
+
+// --- Making and rebinding
+
+template <class T>
+Vec<T>::Vec() : Vec(0U) {}
+
+template <class T>
+Vec<T>::Vec(unsigned n) : block_(nullptr) {
+  adopt(RWBlock::create(n, sizeof(T)), n);
+}
+
+template <class T>
+Vec<T>::Vec(unsigned n, T value) : Vec(n) {
+  *this = value;
+}
+
+template <class T>
+Vec<T>::Vec(unsigned n, T start, T increment) requires std::same_as<T, double> : Vec(n) {
+  for (T& element : detail::elements(begin_, npts_, step_)) {
+    element = start;
+    start += increment;
+  }
+}
+
+template <class T>
+Vec<T>::Vec(const T* values, unsigned n) : Vec(n) {
+  if (npts_ != 0) std::memcpy(begin_, values, npts_ * sizeof(T));
+}
+
+template <class T>
+Vec<T>::Vec(const VecPick<T>& pick) : Vec(pick.length()) {
+  for (unsigned k = 0; k < npts_; ++k) begin_[k] = pick(static_cast<int>(k));
+}
+
+// Takes over the caller's reference to a new block of n elements, which are none when the block
+// could not be had.
+template <class T>
+void Vec<T>::adopt(RWBlock* block, unsigned n) {
+  if (block_ != nullptr) RWBlock::release(block_);
+  block_ = block;
+  begin_ = static_cast<T*>(block->data);
+  npts_ = begin_ != nullptr ? n : 0;
+  step_ = 1;
+}
+
+template <class T>
+Vec<T>& Vec<T>::operator=(const Vec& v) {
+  lengthCheck(v.npts_);
+  const unsigned n = std::min(npts_, v.npts_);
+  if (step_ == 1 && v.step_ == 1) {
+    if (n != 0) std::memmove(begin_, v.begin_, n * sizeof(T));
+  } else {
+    const Vec source = block_ == v.block_ ? v.copy() : v;
+    auto target = detail::elements(begin_, n, step_);
+    std::ranges::copy(detail::elements(source.begin_, n, source.step_), target.begin());
+  }
+  return *this;
+}
+
+template <class T>
+Vec<T>& Vec<T>::operator=(const VecPick<T>& pick) {
+  return *this = Vec(pick);
+}
+
+template <class T>
+Vec<T>& Vec<T>::operator=(T value) {
+  if (step_ == 1) {
+    std::fill_n(begin_, npts_, value);
+  } else {
+    for (T& element : detail::elements(begin_, npts_, step_)) element = value;
+  }
+  return *this;
+}
+
+template <class T>
+void Vec<T>::reference(const Vec& v) {
+  v.block_->acquire();
+  RWBlock::release(block_);
+  block_ = v.block_;
+  begin_ = v.begin_;
+  npts_ = v.npts_;
+  step_ = v.step_;
+}
+
+template <class T>
+Vec<T> Vec<T>::copy() const {
+  Vec result(npts_);
+  if (result.npts_ == npts_) result = *this;
+  return result;
+}
+
+template <class T>
+void Vec<T>::deepenShallowCopy() {
+  if (block_->refs < 2 && step_ == 1 && begin_ == block_->data) return;
+  reference(copy());
+}
+
+template <class T>
+void Vec<T>::reshape(unsigned n) {
+  if (n != npts_) adopt(RWBlock::create(n, sizeof(T)), n);
+}
+
+template <class T>
+void Vec<T>::resize(unsigned n) {
+  if (n == npts_) return;
+  Vec result(n);
+  const unsigned kept = std::min(npts_, result.npts_);
+  result.slice(0, kept) = slice(0, kept);
+  std::fill_n(result.begin_ + kept, result.npts_ - kept, T(0));
+  reference(result);
+}
+
+// --- Checks
+
+template <class T>
+void Vec<T>::raiseIndex(int i) const {
+  raise<T>(0x3005, i, npts_ - 1);
+}
+
+template <class T>
+void Vec<T>::raiseLength(unsigned n) const {
+  raise<T>(0x300F, npts_, n);
+}
+
+template <class T>
+void Vec<T>::sliceCheck(int start, unsigned n, int stride) const {
+  if (n == 0) return;
+  const unsigned span = (n - 1) * static_cast<unsigned>(stride);
+  const int last = static_cast<int>(static_cast<unsigned>(start) + span);
+  const auto inside = [this](int i) { return i >= 0 && static_cast<unsigned>(i) < npts_; };
+  if (!inside(start) || !inside(last)) raise<T>(0x300C, start, n, stride, npts_);
+}
+
+template <class T>
+void Vec<T>::strideCheck() const {
+  if (step_ != 1) raise<T>(0x300D);
+}
+
+template <class T>
+void Vec<T>::emptyErr(const char* function) const {
+  raise<T>(0x3011, function);
+}
+
+// --- Text
+
+template <class T>
+void Vec<T>::printOn(std::ostream& stream) const {
+  if (numberPerLine < 1) numberPerLine = 5;
+  const auto perLine = static_cast<unsigned>(numberPerLine);
+  const bool oneLine = perLine >= npts_;
+  stream << (oneLine ? "[ " : "[\n");
+  for (unsigned i = 0; i < npts_; ++i) {
+    if (i != 0) stream << (i % perLine == 0 ? '\n' : ' ');
+    stream << +(*this)(static_cast<int>(i));
+  }
+  stream << (oneLine ? " ]" : "\n]");
+}
+
+template <class T>
+void Vec<T>::scanFrom(std::istream& stream) {
+  const bool bracketed = takeOpeningBracket(stream);
+  unsigned count = 0;
+  std::vector<T> rest;  // what the existing elements have no room for
+  for (T value; moreElements(stream, bracketed) && readElement(stream, value);) {
+    if (count < npts_) {
+      (*this)(static_cast<int>(count++)) = value;
+    } else {
+      rest.push_back(value);
+    }
+  }
+  const auto total = static_cast<unsigned>(count + rest.size());
+  if (total != npts_) resize(total);
+  if (total == npts_ && !rest.empty()) std::ranges::copy(rest, begin_ + count);
+}
+
+template <class T>
+int Vec<T>::setFormatting(int n) {
+  return std::exchange(numberPerLine, n);
+}
+
+// --- Queries
+
+template <class T>
+template <class Predicate>
+Vec<int> Vec<T>::indicesWhere(Predicate predicate) const {
+  const auto all = detail::elements(begin_, npts_, step_);
+  Vec<int> indices(static_cast<unsigned>(std::ranges::count_if(all, predicate)));
+  unsigned found = 0;
+  int i = 0;
+  for (const T& element : all) {
+    if (found < indices.length() && predicate(element)) indices.data()[found++] = i;
+    ++i;
+  }
+  return indices;
+}
+
+template <class T>
+unsigned Vec<T>::countValue(T value, T tolerance) const {
+  const auto all = detail::elements(begin_, npts_, step_);
+  return static_cast<unsigned>(std::ranges::count_if(all, nearTo(value, tolerance)));
+}
+
+template <class T>
+int Vec<T>::isEqual(T value, T tolerance) const {
+  return std::ranges::all_of(detail::elements(begin_, npts_, step_), nearTo(value, tolerance));
+}
+
+template <class T>
+Vec<int> Vec<T>::lessIndex(T value) const {
+  return indicesWhere([value](T x) { return x < value; });
+}
+
+template <class T>
+Vec<int> Vec<T>::valueIndex(T value, T tolerance) const {
+  return indicesWhere(nearTo(value, tolerance));
+}
+
+template <class T>
+Vec<int> Vec<T>::nonValueIndex(T value, T tolerance) const {
+  return indicesWhere([isNear = nearTo(value, tolerance)](T x) { return !isNear(x); });
+}
+
+template <class T>
+VecPick<T> Vec<T>::vecPick(const Vec<int>& indices) const {
+  return VecPick<T>(*this, indices);
+}
+
+template <class T>
+unsigned Vec<T>::countZero(double tolerance) const requires std::same_as<T, double> {
+  return countValue(0.0, tolerance);
+}
+
+template <class T>
+int Vec<T>::isZero(double tolerance) const requires std::same_as<T, double> {
+  return isEqual(0.0, tolerance);
+}
+
+template <class T>
+Vec<int> Vec<T>::zeroIndex(double tolerance) const requires std::same_as<T, double> {
+  return valueIndex(0.0, tolerance);
+}
+
+template <class T>
+Vec<int> Vec<T>::nonZeroIndex(double tolerance) const requires std::same_as<T, double> {
+  return nonValueIndex(0.0, tolerance);
+}
+
+template <class T>
+void Vec<T>::clampZero(double tolerance) requires std::same_as<T, double> {
+  auto all = detail::elements(begin_, npts_, step_);
+  std::ranges::replace_if(all, nearTo(0.0, tolerance), 0.0);
+}
+
+template <class T>
+Vec<T> Vec<T>::apply(double (*f)(double)) const requires std::same_as<T, double> {
+  Vec result(npts_);
+  const auto all = detail::elements(begin_, result.npts_, step_);
+  std::ranges::transform(all, result.begin_, f);
+  return result;
+}
+
+template <class T>
+double Vec<T>::vecLen() const requires std::same_as<T, double> {
+  return linpack::dnrm2(npts_, begin_, step_);
+}
+
+template <class T>
+int Vec<T>::normalise() requires std::same_as<T, double> {
+  const double norm = vecLen();
+  if (!(norm > 0.0)) return 0;
+  *this *= 1.0 / norm;
+  return 1;
+}
+
+template <class T>
+bool Vec<T>::operator==(const Vec& v) const {
+  return std::ranges::equal(detail::elements(begin_, npts_, step_),
+                            detail::elements(v.begin_, v.npts_, v.step_));
+}
+
+// --- Conversions
+
+template <class T>
+Vec<T>::operator Vec<double>() const requires std::same_as<T, int> {
+  Vec<double> result(npts_);
+  std::ranges::copy(detail::elements(begin_, result.length(), step_), result.data());
+  return result;
+}
+
+template <class T>
+Vec<T>::operator Vec<int>() const requires std::same_as<T, signed char> {
+  Vec<int> result(npts_);
+  std::ranges::copy(detail::elements(begin_, result.length(), step_), result.data());
+  return result;
+}
+
+// --- Arithmetic
+
+namespace {
+
+template <class T>
+struct Operand {
+  const T* data;
+  unsigned length;
+  int stride;  // 0: one number
+};
+
+template <class T>
+auto kernelOf(int operation) {
+  const kernels::ElementKernels<T>& kernels = kernels::elements<T>();
+  const typename kernels::ElementKernels<T>::Binary table[] = {kernels.add, kernels.subtract,
+                                                               kernels.multiply, kernels.divide};
+  return table[operation];
+}
+
+template <class T>
+void checkDivisor(Operand<T> b) {
+  if constexpr (std::is_integral_v<T>) {
+    const auto divisors = detail::elements(b.data, b.length, b.stride);
+    if (std::ranges::find(divisors, T(0)) != divisors.end()) raise<T>(0x3003);
+  }
+}
+
+}  // namespace
+
+template <class T>
+Vec<T> Vec<T>::combine(Operation operation, const Vec& a, const Vec& b) {
+  a.lengthCheck(b.npts_);
+  if (operation == kDivide) checkDivisor(Operand<T>{b.begin_, b.npts_, b.step_});
+  Vec result(a.npts_);
+  const unsigned n = std::min(result.npts_, b.npts_);
+  kernelOf<T>(operation)(n, a.begin_, a.step_, b.begin_, b.step_, result.begin_, 1);
+  std::fill_n(result.begin_ + n, result.npts_ - n, T(0));
+  return result;
+}
+
+template <class T>
+Vec<T> Vec<T>::combine(Operation operation, const Vec& a, T b) {
+  if (operation == kDivide) checkDivisor(Operand<T>{&b, 1, 0});
+  Vec result(a.npts_);
+  kernelOf<T>(operation)(result.npts_, a.begin_, a.step_, &b, 0, result.begin_, 1);
+  return result;
+}
+
+template <class T>
+Vec<T> Vec<T>::combine(Operation operation, T a, const Vec& b) {
+  if (operation == kDivide) checkDivisor(Operand<T>{b.begin_, b.npts_, b.step_});
+  Vec result(b.npts_);
+  kernelOf<T>(operation)(result.npts_, &a, 0, b.begin_, b.step_, result.begin_, 1);
+  return result;
+}
+
+template <class T>
+Vec<T>& Vec<T>::update(Operation operation, const Vec& b) {
+  lengthCheck(b.npts_);
+  if (operation == kDivide) checkDivisor(Operand<T>{b.begin_, b.npts_, b.step_});
+  const bool sameElements = begin_ == b.begin_ && step_ == b.step_;
+  const Vec source = block_ == b.block_ && !sameElements ? b.copy() : b;
+  const unsigned n = std::min(npts_, source.npts_);
+  kernelOf<T>(operation)(n, begin_, step_, source.begin_, source.step_, begin_, step_);
+  return *this;
+}
+
+template <class T>
+Vec<T>& Vec<T>::update(Operation operation, T b) {
+  if (operation == kDivide) checkDivisor(Operand<T>{&b, 1, 0});
+  kernelOf<T>(operation)(npts_, begin_, step_, &b, 0, begin_, step_);
+  return *this;
+}
+
+template class Vec<double>;
+template class Vec<int>;
+template class Vec<signed char>;
+
+}  // namespace vxKilnBase
