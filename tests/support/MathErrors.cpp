@@ -24,9 +24,13 @@ RecordedMathErrors::RecordedMathErrors()
   raised.clear();
 }
 
-RecordedMathErrors::~RecordedMathErrors() { vxKilnBase::setMathErrorHandler(previous_); }
+RecordedMathErrors::~RecordedMathErrors() {
+  vxKilnBase::setMathErrorHandler(previous_);
+}
 
-std::vector<RaisedMathError> RecordedMathErrors::takeAll() { return std::exchange(raised, {}); }
+std::vector<RaisedMathError> RecordedMathErrors::takeAll() {
+  return std::exchange(raised, {});
+}
 
 std::vector<std::string> RecordedMathErrors::takeTexts() {
   std::vector<std::string> texts;

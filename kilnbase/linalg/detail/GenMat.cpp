@@ -266,26 +266,17 @@ bool GenMat<T>::operator==(const GenMat& b) const {
 template <class T>
 GenMat<T> GenMat<T>::combine(Operation operation, const GenMat& a, const GenMat& b) {
   a.sizeCheck(b);
-  GenMat result;
-  result.Base::reference(Base::combine(operation, a, b));
-  result.setSize(a.nrows_, a.ncols_);
-  return result;
+  return GenMat(Base::combine(operation, a, b), a.nrows_, a.ncols_);
 }
 
 template <class T>
 GenMat<T> GenMat<T>::combine(Operation operation, const GenMat& a, T b) {
-  GenMat result;
-  result.Base::reference(Base::combine(operation, a, b));
-  result.setSize(a.nrows_, a.ncols_);
-  return result;
+  return GenMat(Base::combine(operation, a, b), a.nrows_, a.ncols_);
 }
 
 template <class T>
 GenMat<T> GenMat<T>::combine(Operation operation, T a, const GenMat& b) {
-  GenMat result;
-  result.Base::reference(Base::combine(operation, a, b));
-  result.setSize(b.nrows_, b.ncols_);
-  return result;
+  return GenMat(Base::combine(operation, a, b), b.nrows_, b.ncols_);
 }
 
 template <class T>

@@ -1,0 +1,82 @@
+// Vector operations take memory for their one result and for nothing else.
+
+#include <cstdlib>
+#include <functional>
+#include <gtest/gtest.h>
+#include <new>
+
+#include <kilnbase/linalg/DoubleGenMat.h>
+#include <kilnbase/linalg/vecmath.h>
+
+namespace {
+
+int allocations = 0;
+
+void* countedAllocation(std::size_t size) {
+  ++allocations;
+  return std::malloc(size);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  return countedAllocation(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return countedAllocation(size);
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+namespace {
+
+int allocationsOf(const std::function<void()>& operation) {
+  const int before = allocations;
+  operation();
+  return allocations - before;
+}
+
+// Where the library is linked with an allocator of its own, its allocations cannot be counted from
+// here.
+bool countsTheLibrary() {
+  return allocationsOf([] { DoubleVec(1U); }) == 1;
+}
+
+}  // namespace
+
+TEST(Allocation, AnOperationTakesMemoryForItsResultOnly) {
+  if (!countsTheLibrary()) GTEST_SKIP() << "the library's allocator is not replaceable here";
+  for (unsigned n : {1U, 10U, 100U, 10000U}) {
+    DoubleVec a(n, 1.0), b(n, 2.0);
+    const DoubleVec odd = a.slice(0, n / 2, 2);
+    const std::function<void()> oneResult[] = {[&] { a + b; },
+                                               [&] { a * 2.0; },
+                                               [&] { 2.0 / odd; },
+                                               [&] { -a; },
+                                               [&] { reverse(a) - b; },
+                                               [&] { a.copy(); },
+                                               [&] { DoubleVec(n, 0.0, 1.0); },
+                                               [&] { cos(a); },
+                                               [&] { cumsum(odd); },
+                                               [&] { toInt(a); },
+                                               [&] { abs(a); },
+                                               [&] { a.valueIndex(1.0, 0.0); }};
+    for (const auto& operation : oneResult) EXPECT_EQ(1, allocationsOf(operation));
+    const std::function<void()> noResult[] = {
+        [&] { a += b; },      [&] { a *= 3.0; },   [&] { a = b; },
+        [&] { a = a; },       [&] { dot(a, b); },  [&] { sum(odd); },
+        [&] { maxIndex(a); }, [&] { a.vecLen(); }, [&] { reverse(a).slice(0, n).normalise(); },
+        [&] { a == b; },      [&] { a += a; },     [&] { a.clampZero(0.5); }};
+    for (const auto& operation : noResult) EXPECT_EQ(0, allocationsOf(operation));
+  }
+  const DoubleGenMat m(60U, 50U, 1.5), square(50U, 50U, 0.5);
+  EXPECT_EQ(1, allocationsOf([&] { product(m, square); }));
+  EXPECT_EQ(1, allocationsOf([&] { product(m, m.row(0)); }));
+  EXPECT_EQ(1, allocationsOf([&] { transposeProduct(m, m); }));
+  EXPECT_EQ(1, allocationsOf([&] { m + m; }));
+  EXPECT_EQ(1, allocationsOf([&] { transpose(m); }));
+}

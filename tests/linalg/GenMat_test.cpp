@@ -1,0 +1,238 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <iomanip>
+#include <sstream>
+#include <vector>
+
+#include <kilnbase/linalg/DoubleGenMat.h>
+#include <kilnbase/linalg/IntGenMat.h>
+
+#include "tests/support/MathErrors.h"
+
+using kilntest::RecordedMathErrors;
+using testing::ElementsAre;
+using vxKilnBase::GenMat;
+using vxKilnBase::Vec;
+
+namespace {
+
+template <class T>
+Vec<T> counting(unsigned n) {
+  Vec<T> v(n);
+  for (int i = 0; i < static_cast<int>(n); ++i) v(i) = static_cast<T>(i);
+  return v;
+}
+
+template <class T>
+std::vector<T> list(const Vec<T>& v) {
+  const Vec<T> own = v.copy();
+  return {own.data(), own.data() + own.length()};
+}
+
+template <class T>
+class GenMatFamily : public testing::Test {
+ protected:
+  const std::string name_ = GenMat<T>::className;
+  GenMat<T> a_{counting<T>(6), 2, 3};  // 0 2 4 / 1 3 5
+};
+using Elements = testing::Types<double, int>;
+TYPED_TEST_SUITE(GenMatFamily, Elements);
+
+static_assert(sizeof(DoubleGenMat) == 32);
+static_assert(std::is_convertible_v<IntGenMat, DoubleGenMat>);
+static_assert(!std::is_convertible_v<DoubleGenMat, IntGenMat>);
+
+}  // namespace
+
+TYPED_TEST(GenMatFamily, RowsColumnsAndDiagonalsAreViews) {
+  auto& a = this->a_;
+  EXPECT_EQ(1, a(1, 0));
+  EXPECT_EQ(2, a(0, 1));
+  EXPECT_THAT(list(a.row(1)), ElementsAre(1, 3, 5));
+  EXPECT_THAT(list(a.col(2)), ElementsAre(4, 5));
+  EXPECT_THAT(list(a.diagonal(0)), ElementsAre(0, 3));
+  EXPECT_THAT(list(a.diagonal(1)), ElementsAre(2, 5));
+  EXPECT_THAT(list(a.diagonal(2)), ElementsAre(4));
+  EXPECT_THAT(list(a.diagonal(-1)), ElementsAre(1));
+  EXPECT_EQ(0U, a.diagonal(7).length());
+  EXPECT_EQ(0U, a.diagonal(-7).length());
+  a.row(0) = TypeParam(8);
+  a.dataVec()(5) = 6;
+  EXPECT_THAT(list(a), ElementsAre(8, 1, 8, 3, 8, 6));
+
+  // A matrix over every second element of a vector.
+  Vec<TypeParam> store = counting<TypeParam>(12);
+  GenMat<TypeParam> spread(store.slice(0, 6, 2), 3, 2);
+  EXPECT_THAT(list(spread.row(1)), ElementsAre(2, 8));
+  EXPECT_THAT(list(spread.diagonal(-1)), ElementsAre(2, 10));
+  spread(2, 0) = 50;
+  EXPECT_EQ(50, store(4));
+  EXPECT_THAT(list(product(spread, Vec<TypeParam>(2U, 1))), ElementsAre(6, 10, 60));
+}
+
+TYPED_TEST(GenMatFamily, CopiesShareAssignmentCopiesResizeKeepsTheCorner) {
+  using M = GenMat<TypeParam>;
+  auto& a = this->a_;
+  M view(a), own = a.copy(), other;
+  view(0, 0) = 9;
+  EXPECT_EQ(9, a(0, 0));
+  EXPECT_EQ(0, own(0, 0));
+  other.reference(a);
+  other = own;
+  EXPECT_EQ(own, a);
+
+  a.resize(3, 3);
+  EXPECT_THAT(list(a), ElementsAre(0, 1, 0, 2, 3, 0, 4, 5, 0));
+  a.resize(3, 4);
+  EXPECT_THAT(list(a.col(2)), ElementsAre(4, 5, 0));
+  EXPECT_THAT(list(a.col(3)), ElementsAre(0, 0, 0));
+  a.resize(2, 6);  // the same number of elements, other rows
+  EXPECT_THAT(list(a.row(1)), ElementsAre(1, 3, 5, 0, 0, 0));
+  EXPECT_EQ(0, view(0, 0));  // the old storage is untouched
+  a.resize(1, 1);
+  a.resize(0, 0);
+  EXPECT_EQ(0U, a.rows());
+  M shared(own);
+  own.resize(3, 2);  // keeps the count of a shared storage
+  EXPECT_EQ(5, shared(1, 2));
+  EXPECT_THAT(list(own), ElementsAre(0, 1, 0, 2, 3, 0));
+  a.reshape(4, 5);
+  EXPECT_EQ(20U, a.length());
+}
+
+TYPED_TEST(GenMatFamily, ErrorsCarryTheirNumbers) {
+  using M = GenMat<TypeParam>;
+  const std::string& name = this->name_;
+  auto& a = this->a_;
+  M square(3U, 3U, TypeParam(1));
+  RecordedMathErrors errors;
+  a.bcrow(1), a.bccol(2), a.bcval(1, 2), square.bcdiagonal(2), square.bcdiagonal(-2);
+  EXPECT_TRUE(errors.takeAll().empty());
+  a.bcrow(2), a.bccol(-1), square.bcdiagonal(3), square.bcdiagonal(-3);
+  a.bcset(-1, 1, 2), a.bcval(2, 1), a.bcref(3, 0);
+  EXPECT_THAT(
+      errors.takeTexts(),
+      ElementsAre("Row (2) not in matrix with 2 rows", "Column (-1) not in matrix with 3 columns",
+                  "Diagonal -3 not in " + name + " matrix of size (3x3)",
+                  "Diagonal 3 not in " + name + " matrix of size (3x3)",
+                  "Element (-1x1) not in matrix of size (2x3)",
+                  "Element (2x1) not in matrix of size (2x3)",
+                  "Element (3x0) not in matrix of size (2x3)"));
+  const M wrong(counting<TypeParam>(5), 2, 2);
+  a = square;
+  product(a, a), transProduct(a, M(2, 2));
+  transposeProduct(a, square), product(a, Vec<TypeParam>(2U)), product(Vec<TypeParam>(3U), a);
+  const std::string vec = vxKilnBase::VecNames<TypeParam>::vec;
+  EXPECT_THAT(errors.takeTexts(),
+              ElementsAre("Wrong number of points (5) for 2x2 " + name,
+                          "Matrix sizes don't match (3x3) vs (2x3)",
+                          "[VNMATCH: " + vec + "]: Vector lengths do not match (6 vs 9)",
+                          "inner product not possible " + name + " matrices (2,3) and (2x3)",
+                          "inner product not possible " + name + " matrices (2,3) and (2x2)",
+                          "inner product not possible " + name + " matrices (3,2) and (3x3)",
+                          "inner product not possible between " + name + " (2x3) and vector (2)",
+                          "inner product not possible vector(3) and " + name + " (2x3)"));
+  const M huge(70000, 70000);
+  EXPECT_EQ(0U, huge.rows());
+  EXPECT_THAT(errors.takeTexts(), ElementsAre("[NOMEM: RWBlock]: Out of memory"));
+}
+
+TYPED_TEST(GenMatFamily, ProductsTransposeAndKronecker) {
+  using M = GenMat<TypeParam>;
+  const auto& a = this->a_;
+  const M b(counting<TypeParam>(9), 3, 3);
+  EXPECT_THAT(list(product(a, b)), ElementsAre(10, 13, 28, 40, 46, 67));
+  EXPECT_EQ(product(a, transpose(b)), transProduct(a, b));
+  EXPECT_EQ(product(transpose(a), a), transposeProduct(a, a));
+  EXPECT_THAT(list(product(a, b.col(1))), ElementsAre(28, 40));
+  EXPECT_THAT(list(product(a.col(2), a)), ElementsAre(5, 23, 41));
+  EXPECT_EQ(M(2U, 4U, TypeParam(0)), product(M(2, 0), M(0, 4)));
+
+  const M k = kronecker(a, b);
+  ASSERT_EQ(6U, k.rows());
+  for (int i = 0; i < 6; ++i) {
+    for (int j = 0; j < 9; ++j) EXPECT_EQ(a(i / 3, j / 3) * b(i % 3, j % 3), k(i, j));
+  }
+}
+
+TYPED_TEST(GenMatFamily, ElementWiseOperators) {
+  using M = GenMat<TypeParam>;
+  M a = this->a_.copy();
+  const M ones(2U, 3U, TypeParam(1));
+  EXPECT_EQ(a * TypeParam(2) + TypeParam(1), a + a + ones);
+  EXPECT_EQ(-a, TypeParam(0) - a);
+  EXPECT_EQ(a, (a * a + a) / (a + ones));
+  M c = a.copy();
+  ++c;
+  c *= c;
+  c /= a + ones;
+  --c;
+  EXPECT_EQ(a, c);
+  EXPECT_EQ(a * a, a.apply([](TypeParam x) { return x * x; }));
+  EXPECT_NE(a, M(a.dataVec(), 3, 2));
+  EXPECT_EQ(2U, (a + TypeParam(1)).rows());
+}
+
+TYPED_TEST(GenMatFamily, Picks) {
+  using M = GenMat<TypeParam>;
+  M a = this->a_.copy();
+  const int twice[] = {2, 0};
+  const IntVec columns(twice, 2), rows(1U, 1);
+  EXPECT_THAT(list(M(a(rows, columns))), ElementsAre(5, 1));
+  auto pick = a.matPick(rows, columns);
+  pick = TypeParam(7);
+  EXPECT_THAT(list(a), ElementsAre(0, 7, 2, 3, 4, 7));
+  pick = a.matPick(IntVec(1U, 0), columns);
+  EXPECT_THAT(list(a), ElementsAre(0, 0, 2, 3, 4, 4));
+  pick(0, 1) = 8;
+  EXPECT_EQ(8, a(1, 0));
+
+  RecordedMathErrors errors;
+  const int bad[] = {-1, 0, 3};
+  a.matPick(IntVec(bad, 3), IntVec(bad, 3));
+  pick = M(2U, 2U, TypeParam(1));
+  EXPECT_THAT(errors.takeTexts(), ElementsAre("Matrix pick out of range: index 3 not in 0->1",
+                                              "Matrix pick out of range: index -1 not in 0->1",
+                                              "Matrix pick out of range: index 3 not in 0->2",
+                                              "Matrix pick out of range: index -1 not in 0->2",
+                                              "Matrix sizes don't match (2x2) vs (1x2)"));
+}
+
+TYPED_TEST(GenMatFamily, TextFormRoundTripsAndRejectsBadInput) {
+  using M = GenMat<TypeParam>;
+  std::ostringstream out;
+  out << std::setw(3) << this->a_;
+  EXPECT_EQ("2x3 [\n  0   2   4 \n  1   3   5 \n]", out.str());
+  std::ostringstream empty;
+  empty << M();
+  EXPECT_EQ("0x0 [\n]", empty.str());
+
+  for (const char* text : {"2x3 [\n0 2 4\n1 3 5]", "size 2 3[0 2 4 1 3 5]", "2 x3 [0 2 4 1 3 5]"}) {
+    std::istringstream in(text);
+    M read;
+    in >> read;
+    EXPECT_EQ(this->a_, read) << text;
+  }
+  RecordedMathErrors errors;
+  const struct {
+    const char* text;
+    const char* numbers;
+  } bad[] = {{"", "(0) for @ (0x0)"},
+             {"none", "(0) for @ (0x0)"},
+             {"2x3 [0 1 2 3 4]", "(5) for @ (2x3)"},
+             {"2x2 [0 1 2 3", "(4) for @ (2x2)"},
+             {"2x2 0 1 2 3 ]", "(4) for @ (2x2)"},
+             {"2x2 [0 1 # 3]", "(2) for @ (2x2)"},
+             {"4294967295x4294967295 [1]", "(1) for @ (4294967295x4294967295)"},
+             {"65536x65536 []", "(0) for @ (65536x65536)"}};
+  for (const auto& sample : bad) {
+    std::istringstream in(sample.text);
+    M kept = this->a_.copy();
+    in >> kept;
+    std::string numbers = sample.numbers;
+    numbers.replace(numbers.find('@'), 1, this->name_);
+    EXPECT_THAT(errors.takeTexts(), ElementsAre("wrong number of elements " + numbers))
+        << sample.text;
+    EXPECT_EQ(this->a_, kept) << sample.text;
+  }
+}
