@@ -1,10 +1,14 @@
 /* Reports to the user: errors, messages, the status line, and the question whether to stop.
  *
  * The library and its callers report through these functions in printf style; the host decides
- * where the text goes by replacing the sink. The default sink writes errors and messages to
- * standard error and, on a terminal, keeps the status line in place.
+ * where the text goes by replacing the sinks. The default sinks write to standard error and keep
+ * different texts on different lines. On a terminal the status stays in place, on one line that is
+ * cleared for other output; anywhere else each status is a line of its own.
  *
- * All of it is for the application's main thread.
+ *     rptStatus("Iteration %d (ESC to stop).", i);
+ *     if (rptCheckAbort()) return;
+ *
+ * Texts are UTF-8. All of it is for the application's main thread.
  */
 #ifndef VX_REPORT_H
 #define VX_REPORT_H
@@ -13,13 +17,6 @@
 #include <stdbool.h>
 
 #include <vx/export.h>
-
-#if defined(__GNUC__)
-#define VX_PRINTF(formatIndex, firstArgument) \
-  __attribute__((format(printf, formatIndex, firstArgument)))
-#else
-#define VX_PRINTF(formatIndex, firstArgument)
-#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -30,6 +27,46 @@ VX_API void rptError(const char* format, ...) VX_PRINTF(1, 2);
 
 /** `rptError` with an argument list. */
 VX_API void rptVError(const char* format, va_list arguments) VX_PRINTF(1, 0);
+
+/** Shows a message; each call is one, and a line feed at its end is not needed. */
+VX_API void rptUser(const char* format, ...) VX_PRINTF(1, 2);
+
+/** Replaces the status line. Control characters in it become blanks. */
+VX_API void rptStatus(const char* format, ...) VX_PRINTF(1, 2);
+
+/** Removes the status line, which a program does before it writes to the terminal by other ways. */
+VX_API void rptClearStatus(void);
+
+/** Whether the user has asked to stop. Once true, it stays true until `rptResetAbort`.
+ *
+ *  By default, pressing ESC asks to stop when standard input is a terminal. From the first call
+ * until the process exits that terminal neither echoes keys nor waits for whole lines; keys other
+ * than ESC are read and dropped. The call does not wait. */
+VX_API bool rptCheckAbort(void);
+
+/** Forgets that the user has asked to stop, and the keys pressed so far. */
+VX_API void rptResetAbort(void);
+
+/** Makes Ctrl-C ask to stop, for programs that would rather finish what they do than be killed. A
+ *  second Ctrl-C, before `rptResetAbort`, ends the process as usual. */
+VX_API void rptCatchInterrupt(void);
+
+/** Waits for that many milliseconds. */
+VX_API void rptSleep(unsigned int milliseconds);
+
+/** Where reports go. The texts are formatted and live until the sink returns. */
+typedef struct RptSinks {
+  void (*error)(const char* text);  /**< A piece of the error report. */
+  void (*user)(const char* text);   /**< One message. */
+  void (*status)(const char* text); /**< The new status, a single line; "" removes it. */
+  bool (*checkAbort)(void);         /**< Whether the user asks to stop now. */
+  void (*sleep)(unsigned int milliseconds);
+} RptSinks;
+
+/** Installs the functions of `sinks`; a null member, or all of them when `sinks` is null, stands
+ * for the default. Returns the functions that were in use, none of them null, so that a sink can
+ * pass texts on and the table can be installed again. */
+VX_API RptSinks rptSetSinks(const RptSinks* sinks);
 
 #ifdef __cplusplus
 }

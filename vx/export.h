@@ -1,4 +1,4 @@
-/* VX_API marks what libvx exports. */
+/* VX_API marks what libvx exports; VX_PRINTF lets the compiler check the arguments of a format. */
 #ifndef VX_EXPORT_H
 #define VX_EXPORT_H
 
@@ -10,6 +10,16 @@
 #endif
 #else
 #define VX_API __attribute__((visibility("default")))
+#endif
+
+#if defined(__clang__)
+#define VX_PRINTF(formatIndex, firstArgument) \
+  __attribute__((format(printf, formatIndex, firstArgument)))
+#elif defined(__GNUC__)
+#define VX_PRINTF(formatIndex, firstArgument) \
+  __attribute__((format(gnu_printf, formatIndex, firstArgument)))
+#else
+#define VX_PRINTF(formatIndex, firstArgument)
 #endif
 
 #endif
