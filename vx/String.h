@@ -1,0 +1,97 @@
+// Strings: CString holds narrow text in UTF-8, IString wide text (UTF-16 on Windows, UTF-32
+// elsewhere).
+#pragma once
+
+#include <compare>
+#include <concepts>
+#include <cstdarg>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include <vx/export.h>
+
+namespace vxString {
+
+/// A string value: copies are independent, positions and lengths count code units (bytes of UTF-8).
+///
+///     vxString::CString name = vxString::CString::format("%s-%03d", "curve", 7);
+///     if (name.startsWith("curve")) name = name.substring(6);  // "007"
+///     vxString::IString wide = name.asWide();
+///
+/// Operations on case and blanks know the ASCII letters and blanks only, whatever the locale. No
+/// operation fails but for want of memory (`std::bad_alloc`); positions beyond the end are taken as
+/// the end.
+template <class Char>
+class VX_API BasicString {
+ public:
+  using View = std::basic_string_view<Char>;
+
+  /// What the searches return when there is nothing to be found.
+  static constexpr std::size_t npos = View::npos;
+
+  BasicString() = default;
+  /// The text up to its terminating zero; null is the empty string.
+  BasicString(const Char* text);  // NOLINT(google-explicit-constructor): a literal is a string
+  /// The text of the view, which may hold zeros.
+  explicit BasicString(View text);
+
+  std::size_t length() const;
+  bool isEmpty() const { return length() == 0; }
+  /// The text with a terminating zero, until the string changes.
+  const Char* c_str() const;
+  View view() const { return {c_str(), length()}; }
+  /// The code unit at `i`; zero at the end and beyond.
+  Char operator[](std::size_t i) const;
+
+  /// The order of the code units, taken as unsigned in a CString.
+  int compare(const BasicString& other) const;
+  /// `compare` with ASCII letters taken as lower case.
+  int compareIgnoringCase(const BasicString& other) const;
+  friend bool operator==(const BasicString& a, const BasicString& b) { return a.compare(b) == 0; }
+  friend std::strong_ordering operator<=>(const BasicString& a, const BasicString& b) {
+    return a.compare(b) <=> 0;
+  }
+
+  BasicString& operator+=(const BasicString& other);
+  BasicString& operator+=(Char c);
+  friend BasicString operator+(BasicString a, const BasicString& b) { return a += b; }
+
+  /// The position of the first occurrence of `text` at or after `from`; the empty text is
+  /// everywhere.
+  std::size_t find(const BasicString& text, std::size_t from = 0) const;
+  /// The position of the last occurrence.
+  std::size_t findLast(const BasicString& text) const;
+  bool contains(const BasicString& text) const { return find(text) != npos; }
+  bool startsWith(const BasicString& text) const;
+  bool endsWith(const BasicString& text) const;
+
+  /// At most `count` code units from `start` on.
+  BasicString substring(std::size_t start, std::size_t count = npos) const;
+  /// Without the blanks, tabs and line ends at both ends.
+  BasicString trimmed() const;
+  /// With every occurrence of `text`, found from the front, replaced. An empty text is nowhere.
+  BasicString replaced(const BasicString& text, const BasicString& replacement) const;
+  BasicString toLower() const;
+  BasicString toUpper() const;
+
+  /// The text that printf would write; empty when the format cannot be written.
+  VX_PRINTF(1, 2)
+  static BasicString format(const char* format, ...) requires std::same_as<Char, char>;
+  VX_PRINTF(1, 0)
+  static BasicString formatV(const char* format,
+                             std::va_list arguments) requires std::same_as<Char, char>;
+
+  /// The same text in the other encoding. What is not valid (in UTF-8, each longest beginning of a
+  /// sequence or else one byte; a lone surrogate; a number beyond U+10FFFF) becomes U+FFFD.
+  BasicString<wchar_t> asWide() const requires std::same_as<Char, char>;
+  BasicString<char> asMultibyte() const requires std::same_as<Char, wchar_t>;
+
+ private:
+  std::basic_string<Char> text_;
+};
+
+using CString = BasicString<char>;
+using IString = BasicString<wchar_t>;
+
+}  // namespace vxString
