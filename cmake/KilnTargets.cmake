@@ -1,5 +1,7 @@
 # What every target of this tree has in common.
 
+include(${CMAKE_CURRENT_LIST_DIR}/KilnInstall.cmake)
+
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -26,11 +28,14 @@ function(kiln_own_code target)
 endfunction()
 
 # A shared library of this tree: versioned, found beside its neighbours wherever it is moved to.
+# Every header of its folder is public and installed, but for the rooms that are not for users.
 function(kiln_library target description)
   kiln_own_code(${target})
   add_library(KilnBase::${target} ALIAS ${target})
   target_compile_features(${target} PUBLIC cxx_std_20)
-  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+  file(GLOB_RECURSE headers CONFIGURE_DEPENDS *.h)
+  list(FILTER headers EXCLUDE REGEX "/(detail|linpack|kernels|os)/")
+  target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers})
   set_target_properties(${target} PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
   if(WIN32)
@@ -39,4 +44,5 @@ function(kiln_library target description)
     configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${target}.rc @ONLY)
     target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
   endif()
+  kiln_install_library(${target} ${description})
 endfunction()
