@@ -1,4 +1,6 @@
 #include <kilnbase/linalg/kernels/Dense.h>
+#include <kilnbase/linalg/kernels/MatrixVector.h>
+#include <kilnbase/linalg/kernels/Product.h>
 #include <kilnbase/linalg/kernels/Simd.h>
 
 namespace vxKilnBase::kernels::KILN_ISA {
@@ -34,28 +36,9 @@ void scale(Index n, double alpha, double* x) {
   for (; i < n; ++i) x[i] *= alpha;
 }
 
-void gemv(Index m, Index n, double alpha, const double* a, Index lda, const double* x, double* y) {
-  for (Index j = 0; j < n; ++j) axpy(m, alpha * x[j], a + j * lda, y);
-}
-
-void gemvTransposed(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
-                    double* y) {
-  for (Index j = 0; j < n; ++j) y[j] += alpha * dot(m, a + j * lda, x);
-}
-
-void gemm(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
-          Index ldc) {
-  for (Index j = 0; j < n; ++j) {
-    for (Index l = 0; l < k; ++l) {
-      const double factor = alpha * b.data[l * b.rowStride + j * b.columnStride];
-      const double* column = a.data + l * a.columnStride;
-      for (Index i = 0; i < m; ++i) c[i + j * ldc] += factor * column[i * a.rowStride];
-    }
-  }
-}
-
 }  // namespace
 
-extern const DenseKernels denseKernels = {dot, axpy, scale, gemv, gemvTransposed, gemm};
+extern const DenseKernels denseKernels = {
+    dot, axpy, scale, gemv, gemvTransposed, gemm, syrkUpper, solveUpperTransposed};
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

@@ -31,6 +31,11 @@ struct DenseKernels {
   // and overlaps neither.
   void (*gemm)(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
                Index ldc);
+  // The same for the elements of C, n by n, on and above the diagonal; those below are not touched.
+  void (*syrkUpper)(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
+                    Index ldc);
+  // X := R⁻ᵀ X; R is k by k, upper triangular, and X k by n, both column-major.
+  void (*solveUpperTransposed)(Index k, Index n, const double* r, Index ldr, double* x, Index ldx);
 };
 
 }  // namespace vxKilnBase::kernels

@@ -8,6 +8,7 @@ namespace vxKilnBase::kernels::KILN_ISA {
 inline constexpr std::ptrdiff_t kWidth = KILN_VECTOR_BYTES / 8;
 
 typedef double Vector __attribute__((vector_size(KILN_VECTOR_BYTES)));
+typedef long long Lanes __attribute__((vector_size(KILN_VECTOR_BYTES)));
 typedef double UnalignedVector
     __attribute__((vector_size(KILN_VECTOR_BYTES), aligned(8), may_alias));
 
@@ -27,6 +28,49 @@ static inline __attribute__((always_inline)) double sumOf(Vector value) {
   double sum = 0.0;
   for (std::ptrdiff_t i = 0; i < kWidth; ++i) sum += value[i];
   return sum;
+}
+
+// The lanes from `first` on of `kept`, the others of `other`.
+static inline __attribute__((always_inline)) Vector lanesFrom(std::ptrdiff_t first, Vector kept,
+                                                              Vector other) {
+  Lanes lane;
+  for (std::ptrdiff_t i = 0; i < kWidth; ++i) lane[i] = i;
+  return lane >= first ? kept : other;
+}
+
+// With lanes taken in blocks of `distance`, the odd blocks of `a` change places with the even
+// blocks of `b`: one step of a transposition.
+template <int distance>
+static inline __attribute__((always_inline)) void exchangeBlocks(Vector& a, Vector& b) {
+  Lanes low, high;
+  for (int i = 0; i < kWidth; ++i) {
+    const bool odd = (i & distance) != 0;
+    low[i] = odd ? kWidth + (i ^ distance) : i;
+    high[i] = odd ? kWidth + i : i ^ distance;
+  }
+  const Vector oldA = a;
+  a = __builtin_shuffle(oldA, b, low);
+  b = __builtin_shuffle(oldA, b, high);
+}
+
+// Transposes the kWidth by kWidth matrix whose columns are `v`.
+template <int distance = kWidth / 2>
+static inline __attribute__((always_inline)) void transpose(Vector* v) {
+  for (int i = 0; i < kWidth; ++i) {
+    if ((i & distance) == 0) exchangeBlocks<distance>(v[i], v[i + distance]);
+  }
+  if constexpr (distance > 1) transpose<distance / 2>(v);
+}
+
+// Lane i of the result is the sum of the lanes of v[i]; `v` is used up.
+template <int distance = kWidth / 2>
+static inline __attribute__((always_inline)) Vector sumsOf(Vector* v) {
+  for (int i = 0; i < distance; ++i) {
+    exchangeBlocks<distance>(v[i], v[i + distance]);
+    v[i] += v[i + distance];
+  }
+  if constexpr (distance > 1) return sumsOf<distance / 2>(v);
+  return v[0];
 }
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

@@ -1,0 +1,12 @@
+// Matrix times vector, for the table of Dense.cpp. See DenseKernels for the promises.
+#pragma once
+
+#include <kilnbase/linalg/kernels/Dense.h>
+
+namespace vxKilnBase::kernels::KILN_ISA {
+
+void gemv(Index m, Index n, double alpha, const double* a, Index lda, const double* x, double* y);
+void gemvTransposed(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
+                    double* y);
+
+}  // namespace vxKilnBase::kernels::KILN_ISA

@@ -1,0 +1,13 @@
+// C += alpha A B and its kin, for the table of Dense.cpp. See DenseKernels for the promises.
+#pragma once
+
+#include <kilnbase/linalg/kernels/Dense.h>
+
+namespace vxKilnBase::kernels::KILN_ISA {
+
+void gemm(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
+          Index ldc);
+void syrkUpper(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c, Index ldc);
+void solveUpperTransposed(Index k, Index n, const double* r, Index ldr, double* x, Index ldx);
+
+}  // namespace vxKilnBase::kernels::KILN_ISA
