@@ -19,11 +19,17 @@ int answerSeven(const MathErrorRecord&, std::va_list) {
   return 7;
 }
 
-// Ends the life of a start-up object that was never built: takes one hold away.
+// Takes one hold away, and gives it back: a start-up object ends that was never built, and the
+// reverse.
 template <class Init>
 void dropOneHold() {
   alignas(Init) unsigned char storage[sizeof(Init)];
   reinterpret_cast<Init*>(storage)->~Init();
+}
+template <class Init>
+void takeOneHold() {
+  alignas(Init) unsigned char storage[sizeof(Init)];
+  new (storage) Init;
 }
 
 std::string textOf(std::uint16_t number) {
@@ -93,7 +99,7 @@ TEST(MathError, StartUpObjectsCountTheirHolds) {
   dropOneHold<RWMATHInit>();
   EXPECT_EQ(nullptr, findMathMessage(0x3000));
   EXPECT_DEATH(raiseMathError(0x3011, "IntVec", "maxIndex"), "Error number 0x3011.*terminated");
-  new RWMATHInit;  // takes the hold back for good
+  takeOneHold<RWMATHInit>();
   EXPECT_NE(nullptr, findMathMessage(0x3000));
 }
 
