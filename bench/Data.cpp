@@ -1,0 +1,81 @@
+#include "Data.h"
+
+#include <cmath>
+#include <random>
+
+namespace bench {
+
+namespace {
+
+constexpr unsigned kProbeSeed = 99;
+
+std::size_t at(int i, int j, int leadingDimension) {
+  return static_cast<std::size_t>(j) * static_cast<std::size_t>(leadingDimension) +
+         static_cast<std::size_t>(i);
+}
+
+// Place of column j of the triangle in the factored matrix.
+std::size_t placeOf(int j, const std::vector<int>& order, int firstColumn) {
+  const auto place = static_cast<std::size_t>(j);
+  return order.empty() ? place : static_cast<std::size_t>(order[place] - firstColumn);
+}
+
+}  // namespace
+
+Values gaussian(int count, unsigned seed) {
+  std::mt19937_64 generator(seed);
+  std::normal_distribution<double> normal;
+  Values values(static_cast<std::size_t>(count));
+  for (double& value : values) value = normal(generator);
+  return values;
+}
+
+Values randomMatrix(const Shape& shape, unsigned seed) {
+  return gaussian(shape.rows * shape.columns, seed);
+}
+
+// The symmetric part of a Gaussian matrix has its eigenvalues within √(2n) of zero, nearly always.
+Values positiveDefinite(int n) {
+  const Values g = gaussian(n * n, 1);
+  Values a(g.size());
+  for (int j = 0; j < n; ++j) {
+    for (int i = 0; i < n; ++i) a[at(i, j, n)] = 0.5 * (g[at(i, j, n)] + g[at(j, i, n)]);
+    a[at(j, j, n)] += 2.0 * std::sqrt(n) + 2.0;
+  }
+  return a;
+}
+
+Values gramTimesRandom(const double* r, int ldr, int n, const std::vector<int>& order,
+                       int firstColumn) {
+  const Values w = gaussian(n, kProbeSeed);
+  Values rw(w.size(), 0.0);
+  for (int j = 0; j < n; ++j) {
+    const double factor = w[placeOf(j, order, firstColumn)];
+    for (int i = 0; i <= j; ++i) rw[static_cast<std::size_t>(i)] += r[at(i, j, ldr)] * factor;
+  }
+  Values gram(w.size(), 0.0);
+  for (int j = 0; j < n; ++j) {
+    double& sum = gram[placeOf(j, order, firstColumn)];
+    for (int i = 0; i <= j; ++i) sum += r[at(i, j, ldr)] * rw[static_cast<std::size_t>(i)];
+  }
+  return gram;
+}
+
+Values spectrumAndProduct(const double* s, int n, const double* u, const double* v, int rowStride,
+                          int columnStride) {
+  const Values w = gaussian(n, kProbeSeed);
+  Values result(s, s + n);
+  result.resize(2 * w.size(), 0.0);
+  for (int k = 0; k < n; ++k) {
+    double component = 0.0;
+    for (int i = 0; i < n; ++i) {
+      component += v[i * rowStride + k * columnStride] * w[static_cast<std::size_t>(i)];
+    }
+    for (int i = 0; i < n; ++i) {
+      result[static_cast<std::size_t>(n + i)] += u[at(i, k, n)] * s[k] * component;
+    }
+  }
+  return result;
+}
+
+}  // namespace bench

@@ -1,0 +1,34 @@
+// The data that all contestants work on, and what their factorizations must agree on.
+#pragma once
+
+#include "Harness.h"
+
+namespace bench {
+
+/// The scalar of vector operations: multiplied by it over and over, a vector keeps its size.
+inline constexpr double kScalar = -1.0;
+
+/// Independent normally distributed numbers, the same for the same count and seed.
+Values gaussian(int count, unsigned seed);
+
+/// The elements of a random matrix, column by column.
+Values randomMatrix(const Shape& shape, unsigned seed = 1);
+
+/// The elements of a symmetric positive definite matrix whose condition does not grow with n.
+Values positiveDefinite(int n);
+
+/// P Rᵀ R Pᵀ w for a fixed random w: whatever the signs of the rows of R and the order that
+/// pivoting chose, this is AᵀA w for A P = Q R, and A w for Pᵀ A P = Rᵀ R.
+///
+/// R is the n by n upper triangle in column-major storage, `order` the column of A that stands at
+/// each place of R, counted from `firstColumn`; empty when nothing was exchanged.
+Values gramTimesRandom(const double* r, int ldr, int n, const std::vector<int>& order = {},
+                       int firstColumn = 1);
+
+/// The n singular values followed by U S Vᵀ w for a fixed random w; U and V are n by n,
+/// column-major, and V is given by its element (0, 0) and the distances between its rows and its
+/// columns.
+Values spectrumAndProduct(const double* s, int n, const double* u, const double* v, int rowStride,
+                          int columnStride);
+
+}  // namespace bench

@@ -1,0 +1,149 @@
+// kiln_bench: times the library beside its peers and prints a table of ratios.
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
+#include <iostream>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include "Table.h"
+#include "families/Families.h"
+#include "peers/Fortran.h"
+
+namespace bench {
+
+namespace {
+
+struct Options {
+  std::vector<std::string> filters;
+  std::vector<std::string> sizes;
+  double seconds = 1.5;
+  bool list = false;
+};
+
+struct Case {
+  const Operation* operation;
+  Shape shape;
+};
+
+bool containsIgnoringCase(const std::string& whole, const std::string& part) {
+  const auto same = [](unsigned char a, unsigned char b) {
+    return std::tolower(a) == std::tolower(b);
+  };
+  return std::search(whole.begin(), whole.end(), part.begin(), part.end(), same) != whole.end();
+}
+
+bool chosen(const Options& options, const Operation& operation, const Shape& shape) {
+  const auto named = [&](const std::string& filter) {
+    return containsIgnoringCase(operation.name, filter);
+  };
+  const auto sized = [&](const std::string& size) { return text(shape) == size; };
+  return (options.filters.empty() ||
+          std::any_of(options.filters.begin(), options.filters.end(), named)) &&
+         (options.sizes.empty() || std::any_of(options.sizes.begin(), options.sizes.end(), sized));
+}
+
+std::vector<Case> casesOf(const Suite& suite, const Options& options) {
+  std::vector<Case> cases;
+  for (const Operation& operation : suite.operations()) {
+    for (const Shape& shape : operation.shapes) {
+      if (chosen(options, operation, shape)) cases.push_back({&operation, shape});
+    }
+  }
+  return cases;
+}
+
+// On a terminal the line stays in place.
+class Progress {
+ public:
+  explicit Progress(std::size_t total) : total_(total) {}
+  ~Progress() {
+    if (terminal_) std::cerr << "\r\033[K" << std::flush;
+  }
+
+  void show(const Case& next) {
+    std::cerr << (terminal_ ? "\r\033[K" : "") << "[" << ++done_ << "/" << total_ << "] "
+              << next.operation->name << " " << text(next.shape) << (terminal_ ? "" : "\n")
+              << std::flush;
+  }
+
+ private:
+  const bool terminal_ = isatty(STDERR_FILENO) != 0;
+  std::size_t total_;
+  std::size_t done_ = 0;
+};
+
+void printConditions(const std::string& eigenNote) {
+  std::cout << eigenNote << "\n";
+  for (const std::string& note : fortranNotes()) std::cout << note << "\n";
+  double load = 0.0;
+  if (getloadavg(&load, 1) == 1 && load > 0.5) {
+    std::cout << "Load average " << load
+              << ": something else is running and will blur the ratios\n";
+  }
+  std::cout << std::endl;
+}
+
+int run(const std::vector<Case>& cases, double seconds) {
+  std::vector<Measurement> measurements;
+  int disagreements = 0;
+  {
+    Progress progress(cases.size());
+    for (const Case& next : cases) {
+      progress.show(next);
+      try {
+        measurements.push_back(measure(*next.operation, next.shape, seconds));
+      } catch (const Disagreement& disagreement) {
+        std::cerr << "\nkiln_bench: " << disagreement.what() << "\n";
+        ++disagreements;
+      }
+    }
+  }
+  const int over = printTable(std::cout, measurements);
+  std::cout << "\n" << measurements.size() << " measured, " << over << " over their target\n";
+  return disagreements == 0 ? 0 : 1;
+}
+
+}  // namespace
+
+}  // namespace bench
+
+int main(int argc, char** argv) {
+  using namespace bench;
+  Options options;
+  CLI::App app("Times the library beside its peers, one thread, and prints a table of ratios.");
+  app.add_option("--filter", options.filters, "Only operations whose name contains TEXT")
+      ->type_name("TEXT,...")
+      ->delimiter(',');
+  app.add_option("--sizes", options.sizes, "Only these sizes, as the table writes them")
+      ->type_name("SIZE,...")
+      ->delimiter(',');
+  app.add_option("--seconds", options.seconds, "About how long to measure each line")
+      ->check(CLI::PositiveNumber)
+      ->capture_default_str();
+  app.add_flag("--list", options.list, "Only tell what would be measured");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  }
+
+  Suite suite;
+  addVectors(suite);
+  addProducts(suite);
+  const std::string eigenNote = addEigen(suite);
+  const std::vector<Case> cases = casesOf(suite, options);
+  if (cases.empty()) {
+    std::cerr << "kiln_bench: nothing of that name and size; --list tells what there is\n";
+    return 2;
+  }
+  if (options.list) {
+    for (const Case& each : cases) {
+      std::cout << each.operation->name << "  " << text(each.shape) << "\n";
+    }
+    return 0;
+  }
+  printConditions(eigenNote);
+  return run(cases, options.seconds);
+}

@@ -1,0 +1,14 @@
+// What is measured: a function a family adds its operations, with the peers from Fortran libraries.
+#pragma once
+
+#include "Harness.h"
+
+namespace bench {
+
+void addVectors(Suite& suite);
+void addProducts(Suite& suite);
+
+/// Adds Eigen to all of the above, or says that it is missing: the line for the table's head.
+std::string addEigen(Suite& suite);
+
+}  // namespace bench

@@ -1,0 +1,30 @@
+// The library's types from and to plain numbers.
+#pragma once
+
+#include <kilnbase/linalg/DoubleGenMat.h>
+
+#include "Data.h"
+
+namespace bench {
+
+inline DoubleVec vectorOf(const Values& values) {
+  return DoubleVec(values.data(), static_cast<unsigned>(values.size()));
+}
+
+inline DoubleGenMat matrixOf(const Values& values, const Shape& shape) {
+  return DoubleGenMat(values.data(), static_cast<unsigned>(shape.rows),
+                      static_cast<unsigned>(shape.columns));
+}
+
+inline Values valuesOf(double value) {
+  return {value};
+}
+
+/// All elements; of a matrix, column by column.
+inline Values valuesOf(const DoubleVec& v) {
+  Values values;
+  for (int i = 0; i < static_cast<int>(v.length()); ++i) values.push_back(v(i));
+  return values;
+}
+
+}  // namespace bench
