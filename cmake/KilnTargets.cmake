@@ -31,6 +31,11 @@ endfunction()
 # Every header of its folder is public and installed, but for the rooms that are not for users.
 function(kiln_library target description)
   kiln_own_code(${target})
+  if(NOT WIN32)
+    # As on Windows, a library calls its own functions directly, whatever else is loaded.
+    target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+    target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
+  endif()
   add_library(KilnBase::${target} ALIAS ${target})
   target_compile_features(${target} PUBLIC cxx_std_20)
   file(GLOB_RECURSE headers CONFIGURE_DEPENDS *.h)

@@ -14,15 +14,14 @@ int allocations = 0;
 
 void* countedAllocation(std::size_t size) {
   ++allocations;
-  return std::malloc(size);
+  void* memory = std::malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
 }
 
 }  // namespace
 
 void* operator new(std::size_t size) {
-  return countedAllocation(size);
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   return countedAllocation(size);
 }
 void operator delete(void* memory) noexcept {

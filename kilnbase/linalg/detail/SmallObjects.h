@@ -2,15 +2,49 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
 
 namespace vxKilnBase::detail {
 
-/// Takes `size` bytes, rounded up to an even number, aligned for any type; null when there is no
-/// memory. Sizes up to 10 come from a cache of the last few blocks of that size that were released;
-/// every other size comes straight from the heap.
-void* takeSmallObject(std::size_t size) noexcept;
+/// The last few blocks of one size that were released.
+struct SmallObjectCache {
+  static constexpr int kDepth = 5;
 
-/// Gives back what `takeSmallObject(size)` returned.
-void releaseSmallObject(void* object, std::size_t size) noexcept;
+  void* objects[kDepth];
+  int count;
+};
+
+/// Sizes 2, 4, 6, 8 and 10 have a cache each.
+inline constexpr std::size_t kLargestCachedObject = 10;
+extern SmallObjectCache smallObjectCaches[kLargestCachedObject / 2];
+
+/// The cache of objects of `size` bytes, or null for sizes that are not cached.
+inline SmallObjectCache* cacheOfSmallObjects(std::size_t size) noexcept {
+  const bool cached = size >= 1 && size <= kLargestCachedObject;
+  return cached ? &smallObjectCaches[(size - 1) / 2] : nullptr;
+}
+
+/// Takes `size` bytes, rounded up to an even number, aligned for any type; null when there is no
+/// memory. Cached sizes come from their cache while it holds any, every other size from the heap.
+inline void* takeSmallObject(std::size_t size) noexcept {
+  SmallObjectCache* cache = cacheOfSmallObjects(size);
+  if (cache != nullptr && cache->count > 0) return cache->objects[--cache->count];
+  try {  // cheaper than the non-throwing form, which is a wrapper of this one
+    return ::operator new(size + size % 2);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+/// Gives back what `takeSmallObject(size)` returned: to its cache, unless that is full, or to the
+/// heap.
+inline void releaseSmallObject(void* object, std::size_t size) noexcept {
+  SmallObjectCache* cache = cacheOfSmallObjects(size);
+  if (cache != nullptr && cache->count < SmallObjectCache::kDepth) {
+    cache->objects[cache->count++] = object;
+  } else {
+    ::operator delete(object);
+  }
+}
 
 }  // namespace vxKilnBase::detail

@@ -385,9 +385,16 @@ struct Operand {
 template <class T>
 auto kernelOf(int operation) {
   const kernels::ElementKernels<T>& kernels = kernels::elements<T>();
-  const typename kernels::ElementKernels<T>::Binary table[] = {kernels.add, kernels.subtract,
-                                                               kernels.multiply, kernels.divide};
-  return table[operation];
+  switch (operation) {
+    case 0:
+      return kernels.add;
+    case 1:
+      return kernels.subtract;
+    case 2:
+      return kernels.multiply;
+    default:
+      return kernels.divide;
+  }
 }
 
 template <class T>

@@ -61,11 +61,9 @@ void binary(Index n, const T* a, Index strideA, const T* b, Index strideB, T* ou
 #pragma GCC ivdep
     for (Index i = 0; i < n; ++i) out[i] = Operation::of(factor, b[i]);
   } else {
+#pragma GCC unroll 4
     for (Index i = 0; i < n; ++i) {
-      *out = Operation::of(*a, *b);
-      a += strideA;
-      b += strideB;
-      out += strideOut;
+      out[i * strideOut] = Operation::of(a[i * strideA], b[i * strideB]);
     }
   }
 }
@@ -121,10 +119,13 @@ typename Accumulator<T>::Type sumOfElements(Index n, const T* a) {
   return static_cast<int>(sum);
 }
 
+// Below this length four plain accumulators are faster than registers.
+constexpr Index kShort = 16;
+
 template <class T>
 typename Accumulator<T>::Type dot(Index n, const T* a, Index strideA, const T* b, Index strideB) {
   using Sum = typename Accumulator<T>::Type;
-  if (strideA == 1 && strideB == 1) return sumOfProducts(n, a, b);
+  if (strideA == 1 && strideB == 1 && n >= kShort) return sumOfProducts(n, a, b);
   return sumOfTerms<Sum>(n, [=](Index i) {
     return static_cast<Word<Sum>>(a[i * strideA]) * static_cast<Word<Sum>>(b[i * strideB]);
   });
@@ -133,7 +134,7 @@ typename Accumulator<T>::Type dot(Index n, const T* a, Index strideA, const T* b
 template <class T>
 typename Accumulator<T>::Type sum(Index n, const T* a, Index stride) {
   using Sum = typename Accumulator<T>::Type;
-  if (stride == 1) return sumOfElements(n, a);
+  if (stride == 1 && n >= kShort) return sumOfElements(n, a);
   return sumOfTerms<Sum>(n, [=](Index i) { return a[i * stride]; });
 }
 

@@ -51,23 +51,28 @@ bool supportsAvx512() {
          __builtin_cpu_supports("avx512bw");
 }
 
-const Kernels& choose() {
+const Kernels* choose() {
   __builtin_cpu_init();
   const char* request = std::getenv("KILNBASE_KERNELS");
   const auto atMost = [request](const char* name) {
     return request != nullptr && std::strcmp(request, name) == 0;
   };
-  if (atMost("baseline") || !supportsAvx2()) return kBaseline;
-  if (atMost("avx2") || !supportsAvx512()) return kAvx2;
-  return kAvx512;
+  if (atMost("baseline") || !supportsAvx2()) return &kBaseline;
+  if (atMost("avx2") || !supportsAvx512()) return &kAvx2;
+  return &kAvx512;
 }
-
-const Kernels& chosen = choose();
 
 }  // namespace
 
-const Kernels& active() {
-  return chosen;
-}
+constinit const Kernels* chosen = &kBaseline;
+
+namespace {
+
+[[maybe_unused]] const bool isChosen = [] {
+  chosen = choose();
+  return true;
+}();
+
+}  // namespace
 
 }  // namespace vxKilnBase::kernels

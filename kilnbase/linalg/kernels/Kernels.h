@@ -26,8 +26,11 @@ struct Kernels {
   const ElementKernels<signed char>* schars;
 };
 
-/// The kernels for this processor.
-const Kernels& active();
+/// The kernels for this processor; the baseline ones until the library has been initialised.
+extern const Kernels* chosen;
+inline const Kernels& active() {
+  return *chosen;
+}
 
 /// Its element kernels for one element type.
 template <class T>

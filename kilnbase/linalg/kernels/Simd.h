@@ -24,10 +24,13 @@ static inline __attribute__((always_inline)) Vector splat(double value) {
   return value - Vector{};
 }
 
+template <int distance = kWidth / 2>
 static inline __attribute__((always_inline)) double sumOf(Vector value) {
-  double sum = 0.0;
-  for (std::ptrdiff_t i = 0; i < kWidth; ++i) sum += value[i];
-  return sum;
+  Lanes partner;
+  for (int i = 0; i < kWidth; ++i) partner[i] = i ^ distance;
+  value += __builtin_shuffle(value, partner);
+  if constexpr (distance > 1) return sumOf<distance / 2>(value);
+  return value[0];
 }
 
 // The lanes from `first` on of `kept`, the others of `other`.
