@@ -6,40 +6,16 @@
 namespace vxKilnBase::kernels {
 
 namespace baseline {
-extern const DenseKernels denseKernels;
-extern const ElementKernels<double> doubleKernels;
-extern const ElementKernels<int> intKernels;
-extern const ElementKernels<signed char> scharKernels;
-}  // namespace baseline
+extern const Kernels kernels;
+}
 namespace avx2 {
-extern const DenseKernels denseKernels;
-extern const ElementKernels<double> doubleKernels;
-extern const ElementKernels<int> intKernels;
-extern const ElementKernels<signed char> scharKernels;
-}  // namespace avx2
+extern const Kernels kernels;
+}
 namespace avx512 {
-extern const DenseKernels denseKernels;
-extern const ElementKernels<double> doubleKernels;
-extern const ElementKernels<int> intKernels;
-extern const ElementKernels<signed char> scharKernels;
-}  // namespace avx512
+extern const Kernels kernels;
+}
 
 namespace {
-
-constexpr Kernels kBaseline = {"baseline",
-                               2,
-                               &baseline::denseKernels,
-                               &baseline::doubleKernels,
-                               &baseline::intKernels,
-                               &baseline::scharKernels};
-constexpr Kernels kAvx2 = {
-    "avx2", 4, &avx2::denseKernels, &avx2::doubleKernels, &avx2::intKernels, &avx2::scharKernels};
-constexpr Kernels kAvx512 = {"avx512",
-                             8,
-                             &avx512::denseKernels,
-                             &avx512::doubleKernels,
-                             &avx512::intKernels,
-                             &avx512::scharKernels};
 
 bool supportsAvx2() {
   return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
@@ -57,14 +33,14 @@ const Kernels* choose() {
   const auto atMost = [request](const char* name) {
     return request != nullptr && std::strcmp(request, name) == 0;
   };
-  if (atMost("baseline") || !supportsAvx2()) return &kBaseline;
-  if (atMost("avx2") || !supportsAvx512()) return &kAvx2;
-  return &kAvx512;
+  if (atMost("baseline") || !supportsAvx2()) return &baseline::kernels;
+  if (atMost("avx2") || !supportsAvx512()) return &avx2::kernels;
+  return &avx512::kernels;
 }
 
 }  // namespace
 
-constinit const Kernels* chosen = &kBaseline;
+constinit const Kernels* chosen = &baseline::kernels;
 
 namespace {
 

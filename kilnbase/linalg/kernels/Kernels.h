@@ -12,15 +12,23 @@
 // Sums use several accumulators; no kernel allocates.
 #pragma once
 
+#include <kilnbase/linalg/kernels/Bidiagonal.h>
+#include <kilnbase/linalg/kernels/Cholesky.h>
 #include <kilnbase/linalg/kernels/Dense.h>
 #include <kilnbase/linalg/kernels/Elements.h>
+#include <kilnbase/linalg/kernels/Householder.h>
+#include <kilnbase/linalg/kernels/Rotations.h>
 
 namespace vxKilnBase::kernels {
 
 struct Kernels {
   const char* name;   // "baseline", "avx2" or "avx512"
   int vectorDoubles;  // doubles in a register
+  const BidiagonalKernels* bidiagonal;
+  const CholeskyKernels* cholesky;
   const DenseKernels* dense;
+  const HouseholderKernels* householder;
+  const RotationKernels* rotations;
   const ElementKernels<double>* doubles;
   const ElementKernels<int>* ints;
   const ElementKernels<signed char>* schars;

@@ -25,18 +25,20 @@ constexpr Index kBlockColumns = 384;
 // Products with fewer columns than this read A in place if its columns are contiguous.
 constexpr Index kPackedColumns = 64;
 
-// Rows of A in registers' worth: register v of column l is data[l * stride + v * kWidth], but for
-// the last one of each column, which is data[l * stride + lastOffset].
-struct Panel {
+// Panels of A in registers' worth: register v of column l of a panel is data[l * stride + v *
+// kWidth], but for the last one of each column, which is data[l * stride + lastOffset].
+struct Panels {
   const double* data;
   Index stride;
   Index lastOffset;
+  Index next;  // from one panel to the next
+  Index count;
 };
 
-// Where a tile is added. Its last register of each column starts at lastOffset, which overlaps the
-// one before when the rows are no multiple of the width; the `skipped` lanes in front are not
-// changed.
-struct Tile {
+// Where tiles are added, one below the other. Their last register of each column starts at
+// lastOffset, which overlaps the one before when the rows are no multiple of the width; the
+// `skipped` lanes in front are not changed.
+struct Tiles {
   double* data;
   Index ld;
   Index lastOffset;
@@ -48,46 +50,52 @@ inline __attribute__((always_inline)) Index offsetOf(Index v, Index vectors, Ind
 }
 
 template <Index vectors, Index columns>
-void addTile(Index k, double alpha, const Panel& panel, MatrixView b, const Tile& tile) {
+inline __attribute__((always_inline)) void addTile(Index k, Vector alpha, const double* a,
+                                                   Index stride, Index lastOffset, MatrixView b,
+                                                   double* c, const Tiles& tiles) {
   Vector sum[columns][vectors];
   for (Index j = 0; j < columns; ++j) {
     for (Index v = 0; v < vectors; ++v) sum[j][v] = Vector{};
   }
-  const double* a = panel.data;
   const double* row = b.data;
-  for (Index l = 0; l < k; ++l) {
+  for (Index l = 0; l < k; ++l, a += stride, row += b.rowStride) {
     Vector column[vectors];
-    for (Index v = 0; v < vectors; ++v) {
-      column[v] = load(a + offsetOf(v, vectors, panel.lastOffset));
-    }
+    for (Index v = 0; v < vectors; ++v) column[v] = load(a + offsetOf(v, vectors, lastOffset));
     for (Index j = 0; j < columns; ++j) {
       const Vector factor = splat(row[j * b.columnStride]);
       for (Index v = 0; v < vectors; ++v) sum[j][v] += column[v] * factor;
     }
-    a += panel.stride;
-    row += b.rowStride;
   }
-  const Vector scale = splat(alpha);
-  double* c = tile.data;
-  for (Index j = 0; j < columns; ++j, c += tile.ld) {
+  for (Index j = 0; j < columns; ++j, c += tiles.ld) {
     for (Index v = 0; v + 1 < vectors; ++v) {
-      store(c + v * kWidth, load(c + v * kWidth) + scale * sum[j][v]);
+      store(c + v * kWidth, load(c + v * kWidth) + alpha * sum[j][v]);
     }
-    const Vector old = load(c + tile.lastOffset);
-    store(c + tile.lastOffset, lanesFrom(tile.skipped, old + scale * sum[j][vectors - 1], old));
+    const Vector old = load(c + tiles.lastOffset);
+    store(c + tiles.lastOffset, lanesFrom(tiles.skipped, old + alpha * sum[j][vectors - 1], old));
   }
 }
 
-using TileKernel = void (*)(Index k, double alpha, const Panel& panel, MatrixView b,
-                            const Tile& tile);
+// Adds the tiles of a strip of C: a panel each, all with the same columns of B.
+template <Index vectors, Index columns>
+void addStrip(Index k, double alpha, const Panels& panels, MatrixView b, const Tiles& tiles) {
+  const Vector factor = splat(alpha);
+  const double* a = panels.data;
+  double* c = tiles.data;
+  for (Index i = 0; i < panels.count; ++i, a += panels.next, c += kTileRows) {
+    addTile<vectors, columns>(k, factor, a, panels.stride, panels.lastOffset, b, c, tiles);
+  }
+}
+
+using StripKernel = void (*)(Index k, double alpha, const Panels& panels, MatrixView b,
+                             const Tiles& tiles);
 
 template <Index vectors, Index... j>
-TileKernel kernelOf(Index columns, std::integer_sequence<Index, j...>) {
-  static constexpr TileKernel kernels[] = {addTile<vectors, j + 1>...};
+StripKernel kernelOf(Index columns, std::integer_sequence<Index, j...>) {
+  static constexpr StripKernel kernels[] = {addStrip<vectors, j + 1>...};
   return kernels[columns - 1];
 }
 
-TileKernel kernelFor(Index vectors, Index columns) {
+StripKernel kernelFor(Index vectors, Index columns) {
   using AllColumns = std::make_integer_sequence<Index, kTileColumns>;
   if (vectors == kTileVectors) return kernelOf<kTileVectors>(columns, AllColumns());
   return vectors == 2 ? kernelOf<2>(columns, AllColumns()) : kernelOf<1>(columns, AllColumns());
@@ -134,40 +142,52 @@ void packStrided(Index rows, Index k, MatrixView a, double* to, Index toStride) 
   }
 }
 
-// The rows of C that one panel covers.
+// Rows of C that panels of one height cover.
 struct Rows {
   Index first;
-  Index count;    // at least kWidth, unless C has fewer rows
-  Index skipped;  // rows at the top that the panel above has done
+  Index height;  // of a panel; at least kWidth, unless C has fewer rows
+  Index panels;
 
-  Index vectors() const { return (count + kWidth - 1) / kWidth; }
-  // Where the last register starts, and how many of its lanes other registers hold already.
-  Index lastOffset() const { return count < kWidth ? 0 : count - kWidth; }
-  Index overlap() const { return count < kWidth ? 0 : vectors() * kWidth - count + skipped; }
+  Index end() const { return first + height * panels; }
+  Index vectors() const { return (height + kWidth - 1) / kWidth; }
+  // Where the last register of a panel starts, and how many of its lanes the one before holds.
+  Index lastOffset() const { return height < kWidth ? 0 : height - kWidth; }
+  Index overlap() const { return height < kWidth ? 0 : vectors() * kWidth - height; }
 };
 
-Rows rowsFrom(Index first, Index m) {
-  const Index count = smaller(kTileRows, m - first);
-  if (count >= kWidth || m < kWidth) return {first, count, 0};
-  return {m - kWidth, kWidth, kWidth - count};
+// The next rows when `left` are left: full panels, as many as wanted, or a lower one at the end.
+// Instead of a full panel and a rest that fills one register or less, two lower ones.
+Rows rowsFrom(Index first, Index left, Index wantedPanels) {
+  if (left <= kTileRows) return {first, left, 1};
+  const Index rest = left % kTileRows;
+  const Index full = left / kTileRows - (rest > 0 && rest <= kWidth ? 1 : 0);
+  if (full == 0) return {first, kTileRows - kWidth, 1};
+  return {first, kTileRows, smaller(full, wantedPanels)};
 }
 
-// Copies these rows of `a` in the layout of Panel.
-Panel pack(const Rows& rows, Index k, MatrixView a, double* to) {
+// Copies a panel of `rows` from A.
+void packPanel(const Rows& rows, Index k, MatrixView a, double* to) {
   const Index vectors = rows.vectors();
   const Index stride = vectors * kWidth;
   for (Index v = 0; v < vectors; ++v) {
-    const MatrixView from = viewFrom(a, rows.first + offsetOf(v, vectors, rows.lastOffset()), 0);
+    const MatrixView from = viewFrom(a, offsetOf(v, vectors, rows.lastOffset()), 0);
     double* part = to + v * kWidth;
-    if (rows.count >= kWidth && a.rowStride == 1) {
+    if (rows.height >= kWidth && a.rowStride == 1) {
       packContiguous(k, from.data, a.columnStride, part, stride);
-    } else if (rows.count >= kWidth && a.columnStride == 1) {
+    } else if (rows.height >= kWidth && a.columnStride == 1) {
       packRows(k, from.data, a.rowStride, part, stride);
     } else {
-      packStrided(smaller(rows.count, kWidth), k, from, part, stride);
+      packStrided(smaller(rows.height, kWidth), k, from, part, stride);
     }
   }
-  return {to, stride, stride - kWidth};
+}
+
+Panels pack(const Rows& rows, Index k, MatrixView a, double* to) {
+  const Index stride = rows.vectors() * kWidth;
+  for (Index i = 0; i < rows.panels; ++i) {
+    packPanel(rows, k, viewFrom(a, rows.first + i * rows.height, 0), to + i * stride * k);
+  }
+  return {to, stride, stride - kWidth, stride * k, rows.panels};
 }
 
 // The operands of C += alpha A B, all of it or its upper triangle.
@@ -184,39 +204,49 @@ struct Product {
 };
 
 // One block of the product: these rows of C, columns from `begin` to `end`, the k columns of A in
-// the panel times the k rows of B from b.
+// the panels times the k rows of B.
 struct Block {
   Rows rows;
-  Panel panel;
+  Panels panels;
   Index k;
   MatrixView b;
 };
 
 // Adds a tile of which only some elements are wanted: of its column j the first `height` + j at
 // most.
-void addPartOfTile(const Product& p, const Block& block, TileKernel kernel, MatrixView b, double* c,
-                   Index columns, Index height) {
+void addPartOfTile(const Product& p, const Block& block, StripKernel kernel, MatrixView b,
+                   Index panel, double* c, Index columns, Index height) {
   const Rows& rows = block.rows;
   double sum[kTileRows * kTileColumns] = {};
-  kernel(block.k, p.alpha, block.panel, b, {sum, kTileRows, rows.lastOffset(), rows.overlap()});
+  Panels one = block.panels;
+  one.data += panel * one.next;
+  one.count = 1;
+  kernel(block.k, p.alpha, one, b, {sum, kTileRows, rows.lastOffset(), rows.overlap()});
   for (Index j = 0; j < columns; ++j) {
-    const Index wanted = smaller(rows.count, height + j);
-    for (Index i = rows.skipped; i < wanted; ++i) c[j * p.ldc + i] += sum[j * kTileRows + i];
+    const Index wanted = smaller(rows.height, height + j);
+    for (Index i = 0; i < wanted; ++i) c[j * p.ldc + i] += sum[j * kTileRows + i];
   }
+}
+
+// How many of the panels lie in the wanted part of C, from column j on, with all their rows.
+Index wholePanels(const Product& p, const Rows& rows, Index j) {
+  if (rows.height < kWidth) return 0;
+  return p.upper ? smaller((j + 1 - rows.first) / rows.height, rows.panels) : rows.panels;
 }
 
 void addBlock(const Product& p, const Block& block, Index begin, Index end) {
   const Rows& rows = block.rows;
   for (Index j = begin; j < end;) {
     const Index columns = tileColumns(end - j);
-    const TileKernel kernel = kernelFor(rows.vectors(), columns);
+    const StripKernel kernel = kernelFor(rows.vectors(), columns);
     const MatrixView b = viewFrom(block.b, 0, j);
     double* c = p.c + j * p.ldc + rows.first;
-    const Index height = p.upper ? j - rows.first + 1 : rows.count;
-    if (rows.count < kWidth || height < rows.count) {
-      addPartOfTile(p, block, kernel, b, c, columns, height);
-    } else {
-      kernel(block.k, p.alpha, block.panel, b, {c, p.ldc, rows.lastOffset(), rows.overlap()});
+    Panels whole = block.panels;
+    whole.count = wholePanels(p, rows, j);
+    kernel(block.k, p.alpha, whole, b, {c, p.ldc, rows.lastOffset(), rows.overlap()});
+    for (Index i = whole.count; i < rows.panels; ++i) {
+      const Index height = p.upper ? j + 1 - rows.first - i * rows.height : rows.height;
+      addPartOfTile(p, block, kernel, b, i, c + i * rows.height, columns, height);
     }
     j += columns;
   }
@@ -226,12 +256,16 @@ void addBlock(const Product& p, const Block& block, Index begin, Index end) {
 void addColumns(const Product& p, Index l, Index k, Index begin, Index end, double* packed) {
   const bool inPlace = p.a.rowStride == 1 && p.m >= kWidth && end - begin < kPackedColumns;
   const MatrixView a = viewFrom(p.a, 0, l);
-  for (Index i = 0; i < p.m && (!p.upper || i < end); i += kTileRows) {
-    const Rows rows = rowsFrom(i, p.m);
-    const Panel panel = inPlace ? Panel{a.data + rows.first, a.columnStride, rows.lastOffset()}
-                                : pack(rows, k, a, packed);
+  const Index wantedPanels = inPlace ? p.m : kDepth / k;
+  const Index m = p.upper ? end : p.m;
+  for (Index i = 0; i < m;) {
+    const Rows rows = rowsFrom(i, m - i, wantedPanels);
+    const Panels panels =
+        inPlace ? Panels{a.data + i, a.columnStride, rows.lastOffset(), rows.height, rows.panels}
+                : pack(rows, k, a, packed);
     const Index firstColumn = p.upper && i > begin ? i : begin;
-    addBlock(p, {rows, panel, k, viewFrom(p.b, l, 0)}, firstColumn, end);
+    addBlock(p, {rows, panels, k, viewFrom(p.b, l, 0)}, firstColumn, end);
+    i = rows.end();
   }
 }
 

@@ -24,6 +24,7 @@ static inline __attribute__((always_inline)) Vector splat(double value) {
   return value - Vector{};
 }
 
+// The sum of the lanes, halves first.
 template <int distance = kWidth / 2>
 static inline __attribute__((always_inline)) double sumOf(Vector value) {
   Lanes partner;

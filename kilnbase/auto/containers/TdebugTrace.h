@@ -1,0 +1,39 @@
+// The interface of a trace facility that is switched off: everything is accepted, nothing happens.
+#pragma once
+
+#include <kilnbase/export.h>
+
+using TdebugCallback = void (*)(char*);
+
+/// A trace of one scope. Callers ask `on()` and skip their output, as tracing is never on.
+class KILNBASE_API TdebugTrace {
+ public:
+  static unsigned short fsTraceLevel;
+  static int fsExactTraceLevel;
+  static char* fsTraceKey;
+  static char* fsTraceFile;
+  static char* fsCmdPath;
+  static char* fsCallbackKey;
+  static TdebugCallback fsCallback;
+
+  TdebugTrace(short level, char* key, char* file);
+  ~TdebugTrace();
+  TdebugTrace(const TdebugTrace&) = default;
+  TdebugTrace& operator=(const TdebugTrace&);
+
+  int on() const;  ///< Always 0.
+
+ private:
+  static void signal_handler();
+};
+
+/// A registration of a function to be called for the traces of a key; it never is.
+class KILNBASE_API TdbgCbRegister {
+ public:
+  static char* fsCbKeyInEnv;
+  static int fsEnvVisited;
+
+  TdbgCbRegister(char* key, TdebugCallback callback);
+  TdbgCbRegister(const TdbgCbRegister&) = default;
+  TdbgCbRegister& operator=(const TdbgCbRegister&);
+};

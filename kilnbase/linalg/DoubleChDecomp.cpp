@@ -1,0 +1,240 @@
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include <kilnbase/detail/assert.h>
+#include <kilnbase/linalg/DoubleChDecomp.h>
+#include <kilnbase/linalg/MathError.h>
+#include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/linpack/dchdc.h>
+#include <kilnbase/linalg/linpack/dchdd.h>
+#include <kilnbase/linalg/linpack/dchex.h>
+#include <kilnbase/linalg/linpack/dchud.h>
+
+namespace {
+
+using vxKilnBase::raiseMathError;
+
+// Raises `error` with both numbers unless they agree.
+bool agree(unsigned given, unsigned expected, std::uint16_t error) {
+  if (given == expected) return true;
+  raiseMathError(error, given, expected);
+  return false;
+}
+
+// Takes an argument of the wrong length as not given.
+template <class Vector>
+void dropUnlessLength(Vector*& argument, unsigned length, std::uint16_t error) {
+  if (argument != nullptr && !agree(argument->length(), length, error)) argument = nullptr;
+}
+
+// A view of `v`, or a copy if it is not contiguous.
+DoubleVec contiguous(const DoubleVec& v) {
+  return v.stride() == 1 ? DoubleVec(v) : v.copy();
+}
+
+// Contiguous storage for an optional result: the argument's own where that is contiguous, else
+// scratch, which the argument, if any, takes over at the end.
+class Result {
+ public:
+  Result(DoubleVec* argument, unsigned length, double initial)
+      : argument_(argument),
+        storage_(argument != nullptr ? contiguous(*argument) : DoubleVec(length, initial)) {}
+  ~Result() {
+    if (argument_ != nullptr && argument_->stride() != 1) *argument_ = storage_;
+  }
+  Result(const Result&) = delete;
+  Result& operator=(const Result&) = delete;
+
+  double* data() { return storage_.data(); }
+
+ private:
+  DoubleVec* argument_;
+  DoubleVec storage_;
+};
+
+// Solves RᵀR x = x for the R of order k.
+void solveFactored(const double* r, std::size_t ldr, int k, double* x) {
+  const auto& dense = *vxKilnBase::kernels::active().dense;
+  for (int j = 0; j < k; ++j) {
+    const double* column = r + static_cast<std::size_t>(j) * ldr;
+    x[j] = (x[j] - dense.dot(j, column, x)) / column[j];
+  }
+  for (int j = k - 1; j >= 0; --j) {
+    const double* column = r + static_cast<std::size_t>(j) * ldr;
+    x[j] /= column[j];
+    dense.axpy(j, -x[j], column, x);
+  }
+}
+
+}  // namespace
+
+DoubleChDecomp::DoubleChDecomp(const DoubleGenMat& a) {
+  factor(a);
+}
+
+void DoubleChDecomp::factor(const DoubleGenMat& a) {
+  reference(a.copy());
+  dofactor();
+}
+
+void DoubleChDecomp::dofactor() {
+  const auto rowCount = static_cast<int>(rows());
+  if (rows() < cols()) raiseMathError(0x5010, rowCount, static_cast<int>(cols()));
+  makeContiguous();
+  if (pivoting_ != 0) pvts_.resize(cols());
+  pvts_.deepenShallowCopy();
+  DoubleVec work(order());
+  info_ = vxKilnBase::linpack::dchdc(data(), rowCount, static_cast<int>(order()), work.data(),
+                                     pvts_.data(), pivoting_ != 0 ? 1 : 0);
+  pvts_ -= 1;
+  permuted_ = pivoting_;
+}
+
+void DoubleChDecomp::makeContiguous() {
+  if (stride() != 1) deepenShallowCopy();
+}
+
+int DoubleChDecomp::doPivoting(int on) {
+  const int old = pivoting_;
+  pivoting_ = on;
+  return old;
+}
+
+int DoubleChDecomp::setPivoting(int k, int spec) {
+  KILN_ASSERT(k >= 0);
+  if (k < 0) return FREE;
+  if (spec < FINAL || spec > INITIAL) raiseMathError(0x5012, spec);
+  const unsigned length = static_cast<unsigned>(k) + 1;
+  if (pvts_.length() < length) pvts_.resize(length);
+  const int old = pvts_(k);
+  pvts_(k) = spec;
+  return old;
+}
+
+bool DoubleChDecomp::fail() const {
+  for (int i = info_ > 0 ? info_ - 1 : 0; i < static_cast<int>(order()); ++i) {
+    if ((*this)(i, i) < 0.0) return true;
+  }
+  return false;
+}
+
+double DoubleChDecomp::condition() const {
+  if (pivoting_ == 0) {
+    raiseMathError(0x5001);
+    return -1.0;
+  }
+  const int last = static_cast<int>(cols()) - 1;
+  if (info_ != last || last < 0 || rows() < cols()) return 0.0;
+  const double ratio = (*this)(last, last) / (*this)(0, 0);
+  return ratio * ratio;
+}
+
+DoubleVec DoubleChDecomp::solve(const DoubleVec& b) const {
+  if (!agree(b.length(), order(), 0x5002)) return DoubleVec();
+  DoubleVec x = solveLeading(b, order());
+  x.resize(order());
+  return unpermute(x);
+}
+
+DoubleVec DoubleChDecomp::partialSolve(const DoubleVec& b, unsigned k) const {
+  if (!agree(b.length(), order(), 0x5002)) return DoubleVec();
+  return solveLeading(b, k);
+}
+
+DoubleVec DoubleChDecomp::solveLeading(const DoubleVec& b, unsigned k) const {
+  if (info_ < static_cast<int>(k)) raiseMathError(0x5011);
+  const int usable = std::clamp(static_cast<int>(k), 0, std::max(info_, 0));
+  DoubleVec x = permute(b);
+  x.resize(static_cast<unsigned>(usable));
+  const DoubleVec r = contiguous(*this);
+  solveFactored(r.data(), rows(), usable, x.data());
+  return x;
+}
+
+// Where element i of the factor's order stands in the order of A.
+int DoubleChDecomp::originalPlace(int i) const {
+  if (permuted_ == 0 || i >= static_cast<int>(pvts_.length())) return i;
+  const int place = pvts_(i);
+  return place >= 0 && place < static_cast<int>(order()) ? place : i;
+}
+
+DoubleVec DoubleChDecomp::permute(const DoubleVec& v) const {
+  DoubleVec result = v.copy();
+  if (!agree(v.length(), order(), 0x5004)) return result;
+  for (int i = 0; i < static_cast<int>(order()); ++i) result(i) = v(originalPlace(i));
+  return result;
+}
+
+DoubleVec DoubleChDecomp::unpermute(const DoubleVec& v) const {
+  DoubleVec result = v.copy();
+  if (!agree(v.length(), order(), 0x5004)) return result;
+  for (int i = 0; i < static_cast<int>(order()); ++i) result(originalPlace(i)) = v(i);
+  return result;
+}
+
+void DoubleChDecomp::shift(int first, int last, int direction, DoubleGenMat* z, DoubleVec* c,
+                           DoubleVec* s) {
+  if (direction != 0 && direction != 1) {
+    raiseMathError(0x5005);
+    return;
+  }
+  if (first < 0 || first >= last || last >= static_cast<int>(order())) {
+    raiseMathError(0x5006, first, last);
+    return;
+  }
+  const auto rotations = static_cast<unsigned>(last - first);
+  if (z != nullptr && !agree(z->rows(), rows(), 0x5007)) z = nullptr;
+  dropUnlessLength(c, rotations, 0x5008);
+  dropUnlessLength(s, rotations, 0x5008);
+  makeContiguous();
+  Result columns(z, 0, 0.0);
+  Result cosines(c, rotations, 0.0);
+  Result sines(s, rotations, 0.0);
+  const auto height = static_cast<int>(rows());
+  vxKilnBase::linpack::dchex(data(), height, static_cast<int>(order()), first + 1, last + 1,
+                             columns.data(), height, z != nullptr ? static_cast<int>(z->cols()) : 0,
+                             cosines.data(), sines.data(), direction == 1 ? 1 : 2);
+}
+
+int DoubleChDecomp::changeRow(RowRoutine routine, const DoubleVec& x, DoubleGenMat* z,
+                              const DoubleVec* y, DoubleVec* rho, DoubleVec* c, DoubleVec* s) {
+  const unsigned n = order();
+  const unsigned columns = z != nullptr ? z->cols() : 0;
+  DoubleVec row = x.copy();
+  if (!agree(x.length(), n, 0x5002)) row.resize(n);
+  if (z != nullptr && !agree(z->rows(), rows(), 0x5007)) z = nullptr;
+  dropUnlessLength(c, n, 0x5008);
+  dropUnlessLength(s, n, 0x5008);
+  dropUnlessLength(y, columns, 0x5009);
+  dropUnlessLength(rho, columns, 0x5009);
+  for (const DoubleVec* vec : {y, static_cast<const DoubleVec*>(rho),
+                               static_cast<const DoubleVec*>(c), static_cast<const DoubleVec*>(s)})
+    if (vec != nullptr && vec->stride() != 1) raiseMathError(0x500C);
+
+  makeContiguous();
+  const DoubleVec elements = y != nullptr ? contiguous(*y) : DoubleVec(columns, 0.0);
+  Result data(z, 0, 0.0);
+  Result norms(rho, columns, std::numeric_limits<double>::max());
+  Result cosines(c, n, 0.0);
+  Result sines(s, n, 0.0);
+  const auto height = static_cast<int>(rows());
+  return routine(this->data(), height, static_cast<int>(n), row.data(), data.data(), height,
+                 z != nullptr ? static_cast<int>(columns) : 0, elements.data(), norms.data(),
+                 cosines.data(), sines.data());
+}
+
+void DoubleChDecomp::update(const DoubleVec& x, DoubleGenMat* z, const DoubleVec* y, DoubleVec* rho,
+                            DoubleVec* c, DoubleVec* s) {
+  const RowRoutine routine = [](auto... arguments) {
+    vxKilnBase::linpack::dchud(arguments...);
+    return 0;
+  };
+  changeRow(routine, x, z, y, rho, c, s);
+}
+
+int DoubleChDecomp::downdate(const DoubleVec& x, DoubleGenMat* z, const DoubleVec* y,
+                             DoubleVec* rho, DoubleVec* c, DoubleVec* s) {
+  return changeRow(vxKilnBase::linpack::dchdd, x, z, y, rho, c, s);
+}

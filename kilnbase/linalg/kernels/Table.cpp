@@ -1,0 +1,32 @@
+// The kernels of one instruction set.
+
+#include <kilnbase/linalg/kernels/Kernels.h>
+
+#define KILN_TEXT_OF(name) #name
+#define KILN_TEXT(name) KILN_TEXT_OF(name)
+
+namespace vxKilnBase::kernels::KILN_ISA {
+
+extern const BidiagonalKernels bidiagonalKernels;
+extern const CholeskyKernels choleskyKernels;
+extern const DenseKernels denseKernels;
+extern const HouseholderKernels householderKernels;
+extern const RotationKernels rotationKernels;
+extern const ElementKernels<double> doubleKernels;
+extern const ElementKernels<int> intKernels;
+extern const ElementKernels<signed char> scharKernels;
+
+extern const Kernels kernels = {
+    .name = KILN_TEXT(KILN_ISA),
+    .vectorDoubles = KILN_VECTOR_BYTES / 8,
+    .bidiagonal = &bidiagonalKernels,
+    .cholesky = &choleskyKernels,
+    .dense = &denseKernels,
+    .householder = &householderKernels,
+    .rotations = &rotationKernels,
+    .doubles = &doubleKernels,
+    .ints = &intKernels,
+    .schars = &scharKernels,
+};
+
+}  // namespace vxKilnBase::kernels::KILN_ISA

@@ -1,0 +1,66 @@
+#include <algorithm>
+#include <cmath>
+
+#include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/linpack/SweepBatch.h>
+
+namespace vxKilnBase::linpack {
+
+namespace {
+
+constexpr double kLeastCosine = 0x1p-64;
+
+}  // namespace
+
+// A sweep joins the batch when the batch spans it without much to spare.
+void SweepBatch::begin(Index first, Index last) {
+  if (q_ == nullptr) return;
+  const Index spare = (first - first_) + (last_ - last);
+  const bool fits = first >= first_ && last <= last_ && spare <= 4 + (last - first) / 4;
+  if (!fits || sweeps_ == kernels::kFusedSweeps) apply();
+  if (sweeps_ == 0) open(first, last);
+  double* a = factors(sweeps_++);
+  for (double* factor : {a, a + ld_}) {
+    std::fill_n(factor, first - first_, 0.0);
+    std::fill(factor + (last - first_), factor + (last_ - first_), 0.0);
+  }
+}
+
+void SweepBatch::open(Index first, Index last) {
+  first_ = first;
+  last_ = last;
+  std::fill_n(scales(), last - first + 1, 1.0);
+  std::fill_n(scales() + ld_, last - first + 1, 1.0);
+}
+
+// With columns x = d x̃ and y = d' ỹ: c x + s y = (c d) (x̃ + t d'/d ỹ), c y - s x = (c d') (ỹ - t
+// d/d' x̃), t = s / c.
+void SweepBatch::record(Index r, double c, double s) {
+  const double cosine = std::copysign(std::max(std::fabs(c), kLeastCosine), c);
+  const double secant = 1.0 / cosine;
+  const double tangent = s * secant;
+  double* scale = scales() + r;
+  double* inverse = scale + ld_;
+  double* a = factors(sweeps_ - 1) + r;
+  a[0] = tangent * (scale[1] * inverse[0]);
+  a[ld_] = tangent * (scale[0] * inverse[1]);
+  for (Index i = 0; i < 2; ++i) {
+    scale[i] *= cosine;
+    inverse[i] *= secant;
+  }
+}
+
+void SweepBatch::apply() {
+  if (sweeps_ == 0) return;
+  const kernels::FusedSweeps sweeps = {sweeps_, last_ - first_, storage_, ld_, scales()};
+  kernels::active().rotations->applySweeps(rows_, q_ + first_ * ldq_, ldq_, sweeps);
+  sweeps_ = 0;
+}
+
+void SweepBatch::rotateNow(Index j, Index k, double c, double s) {
+  if (q_ == nullptr) return;
+  apply();
+  kernels::active().rotations->rotate(rows_, q_ + j * ldq_, q_ + k * ldq_, c, s);
+}
+
+}  // namespace vxKilnBase::linpack

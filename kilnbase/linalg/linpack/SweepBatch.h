@@ -1,0 +1,61 @@
+// Plane rotations that wait to be applied to a matrix together.
+#pragma once
+
+#include <kilnbase/linalg/kernels/Rotations.h>
+
+namespace vxKilnBase::linpack {
+
+/// Collects sweeps of plane rotations over neighbouring columns of a matrix Q and applies several
+/// of them in one pass over Q.
+///
+/// A sweep is `begin(first, last)`, then `rotate(k, c, s)` for each k from `first` to `last` - 1,
+/// upwards, which stands for columns k and k + 1 becoming c q + s q' and c q' - s q. `apply` does
+/// all that is waiting; whoever reads or writes Q by other means calls it first. Without a matrix
+/// nothing happens.
+///
+/// Each pending column carries a scale, so that a rotation costs two multiplications an element. A
+/// cosine below 2^-64 is taken as 2^-64, far below the rounding of the rotation itself.
+///
+/// Source: W. M. Gentleman, Least squares computations by Givens transformations without square
+/// roots, J. Inst. Math. Appl. 12 (1973); F. G. Van Zee, R. A. van de Geijn, G. Quintana-Ortí,
+/// Restructuring the tridiagonal and bidiagonal QR algorithms for performance, ACM TOMS 40 (2014).
+class SweepBatch {
+ public:
+  using Index = kernels::Index;
+
+  /// Columns of the storage that a batch needs.
+  static constexpr Index kStorageColumns = 2 * kernels::kFusedSweeps + 2;
+
+  /// Q has `rows` rows and may be null. The storage holds kStorageColumns columns, each long enough
+  /// for the columns that a sweep spans.
+  SweepBatch(double* q, Index ldq, Index rows, double* storage, Index ldStorage)
+      : q_(q), ldq_(ldq), rows_(rows), storage_(storage), ld_(ldStorage) {}
+  SweepBatch(const SweepBatch&) = delete;
+  SweepBatch& operator=(const SweepBatch&) = delete;
+
+  void begin(Index first, Index last);
+  void rotate(Index k, double c, double s) {
+    if (q_ != nullptr) record(k - first_, c, s);
+  }
+  void apply();
+
+  /// Applies the rotation to columns j and k of Q at once, after all that is waiting.
+  void rotateNow(Index j, Index k, double c, double s);
+
+ private:
+  void record(Index r, double c, double s);
+  void open(Index first, Index last);
+  double* factors(Index sweep) const { return storage_ + 2 * sweep * ld_; }
+  double* scales() const { return storage_ + 2 * kernels::kFusedSweeps * ld_; }
+
+  double* q_;
+  Index ldq_;
+  Index rows_;
+  double* storage_;
+  Index ld_;
+  Index first_ = 0;  // the columns that the batch spans
+  Index last_ = 0;
+  Index sweeps_ = 0;
+};
+
+}  // namespace vxKilnBase::linpack

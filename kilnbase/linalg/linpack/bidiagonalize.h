@@ -1,0 +1,41 @@
+// Householder reduction to bidiagonal form.
+#pragma once
+
+#include <cstddef>
+
+namespace vxKilnBase::linpack {
+
+/// The arguments of `dsvdc` in the shape that its steps work on.
+struct SingularProblem {
+  using Index = std::ptrdiff_t;
+
+  Index n;
+  Index p;
+  double* x;
+  Index ldx;
+  double* s;
+  double* e;
+  double* u;  // null when no left vectors are wanted
+  Index ldu;
+  Index leftVectors;  // columns of U
+  double* v;          // null when no right vectors are wanted
+  Index ldv;
+  double* work;
+
+  /// The order of the bidiagonal matrix.
+  Index order() const { return p < n + 1 ? p : n + 1; }
+};
+
+/// Reduces X to the upper bidiagonal matrix Uᵀ X V with diagonal `s` and super-diagonal `e`, of
+/// order min(n + 1, p), and forms U and V where they are wanted. X is destroyed; both dimensions
+/// are at least 1.
+///
+/// Each step reads and writes the remaining matrix once: the row transformation of a step is
+/// applied to a column when the next step comes to it.
+///
+/// Source: LINPACK Users' Guide, SIAM 1979, chapter 11; G. W. Howell, J. W. Demmel, C. T. Fulton,
+/// S. Hammarling, K. Marmol, Cache efficient bidiagonalization using BLAS 2.5 operators, ACM TOMS
+/// 34 (2008).
+void bidiagonalize(const SingularProblem& problem);
+
+}  // namespace vxKilnBase::linpack

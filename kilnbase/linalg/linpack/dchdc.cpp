@@ -1,0 +1,155 @@
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/linpack/dchdc.h>
+
+namespace vxKilnBase::linpack {
+
+namespace {
+
+using Index = std::ptrdiff_t;
+
+// The upper triangle of a symmetric matrix.
+struct Triangle {
+  double* a;
+  Index lda;
+  Index p;
+
+  double* column(Index j) const { return a + j * lda; }
+  double& at(Index i, Index j) const { return a[j * lda + i]; }
+};
+
+// Exchanges rows and columns k < l.
+void exchange(const Triangle& t, Index k, Index l) {
+  std::swap_ranges(t.column(k), t.column(k) + k, t.column(l));
+  std::swap(t.at(k, k), t.at(l, l));
+  for (Index j = k + 1; j < l; ++j) std::swap(t.at(k, j), t.at(j, l));
+  for (Index j = l + 1; j < t.p; ++j) std::swap(t.at(k, j), t.at(l, j));
+}
+
+// The places from `begin` to before `end` take part in pivoting.
+struct FreeRange {
+  Index begin;
+  Index end;
+};
+
+// Moves the initial elements to the front and the final ones to the end, and lets `jpvt` say, from
+// 1, which element stands where.
+FreeRange arrange(const Triangle& t, int* jpvt) {
+  FreeRange range{0, t.p};
+  for (Index k = 0; k < t.p; ++k) {
+    const bool initial = jpvt[k] > 0;
+    const auto number = static_cast<int>(k + 1);
+    jpvt[k] = jpvt[k] < 0 ? -number : number;
+    if (!initial) continue;
+    if (k != range.begin) {
+      exchange(t, range.begin, k);
+      jpvt[k] = jpvt[range.begin];
+      jpvt[range.begin] = number;
+    }
+    ++range.begin;
+  }
+  for (Index k = t.p - 1; k >= range.begin; --k) {
+    if (jpvt[k] > 0) continue;
+    jpvt[k] = -jpvt[k];
+    --range.end;
+    if (k == range.end) continue;
+    exchange(t, k, range.end);
+    std::swap(jpvt[k], jpvt[range.end]);
+  }
+  return range;
+}
+
+// Subtracts what `rows` eliminated rows from `begin` on contribute to the rows from `first` to
+// before `end`.
+void subtractProducts(const Triangle& t, Index begin, Index rows, Index first, Index end) {
+  const auto& dense = *kernels::active().dense;
+  const double* above = &t.at(begin, first);
+  const Index height = end - first;
+  const kernels::MatrixView transposed{above, t.lda, 1};
+  dense.syrkUpper(height, rows, -1.0, transposed, {above, 1, t.lda}, &t.at(first, first), t.lda);
+  dense.gemm(height, t.p - end, rows, -1.0, transposed, {&t.at(begin, end), 1, t.lda},
+             &t.at(first, end), t.lda);
+}
+
+// Eliminates the rows from `begin` to before `end`, without pivoting, as far as the diagonal is
+// positive. Returns how many were; they have been subtracted from the others of these rows.
+Index eliminate(const Triangle& t, Index begin, Index end) {
+  constexpr Index kStrip = kernels::CholeskyKernels::kStripRows;
+  const Index strips = (end - begin + kStrip - 1) / kStrip;
+  if (strips <= 1) {
+    const auto& kernel = *kernels::active().cholesky;
+    return kernel.eliminateStrip(end - begin, t.p - begin, &t.at(begin, begin), t.lda);
+  }
+  const Index middle = begin + (strips + 1) / 2 * kStrip;
+  const Index done = eliminate(t, begin, middle);
+  subtractProducts(t, begin, done, middle, end);
+  return done < middle - begin ? done : done + eliminate(t, middle, end);
+}
+
+// The elimination with pivoting. `diagonal` keeps the diagonal of what is not eliminated yet.
+class PivotedElimination {
+ public:
+  PivotedElimination(const Triangle& t, const FreeRange& range, double* diagonal, int* jpvt)
+      : t_(t), range_(range), diagonal_(diagonal), jpvt_(jpvt) {
+    for (Index j = 0; j < t.p; ++j) diagonal[j] = t.at(j, j);
+  }
+
+  Index run() {
+    Index done = 0;
+    for (Index end = 0; done == end && end < t_.p;) {
+      end = std::min(done + kBlockRows, t_.p);
+      const Index begin = done;
+      done = eliminateRows(begin, end);
+      subtractProducts(t_, begin, done - begin, done, t_.p);
+    }
+    for (Index j = done; j < t_.p; ++j) t_.at(j, j) = diagonal_[j];
+    return done;
+  }
+
+ private:
+  static constexpr Index kBlockRows = 32;
+
+  // Eliminates these rows, each after subtracting what those above contribute to it, until a
+  // diagonal element is not positive. Returns where it ended.
+  Index eliminateRows(Index begin, Index end) {
+    for (Index k = begin; k < end; ++k) {
+      const Index l = findPivot(k);
+      if (!(diagonal_[l] > 0.0)) return k;
+      if (l != k) {
+        exchange(t_, k, l);
+        std::swap(diagonal_[k], diagonal_[l]);
+        std::swap(jpvt_[k], jpvt_[l]);
+      }
+      const double pivot = std::sqrt(diagonal_[k]);
+      t_.at(k, k) = pivot;
+      kernels::active().cholesky->eliminateRow(k - begin, t_.p - k - 1, t_.p - begin, k, pivot,
+                                               &t_.at(begin, k), t_.lda, diagonal_ + k + 1);
+    }
+    return end;
+  }
+
+  // The first largest diagonal element that may stand at place k.
+  Index findPivot(Index k) const {
+    if (k < range_.begin || k >= range_.end) return k;
+    return k + kernels::elements<double>().maxIndex(range_.end - k, diagonal_ + k, 1);
+  }
+
+  const Triangle& t_;
+  const FreeRange& range_;
+  double* diagonal_;
+  int* jpvt_;
+};
+
+}  // namespace
+
+int dchdc(double* a, int lda, int p, double* work, int* jpvt, int job) {
+  const Triangle t{a, lda, p};
+  if (job == 0) return static_cast<int>(eliminate(t, 0, p));
+  const FreeRange range = arrange(t, jpvt);
+  return static_cast<int>(PivotedElimination(t, range, work, jpvt).run());
+}
+
+}  // namespace vxKilnBase::linpack

@@ -1,0 +1,96 @@
+#include <algorithm>
+
+#include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/linpack/dqrsl.h>
+
+namespace vxKilnBase::linpack {
+
+namespace {
+
+using kernels::active;
+using kernels::Index;
+
+// The output of dqrdc.
+struct Factorization {
+  const double* x;
+  Index ld;
+  Index rows;
+  const double* qraux;
+
+  // The first element of a Householder vector stands in `qraux`, the rest below the diagonal.
+  void reflect(Index j, double* y) const {
+    if (qraux[j] == 0.0) return;
+    const double* below = x + (j * ld + j + 1);
+    const Index m = rows - j - 1;
+    const double product = qraux[j] * y[j] + active().dense->dot(m, below, y + j + 1);
+    const double factor = -product / qraux[j];
+    y[j] += factor * qraux[j];
+    active().dense->axpy(m, factor, below, y + j + 1);
+  }
+
+  // y := Q y, with the first k transformations.
+  void multiply(Index k, double* y) const {
+    for (Index j = k; j-- > 0;) reflect(j, y);
+  }
+
+  // y := Qᵀ y.
+  void multiplyTransposed(Index k, double* y) const {
+    for (Index j = 0; j < k; ++j) reflect(j, y);
+  }
+
+  // The index from 1 of the first zero on the diagonal of the leading k columns of R, or 0.
+  int firstZero(Index k) const {
+    for (Index j = 0; j < k; ++j) {
+      if (x[j * ld + j] == 0.0) return static_cast<int>(j) + 1;
+    }
+    return 0;
+  }
+
+  // b := R⁻¹ b, with the leading k columns of R, none of whose diagonal elements is 0.
+  void solve(Index k, double* b) const {
+    for (Index j = k; j-- > 0;) {
+      b[j] /= x[j * ld + j];
+      active().dense->axpy(j, -b[j], x + j * ld, b);
+    }
+  }
+};
+
+void copy(Index n, const double* from, double* to) {
+  if (from != to) std::copy_n(from, n, to);
+}
+
+}  // namespace
+
+int dqrsl(const double* x, int ldx, int n, int k, const double* qraux, const double* y, double* qy,
+          double* qty, double* b, double* rsd, double* xb, int job) {
+  const Factorization factorization = {x, ldx, n, qraux};
+  const int transformations = std::min(k, n - 1);
+  const bool wantsCoefficients = job % 1000 / 100 != 0;
+  const bool wantsResidual = job % 100 / 10 != 0;
+  const bool wantsFit = job % 10 != 0;
+  if (job / 10000 != 0) {
+    copy(n, y, qy);
+    factorization.multiply(transformations, qy);
+  }
+  if (job % 10000 == 0) return 0;
+  copy(n, y, qty);
+  factorization.multiplyTransposed(transformations, qty);
+  // All take their part of qty before one of them, which may share its storage, is changed.
+  if (wantsCoefficients) copy(k, qty, b);
+  if (wantsFit) copy(k, qty, xb);
+  if (wantsResidual) {
+    copy(n - k, qty + k, rsd + k);
+    std::fill(rsd, rsd + k, 0.0);
+    factorization.multiply(transformations, rsd);
+  }
+  if (wantsFit) {
+    std::fill(xb + k, xb + n, 0.0);
+    factorization.multiply(transformations, xb);
+  }
+  if (!wantsCoefficients) return 0;
+  const int zero = factorization.firstZero(k);
+  if (zero == 0) factorization.solve(k, b);
+  return zero;
+}
+
+}  // namespace vxKilnBase::linpack

@@ -1,0 +1,306 @@
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+#include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/linpack/SweepBatch.h>
+#include <kilnbase/linalg/linpack/bidiagonalize.h>
+#include <kilnbase/linalg/linpack/dsvdc.h>
+
+namespace vxKilnBase::linpack {
+
+namespace {
+
+using kernels::Index;
+
+// QR steps for each singular value. What one value does not need is left for the others: on a
+// matrix with many magnitudes the first to converge may take more, while each step serves them all.
+constexpr Index kStepsPerValue = 30;
+
+// A matrix whose largest element lies outside is scaled: products of three elements, and sums of as
+// many as there are, must neither overflow nor lose digits.
+constexpr double kSmallElement = 0x1p-300;
+constexpr double kLargeElement = 0x1p300;
+
+// Between these, a sum of two squares has lost nothing to underflow or overflow.
+constexpr double kLeastSafeSquare = 0x1p-900;
+constexpr double kGreatestSafeSquare = 0x1p1000;
+
+struct Rotation {
+  double c;
+  double s;
+  double r;
+};
+
+// The rotation with c f + s g = r and c g - s f = 0; r has the sign of the larger of f and g.
+// Source: the BLAS routine drotg.
+inline Rotation rotationOf(double f, double g) {
+  const double square = f * f + g * g;
+  const double larger = std::fabs(f) > std::fabs(g) ? f : g;
+  if (square > kLeastSafeSquare && square < kGreatestSafeSquare) [[likely]] {
+    const double r = std::copysign(std::sqrt(square), larger);
+    const double inverse = 1.0 / square;
+    return {f * inverse * r, g * inverse * r, r};
+  }
+  const double scale = std::fabs(f) + std::fabs(g);
+  if (scale == 0.0) return {1.0, 0.0, 0.0};
+  const double r = std::copysign(std::hypot(f / scale, g / scale), larger);
+  return {f / scale / r, g / scale / r, r * scale};
+}
+
+// Below this, rotations may only shift rounded digits about; to any matrix in range it is nothing.
+constexpr double kUnderflowing = 0x1p-960;
+
+bool isNegligible(double x, double neighbours) {
+  return neighbours + std::fabs(x) == neighbours || std::fabs(x) < kUnderflowing;
+}
+
+// The QR iteration on a bidiagonal matrix.
+class BidiagonalIteration {
+ public:
+  BidiagonalIteration(double* s, double* e, SweepBatch& left, SweepBatch& right)
+      : s_(s), e_(e), left_(left), right_(right) {}
+
+  // Makes the matrix of this order diagonal. Returns how many values, the first ones, were not
+  // found.
+  Index run(Index order) {
+    Index m = order;
+    for (Index steps = kStepsPerValue * order; m > 0 && steps > 0;) {
+      const Index first = startOfBlock(m);
+      if (first == m - 1) {
+        --m;
+        continue;
+      }
+      const Index zero = lastNegligibleValue(first, m);
+      if (zero == m - 1) {
+        deflate(first, m);
+      } else if (zero >= first) {
+        split(zero, m);
+      } else {
+        qrStep(first, m);
+        --steps;
+      }
+    }
+    left_.apply();
+    right_.apply();
+    return m;
+  }
+
+ private:
+  // Where the last block without a negligible super-diagonal element begins.
+  Index startOfBlock(Index m) const {
+    for (Index l = m - 1; l > 0; --l) {
+      if (isNegligible(e_[l - 1], std::fabs(s_[l - 1]) + std::fabs(s_[l]))) {
+        e_[l - 1] = 0.0;
+        return l;
+      }
+    }
+    return 0;
+  }
+
+  // The last value of the block that is negligible, now 0; -1 when there is none.
+  Index lastNegligibleValue(Index first, Index m) const {
+    for (Index l = m - 1; l >= first; --l) {
+      double neighbours = 0.0;
+      if (l != m - 1) neighbours += std::fabs(e_[l]);
+      if (l != first) neighbours += std::fabs(e_[l - 1]);
+      if (isNegligible(s_[l], neighbours)) {
+        s_[l] = 0.0;
+        return l;
+      }
+    }
+    return -1;
+  }
+
+  // The last value of the block is 0: rotates the element above it away.
+  void deflate(Index first, Index m) {
+    double f = std::exchange(e_[m - 2], 0.0);
+    for (Index k = m - 2; k >= first; --k) {
+      const Rotation rotation = rotationOf(s_[k], f);
+      s_[k] = rotation.r;
+      if (k != first) {
+        f = -rotation.s * e_[k - 1];
+        e_[k - 1] *= rotation.c;
+      }
+      right_.rotateNow(k, m - 1, rotation.c, rotation.s);
+    }
+  }
+
+  // Value `zero` is 0: rotates the element beside it away.
+  void split(Index zero, Index m) {
+    double f = std::exchange(e_[zero], 0.0);
+    for (Index k = zero + 1; k < m; ++k) {
+      const Rotation rotation = rotationOf(s_[k], f);
+      s_[k] = rotation.r;
+      f = -rotation.s * e_[k];
+      e_[k] *= rotation.c;
+      left_.rotateNow(k, zero, rotation.c, rotation.s);
+    }
+  }
+
+  // The first column of the shifted matrix BᵀB, scaled: {f, g}.
+  std::pair<double, double> shiftedColumn(Index first, Index m) const {
+    const double scale = std::max({std::fabs(s_[m - 1]), std::fabs(s_[m - 2]), std::fabs(e_[m - 2]),
+                                   std::fabs(s_[first]), std::fabs(e_[first])});
+    const double last = s_[m - 1] / scale;
+    const double lastButOne = s_[m - 2] / scale;
+    const double between = e_[m - 2] / scale;
+    const double top = s_[first] / scale;
+    const double b = ((lastButOne + last) * (lastButOne - last) + between * between) / 2.0;
+    const double c = (last * between) * (last * between);
+    double shift = 0.0;
+    if (b != 0.0 || c != 0.0) shift = c / (b + std::copysign(std::sqrt(b * b + c), b));
+    return {(top + last) * (top - last) + shift, top * (e_[first] / scale)};
+  }
+
+  // One implicitly shifted QR step on the block.
+  void qrStep(Index first, Index m) {
+    auto [f, g] = shiftedColumn(first, m);
+    left_.begin(first, m - 1);
+    right_.begin(first, m - 1);
+    for (Index k = first; k < m - 1; ++k) {
+      const Rotation right = rotationOf(f, g);
+      if (k != first) e_[k - 1] = right.r;
+      f = right.c * s_[k] + right.s * e_[k];
+      e_[k] = right.c * e_[k] - right.s * s_[k];
+      g = right.s * s_[k + 1];
+      s_[k + 1] = right.c * s_[k + 1];
+      right_.rotate(k, right.c, right.s);
+
+      const Rotation left = rotationOf(f, g);
+      s_[k] = left.r;
+      f = left.c * e_[k] + left.s * s_[k + 1];
+      s_[k + 1] = left.c * s_[k + 1] - left.s * e_[k];
+      g = left.s * e_[k + 1];
+      e_[k + 1] = left.c * e_[k + 1];
+      left_.rotate(k, left.c, left.s);
+    }
+    e_[m - 2] = f;
+  }
+
+  double* s_;
+  double* e_;
+  SweepBatch& left_;
+  SweepBatch& right_;
+};
+
+int iterate(const SingularProblem& a) {
+  constexpr Index kColumns = 2 * SweepBatch::kStorageColumns;
+  double few[kColumns * kColumns];
+  const bool fits = a.p >= kColumns;  // the matrix itself is free by now
+  double* storage = fits ? a.x : few;
+  const Index ld = fits ? a.ldx : kColumns;
+  SweepBatch left(a.u, a.ldu, a.n, storage, ld);
+  SweepBatch right(a.v, a.ldv, a.p, storage + SweepBatch::kStorageColumns * ld, ld);
+  return static_cast<int>(BidiagonalIteration(a.s, a.e, left, right).run(a.order()));
+}
+
+void swapColumns(Index n, double* q, Index ldq, Index j, Index k) {
+  if (q != nullptr) std::swap_ranges(q + j * ldq, q + j * ldq + n, q + k * ldq);
+}
+
+void makePositive(const SingularProblem& a, Index l) {
+  if (a.s[l] >= 0.0) return;
+  a.s[l] = -a.s[l];
+  if (a.v == nullptr) return;
+  double* column = a.v + l * a.ldv;
+  for (Index i = 0; i < a.p; ++i) column[i] = -column[i];
+}
+
+// Sorts the values from `found` on in descending order, equal ones as they stand, and notes in
+// work[i] which place the value at place i had.
+void sortValues(const SingularProblem& a, Index found, Index end) {
+  for (Index l = found; l < end; ++l) {
+    const double value = a.s[l];
+    Index place = l;
+    for (; place > found && a.s[place - 1] < value; --place) {
+      a.s[place] = a.s[place - 1];
+      a.work[place] = a.work[place - 1];
+    }
+    a.s[place] = value;
+    a.work[place] = static_cast<double>(l);
+  }
+}
+
+// Makes the values from `found` on positive and puts them, and their vectors, in descending order.
+// An (n + 1)st value is 0 and stays last.
+void orderValues(const SingularProblem& a, Index found) {
+  for (Index l = found; l < a.order(); ++l) makePositive(a, l);
+  const Index end = std::min(a.n, a.order());
+  sortValues(a, found, end);
+  for (Index l = found; l < end; ++l) {
+    Index from = static_cast<Index>(a.work[l]);
+    while (from < l) from = static_cast<Index>(a.work[from]);
+    if (from == l) continue;
+    swapColumns(a.n, a.u, a.ldu, l, from);
+    swapColumns(a.p, a.v, a.ldv, l, from);
+  }
+}
+
+template <class Function>
+void forColumns(Index n, Index columns, double* data, Index ld, Function function) {
+  if (data == nullptr) return;
+  for (Index j = 0; j < columns; ++j) function(n, data + j * ld);
+}
+
+// The largest |x|; infinity or NaN when there is one.
+double largestMagnitude(const SingularProblem& a) {
+  std::uint64_t largest = 0;
+  forColumns(a.n, a.p, a.x, a.ldx, [&](Index n, double* x) {
+    largest = std::max(largest, kernels::active().bidiagonal->largestMagnitude(n, x));
+  });
+  return std::bit_cast<double>(largest);
+}
+
+// A matrix with an infinite or NaN element has no decomposition.
+int giveUp(const SingularProblem& a) {
+  const auto spoil = [](Index n, double* x) {
+    std::fill_n(x, n, std::numeric_limits<double>::quiet_NaN());
+  };
+  spoil(a.order(), a.s);
+  spoil(a.p, a.e);
+  forColumns(a.n, a.leftVectors, a.u, a.ldu, spoil);
+  forColumns(a.p, a.p, a.v, a.ldv, spoil);
+  return static_cast<int>(std::min(a.n, a.p));
+}
+
+int decompose(const SingularProblem& a) {
+  const double largest = largestMagnitude(a);
+  if (!std::isfinite(largest)) return giveUp(a);
+  const bool outOfRange = largest != 0.0 && (largest < kSmallElement || largest > kLargeElement);
+  const int exponent = outOfRange ? std::ilogb(largest) : 0;
+  const auto scaleBy = [](int power) {
+    return [power](Index n, double* x) {
+      for (Index i = 0; i < n; ++i) x[i] = std::ldexp(x[i], power);
+    };
+  };
+  if (outOfRange) forColumns(a.n, a.p, a.x, a.ldx, scaleBy(-exponent));
+  bidiagonalize(a);
+  const int missing = iterate(a);
+  orderValues(a, missing);
+  if (outOfRange) {
+    scaleBy(exponent)(a.order(), a.s);
+    scaleBy(exponent)(a.p, a.e);
+  }
+  return missing;
+}
+
+}  // namespace
+
+int dsvdc(double* x, int ldx, int n, int p, double* s, double* e, double* u, int ldu, double* v,
+          int ldv, double* work, int job) {
+  if (n <= 0 || p <= 0) return 0;
+  const int left = job % 100 / 10;
+  SingularProblem problem = {n, p, x, ldx, s, e, nullptr, ldu, 0, nullptr, ldv, work};
+  if (left != 0) {
+    problem.u = u;
+    problem.leftVectors = left > 1 ? std::min(n, p) : n;
+  }
+  if (job % 10 != 0) problem.v = v;
+  return decompose(problem);
+}
+
+}  // namespace vxKilnBase::linpack

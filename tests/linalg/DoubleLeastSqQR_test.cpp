@@ -1,0 +1,118 @@
+#include <algorithm>
+#include <cmath>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <kilnbase/linalg/DoubleLeastSqQR.h>
+
+#include "tests/support/MathErrors.h"
+#include "tests/support/Matrices.h"
+
+namespace {
+
+using kilntest::norm1;
+using kilntest::norm2;
+using kilntest::randomMatrix;
+using kilntest::randomVector;
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon() / 2;
+
+// |rᵀA| / (|A| |b| max(m, n) eps).
+double residualRatio(const DoubleVec& residual, const DoubleGenMat& a, const DoubleVec& b) {
+  const double scale = norm1(a);
+  if (scale == 0.0) return 0.0;
+  const double normal = norm2(product(residual, a / scale));
+  return normal / norm2(b) / (std::max(a.rows(), a.cols()) * kEpsilon);
+}
+
+TEST(DoubleLeastSqQR, ResidualsAreOrthogonalToTheColumns) {
+  double worst = 0.0;
+  for (const unsigned m : {1, 2, 3, 5, 10, 50, 130, 700}) {
+    for (const unsigned n : {1, 2, 3, 5, 10, 50, 130}) {
+      const DoubleGenMat random = randomMatrix(m, n, m + 1000 * n);
+      const DoubleVec b = randomVector(m, n);
+      const DoubleGenMat kinds[] = {random,
+                                    kilntest::matrixWithCondition(m, n, 2.0, 1),
+                                    kilntest::matrixWithCondition(m, n, 1e7, 2),
+                                    kilntest::matrixWithCondition(m, n, 0.1 / kEpsilon, 3),
+                                    kilntest::withZeroColumns(random, {1, 4, 5}),
+                                    random * 1e290,
+                                    random * 1e-290};
+      for (const DoubleGenMat& a : kinds) {
+        const DoubleLeastSqQR fit(a);
+        const double r = residualRatio(fit.residual(b), a, b);
+        ASSERT_LT(r, 30.0) << m << " by " << n << ", kind " << &a - kinds;
+        worst = std::max(worst, r);
+        // A solution is as good as its residual where the unknowns are not huge.
+        const DoubleVec x = fit.solve(b);
+        ASSERT_EQ(n, x.length());
+        const double misfit = norm2(b - product(a, x) - fit.residual(b));
+        EXPECT_LT(misfit, 30.0 * kEpsilon * std::max(m, n) * (norm1(a) * norm2(x) + norm2(b)));
+      }
+    }
+  }
+  RecordProperty("worstRatio", std::to_string(worst));
+}
+
+TEST(DoubleLeastSqQR, ToleranceDecidesWhichUnknownsAreFree) {
+  DoubleGenMat a = randomMatrix(12, 5, 9);
+  a.col(3) = a.col(0) + a.col(1);
+  a.col(2) = a.col(4) * 2.0 + a.col(0);
+  DoubleLeastSqQR fit(a);
+  const DoubleVec exact = randomVector(5, 6);
+  const DoubleVec b = product(a, exact);
+  EXPECT_EQ(0.0, fit.setTolerance(1e-12));
+  EXPECT_EQ(1e-12, fit.setTolerance(1e-11));
+  EXPECT_EQ(2U, fit.numFreeCols());
+  EXPECT_TRUE(fit.isUnderDetermined());
+  EXPECT_EQ(12U, fit.numEquations());
+  const DoubleVec x = fit.solve(b);
+  EXPECT_LT(norm2(product(a, x) - b), 1e-13);
+  EXPECT_LT(norm2(fit.residual(b)), 1e-13);
+  for (const int j : {3, 4}) EXPECT_EQ(0.0, x(fit.pivots()(j)));
+
+  fit.factor(randomMatrix(12, 5, 9));
+  EXPECT_EQ(0.0, fit.setTolerance(0.0));
+  EXPECT_FALSE(fit.isUnderDetermined());
+}
+
+// Only the diagonal elements at the end count, equality included.
+TEST(DoubleLeastSqQR, CountsFreeColumnsFromTheEnd) {
+  DoubleGenMat a(4, 4, 0.0);
+  a.diagonal() = DoubleVec(std::vector<double>{3.0, 0.25, 2.0, 0.5}.data(), 4);
+  DoubleLeastSqQR fit;
+  fit.doPivoting(0);
+  fit.factor(a);
+  for (const auto& [tolerance, expected] :
+       {std::pair{0.0, 0U}, {0.4, 0U}, {0.5, 1U}, {1.0, 1U}, {2.0, 3U}, {3.0, 4U}}) {
+    fit.setTolerance(tolerance);
+    EXPECT_EQ(expected, fit.numFreeCols()) << tolerance;
+  }
+  EXPECT_EQ(DoubleVec(4, 0.0), fit.solve(DoubleVec(4, 1.0)));
+  EXPECT_EQ(DoubleVec(4, 1.0), fit.residual(DoubleVec(4, 1.0)));
+
+  DoubleLeastSqQR wide(randomMatrix(2, 3, 1));
+  EXPECT_EQ(1U, wide.numFreeCols());
+  wide.setTolerance(100.0);
+  EXPECT_EQ(3U, wide.numFreeCols());
+}
+
+TEST(DoubleLeastSqQR, MisuseIsReported) {
+  kilntest::RecordedMathErrors errors;
+  const DoubleLeastSqQR wide(randomMatrix(2, 3, 1));
+  EXPECT_EQ(0U, wide.solve(DoubleVec(3, 1.0)).length());
+  EXPECT_EQ(0U, wide.residual(DoubleVec(3, 1.0)).length());
+  EXPECT_THAT(errors.takeTexts(),
+              testing::ElementsAre("b vector length wrong (3!=2)", "b vector length wrong (3!=2)"));
+  const DoubleLeastSqQR none(DoubleGenMat(2, 0));
+  EXPECT_EQ(0U, none.solve(DoubleVec(2, 1.0)).length());
+  EXPECT_THAT(
+      errors.takeTexts(),
+      testing::ElementsAre("Can't solve system of equations, matrix not successfully factorized"));
+  EXPECT_EQ(DoubleVec(2, 1.0), none.residual(DoubleVec(2, 1.0)));
+}
+
+}  // namespace

@@ -1,0 +1,76 @@
+#include <cmath>
+#include <cstdint>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
+#include <vector>
+
+#include <kilnbase/util/mr_tolerance.h>
+
+extern "C" int checkTolerancesFromC(void);
+
+TEST(Tolerance, EverySettingWorksFromC) {
+  EXPECT_EQ(0, checkTolerancesFromC()) << "is the line of the check that failed";
+}
+
+TEST(Tolerance, GuardedGettersRefuseValuesBelowTheMachineTolerance) {
+  struct Setting {
+    double (*get)();
+    void (*set)(double);
+  };
+  const Setting guarded[] = {{get_cos_gap, set_cos_gap},
+                             {get_max_continuity_gap, set_max_continuity_gap},
+                             {get_point_coincident_tol, set_max_continuity_gap},
+                             {get_crv_fit_tolerance, set_crv_fit_tolerance},
+                             {get_trim_crv_fit_tolerance, set_trim_crv_fit_tolerance},
+                             {get_topological_G0, set_tol_topological_G0}};
+  for (const Setting& setting : guarded) {
+    const double atStart = setting.get();
+    for (const double refused : {1e-14, 0.0, -1.0, std::nextafter(1e-13, 0.0)}) {
+      setting.set(refused);
+      EXPECT_EQ(5e-05, setting.get());
+    }
+    setting.set(1e-13);
+    EXPECT_EQ(1e-13, setting.get());
+    setting.set(atStart);
+  }
+}
+
+TEST(Tolerance, TheIntersectionToleranceIsNotGuarded) {
+  set_crv_fit_tolerance(1e-14);
+  EXPECT_EQ(2e-14, get_crv_intersect_tolerance());
+  set_crv_fit_tolerance(0.01);
+}
+
+TEST(Tolerance, KnotToleranceGrowsWithTheDegreeUpToItsCap) {
+  EXPECT_EQ(1e-09, get_knot_tolerance_degree(std::numeric_limits<int>::min()));
+  EXPECT_EQ(1e-09, get_knot_tolerance_degree(0));
+  EXPECT_DOUBLE_EQ(1e-06, get_knot_tolerance_degree(3));
+  EXPECT_DOUBLE_EQ(1e-03, get_knot_tolerance_degree(6));
+  EXPECT_EQ(0.01, get_knot_tolerance_degree(8));
+  EXPECT_EQ(0.01, get_knot_tolerance_degree(17));
+  EXPECT_EQ(0.01, get_knot_tolerance_degree(std::numeric_limits<int>::max()));
+}
+
+TEST(Tolerance, OneCurvatureToleranceIsSaved) {
+  scale_curvature_tolerance(2.0);
+  scale_curvature_tolerance(3.0);
+  EXPECT_DOUBLE_EQ(0.6, get_curvature_tolerance());
+  unscale_curvature_tolerance();
+  EXPECT_EQ(0.2, get_curvature_tolerance());
+  unscale_curvature_tolerance();
+  EXPECT_EQ(0.2, get_curvature_tolerance());
+  set_curvature_tolerance(0.1);
+}
+
+TEST(Tolerance, AnyOtherCoordinateSystemThanZeroHasYUp) {
+  for (const std::int32_t system : {1, -1, 256}) {
+    va_coordinate_system = system;
+    EXPECT_TRUE(MR_yIsUp() && !MR_zIsUp());
+    EXPECT_THAT(std::vector(MR_get_up_vector(), MR_get_up_vector() + 3),
+                testing::ElementsAre(0.0, 1.0, 0.0));
+  }
+  va_coordinate_system = 0;
+  EXPECT_THAT(std::vector(MR_get_up_vector(), MR_get_up_vector() + 3),
+              testing::ElementsAre(0.0, 0.0, 1.0));
+}
