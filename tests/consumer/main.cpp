@@ -1,12 +1,21 @@
-#include <cstring>
+#include <cstdio>
+#include <string>
 
 #include <kilnbase/kilnbase.h>
 
 extern "C" void reportFromC(const char* text);
 
 int main() {
-  const RWMATXInit matrixMessages;
-  const MathCatalogEntry* entry = vxKilnBase::findMathMessage(0x4018);
-  if (entry == nullptr || std::strstr(entry->message, "leading submatrix") == nullptr) return 1;
-  reportFromC("both languages reach the installed libraries");
+  // Row i of A is the equation height = slope * x + offset at one point.
+  const double x[] = {0.0, 1.0, 2.0, 3.0};
+  const double heights[] = {1.1, 2.9, 5.1, 6.9};
+  DoubleGenMat a(4, 2, 1.0);
+  for (int i = 0; i < 4; ++i) a(i, 0) = x[i];
+  const DoubleLeastSqQR fit(a);
+  const DoubleVec line = fit.solve(DoubleVec(heights, 4));
+
+  char text[80];
+  std::snprintf(text, sizeof text, "slope %.2f, offset %.2f", line(0), line(1));
+  reportFromC(text);
+  return std::string(text) == "slope 1.96, offset 1.06" ? 0 : 1;
 }
