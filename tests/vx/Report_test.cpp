@@ -8,7 +8,6 @@
 
 using kilntest::RecordedReports;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST(Report, TextsAreFormattedForTheSinkOfTheirKind) {
   RecordedReports reports;

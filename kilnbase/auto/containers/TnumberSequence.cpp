@@ -3,7 +3,6 @@
 #include <functional>
 #include <iterator>
 #include <numeric>
-#include <ranges>
 #include <vector>
 
 #include <kilnbase/auto/containers/TnumberSequence.h>
@@ -112,7 +111,8 @@ int TnumberSequence::whichBreakpoint(int i) const {
 DoubleVec TnumberSequence::extra(const TnumberSequence& a, const TnumberSequence& b, double tol) {
   std::vector<double> lacking;
   const double* match = a.begin();
-  for (const double value : std::ranges::subrange(b.begin(), b.end())) {
+  for (const double* next = b.begin(); next != b.end(); ++next) {
+    const double value = *next;
     const auto isNear = [=](double x) { return x == value || std::fabs(x - value) <= tol; };
     while (match != a.end() && *match < value && !isNear(*match)) ++match;
     if (match != a.end() && isNear(*match)) {

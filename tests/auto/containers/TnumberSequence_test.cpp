@@ -19,8 +19,8 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 template <class T>
 std::vector<T> listed(const vxKilnBase::Vec<T>& v) {
-  std::vector<T> values;
-  for (int i = 0; i < static_cast<int>(v.length()); ++i) values.push_back(v(i));
+  std::vector<T> values(v.length());
+  for (std::size_t i = 0; i < values.size(); ++i) values[i] = v(static_cast<int>(i));
   return values;
 }
 
@@ -154,9 +154,8 @@ TEST(TnumberSequence, BreakpointsAndTheirMultiplicities) {
   const TnumberSequence s = sequence({0, 0, 0, 1, 1, 2});
   EXPECT_THAT(listed(s.breakpoints()), ElementsAre(0, 1, 2));
   EXPECT_THAT(listed(s.multiplicities()), ElementsAre(3, 2, 1));
-  std::vector<int> which;
-  for (int i = -1; i <= 6; ++i) which.push_back(s.whichBreakpoint(i));
-  EXPECT_THAT(which, ElementsAre(-1, 0, 0, 0, 1, 1, 2, -1));
+  const int expected[] = {-1, 0, 0, 0, 1, 1, 2, -1};
+  for (int i = -1; i <= 6; ++i) EXPECT_EQ(expected[i + 1], s.whichBreakpoint(i)) << i;
   EXPECT_THAT(listed(TnumberSequence().breakpoints()), IsEmpty());
   EXPECT_THAT(listed(TnumberSequence().multiplicities()), IsEmpty());
 }
@@ -213,8 +212,8 @@ TEST(TnumberSequence, SortingAViewTouchesItsElementsOnly) {
 }
 
 TEST(TnumberSequence, NaNsComeLast) {
-  std::vector<double> values;
-  for (int i = 0; i < 300; ++i) values.push_back(i % 3 == 0 ? kNaN : 300.0 - i);
+  std::vector<double> values(300);
+  for (std::size_t i = 0; i < 300; ++i) values[i] = i % 3 == 0 ? kNaN : 300.0 - double(i);
   TnumberSequence s = sequence(values);
   for (int i = 0; i < 300; ++i) EXPECT_EQ(i >= 200, std::isnan(s(i)));
   EXPECT_EQ(199, s.findInterval(1e9, 0));
