@@ -22,26 +22,33 @@ constexpr Index kTileRows = kTileVectors * kWidth;
 // A panel and its share of B take a block of this many columns of A and rows of B at a time.
 constexpr Index kDepth = 192;
 constexpr Index kBlockColumns = 384;
+// From this depth on the elements of C are worth fetching ahead of their use.
+constexpr Index kPrefetchDepth = 64;
 // Products with fewer columns than this read A in place if its columns are contiguous.
-constexpr Index kPackedColumns = 64;
+constexpr Index kPackedColumns = 128;
 
-// Panels of A in registers' worth: register v of column l of a panel is data[l * stride + v *
-// kWidth], but for the last one of each column, which is data[l * stride + lastOffset].
-struct Panels {
-  const double* data;
+// Tiles of C beside and below each other: the products of panels of A, each some rows of it, and
+// strips of B, each some columns.
+struct Grid {
+  Index k;
+  double alpha;
+
+  // Register v of column l of a panel is a[l * stride + v * kWidth], but for the last one of each
+  // column, which is a[l * stride + lastOffset].
+  Index panels;
+  const double* a;
   Index stride;
   Index lastOffset;
-  Index next;  // from one panel to the next
-  Index count;
-};
+  Index nextPanel;  // from one panel to the next
 
-// Where tiles are added, one below the other. Their last register of each column starts at
-// lastOffset, which overlaps the one before when the rows are no multiple of the width; the
-// `skipped` lanes in front are not changed.
-struct Tiles {
-  double* data;
-  Index ld;
-  Index lastOffset;
+  Index strips;
+  MatrixView b;
+
+  // The last register of a tile's column starts at lastRow, which overlaps the one before when the
+  // rows are no multiple of the width; the `skipped` lanes in front are not changed.
+  double* c;
+  Index ldc;
+  Index lastRow;
   Index skipped;
 };
 
@@ -49,53 +56,66 @@ inline __attribute__((always_inline)) Index offsetOf(Index v, Index vectors, Ind
   return v + 1 == vectors ? lastOffset : v * kWidth;
 }
 
+// Fetches a tile of C that will be written some time later.
 template <Index vectors, Index columns>
-inline __attribute__((always_inline)) void addTile(Index k, Vector alpha, const double* a,
-                                                   Index stride, Index lastOffset, MatrixView b,
-                                                   double* c, const Tiles& tiles) {
+inline __attribute__((always_inline)) void prefetch(const double* c, Index ldc) {
+#pragma GCC unroll 1
+  for (Index j = 0; j < columns; ++j, c += ldc) {
+    for (Index v = 0; v < vectors; ++v) __builtin_prefetch(c + v * kWidth, 1);
+  }
+}
+
+template <Index vectors, Index columns>
+inline __attribute__((always_inline)) void addTile(const Grid& grid, const double* a,
+                                                   const double* b, double* c) {
+  if (grid.k >= kPrefetchDepth) prefetch<vectors, columns>(c, grid.ldc);
   Vector sum[columns][vectors];
   for (Index j = 0; j < columns; ++j) {
     for (Index v = 0; v < vectors; ++v) sum[j][v] = Vector{};
   }
-  const double* row = b.data;
-  for (Index l = 0; l < k; ++l, a += stride, row += b.rowStride) {
+  for (Index l = 0; l < grid.k; ++l, a += grid.stride, b += grid.b.rowStride) {
     Vector column[vectors];
-    for (Index v = 0; v < vectors; ++v) column[v] = load(a + offsetOf(v, vectors, lastOffset));
+    for (Index v = 0; v < vectors; ++v) column[v] = load(a + offsetOf(v, vectors, grid.lastOffset));
     for (Index j = 0; j < columns; ++j) {
-      const Vector factor = splat(row[j * b.columnStride]);
+      const Vector factor = splat(b[j * grid.b.columnStride]);
       for (Index v = 0; v < vectors; ++v) sum[j][v] += column[v] * factor;
     }
   }
-  for (Index j = 0; j < columns; ++j, c += tiles.ld) {
+  const Vector alpha = splat(grid.alpha);
+  for (Index j = 0; j < columns; ++j, c += grid.ldc) {
     for (Index v = 0; v + 1 < vectors; ++v) {
       store(c + v * kWidth, load(c + v * kWidth) + alpha * sum[j][v]);
     }
-    const Vector old = load(c + tiles.lastOffset);
-    store(c + tiles.lastOffset, lanesFrom(tiles.skipped, old + alpha * sum[j][vectors - 1], old));
+    const Vector old = load(c + grid.lastRow);
+    store(c + grid.lastRow, lanesFrom(grid.skipped, old + alpha * sum[j][vectors - 1], old));
   }
 }
 
-// Adds the tiles of a strip of C: a panel each, all with the same columns of B.
 template <Index vectors, Index columns>
-void addStrip(Index k, double alpha, const Panels& panels, MatrixView b, const Tiles& tiles) {
-  const Vector factor = splat(alpha);
-  const double* a = panels.data;
-  double* c = tiles.data;
-  for (Index i = 0; i < panels.count; ++i, a += panels.next, c += kTileRows) {
-    addTile<vectors, columns>(k, factor, a, panels.stride, panels.lastOffset, b, c, tiles);
+void addGrid(const Grid& wanted) {
+  Grid grid = wanted;
+  for (Index strip = 0; strip < grid.strips; ++strip) {
+    const double* a = grid.a;
+    double* c = grid.c;
+    for (Index panel = 0; panel < grid.panels; ++panel) {
+      addTile<vectors, columns>(grid, a, grid.b.data, c);
+      a += grid.nextPanel;
+      c += kTileRows;
+    }
+    grid.b.data += columns * grid.b.columnStride;
+    grid.c += columns * grid.ldc;
   }
 }
 
-using StripKernel = void (*)(Index k, double alpha, const Panels& panels, MatrixView b,
-                             const Tiles& tiles);
+using GridKernel = void (*)(const Grid& grid);
 
 template <Index vectors, Index... j>
-StripKernel kernelOf(Index columns, std::integer_sequence<Index, j...>) {
-  static constexpr StripKernel kernels[] = {addStrip<vectors, j + 1>...};
+GridKernel kernelOf(Index columns, std::integer_sequence<Index, j...>) {
+  static constexpr GridKernel kernels[] = {addGrid<vectors, j + 1>...};
   return kernels[columns - 1];
 }
 
-StripKernel kernelFor(Index vectors, Index columns) {
+GridKernel kernelFor(Index vectors, Index columns) {
   using AllColumns = std::make_integer_sequence<Index, kTileColumns>;
   if (vectors == kTileVectors) return kernelOf<kTileVectors>(columns, AllColumns());
   return vectors == 2 ? kernelOf<2>(columns, AllColumns()) : kernelOf<1>(columns, AllColumns());
@@ -105,14 +125,7 @@ Index smaller(Index a, Index b) {
   return a < b ? a : b;
 }
 
-// The columns of the next tile when `left` are left: full tiles, and two halves in place of a full
-// and a very narrow one.
-Index tileColumns(Index left) {
-  if (left <= kTileColumns) return left;
-  return left < 2 * kTileColumns ? (left + 1) / 2 : kTileColumns;
-}
-
-MatrixView viewFrom(MatrixView a, Index i, Index j) {
+MatrixView viewFrom(const MatrixView& a, Index i, Index j) {
   return {a.data + i * a.rowStride + j * a.columnStride, a.rowStride, a.columnStride};
 }
 
@@ -134,7 +147,7 @@ void packRows(Index k, const double* a, Index rowStride, double* to, Index toStr
 }
 
 // Copies `rows` rows, at most a register's worth, and fills the register with zeros.
-void packStrided(Index rows, Index k, MatrixView a, double* to, Index toStride) {
+void packStrided(Index rows, Index k, const MatrixView& a, double* to, Index toStride) {
   for (Index l = 0; l < k; ++l) {
     for (Index i = 0; i < kWidth; ++i) {
       to[l * toStride + i] = i < rows ? a.data[i * a.rowStride + l * a.columnStride] : 0.0;
@@ -165,8 +178,26 @@ Rows rowsFrom(Index first, Index left, Index wantedPanels) {
   return {first, kTileRows, smaller(full, wantedPanels)};
 }
 
+// Columns of C that strips of one width cover.
+struct Columns {
+  Index first;
+  Index width;  // of a strip
+  Index strips;
+
+  Index end() const { return first + width * strips; }
+};
+
+// The next columns when `left` are left: full strips, as many as wanted; at the end two of half the
+// width in place of a full and a narrow one.
+Columns columnsFrom(Index first, Index left, Index wantedStrips) {
+  if (left <= kTileColumns) return {first, left, 1};
+  if (left < 2 * kTileColumns) return {first, (left + 1) / 2, 1};
+  const Index full = left / kTileColumns - (left % kTileColumns > 0 ? 1 : 0);
+  return {first, kTileColumns, smaller(full, wantedStrips)};
+}
+
 // Copies a panel of `rows` from A.
-void packPanel(const Rows& rows, Index k, MatrixView a, double* to) {
+void packPanel(const Rows& rows, Index k, const MatrixView& a, double* to) {
   const Index vectors = rows.vectors();
   const Index stride = vectors * kWidth;
   for (Index v = 0; v < vectors; ++v) {
@@ -182,12 +213,11 @@ void packPanel(const Rows& rows, Index k, MatrixView a, double* to) {
   }
 }
 
-Panels pack(const Rows& rows, Index k, MatrixView a, double* to) {
-  const Index stride = rows.vectors() * kWidth;
+void pack(const Rows& rows, Index k, const MatrixView& a, double* to) {
   for (Index i = 0; i < rows.panels; ++i) {
-    packPanel(rows, k, viewFrom(a, rows.first + i * rows.height, 0), to + i * stride * k);
+    packPanel(rows, k, viewFrom(a, rows.first + i * rows.height, 0), to);
+    to += rows.vectors() * kWidth * k;
   }
-  return {to, stride, stride - kWidth, stride * k, rows.panels};
 }
 
 // The operands of C += alpha A B, all of it or its upper triangle.
@@ -203,74 +233,106 @@ struct Product {
   bool upper;
 };
 
-// One block of the product: these rows of C, columns from `begin` to `end`, the k columns of A in
-// the panels times the k rows of B.
-struct Block {
-  Rows rows;
-  Panels panels;
-  Index k;
-  MatrixView b;
-};
-
-// Adds a tile of which only some elements are wanted: of its column j the first `height` + j at
-// most.
-void addPartOfTile(const Product& p, const Block& block, StripKernel kernel, MatrixView b,
-                   Index panel, double* c, Index columns, Index height) {
-  const Rows& rows = block.rows;
-  double sum[kTileRows * kTileColumns] = {};
-  Panels one = block.panels;
-  one.data += panel * one.next;
-  one.count = 1;
-  kernel(block.k, p.alpha, one, b, {sum, kTileRows, rows.lastOffset(), rows.overlap()});
-  for (Index j = 0; j < columns; ++j) {
-    const Index wanted = smaller(rows.height, height + j);
-    for (Index i = 0; i < wanted; ++i) c[j * p.ldc + i] += sum[j * kTileRows + i];
-  }
-}
-
-// How many of the panels lie in the wanted part of C, from column j on, with all their rows.
+// How many of the panels have all their rows in the wanted part of C in the columns from j on, and
+// how many have any in the columns up to j.
 Index wholePanels(const Product& p, const Rows& rows, Index j) {
   if (rows.height < kWidth) return 0;
   return p.upper ? smaller((j + 1 - rows.first) / rows.height, rows.panels) : rows.panels;
 }
 
-void addBlock(const Product& p, const Block& block, Index begin, Index end) {
-  const Rows& rows = block.rows;
+Index wantedPanels(const Product& p, const Rows& rows, Index j) {
+  return p.upper ? smaller((j - rows.first) / rows.height + 1, rows.panels) : rows.panels;
+}
+
+// Adds a tile of which only some elements are wanted.
+void addPartOfTile(const Product& p, const Rows& rows, const Columns& columns, Index panel,
+                   const Grid& grid, GridKernel kernel) {
+  double sum[kTileRows * kTileColumns] = {};
+  Grid tile = grid;
+  tile.panels = 1;
+  tile.a += panel * grid.nextPanel;
+  tile.c = sum;
+  tile.ldc = kTileRows;
+  kernel(tile);
+  const Index firstRow = panel * rows.height;
+  const Index diagonal = columns.first - rows.first - firstRow + 1;
+  for (Index j = 0; j < columns.width; ++j) {
+    const Index wanted = p.upper ? smaller(rows.height, diagonal + j) : rows.height;
+    double* c = grid.c + j * grid.ldc + firstRow;
+    for (Index i = 0; i < wanted; ++i) c[i] += sum[j * kTileRows + i];
+  }
+}
+
+// Adds a strip that may leave the wanted part of C.
+void addPartOfStrip(const Product& p, const Rows& rows, const Columns& columns, Grid& grid,
+                    GridKernel kernel) {
+  grid.panels = wholePanels(p, rows, columns.first);
+  kernel(grid);
+  const Index wanted = wantedPanels(p, rows, columns.end() - 1);
+  for (Index i = grid.panels; i < wanted; ++i) addPartOfTile(p, rows, columns, i, grid, kernel);
+  grid.panels = rows.panels;
+}
+
+// These rows of C in the columns from `begin` to `end`; the grid tells the panels of A.
+void addRows(const Product& p, const Rows& rows, Grid& grid, const MatrixView& b, Index begin,
+             Index end) {
+  const bool whole = !p.upper && rows.height >= kWidth;
   for (Index j = begin; j < end;) {
-    const Index columns = tileColumns(end - j);
-    const StripKernel kernel = kernelFor(rows.vectors(), columns);
-    const MatrixView b = viewFrom(block.b, 0, j);
-    double* c = p.c + j * p.ldc + rows.first;
-    Panels whole = block.panels;
-    whole.count = wholePanels(p, rows, j);
-    kernel(block.k, p.alpha, whole, b, {c, p.ldc, rows.lastOffset(), rows.overlap()});
-    for (Index i = whole.count; i < rows.panels; ++i) {
-      const Index height = p.upper ? j + 1 - rows.first - i * rows.height : rows.height;
-      addPartOfTile(p, block, kernel, b, i, c + i * rows.height, columns, height);
+    const Columns columns = columnsFrom(j, end - j, whole ? end : 1);
+    grid.strips = columns.strips;
+    grid.b = viewFrom(b, 0, j);
+    grid.c = p.c + j * p.ldc + rows.first;
+    const GridKernel kernel = kernelFor(rows.vectors(), columns.width);
+    if (whole) {
+      kernel(grid);
+    } else {
+      addPartOfStrip(p, rows, columns, grid, kernel);
     }
-    j += columns;
+    j = columns.end();
+  }
+}
+
+// Lets the grid read A where it is, or a copy.
+void setPanels(const Rows& rows, const MatrixView& a, double* packed, Grid& grid) {
+  grid.panels = rows.panels;
+  grid.lastRow = rows.lastOffset();
+  grid.skipped = rows.overlap();
+  if (packed == nullptr) {
+    grid.a = a.data + rows.first;
+    grid.stride = a.columnStride;
+    grid.lastOffset = grid.lastRow;
+    grid.nextPanel = rows.height;
+  } else {
+    pack(rows, grid.k, a, packed);
+    grid.a = packed;
+    grid.stride = rows.vectors() * kWidth;
+    grid.lastOffset = grid.stride - kWidth;
+    grid.nextPanel = grid.stride * grid.k;
   }
 }
 
 // The columns from `begin` to `end` of C, k columns of A from column `l` on.
-void addColumns(const Product& p, Index l, Index k, Index begin, Index end, double* packed) {
+void addColumns(const Product& p, Index l, Index k, Index begin, Index end, double* scratch) {
   const bool inPlace = p.a.rowStride == 1 && p.m >= kWidth && end - begin < kPackedColumns;
-  const MatrixView a = viewFrom(p.a, 0, l);
-  const Index wantedPanels = inPlace ? p.m : kDepth / k;
+  double* packed = inPlace ? nullptr : scratch;
   const Index m = p.upper ? end : p.m;
+  Grid grid = {};
+  grid.k = k;
+  grid.alpha = p.alpha;
+  grid.ldc = p.ldc;
+  const MatrixView a = viewFrom(p.a, 0, l);
+  const MatrixView b = viewFrom(p.b, l, 0);
   for (Index i = 0; i < m;) {
-    const Rows rows = rowsFrom(i, m - i, wantedPanels);
-    const Panels panels =
-        inPlace ? Panels{a.data + i, a.columnStride, rows.lastOffset(), rows.height, rows.panels}
-                : pack(rows, k, a, packed);
-    const Index firstColumn = p.upper && i > begin ? i : begin;
-    addBlock(p, {rows, panels, k, viewFrom(p.b, l, 0)}, firstColumn, end);
+    const Rows rows = rowsFrom(i, m - i, inPlace ? m : kDepth / k);
+    setPanels(rows, a, packed, grid);
+    addRows(p, rows, grid, b, p.upper && i > begin ? i : begin, end);
     i = rows.end();
   }
 }
 
-// The smallest number of equal parts of at most `limit`, as the size of one.
+// The size of the fewest equal parts of at most `limit`.
 Index evenPart(Index total, Index limit) {
+  if (total <= limit) return total;
   const Index parts = (total + limit - 1) / limit;
   return (total + parts - 1) / parts;
 }
