@@ -5,20 +5,18 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-// Adds vector `row` of v times c to `sums`, lanes before `first` left out, after adding to c, in
-// place, `count` pending reflections (kAny: as many as there are).
+// A number of pending reflections that is known only when they are added.
 constexpr Index kAny = -1;
 
 // A group of neighbouring columns that updateAndProject handles together.
 struct ColumnGroup {
-  const PendingReflections& pending;
-  const double* factors;  // of the first column of the group
+  PendingReflections pending;  // its factors are those of the group
   const double* v;
   double* c;
   Index ldc;
 };
 
-// One register of rows of a group. With `partly` true the lanes before `first` are no rows of it.
+// One register of rows. With `partly` true the lanes before `first` are not among the rows.
 template <Index count, int columns, bool partly>
 [[gnu::always_inline]] inline void projectRows(const ColumnGroup& group, Index row, Index first,
                                                const Vector* fixedFactors, Vector* sums) {
@@ -27,7 +25,7 @@ template <Index count, int columns, bool partly>
   for (int j = 0; j < columns; ++j) value[j] = old[j] = load(group.c + j * group.ldc + row);
   for (Index i = 0; i < (count == kAny ? pending.count : count); ++i) {
     const Vector u = load(pending.vectors + i * pending.ld + row);
-    const double* factors = group.factors + i * pending.factorStride;
+    const double* factors = pending.factors + i * pending.factorStride;
     for (int j = 0; j < columns; ++j) {
       value[j] += u * (count == 1 ? fixedFactors[j] : splat(factors[j]));
     }
@@ -42,29 +40,33 @@ template <Index count, int columns, bool partly>
   }
 }
 
-// The same for a single row, where a register would reach out of the matrix.
-template <int columns>
-void projectRow(const ColumnGroup& group, Index row, double* projections) {
+// The first `rows` rows one by one, where a register would reach out of the matrix.
+void projectSingleRows(const ColumnGroup& group, Index rows, int columns, double* projections) {
   const PendingReflections& pending = group.pending;
   for (int j = 0; j < columns; ++j) {
-    double& c = group.c[j * group.ldc + row];
-    for (Index i = 0; i < pending.count; ++i) {
-      c += pending.vectors[i * pending.ld + row] * group.factors[i * pending.factorStride + j];
+    for (Index row = 0; row < rows; ++row) {
+      double& c = group.c[j * group.ldc + row];
+      for (Index i = 0; i < pending.count; ++i) {
+        c += pending.vectors[i * pending.ld + row] * pending.factors[i * pending.factorStride + j];
+      }
+      projections[j] += group.v[row] * c;
     }
-    projections[j] += group.v[row] * c;
   }
 }
 
 template <Index count, int columns>
-void projectGroup(Index m, Index above, const ColumnGroup& group, double* projections) {
-  Vector sums[kWidth] = {};
-  Vector fixedFactors[columns] = {};
-  for (int j = 0; count == 1 && j < columns; ++j) fixedFactors[j] = splat(group.factors[j]);
+void projectGroup(Index m, Index above, const ColumnGroup& columnGroup, double* projections) {
+  const ColumnGroup group = columnGroup;  // out of reach of the stores to the columns
+  Vector sums[kWidth], fixedFactors[columns];
+  for (int j = 0; j < kWidth; ++j) sums[j] = Vector{};
+  for (int j = 0; j < columns; ++j) {
+    fixedFactors[j] = count == 1 ? splat(group.pending.factors[j]) : Vector{};
+  }
   const Index head = m % kWidth;
   if (head > 0 && head + above >= kWidth) {
     projectRows<count, columns, true>(group, head - kWidth, kWidth - head, fixedFactors, sums);
-  } else {
-    for (Index row = 0; row < head; ++row) projectRow<columns>(group, row, projections);
+  } else if (head > 0) {
+    projectSingleRows(columnGroup, head, columns, projections);
   }
   for (Index row = head; row < m; row += kWidth) {
     projectRows<count, columns, false>(group, row, 0, fixedFactors, sums);
@@ -77,22 +79,30 @@ void projectGroup(Index m, Index above, const ColumnGroup& group, double* projec
   }
 }
 
-// Handles the first columns in groups as large as a register, the rest in groups of half the size
-// and so on.
-template <Index count, int columns = kWidth>
-void projectColumns(Index m, Index n, Index above, ColumnGroup group, double* projections) {
-  for (; n >= columns; n -= columns) {
+// A last group of fewer columns than a register has doubles.
+template <Index count, int columns = kWidth - 1>
+void projectRest(Index m, Index n, Index above, const ColumnGroup& group, double* projections) {
+  if (n == columns) {
     projectGroup<count, columns>(m, above, group, projections);
-    group.factors += columns;
-    group.c += columns * group.ldc;
-    projections += columns;
+  } else if constexpr (columns > 1) {
+    projectRest<count, columns - 1>(m, n, above, group, projections);
   }
-  if constexpr (columns > 1) projectColumns<count, columns / 2>(m, n, above, group, projections);
+}
+
+template <Index count>
+void projectColumns(Index m, Index n, Index above, ColumnGroup group, double* projections) {
+  for (; n >= kWidth; n -= kWidth) {
+    projectGroup<count, kWidth>(m, above, group, projections);
+    group.pending.factors += kWidth;
+    group.c += kWidth * group.ldc;
+    projections += kWidth;
+  }
+  projectRest<count>(m, n, above, group, projections);
 }
 
 void updateAndProject(Index m, Index n, Index above, const PendingReflections& pending,
                       const double* v, double* c, Index ldc, double* projections) {
-  const ColumnGroup columns = {pending, pending.factors, v, c, ldc};
+  const ColumnGroup columns = {pending, v, c, ldc};
   switch (pending.count) {
     case 0:
       return projectColumns<0>(m, n, above, columns, projections);
@@ -103,22 +113,49 @@ void updateAndProject(Index m, Index n, Index above, const PendingReflections& p
   }
 }
 
-// Written for the compiler to vectorize: no branch, no call.
-Index downdateNorms(Index n, const double* __restrict removed, double* __restrict norms,
-                    const double* __restrict references) {
-  Index lost = 0;
-  for (Index j = 0; j < n; ++j) {
-    const double norm = norms[j];
-    const double ratio = removed[j] / norm;
-    const double left = 1.0 - ratio * ratio;
-    const double kept = left > 0.0 ? left : 0.0;
-    const double shrink = norm / references[j];
-    const bool isLost = 1.0 + 0.05 * kept * shrink * shrink == 1.0;
-    const double downdated = isLost ? -1.0 : norm * __builtin_sqrt(kept);
-    norms[j] = norm == 0.0 ? 0.0 : downdated;
-    lost += norms[j] < 0.0 ? 1 : 0;
+[[gnu::always_inline]] inline Vector squareRoot(Vector value) {
+  for (int i = 0; i < kWidth; ++i) value[i] = __builtin_sqrt(value[i]);
+  return value;
+}
+
+// The arithmetic of downdateNorms for a register of norms.
+[[gnu::always_inline]] inline Vector downdated(Vector removed, Vector norm, Vector reference) {
+  const Vector one = splat(1.0);
+  const Vector ratio = removed / norm;
+  const Vector left = one - ratio * ratio;
+  const Vector kept = left > Vector{} ? left : Vector{};
+  const Vector shrink = norm / reference;
+  const Vector result =
+      one + splat(0.05) * kept * shrink * shrink == one ? splat(-1.0) : norm * squareRoot(kept);
+  return norm == Vector{} ? norm : result;
+}
+
+[[gnu::always_inline]] inline bool anyNegative(Vector value) {
+  bool result = false;
+  for (int i = 0; i < kWidth; ++i) result |= value[i] < 0.0;
+  return result;
+}
+
+bool downdateNorms(Index n, const double* removed, double* norms, const double* references) {
+  Vector least{};
+  Index j = 0;
+  for (; j + kWidth <= n; j += kWidth) {
+    const Vector norm = downdated(load(removed + j), load(norms + j), load(references + j));
+    store(norms + j, norm);
+    least = norm < least ? norm : least;
   }
-  return lost;
+  if (j < n) {
+    Vector lastRemoved{}, lastNorms{}, lastReferences{};
+    for (Index i = 0; i < n - j; ++i) {
+      lastRemoved[i] = removed[j + i];
+      lastNorms[i] = norms[j + i];
+      lastReferences[i] = references[j + i];
+    }
+    lastNorms = downdated(lastRemoved, lastNorms, lastReferences);
+    for (Index i = 0; i < n - j; ++i) norms[j + i] = lastNorms[i];
+    least = lastNorms < least ? lastNorms : least;
+  }
+  return anyNegative(least);
 }
 
 Index indexOfLargest(Index n, const double* x) {

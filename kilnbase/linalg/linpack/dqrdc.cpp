@@ -281,9 +281,7 @@ void Pivoting::downdate(Index l, LazyReflections& reflections) {
     double removed[kSlice];
     const Index count = std::min(kSlice, end_ - j);
     for (Index i = 0; i < count; ++i) removed[i] = *columns_.at(l, j + i);
-    if (active().householder->downdateNorms(count, removed, norms_ + j, references_ + j) == 0) {
-      continue;
-    }
+    if (!active().householder->downdateNorms(count, removed, norms_ + j, references_ + j)) continue;
     for (Index i = j; i < j + count; ++i) {
       if (norms_[i] < 0.0) recompute(l, i, reflections);
     }
