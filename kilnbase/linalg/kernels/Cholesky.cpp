@@ -85,27 +85,24 @@ Index eliminateStrip(Index rows, Index n, double* a, Index lda) {
   return done;
 }
 
-// What a row of the factor is made of: minus the elements above in its own column and 1 for the row
-// itself, as many registers as are full, and a last one of which the lanes in `used` count.
+// What row m of the factor is made of: the rows above it, in full registers, and a last register
+// that holds the rest of them and row m itself. Of the last one the lanes in `used` count.
 struct RowSource {
-  double factors[CholeskyKernels::kMostRowsAbove + 1 + kWidth];
-  Index full;       // rows in full registers
-  Index lastStart;  // first row of the last register
+  const double* column;  // of the elements above on the diagonal
+  Index full;            // rows in full registers
+  Index lastStart;       // first row of the last register
   Lanes used;
   Vector lastFactors;
 };
 
-void prepare(Index m, Index height, const double* column, RowSource& source) {
-  for (Index i = 0; i < m; ++i) source.factors[i] = -column[i];
-  source.factors[m] = 1.0;
-  source.full = (m + 1) / kWidth * kWidth;
-  source.lastStart = source.full + kWidth <= height ? source.full : height - kWidth;
-  for (Index i = 0; i < kWidth; ++i) {
-    const Index row = source.lastStart + i;
-    const bool used = row >= source.full && row <= m;
-    source.used[i] = used ? -1 : 0;
-    source.lastFactors[i] = used ? source.factors[row] : 0.0;
-  }
+RowSource sourceOf(Index m, Index height, const double* column) {
+  const Index full = m / kWidth * kWidth;
+  const Index lastStart = full + kWidth <= height ? full : height - kWidth;
+  Lanes row;
+  for (Index i = 0; i < kWidth; ++i) row[i] = lastStart + i;
+  const Lanes used = (row >= full) & (row <= m);
+  const Vector factors = row == m ? splat(1.0) : -load(column + lastStart);
+  return {column, full, lastStart, used, used ? factors : Vector{}};
 }
 
 // The elements of row m in kWidth columns, not yet divided by the pivot.
@@ -118,9 +115,9 @@ inline __attribute__((always_inline)) Vector rowElements(const RowSource& source
     sums[j] = (source.used ? last : Vector{}) * source.lastFactors;
   }
   for (Index i = 0; i < source.full; i += kWidth) {
-    const Vector factors = load(source.factors + i);
+    const Vector factors = load(source.column + i);
 #pragma GCC unroll 8
-    for (Index j = 0; j < kWidth; ++j) sums[j] += load(a + j * lda + i) * factors;
+    for (Index j = 0; j < kWidth; ++j) sums[j] -= load(a + j * lda + i) * factors;
   }
   return sumsOf(sums);
 }
@@ -155,8 +152,7 @@ void eliminateRow(Index m, Index n, Index height, Index left, double pivot, doub
     eliminateRowPlain(m, n, pivot, a, a + lda, lda, diagonal);
     return;
   }
-  RowSource source;
-  prepare(m, height, a, source);
+  const RowSource source = sourceOf(m, height, a);
   a += lda;
   const Vector divisor = splat(pivot);
   if (rest != 0) {

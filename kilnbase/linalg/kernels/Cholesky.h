@@ -9,8 +9,6 @@ namespace vxKilnBase::kernels {
 struct CholeskyKernels {
   // Rows that `eliminateStrip` handles at a time.
   static constexpr Index kStripRows = 8;
-  // Rows above that `eliminateRow` can take into account.
-  static constexpr Index kMostRowsAbove = 64;
 
   // Eliminates the first `rows` rows of A (n columns), at most kStripRows, and exactly that many if
   // n is larger. Stops at a diagonal element that is not positive, with the rows from there on
@@ -23,7 +21,7 @@ struct CholeskyKernels {
   // starts with the diagonal element of column m + 1.
   //
   // A is the part from row m's column 0 on of a matrix that has `left` columns before it, n columns
-  // of `height` rows. m is at most kMostRowsAbove.
+  // of `height` rows.
   void (*eliminateRow)(Index m, Index n, Index height, Index left, double pivot, double* a,
                        Index lda, double* diagonal);
 };

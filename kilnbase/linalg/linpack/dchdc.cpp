@@ -110,7 +110,7 @@ class PivotedElimination {
   }
 
  private:
-  static constexpr Index kBlockRows = 32;
+  static constexpr Index kBlockRows = 48;
 
   // Eliminates these rows, each after subtracting what those above contribute to it, until a
   // diagonal element is not positive. Returns where it ended.
