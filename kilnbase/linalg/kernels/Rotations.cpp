@@ -1,3 +1,5 @@
+#include <utility>
+
 #include <kilnbase/linalg/kernels/Rotations.h>
 #include <kilnbase/linalg/kernels/Simd.h>
 
@@ -20,41 +22,58 @@ void rotate(Index n, double* x, double* y, double c, double s) {
   }
 }
 
+// Calls f(i) for constants i from 0 to kCount - 1, so that the arrays that they index stay in
+// registers.
+template <Index kCount, class Function>
+inline __attribute__((always_inline)) void unrolled(Function f) {
+  [&]<Index... i>(std::integer_sequence<Index, i...>) __attribute__((always_inline)) {
+    (f(std::integral_constant<Index, i>{}), ...);
+  }
+  (std::make_integer_sequence<Index, kCount>{});
+}
+
 // kCount neighbouring registers of kLanes doubles each: a piece of a column.
 template <Index kLanes, Index kCount>
 struct Piece {
   typedef double Register __attribute__((vector_size(kLanes * 8)));
   typedef double Unaligned __attribute__((vector_size(kLanes * 8), aligned(8), may_alias));
 
+  static constexpr Index kRegisters = kCount;
   static constexpr Index kRows = kLanes * kCount;
 
-  static inline __attribute__((always_inline)) Piece from(const double* x) {
-    Piece piece;
-    for (Index i = 0; i < kCount; ++i)
-      piece.part[i] = *reinterpret_cast<const Unaligned*>(x + i * kLanes);
-    return piece;
+  inline __attribute__((always_inline)) void from(const double* x) {
+    unrolled<kCount>([&](auto i) __attribute__((always_inline)) {
+      part[i] = *reinterpret_cast<const Unaligned*>(x + i * kLanes);
+    });
+  }
+
+  inline __attribute__((always_inline)) void from(const Piece& other) {
+    unrolled<kCount>([&](auto i) __attribute__((always_inline)) { part[i] = other.part[i]; });
   }
 
   inline __attribute__((always_inline)) void to(double* x) const {
-    for (Index i = 0; i < kCount; ++i) *reinterpret_cast<Unaligned*>(x + i * kLanes) = part[i];
+    unrolled<kCount>([&](auto i) __attribute__((always_inline)) {
+      *reinterpret_cast<Unaligned*>(x + i * kLanes) = part[i];
+    });
   }
 
-  inline __attribute__((always_inline)) Piece times(double factor) const {
-    Piece piece;
-    for (Index i = 0; i < kCount; ++i) piece.part[i] = part[i] * factor;
-    return piece;
+  inline __attribute__((always_inline)) void toScaled(double* x, double factor) const {
+    unrolled<kCount>([&](auto i) __attribute__((always_inline)) {
+      *reinterpret_cast<Unaligned*>(x + i * kLanes) = part[i] * factor;
+    });
   }
 
   Register part[kCount];
 };
 
+// x and y become x + a y and y - b x.
 template <class P>
 inline __attribute__((always_inline)) void rotatePair(P& x, P& y, double a, double b) {
-  for (Index i = 0; i < P::kRows / static_cast<Index>(sizeof(x.part[0]) / 8); ++i) {
+  unrolled<P::kRegisters>([&](auto i) __attribute__((always_inline)) {
     const auto left = x.part[i];
     x.part[i] = left + y.part[i] * a;
     y.part[i] = y.part[i] - left * b;
-  }
+  });
 }
 
 // Rotations `from` to `to` of one sweep, for the first rows of X.
@@ -63,19 +82,24 @@ void applySweep(double* x, Index ldx, const FusedSweeps& f, Index sweep, Index f
   if (from >= to) return;
   const double* a = f.data + 2 * sweep * f.ld;
   const double* b = a + f.ld;
-  P left = P::from(x + from * ldx);
+  P left, right;
+  left.from(x + from * ldx);
   for (Index r = from; r < to; ++r) {
-    P right = P::from(x + (r + 1) * ldx);
+    right.from(x + (r + 1) * ldx);
     rotatePair(left, right, a[r], b[r]);
     left.to(x + r * ldx);
-    left = right;
+    left.from(right);
   }
   left.to(x + to * ldx);
 }
 
 template <class P>
 void scaleColumns(double* x, Index ldx, const double* scale, Index from, Index to) {
-  for (Index j = from; j < to; ++j) P::from(x + j * ldx).times(scale[j]).to(x + j * ldx);
+  P column;
+  for (Index j = from; j < to; ++j) {
+    column.from(x + j * ldx);
+    column.toScaled(x + j * ldx, scale[j]);
+  }
 }
 
 // Steps kFusedSweeps - 1 to the last of the wave: step j does rotation j - i of every sweep i while
@@ -83,21 +107,24 @@ void scaleColumns(double* x, Index ldx, const double* scale, Index from, Index t
 template <class P>
 void applyWave(double* x, Index ldx, const FusedSweeps& f) {
   constexpr Index kDepth = kFusedSweeps;
+  const double* a = f.data;
+  const Index ld = f.ld;
+  const double* scale = f.scale;
   P column[kDepth + 1];
-  for (Index i = 0; i < kDepth; ++i) column[i] = P::from(x + i * ldx);
+  unrolled<kDepth>([&](auto i) __attribute__((always_inline)) { column[i].from(x + i * ldx); });
+  double* next = x + kDepth * ldx;
   for (Index j = kDepth - 1; j < f.rotations; ++j) {
-    column[kDepth] = P::from(x + (j + 1) * ldx);
-#pragma GCC unroll 8
-    for (Index i = 0; i < kDepth; ++i) {
-      const double* a = f.data + 2 * i * f.ld + (j - i);
-      rotatePair(column[kDepth - 1 - i], column[kDepth - i], a[0], a[f.ld]);
-    }
-    const Index done = j - kDepth + 1;
-    column[0].times(f.scale[done]).to(x + done * ldx);
-#pragma GCC unroll 8
-    for (Index i = 0; i < kDepth; ++i) column[i] = column[i + 1];
+    column[kDepth].from(next);
+    unrolled<kDepth>([&](auto i) __attribute__((always_inline)) {
+      rotatePair(column[kDepth - 1 - i], column[kDepth - i], a[2 * i * ld + j - i],
+                 a[(2 * i + 1) * ld + j - i]);
+    });
+    column[0].toScaled(next - kDepth * ldx, scale[j - kDepth + 1]);
+    unrolled<kDepth>([&](auto i) __attribute__((always_inline)) { column[i].from(column[i + 1]); });
+    next += ldx;
   }
-  for (Index i = 0; i < kDepth; ++i) column[i].to(x + (f.rotations - kDepth + 1 + i) * ldx);
+  unrolled<kDepth>([&](auto i)
+                       __attribute__((always_inline)) { column[i].to(next + (i - kDepth) * ldx); });
 }
 
 template <class P>
