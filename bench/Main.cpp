@@ -132,6 +132,10 @@ int main(int argc, char** argv) {
   Suite suite;
   addVectors(suite);
   addProducts(suite);
+  addQr(suite);
+  addLeastSquares(suite);
+  addCholesky(suite);
+  addSvd(suite);
   const std::string eigenNote = addEigen(suite);
   const std::vector<Case> cases = casesOf(suite, options);
   if (cases.empty()) {

@@ -30,5 +30,6 @@ inline Values valuesOf(const Eigen::MatrixXd& a) {
 
 void addVectors(Suite& suite);
 void addProducts(Suite& suite);
+void addFactorizations(Suite& suite);
 
 }  // namespace bench::eigen

@@ -7,6 +7,10 @@ namespace bench {
 
 void addVectors(Suite& suite);
 void addProducts(Suite& suite);
+void addQr(Suite& suite);
+void addLeastSquares(Suite& suite);
+void addCholesky(Suite& suite);
+void addSvd(Suite& suite);
 
 /// Adds Eigen to all of the above, or says that it is missing: the line for the table's head.
 std::string addEigen(Suite& suite);

@@ -68,14 +68,13 @@ void addMatrixProduct(Suite& suite, const std::string& name, Maker ours, char tr
                       char transposeB) {
   Operation& operation = suite.add({name, kShapes, {}, matrixLimits, std::move(ours), {}});
   const FortranRoutine routine = lapack().routine("dgemm_");
-  if (!routine) return;
-  operation.peers.push_back({lapackName(), dgemm(routine, transposeA, transposeB)});
+  addPeer(operation, lapackName(), routine, dgemm(routine, transposeA, transposeB));
 }
 
 void addVectorProduct(Suite& suite, const std::string& name, Maker ours, char transpose) {
   Operation& operation = suite.add({name, kShapes, {}, vectorLimits, std::move(ours), {}});
   const FortranRoutine routine = lapack().routine("dgemv_");
-  if (routine) operation.peers.push_back({lapackName(), dgemv(routine, transpose)});
+  addPeer(operation, lapackName(), routine, dgemv(routine, transpose));
 }
 
 }  // namespace

@@ -63,6 +63,11 @@ const NumericLibrary& linpack() {
   return library;
 }
 
+void addPeer(Operation& operation, const std::string& name, const FortranRoutine& routine,
+             Maker make) {
+  if (routine) operation.peers.push_back({name, std::move(make)});
+}
+
 std::vector<std::string> fortranNotes() {
   std::vector<std::string> notes;
   if (!lapack().found()) {

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "Harness.h"
+
 namespace bench {
 
 /// A routine of a loaded library.
@@ -71,16 +73,11 @@ std::string lapackName();
 /// The LINPACK routines that R carries.
 const NumericLibrary& linpack();
 
+/// Adds a peer to an operation if its routine is there.
+void addPeer(Operation& operation, const std::string& name, const FortranRoutine& routine,
+             Maker make);
+
 /// A line about each of the two: what was loaded, or that it is missing.
 std::vector<std::string> fortranNotes();
-
-/// Calls `query` with a place for the best size of the work array and -1 for its size, and returns
-/// an array of that size.
-template <class Query>
-std::vector<double> workArray(Query query) {
-  double size = 1.0;
-  query(&size, -1);
-  return std::vector<double>(static_cast<std::size_t>(size));
-}
 
 }  // namespace bench

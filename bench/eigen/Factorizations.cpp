@@ -1,0 +1,79 @@
+#include "eigen/Eigen.h"
+
+namespace bench::eigen {
+
+namespace {
+
+using Matrix = Eigen::MatrixXd;
+
+Matrix randomMatrixOf(const Shape& shape) {
+  return matrixOf(randomMatrix(shape), shape);
+}
+
+Matrix definiteMatrixOf(const Shape& shape) {
+  return matrixOf(positiveDefinite(shape.rows), shape);
+}
+
+template <class MatrixFor, class Factor, class Read>
+void addFactorization(Suite& suite, const std::string& name, MatrixFor matrixFor, Factor factor,
+                      Read read, int largest = std::numeric_limits<int>::max()) {
+  const auto make = [=](const Shape& shape) {
+    return contestant([factor, a = matrixFor(shape)] { return factor(a); }, read);
+  };
+  suite.addPeer(name, {"Eigen", make, largest});
+}
+
+using PivotedQr = Eigen::ColPivHouseholderQR<Matrix>;
+
+Values pivotedResult(const PivotedQr& qr) {
+  const auto& indices = qr.colsPermutation().indices();
+  return gramTimesRandom(qr.matrixQR().data(), static_cast<int>(qr.rows()),
+                         static_cast<int>(qr.cols()),
+                         std::vector<int>(indices.data(), indices.data() + indices.size()), 0);
+}
+
+Values triangleResult(const Matrix& r) {
+  return gramTimesRandom(r.data(), static_cast<int>(r.rows()), static_cast<int>(r.cols()));
+}
+
+using Svd = Eigen::BDCSVD<Matrix>;
+
+Values svdResult(const Svd& svd) {
+  const auto n = static_cast<int>(svd.cols());
+  return spectrumAndProduct(svd.singularValues().data(), n, svd.matrixU().data(),
+                            svd.matrixV().data(), 1, n);
+}
+
+Contestant leastSquares(const Shape& shape) {
+  const auto run = [a = randomMatrixOf(shape), b = vectorOf(gaussian(shape.rows, 2))] {
+    return Eigen::VectorXd(PivotedQr(a).solve(b));
+  };
+  return contestant(run, [](const Eigen::VectorXd& x) { return valuesOf(x); });
+}
+
+}  // namespace
+
+void addFactorizations(Suite& suite) {
+  addFactorization(
+      suite, "QR, pivoted", randomMatrixOf, [](const Matrix& a) { return PivotedQr(a); },
+      pivotedResult);
+  addFactorization(
+      suite, "QR, unpivoted", randomMatrixOf,
+      [](const Matrix& a) { return Eigen::HouseholderQR<Matrix>(a); },
+      [](const Eigen::HouseholderQR<Matrix>& qr) { return triangleResult(qr.matrixQR()); });
+  suite.addPeer("least squares, pivoted", {"Eigen", leastSquares});
+  addFactorization(
+      suite, "Cholesky, unpivoted", definiteMatrixOf,
+      [](const Matrix& a) { return Eigen::LLT<Matrix>(a); },
+      [](const Eigen::LLT<Matrix>& llt) { return triangleResult(llt.matrixU()); });
+  constexpr int kLargestSvd = 100;  // beyond it this one is far behind the others
+  addFactorization(
+      suite, "SVD, all vectors", randomMatrixOf,
+      [](const Matrix& a) { return Svd(a, Eigen::ComputeFullU | Eigen::ComputeFullV); }, svdResult,
+      kLargestSvd);
+  addFactorization(
+      suite, "SVD, values only", randomMatrixOf, [](const Matrix& a) { return Svd(a); },
+      [](const Svd& svd) { return valuesOf(svd.singularValues()); }, kLargestSvd);
+}
+
+}  // namespace bench::eigen
