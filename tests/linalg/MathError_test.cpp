@@ -9,7 +9,6 @@
 #include "tests/support/MathErrors.h"
 
 using kilntest::RecordedMathErrors;
-using testing::ElementsAre;
 using vxKilnBase::findMathMessage;
 using vxKilnBase::raiseMathError;
 

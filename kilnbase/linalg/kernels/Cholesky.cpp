@@ -90,19 +90,17 @@ Index eliminateStrip(Index rows, Index n, double* a, Index lda) {
 struct RowSource {
   const double* column;  // of the elements above on the diagonal
   Index full;            // rows in full registers
-  Index lastStart;       // first row of the last register
   Lanes used;
   Vector lastFactors;
 };
 
-RowSource sourceOf(Index m, Index height, const double* column) {
+RowSource sourceOf(Index m, const double* column) {
   const Index full = m / kWidth * kWidth;
-  const Index lastStart = full + kWidth <= height ? full : height - kWidth;
   Lanes row;
-  for (Index i = 0; i < kWidth; ++i) row[i] = lastStart + i;
-  const Lanes used = (row >= full) & (row <= m);
-  const Vector factors = row == m ? splat(1.0) : -load(column + lastStart);
-  return {column, full, lastStart, used, used ? factors : Vector{}};
+  for (Index i = 0; i < kWidth; ++i) row[i] = full + i;
+  const Lanes used = row <= m;
+  const Vector factors = row == m ? splat(1.0) : -load(column + full);
+  return {column, full, used, used ? factors : Vector{}};
 }
 
 // The elements of row m in kWidth columns, not yet divided by the pivot.
@@ -111,7 +109,7 @@ inline __attribute__((always_inline)) Vector rowElements(const RowSource& source
   Vector sums[kWidth];
 #pragma GCC unroll 8
   for (Index j = 0; j < kWidth; ++j) {
-    const Vector last = load(a + j * lda + source.lastStart);
+    const Vector last = load(a + j * lda + source.full);
     sums[j] = (source.used ? last : Vector{}) * source.lastFactors;
   }
   for (Index i = 0; i < source.full; i += kWidth) {
@@ -135,26 +133,11 @@ inline __attribute__((always_inline)) void eliminateRowPart(const RowSource& sou
   }
 }
 
-void eliminateRowPlain(Index m, Index n, double pivot, const double* column, double* a, Index lda,
-                       double* diagonal) {
-  for (Index j = 0; j < n; ++j, a += lda) {
-    double element = a[m];
-    for (Index i = 0; i < m; ++i) element -= column[i] * a[i];
-    a[m] = element / pivot;
-    diagonal[j] -= a[m] * a[m];
-  }
-}
-
-void eliminateRow(Index m, Index n, Index height, Index left, double pivot, double* a, Index lda,
-                  double* diagonal) {
-  const Index rest = n % kWidth;
-  if (height < kWidth || left + 1 + n < kWidth) {
-    eliminateRowPlain(m, n, pivot, a, a + lda, lda, diagonal);
-    return;
-  }
-  const RowSource source = sourceOf(m, height, a);
-  a += lda;
+void eliminateRow(Index m, Index n, double pivot, double* a, Index lda, double* diagonal) {
+  const RowSource source = sourceOf(m, a);
   const Vector divisor = splat(pivot);
+  const Index rest = n % kWidth;
+  a += lda;
   if (rest != 0) {
     const Index start = n - kWidth;
     eliminateRowPart(source, m, kWidth - rest, divisor, a + start * lda, lda, diagonal + start);
@@ -164,8 +147,112 @@ void eliminateRow(Index m, Index n, Index height, Index left, double pivot, doub
   }
 }
 
+constexpr Index kMostSmall = CholeskyKernels::kMostSmall;
+
+// A small symmetric matrix with all its elements, row by row, that is eliminated without moving
+// rows or columns: `order` says which row stands at each place. Eliminated rows hold the factor.
+struct SmallMatrix {
+  Index size;
+  Index stride;  // a multiple of the register's width; the elements past `size` are 0
+  double elements[kMostSmall * kMostSmall];
+  double diagonal[kMostSmall];  // of what is not eliminated yet
+  int order[kMostSmall];
+
+  double* row(Index i) { return elements + i * stride; }
+};
+
+void expand(Index p, const double* a, Index lda, const double* diagonal, SmallMatrix& s) {
+  s.size = p;
+  s.stride = (p + kWidth - 1) / kWidth * kWidth;
+  for (Index j = 0; j < p; ++j) {
+    for (Index i = 0; i <= j; ++i) s.row(i)[j] = s.row(j)[i] = a[j * lda + i];
+    s.diagonal[j] = diagonal[j];
+    s.order[j] = static_cast<int>(j);
+  }
+  for (Index j = p; j < s.stride; ++j) {
+    for (Index i = 0; i < p; ++i) s.row(i)[j] = 0.0;
+    s.diagonal[j] = 0.0;
+  }
+}
+
+// Subtracts from `vectors` registers' worth of row l, at `first`, what the rows at the first k
+// places contribute.
+template <Index vectors>
+void subtractRows(SmallMatrix& s, Index k, Index l, Index first) {
+  Vector sums[vectors];
+  double* to = s.row(l) + first;
+  for (Index v = 0; v < vectors; ++v) sums[v] = load(to + v * kWidth);
+  for (Index q = 0; q < k; ++q) {
+    const double* above = s.row(s.order[q]);
+    const Vector factor = splat(above[l]);
+    for (Index v = 0; v < vectors; ++v) sums[v] -= factor * load(above + first + v * kWidth);
+  }
+  for (Index v = 0; v < vectors; ++v) store(to + v * kWidth, sums[v]);
+}
+
+void subtractRows(SmallMatrix& s, Index k, Index l) {
+  Index first = 0;
+  for (; first + 4 * kWidth <= s.stride; first += 4 * kWidth) subtractRows<4>(s, k, l, first);
+  for (; first + 2 * kWidth <= s.stride; first += 2 * kWidth) subtractRows<2>(s, k, l, first);
+  if (first < s.stride) subtractRows<1>(s, k, l, first);
+}
+
+// Eliminates the row at place k, whose element on the diagonal becomes `pivot`.
+void eliminateSmallRow(SmallMatrix& s, Index k, double pivot) {
+  const Index l = s.order[k];
+  subtractRows(s, k, l);
+  double* row = s.row(l);
+  for (Index i = 0; i < s.stride; i += kWidth) {
+    const Vector elements = load(row + i) / splat(pivot);
+    store(row + i, elements);
+    store(s.diagonal + i, load(s.diagonal + i) - elements * elements);
+  }
+  row[l] = pivot;
+}
+
+Index smallPivot(const SmallMatrix& s, Index k, Index freeBegin, Index freeEnd) {
+  Index place = k;
+  if (k < freeBegin) return place;
+  double largest = s.diagonal[s.order[k]];
+  for (Index i = k + 1; i < freeEnd; ++i) {
+    const double element = s.diagonal[s.order[i]];
+    if (element > largest) {
+      largest = element;
+      place = i;
+    }
+  }
+  return place;
+}
+
+void copyBack(SmallMatrix& s, double* a, Index lda, double* diagonal) {
+  for (Index j = 0; j < s.size; ++j) {
+    const Index column = s.order[j];
+    for (Index i = 0; i <= j; ++i) a[j * lda + i] = s.row(s.order[i])[column];
+    diagonal[j] = s.diagonal[column];
+  }
+}
+
+Index eliminateSmall(Index p, Index freeBegin, Index freeEnd, double* a, Index lda,
+                     double* diagonal, int* exchanges) {
+  SmallMatrix s;
+  expand(p, a, lda, diagonal, s);
+  Index done = 0;
+  for (; done < p; ++done) {
+    const Index place = smallPivot(s, done, freeBegin, freeEnd);
+    const int pivotRow = s.order[place];
+    if (!(s.diagonal[pivotRow] > 0.0)) break;
+    s.order[place] = s.order[done];
+    s.order[done] = pivotRow;
+    exchanges[done] = static_cast<int>(place);
+    eliminateSmallRow(s, done, __builtin_sqrt(s.diagonal[pivotRow]));
+  }
+  for (Index i = done; i < p; ++i) subtractRows(s, done, s.order[i]);
+  copyBack(s, a, lda, diagonal);
+  return done;
+}
+
 }  // namespace
 
-extern const CholeskyKernels choleskyKernels = {eliminateStrip, eliminateRow};
+extern const CholeskyKernels choleskyKernels = {eliminateStrip, eliminateRow, eliminateSmall};
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

@@ -16,14 +16,24 @@ struct CholeskyKernels {
   Index (*eliminateStrip)(Index rows, Index n, double* a, Index lda);
 
   // Eliminates row m of A, of which only the rows above have been, and which nothing has updated:
-  // its elements in the columns from m + 1 on become those of the factor, whose element on the
+  // its elements in the n columns from m + 1 on become those of the factor, whose element on the
   // diagonal is `pivot`. The squares of the new elements are subtracted from `diagonal`, which
   // starts with the diagonal element of column m + 1.
   //
-  // A is the part from row m's column 0 on of a matrix that has `left` columns before it, n columns
-  // of `height` rows.
-  void (*eliminateRow)(Index m, Index n, Index height, Index left, double pivot, double* a,
-                       Index lda, double* diagonal);
+  // `a` is row 0 of column m. At least kMostSmall rows, from row 0 on, and columns, to the last
+  // one, must be there to be read, and as many elements of the diagonal.
+  void (*eliminateRow)(Index m, Index n, double pivot, double* a, Index lda, double* diagonal);
+
+  // Order of the largest matrix for `eliminateSmall`.
+  static constexpr Index kMostSmall = 48;
+
+  // Eliminates the rows of A, of order p, as far as there is a positive diagonal element. For a
+  // place between freeBegin and freeEnd the first largest diagonal element there is moved to it by
+  // an exchange of rows and columns; exchanges[k] tells with which place k changed. `diagonal` is
+  // taken for the diagonal of A, and left with that of the rows not eliminated. These have those
+  // before subtracted. Returns the number of rows eliminated.
+  Index (*eliminateSmall)(Index p, Index freeBegin, Index freeEnd, double* a, Index lda,
+                          double* diagonal, int* exchanges);
 };
 
 }  // namespace vxKilnBase::kernels

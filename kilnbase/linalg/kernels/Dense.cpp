@@ -7,6 +7,9 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
+// Where a loop over registers ends early, the last register starts at n - kWidth and overlaps the
+// one before.
+
 double dot(Index n, const double* x, const double* y) {
   Vector sum0{}, sum1{}, sum2{}, sum3{};
   Index i = 0;
@@ -17,23 +20,38 @@ double dot(Index n, const double* x, const double* y) {
     sum3 += load(x + i + 3 * kWidth) * load(y + i + 3 * kWidth);
   }
   for (; i + kWidth <= n; i += kWidth) sum0 += load(x + i) * load(y + i);
+  if (i < n && n >= kWidth) {
+    const Index last = n - kWidth;
+    sum1 += lanesFrom(i - last, load(x + last) * load(y + last), Vector{});
+    i = n;
+  }
   double sum = sumOf((sum0 + sum1) + (sum2 + sum3));
   for (; i < n; ++i) sum += x[i] * y[i];
   return sum;
 }
 
 void axpy(Index n, double alpha, const double* x, double* y) {
+  if (n < kWidth) {
+    for (Index i = 0; i < n; ++i) y[i] += alpha * x[i];
+    return;
+  }
   const Vector factor = splat(alpha);
-  Index i = 0;
-  for (; i + kWidth <= n; i += kWidth) store(y + i, load(y + i) + factor * load(x + i));
-  for (; i < n; ++i) y[i] += alpha * x[i];
+  const Index last = n - kWidth;
+  const Vector end = load(y + last) + factor * load(x + last);
+  for (Index i = 0; i < last; i += kWidth) store(y + i, load(y + i) + factor * load(x + i));
+  store(y + last, end);
 }
 
 void scale(Index n, double alpha, double* x) {
+  if (n < kWidth) {
+    for (Index i = 0; i < n; ++i) x[i] *= alpha;
+    return;
+  }
   const Vector factor = splat(alpha);
-  Index i = 0;
-  for (; i + kWidth <= n; i += kWidth) store(x + i, factor * load(x + i));
-  for (; i < n; ++i) x[i] *= alpha;
+  const Index last = n - kWidth;
+  const Vector end = factor * load(x + last);
+  for (Index i = 0; i < last; i += kWidth) store(x + i, factor * load(x + i));
+  store(x + last, end);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
-// Matrix times vector, several columns at a time, so that the vector that the rows share is read or
-// written once for all of them.
+// Matrix times vector: the product goes down the rows in tiles of up to kTileVectors registers, the
+// transposed product along the columns, eight at a time.
+#include <utility>
+
 #include <kilnbase/linalg/kernels/Dense.h>
 #include <kilnbase/linalg/kernels/MatrixVector.h>
 #include <kilnbase/linalg/kernels/Simd.h>
@@ -8,35 +10,88 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-// Σ of a register's worth of rows of A times the factors, in two chains of additions.
-template <Index columns>
-inline __attribute__((always_inline)) Vector combine(const double* a, Index lda,
-                                                     const Vector* factors) {
-  Vector even = load(a) * factors[0], odd{};
-  for (Index j = 1; j < columns; ++j) {
-    (j % 2 == 0 ? even : odd) += load(a + j * lda) * factors[j];
-  }
-  return columns == 1 ? even : even + odd;
+constexpr Index kTileVectors = 8;
+constexpr Index kTileRows = kTileVectors * kWidth;
+// More columns than kFewColumns are taken by kBlockColumns, and each tile fetches the rows of the
+// next.
+constexpr Index kFewColumns = 128;
+constexpr Index kBlockColumns = 16;
+
+// Register v of a column starts at row v * kWidth, the last one at row `last`. When the rows are no
+// multiple of the width it overlaps the one before, and both come to the same sums.
+template <Index vectors>
+inline __attribute__((always_inline)) Index rowOf(Index v, Index last) {
+  return v + 1 == vectors ? last : v * kWidth;
 }
 
-// y += alpha A x for this number of columns.
-template <Index columns>
-void addColumns(Index m, double alpha, const double* a, Index lda, const double* x, double* y) {
-  Vector factors[columns];
-  for (Index j = 0; j < columns; ++j) factors[j] = splat(alpha * x[j]);
-  Index i = 0;
-  for (; i + kWidth <= m; i += kWidth) {
-    store(y + i, load(y + i) + combine<columns>(a + i, lda, factors));
+inline __attribute__((always_inline)) void prefetch(const double* rows) {
+  for (Index v = 0; v < kTileVectors; ++v) __builtin_prefetch(rows + v * kWidth);
+}
+
+// y += alpha A x for a tile of rows. Low tiles sum several columns side by side, so that no
+// addition waits for the one before.
+template <Index vectors, bool fetchNext = false>
+void addTile(Index last, Index n, double alpha, const double* a, Index lda, const double* x,
+             double* y) {
+  constexpr Index kChains = vectors <= 2 ? 4 : vectors <= 6 ? 2 : 1;
+  Vector sums[kChains][vectors];
+  for (Index c = 0; c < kChains; ++c) {
+    for (Index v = 0; v < vectors; ++v) sums[c][v] = Vector{};
   }
-  if (i < m && m >= kWidth) {
-    const Index last = m - kWidth;
-    const Vector old = load(y + last);
-    store(y + last, lanesFrom(i - last, old + combine<columns>(a + last, lda, factors), old));
-    return;
+  Index j = 0;
+  for (; j + kChains <= n; j += kChains) {
+    for (Index c = 0; c < kChains; ++c) {
+      const Vector factor = splat(x[j + c]);
+      const double* column = a + (j + c) * lda;
+      if constexpr (fetchNext) prefetch(column + kTileRows);
+      for (Index v = 0; v < vectors; ++v) {
+        sums[c][v] += load(column + rowOf<vectors>(v, last)) * factor;
+      }
+    }
   }
-  for (; i < m; ++i) {
-    for (Index j = 0; j < columns; ++j) y[i] += a[j * lda + i] * factors[j][0];
+  for (; j < n; ++j) {
+    const Vector factor = splat(x[j]);
+    for (Index v = 0; v < vectors; ++v) {
+      sums[0][v] += load(a + j * lda + rowOf<vectors>(v, last)) * factor;
+    }
   }
+  const Vector factor = splat(alpha);
+  Vector result[vectors];
+  for (Index v = 0; v < vectors; ++v) {
+    Vector sum = sums[0][v];
+    for (Index c = 1; c < kChains; ++c) sum += sums[c][v];
+    result[v] = load(y + rowOf<vectors>(v, last)) + factor * sum;
+  }
+  for (Index v = 0; v < vectors; ++v) store(y + rowOf<vectors>(v, last), result[v]);
+}
+
+// y += alpha A x for fewer rows than a register holds.
+void addFewRows(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
+                double* y) {
+  for (Index i = 0; i < m; ++i) {
+    double sum = 0.0;
+    for (Index j = 0; j < n; ++j) sum += a[j * lda + i] * x[j];
+    y[i] += alpha * sum;
+  }
+}
+
+using TileKernel = decltype(&addTile<1>);
+
+template <Index... v>
+TileKernel kernelFor(Index vectors, std::integer_sequence<Index, v...>) {
+  static constexpr TileKernel kTiles[] = {addTile<v + 1>...};
+  return kTiles[vectors - 1];
+}
+
+TileKernel tileFor(Index vectors, Index n) {
+  if (vectors == kTileVectors && n > kFewColumns) return addTile<kTileVectors, true>;
+  return kernelFor(vectors, std::make_integer_sequence<Index, kTileVectors>());
+}
+
+// The rows of the next tile when `left` are left: never so many that less than a register is left.
+Index tileRows(Index left) {
+  if (left <= kTileRows) return left;
+  return left < kTileRows + kWidth ? kTileRows - kWidth : kTileRows;
 }
 
 // y += alpha Aᵀ x for this number of columns.
@@ -73,10 +128,16 @@ void addDots(Index m, double alpha, const double* a, Index lda, const double* x,
 }  // namespace
 
 void gemv(Index m, Index n, double alpha, const double* a, Index lda, const double* x, double* y) {
-  Index j = 0;
-  for (; j + 8 <= n; j += 8) addColumns<8>(m, alpha, a + j * lda, lda, x + j, y);
-  for (; j + 4 <= n; j += 4) addColumns<4>(m, alpha, a + j * lda, lda, x + j, y);
-  for (; j < n; ++j) addColumns<1>(m, alpha, a + j * lda, lda, x + j, y);
+  if (m < kWidth) return addFewRows(m, n, alpha, a, lda, x, y);
+  const Index block = n > kFewColumns ? kBlockColumns : n;
+  for (Index j = 0; j < n; j += block) {
+    const Index columns = n - j < block ? n - j : block;
+    for (Index i = 0, rows = 0; i < m; i += rows) {
+      rows = tileRows(m - i);
+      const TileKernel add = tileFor((rows + kWidth - 1) / kWidth, n);
+      add(rows - kWidth, columns, alpha, a + j * lda + i, lda, x + j, y + i);
+    }
+  }
 }
 
 void gemvTransposed(Index m, Index n, double alpha, const double* a, Index lda, const double* x,

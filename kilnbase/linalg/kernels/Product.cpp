@@ -44,12 +44,11 @@ struct Grid {
   Index strips;
   MatrixView b;
 
-  // The last register of a tile's column starts at lastRow, which overlaps the one before when the
-  // rows are no multiple of the width; the `skipped` lanes in front are not changed.
+  // The last register of a tile's column starts at lastRow. When the rows are no multiple of the
+  // width it overlaps the one before, and both come to the same sums.
   double* c;
   Index ldc;
   Index lastRow;
-  Index skipped;
 };
 
 inline __attribute__((always_inline)) Index offsetOf(Index v, Index vectors, Index lastOffset) {
@@ -83,11 +82,11 @@ inline __attribute__((always_inline)) void addTile(const Grid& grid, const doubl
   }
   const Vector alpha = splat(grid.alpha);
   for (Index j = 0; j < columns; ++j, c += grid.ldc) {
+    const Vector last = load(c + grid.lastRow) + alpha * sum[j][vectors - 1];
     for (Index v = 0; v + 1 < vectors; ++v) {
       store(c + v * kWidth, load(c + v * kWidth) + alpha * sum[j][v]);
     }
-    const Vector old = load(c + grid.lastRow);
-    store(c + grid.lastRow, lanesFrom(grid.skipped, old + alpha * sum[j][vectors - 1], old));
+    store(c + grid.lastRow, last);
   }
 }
 
@@ -163,9 +162,8 @@ struct Rows {
 
   Index end() const { return first + height * panels; }
   Index vectors() const { return (height + kWidth - 1) / kWidth; }
-  // Where the last register of a panel starts, and how many of its lanes the one before holds.
+  // Where the last register of a panel starts.
   Index lastOffset() const { return height < kWidth ? 0 : height - kWidth; }
-  Index overlap() const { return height < kWidth ? 0 : vectors() * kWidth - height; }
 };
 
 // The next rows when `left` are left: full panels, as many as wanted, or a lower one at the end.
@@ -296,7 +294,6 @@ void addRows(const Product& p, const Rows& rows, Grid& grid, const MatrixView& b
 void setPanels(const Rows& rows, const MatrixView& a, double* packed, Grid& grid) {
   grid.panels = rows.panels;
   grid.lastRow = rows.lastOffset();
-  grid.skipped = rows.overlap();
   if (packed == nullptr) {
     grid.a = a.data + rows.first;
     grid.stride = a.columnStride;

@@ -1,16 +1,9 @@
 #include <algorithm>
-#include <cmath>
 
 #include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/SweepBatch.h>
 
 namespace vxKilnBase::linpack {
-
-namespace {
-
-constexpr double kLeastCosine = 0x1p-64;
-
-}  // namespace
 
 // A sweep joins the batch when the batch spans it without much to spare.
 void SweepBatch::begin(Index first, Index last) {
@@ -31,23 +24,6 @@ void SweepBatch::open(Index first, Index last) {
   last_ = last;
   std::fill_n(scales(), last - first + 1, 1.0);
   std::fill_n(scales() + ld_, last - first + 1, 1.0);
-}
-
-// With columns x = d x̃ and y = d' ỹ: c x + s y = (c d) (x̃ + t d'/d ỹ), c y - s x = (c d') (ỹ - t
-// d/d' x̃), t = s / c.
-void SweepBatch::record(Index r, double c, double s) {
-  const double cosine = std::copysign(std::max(std::fabs(c), kLeastCosine), c);
-  const double secant = 1.0 / cosine;
-  const double tangent = s * secant;
-  double* scale = scales() + r;
-  double* inverse = scale + ld_;
-  double* a = factors(sweeps_ - 1) + r;
-  a[0] = tangent * (scale[1] * inverse[0]);
-  a[ld_] = tangent * (scale[0] * inverse[1]);
-  for (Index i = 0; i < 2; ++i) {
-    scale[i] *= cosine;
-    inverse[i] *= secant;
-  }
 }
 
 void SweepBatch::apply() {

@@ -1,6 +1,9 @@
 // Plane rotations that wait to be applied to a matrix together.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
+
 #include <kilnbase/linalg/kernels/Rotations.h>
 
 namespace vxKilnBase::linpack {
@@ -43,6 +46,8 @@ class SweepBatch {
   void rotateNow(Index j, Index k, double c, double s);
 
  private:
+  static constexpr double kLeastCosine = 0x1p-64;
+
   void record(Index r, double c, double s);
   void open(Index first, Index last);
   double* factors(Index sweep) const { return storage_ + 2 * sweep * ld_; }
@@ -57,5 +62,22 @@ class SweepBatch {
   Index last_ = 0;
   Index sweeps_ = 0;
 };
+
+// With columns x = d x̃ and y = d' ỹ: c x + s y = (c d) (x̃ + t d'/d ỹ), c y - s x = (c d') (ỹ - t
+// d/d' x̃), t = s / c.
+inline void SweepBatch::record(Index r, double c, double s) {
+  const double cosine = std::copysign(std::max(std::fabs(c), kLeastCosine), c);
+  const double secant = 1.0 / cosine;
+  const double tangent = s * secant;
+  double* scale = scales() + r;
+  double* inverse = scale + ld_;
+  double* a = factors(sweeps_ - 1) + r;
+  a[0] = tangent * (scale[1] * inverse[0]);
+  a[ld_] = tangent * (scale[0] * inverse[1]);
+  for (Index i = 0; i < 2; ++i) {
+    scale[i] *= cosine;
+    inverse[i] *= secant;
+  }
+}
 
 }  // namespace vxKilnBase::linpack

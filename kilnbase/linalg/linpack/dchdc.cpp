@@ -97,24 +97,29 @@ class PivotedElimination {
     for (Index j = 0; j < t.p; ++j) diagonal[j] = t.at(j, j);
   }
 
+  // Returns the number of rows eliminated.
   Index run() {
-    Index done = 0;
-    for (Index end = 0; done == end && end < t_.p;) {
-      end = std::min(done + kBlockRows, t_.p);
-      const Index begin = done;
-      done = eliminateRows(begin, end);
-      subtractProducts(t_, begin, done - begin, done, t_.p);
+    Index begin = 0;
+    while (t_.p - begin > kMostSmall) {
+      const Index end = begin + std::min(kBlockRows, t_.p - begin - kMostSmall);
+      const Index stop = eliminateRows(begin, end);
+      subtractProducts(t_, begin, stop - begin, stop, t_.p);
+      begin = stop;
+      if (stop < end) break;
     }
-    for (Index j = done; j < t_.p; ++j) t_.at(j, j) = diagonal_[j];
-    return done;
+    if (t_.p - begin <= kMostSmall) begin += eliminateRest(begin);
+    for (Index j = begin; j < t_.p; ++j) t_.at(j, j) = diagonal_[j];
+    return begin;
   }
 
  private:
   static constexpr Index kBlockRows = 48;
+  static constexpr Index kMostSmall = kernels::CholeskyKernels::kMostSmall;
 
   // Eliminates these rows, each after subtracting what those above contribute to it, until a
   // diagonal element is not positive. Returns where it ended.
   Index eliminateRows(Index begin, Index end) {
+    const auto eliminateRow = kernels::active().cholesky->eliminateRow;
     for (Index k = begin; k < end; ++k) {
       const Index l = findPivot(k);
       if (!(diagonal_[l] > 0.0)) return k;
@@ -125,8 +130,7 @@ class PivotedElimination {
       }
       const double pivot = std::sqrt(diagonal_[k]);
       t_.at(k, k) = pivot;
-      kernels::active().cholesky->eliminateRow(k - begin, t_.p - k - 1, t_.p - begin, k, pivot,
-                                               &t_.at(begin, k), t_.lda, diagonal_ + k + 1);
+      eliminateRow(k - begin, t_.p - k - 1, pivot, &t_.at(begin, k), t_.lda, diagonal_ + k + 1);
     }
     return end;
   }
@@ -135,6 +139,21 @@ class PivotedElimination {
   Index findPivot(Index k) const {
     if (k < range_.begin || k >= range_.end) return k;
     return k + kernels::elements<double>().maxIndex(range_.end - k, diagonal_ + k, 1);
+  }
+
+  // Eliminates the rows from `begin` on, at most kMostSmall. Returns how many were.
+  Index eliminateRest(Index begin) {
+    int exchanges[kMostSmall];
+    const Index done = kernels::active().cholesky->eliminateSmall(
+        t_.p - begin, range_.begin - begin, range_.end - begin, &t_.at(begin, begin), t_.lda,
+        diagonal_ + begin, exchanges);
+    for (Index k = begin; k < begin + done; ++k) {
+      const Index l = begin + exchanges[k - begin];
+      if (l == k) continue;
+      std::swap_ranges(t_.column(k), t_.column(k) + begin, t_.column(l));
+      std::swap(jpvt_[k], jpvt_[l]);
+    }
+    return done;
   }
 
   const Triangle& t_;

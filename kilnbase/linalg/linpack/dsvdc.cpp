@@ -29,33 +29,44 @@ constexpr double kLargeElement = 0x1p300;
 constexpr double kLeastSafeSquare = 0x1p-900;
 constexpr double kGreatestSafeSquare = 0x1p1000;
 
+// A plane rotation with cosine `length` a and sine `length` b. The factors stand apart because
+// `length`, a square root, is known last: whoever multiplies by it at the end waits for nothing
+// else.
 struct Rotation {
-  double c;
-  double s;
-  double r;
+  double a;
+  double b;
+  double length;
+  double r;  // what the pair that it was made for becomes
+
+  double cosine() const { return length * a; }
+  double sine() const { return length * b; }
+  // The elements that x and y become.
+  double first(double x, double y) const { return length * (a * x + b * y); }
+  double second(double x, double y) const { return length * (a * y - b * x); }
 };
 
-// The rotation with c f + s g = r and c g - s f = 0; r has the sign of the larger of f and g.
+// The rotation with first(f, g) = r and second(f, g) = 0; r has the sign of the larger of f and g.
 // Source: the BLAS routine drotg.
 inline Rotation rotationOf(double f, double g) {
   const double square = f * f + g * g;
   const double larger = std::fabs(f) > std::fabs(g) ? f : g;
   if (square > kLeastSafeSquare && square < kGreatestSafeSquare) [[likely]] {
-    const double r = std::copysign(std::sqrt(square), larger);
-    const double inverse = 1.0 / square;
-    return {f * inverse * r, g * inverse * r, r};
+    const double length = std::sqrt(square);
+    const double inverse = std::copysign(1.0 / square, larger);
+    return {f * inverse, g * inverse, length, std::copysign(length, larger)};
   }
   const double scale = std::fabs(f) + std::fabs(g);
-  if (scale == 0.0) return {1.0, 0.0, 0.0};
+  if (scale == 0.0) return {1.0, 0.0, 1.0, 0.0};
   const double r = std::copysign(std::hypot(f / scale, g / scale), larger);
-  return {f / scale / r, g / scale / r, r * scale};
+  return {f / scale / r, g / scale / r, 1.0, r * scale};
 }
 
-// Below this, rotations may only shift rounded digits about; to any matrix in range it is nothing.
-constexpr double kUnderflowing = 0x1p-960;
+// Keeps numbers that underflow from counting: rotations would only shift their rounded digits about.
+constexpr double kLeastNeighbour = 0x1p-900;
 
 bool isNegligible(double x, double neighbours) {
-  return neighbours + std::fabs(x) == neighbours || std::fabs(x) < kUnderflowing;
+  const double scale = neighbours + kLeastNeighbour;
+  return scale + std::fabs(x) == scale;
 }
 
 // The QR iteration on a bidiagonal matrix.
@@ -122,10 +133,10 @@ class BidiagonalIteration {
       const Rotation rotation = rotationOf(s_[k], f);
       s_[k] = rotation.r;
       if (k != first) {
-        f = -rotation.s * e_[k - 1];
-        e_[k - 1] *= rotation.c;
+        f = -rotation.sine() * e_[k - 1];
+        e_[k - 1] *= rotation.cosine();
       }
-      right_.rotateNow(k, m - 1, rotation.c, rotation.s);
+      right_.rotateNow(k, m - 1, rotation.cosine(), rotation.sine());
     }
   }
 
@@ -135,9 +146,9 @@ class BidiagonalIteration {
     for (Index k = zero + 1; k < m; ++k) {
       const Rotation rotation = rotationOf(s_[k], f);
       s_[k] = rotation.r;
-      f = -rotation.s * e_[k];
-      e_[k] *= rotation.c;
-      left_.rotateNow(k, zero, rotation.c, rotation.s);
+      f = -rotation.sine() * e_[k];
+      e_[k] *= rotation.cosine();
+      left_.rotateNow(k, zero, rotation.cosine(), rotation.sine());
     }
   }
 
@@ -164,19 +175,19 @@ class BidiagonalIteration {
     for (Index k = first; k < m - 1; ++k) {
       const Rotation right = rotationOf(f, g);
       if (k != first) e_[k - 1] = right.r;
-      f = right.c * s_[k] + right.s * e_[k];
-      e_[k] = right.c * e_[k] - right.s * s_[k];
-      g = right.s * s_[k + 1];
-      s_[k + 1] = right.c * s_[k + 1];
-      right_.rotate(k, right.c, right.s);
+      f = right.first(s_[k], e_[k]);
+      const double above = right.second(s_[k], e_[k]);
+      g = right.first(0.0, s_[k + 1]);
+      const double below = right.second(0.0, s_[k + 1]);
+      right_.rotate(k, right.cosine(), right.sine());
 
       const Rotation left = rotationOf(f, g);
       s_[k] = left.r;
-      f = left.c * e_[k] + left.s * s_[k + 1];
-      s_[k + 1] = left.c * s_[k + 1] - left.s * e_[k];
-      g = left.s * e_[k + 1];
-      e_[k + 1] = left.c * e_[k + 1];
-      left_.rotate(k, left.c, left.s);
+      f = left.first(above, below);
+      s_[k + 1] = left.second(above, below);
+      g = left.first(0.0, e_[k + 1]);
+      e_[k + 1] = left.second(0.0, e_[k + 1]);
+      left_.rotate(k, left.cosine(), left.sine());
     }
     e_[m - 2] = f;
   }

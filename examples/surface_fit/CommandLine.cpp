@@ -1,0 +1,89 @@
+#include "examples/surface_fit/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <iostream>
+
+#include <kilnbase/util/mr_tolerance.h>
+
+#include "examples/surface_fit/InputError.h"
+
+namespace surfacefit {
+
+namespace {
+
+constexpr const char* kDescription =
+    R"(Fits a bicubic B-spline surface to measured points by least squares and refines it until its
+largest deviation from them is within the tolerance.
+
+The points are a text file, "x y z" a line, z the measured height over the place (x, y); "#" starts
+a comment. The surface covers the rectangle of all x and y. It begins with one span each way; spans
+are halved everywhere up to eight, then where the deviation is largest, in x and in y separately.
+Places without points keep the shape of the coarser surface.
+
+Written to the output folder: surface.html, a page with maps of the measured surface, the fit and
+the deviation; net.txt, the knots and the control net, for --evaluate; table.txt, the table of the
+steps, which also goes to standard output. ESC or Ctrl-C stops after the step at work and keeps the
+best fit so far.)";
+
+constexpr const char* kFooter = R"(
+With --evaluate nothing is fitted: for every point its x, its y, the height of the surface and the
+deviation (measured height minus surface) go to standard output.
+
+Exit code: 0 when a surface was fitted or evaluated, whether or not the tolerance was reached; 2 for
+input that cannot be used, when nothing is written.
+
+Examples:
+  surface_fit terrain.xyz --tolerance 20 --output fit
+  surface_fit terrain.xyz --evaluate fit/net.txt > heights.txt)";
+
+std::string checkPositive(const std::string& text) {
+  double value = 0.0;
+  if (CLI::detail::lexical_cast(text, value) && value > 0.0 && std::isfinite(value)) return "";
+  return "'" + text + "' is not a positive number";
+}
+
+void addFitOptions(CLI::App& app, Options& options, CLI::Option* evaluate) {
+  const auto fitOnly = [evaluate](CLI::Option* option) { option->excludes(evaluate); };
+  const CLI::Validator positive(checkPositive, "POSITIVE");
+  fitOnly(app.add_option("-t,--tolerance", options.tolerance,
+                         "Largest deviation allowed, in the unit of the points "
+                         "[a tenth of the range of the heights]")
+              ->check(positive));
+  fitOnly(app.add_option("-o,--output", options.output, "Folder of the results")
+              ->capture_default_str());
+  fitOnly(app.add_option("--max-unknowns", options.maxUnknowns, "Most coefficients of the surface")
+              ->check(CLI::Range(16, 20000))
+              ->capture_default_str());
+  fitOnly(app.add_option("--max-spans", options.maxSpans, "Most spans in each direction")
+              ->check(CLI::Range(1, 10000))
+              ->capture_default_str());
+  fitOnly(app.add_option("--max-steps", options.maxSteps, "Most steps of the refinement")
+              ->check(CLI::Range(1, 1000))
+              ->capture_default_str());
+}
+
+}  // namespace
+
+std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
+  Options options;
+  options.maxSpans = get_max_surf_spans();
+  CLI::App app(kDescription, "surface_fit");
+  app.footer(kFooter);
+  app.add_option("points", options.points, "File of measured points")->capture_default_str();
+  app.add_option("--unit", options.unit, "Unit of the points, for the table and the page")
+      ->capture_default_str();
+  addFitOptions(app, options,
+                app.add_option("--evaluate", options.net, "Evaluate this net.txt at the points"));
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    std::cout << app.help();
+    return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    throw InputError(std::string(error.what()) + "; see surface_fit --help");
+  }
+  return options;
+}
+
+}  // namespace surfacefit

@@ -1,0 +1,25 @@
+// What the user asks for.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace surfacefit {
+
+struct Options {
+  std::filesystem::path points = "examples/data/jacksboro_dem.xyz";
+  std::filesystem::path output = "surface_fit_out";
+  std::filesystem::path net;  ///< The net to evaluate; empty: fit one.
+  std::optional<double> tolerance;
+  int maxUnknowns = 1200;
+  int maxSpans;  ///< The modelling setting, unless the user says otherwise.
+  int maxSteps = 20;
+  std::string unit = "m";
+};
+
+/// Reads the command line. Help that is asked for goes to standard output, and the result is empty.
+/// Throws InputError for a command line that cannot be understood.
+std::optional<Options> parseCommandLine(int argc, const char* const* argv);
+
+}  // namespace surfacefit

@@ -1,0 +1,49 @@
+#include "examples/surface_fit/Evaluation.h"
+
+#include <iomanip>
+#include <sstream>
+
+#include "examples/surface_fit/Deviations.h"
+#include "examples/surface_fit/InputError.h"
+#include "examples/surface_fit/Spline.h"
+
+namespace surfacefit {
+
+namespace {
+
+std::string rangeText(const Range& range) {
+  std::ostringstream text;
+  text << range.low << " to " << range.high;
+  return text.str();
+}
+
+void requireContained(const Surface& surface, const std::vector<Point>& points) {
+  for (const Point& point : points) {
+    if (surface.contains(point.x, point.y)) continue;
+    std::ostringstream problem;
+    problem << "the point (" << point.x << ", " << point.y << ") lies outside the surface (x "
+            << rangeText(domain(surface.xKnots())) << ", y " << rangeText(domain(surface.yKnots()))
+            << "); remove it";
+    throw InputError(problem.str());
+  }
+}
+
+}  // namespace
+
+std::string evaluationText(const Surface& surface, const std::vector<Point>& points) {
+  requireContained(surface, points);
+  const DoubleVec all = deviations(surface, points);
+  const auto [rms, largest] = summarize(points, all);
+  std::ostringstream text;
+  text << std::setprecision(10) << "# " << points.size() << " points, rms deviation " << rms
+       << ", largest deviation " << largest.value << " at (" << largest.x << ", " << largest.y
+       << ")\n# x y height deviation\n";
+  int row = 0;
+  for (const Point& point : points) {
+    const double deviation = all(row++);
+    text << point.x << " " << point.y << " " << point.z - deviation << " " << deviation << "\n";
+  }
+  return text.str();
+}
+
+}  // namespace surfacefit

@@ -1,0 +1,41 @@
+// Measured points and how they are read.
+#pragma once
+
+#include <filesystem>
+#include <iosfwd>
+#include <vector>
+
+namespace surfacefit {
+
+/// A measured height z at the place (x, y); all three in one unit.
+struct Point {
+  double x;
+  double y;
+  double z;
+};
+
+/// A closed interval.
+struct Range {
+  double low;
+  double high;
+
+  double length() const { return high - low; }
+  bool contains(double t) const { return low <= t && t <= high; }
+};
+
+/// Reads "x y z", a point a line. "#" starts a comment; lines without a point are skipped. Throws
+/// InputError, naming the line, for a line that is anything else and for a number that is not
+/// finite.
+std::vector<Point> readPoints(std::istream& text);
+
+/// The same from a file, whose name goes into the messages.
+std::vector<Point> readPointFile(const std::filesystem::path& file);
+
+/// The range of one coordinate. There must be points.
+Range extent(const std::vector<Point>& points, double Point::*coordinate);
+
+/// Throws InputError unless the points can carry a bicubic surface: at least 16, not all on one
+/// line in x and y.
+void requireFittable(const std::vector<Point>& points);
+
+}  // namespace surfacefit

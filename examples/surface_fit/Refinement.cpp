@@ -1,0 +1,197 @@
+#include "examples/surface_fit/Refinement.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <optional>
+
+#include <kilnbase/linalg/vecmath.h>
+#include <vx/Report.h>
+
+#include "examples/surface_fit/Spline.h"
+
+namespace surfacefit {
+
+namespace {
+
+// Up to this many spans each way all of them are halved.
+constexpr int kUniformSpans = 8;
+
+// Beyond it, one in so many.
+constexpr int kSpansPerSplit = 4;
+
+enum class Direction { kX, kY };
+
+// One span of one direction and the points over it.
+struct Span {
+  Direction direction;
+  double middle;
+  double largestDeviation = 0.0;
+  bool pointsBelow = false;  // below the middle, so that halving gives points to both halves
+  bool pointsAbove = false;
+
+  bool canBeHalved() const { return pointsBelow && pointsAbove; }
+};
+
+const TnumberSequence& knotsOf(const Surface& surface, Direction direction) {
+  return direction == Direction::kX ? surface.xKnots() : surface.yKnots();
+}
+
+// The spans of one direction. The inner knots of a refined surface are simple, so the first basis
+// function over a place has the index of its span.
+std::vector<Span> spansOf(const Fit& fit, const std::vector<Point>& points, Direction direction) {
+  const TnumberSequence& knots = knotsOf(fit.surface, direction);
+  const auto coordinate = direction == Direction::kX ? &Point::x : &Point::y;
+  std::vector<Span> spans;
+  for (int i = kOrder - 1; i < basisSize(knots); ++i)
+    spans.push_back({direction, 0.5 * (knots(i) + knots(i + 1))});
+  const DoubleVec all = deviations(fit.surface, points);
+  int row = 0;
+  for (const Point& point : points) {
+    Span& span = spans[basisAt(knots, point.*coordinate).first];
+    span.largestDeviation = std::max(span.largestDeviation, std::abs(all(row++)));
+    (point.*coordinate < span.middle ? span.pointsBelow : span.pointsAbove) = true;
+  }
+  return spans;
+}
+
+// The spans worth halving, those with the largest deviations first: at most one in kSpansPerSplit.
+std::vector<Span> worstSpans(std::vector<Span> spans, double tolerance) {
+  const std::size_t share = (spans.size() + kSpansPerSplit - 1) / kSpansPerSplit;
+  std::erase_if(spans, [tolerance](const Span& span) {
+    return !span.canBeHalved() || span.largestDeviation <= tolerance;
+  });
+  std::stable_sort(spans.begin(), spans.end(), [](const Span& a, const Span& b) {
+    return a.largestDeviation > b.largestDeviation;
+  });
+  spans.resize(std::min(spans.size(), share));
+  return spans;
+}
+
+// Which spans to halve next, and, where there are none, what forbids it.
+struct Plan {
+  std::vector<Span> halved;
+  Stop obstacle = Stop::kNothingToSplit;
+};
+
+// As many of the candidates, from the first on, as the limits allow.
+Plan withinLimits(const std::vector<Span>& candidates, const Surface& surface,
+                  const Limits& limits) {
+  Plan plan;
+  int xSpans = spanCount(surface.xKnots());
+  int ySpans = spanCount(surface.yKnots());
+  constexpr int kExtra = kOrder - 1;  // a spline has this many more coefficients than spans
+  for (const Span& span : candidates) {
+    const int moreX = xSpans + (span.direction == Direction::kX ? 1 : 0);
+    const int moreY = ySpans + (span.direction == Direction::kY ? 1 : 0);
+    if (std::max(moreX, moreY) > limits.maxSpans) {
+      plan.obstacle = Stop::kMaxSpans;
+    } else if ((moreX + kExtra) * (moreY + kExtra) > limits.maxUnknowns) {
+      plan.obstacle = Stop::kMaxUnknowns;
+    } else {
+      plan.halved.push_back(span);
+      xSpans = moreX;
+      ySpans = moreY;
+    }
+  }
+  return plan;
+}
+
+std::vector<Span> joined(std::vector<Span> a, const std::vector<Span>& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+Plan planRefinement(const Fit& fit, const std::vector<Point>& points, const Limits& limits) {
+  const std::vector<Span> xSpans = spansOf(fit, points, Direction::kX);
+  const std::vector<Span> ySpans = spansOf(fit, points, Direction::kY);
+  if (std::max(xSpans.size(), ySpans.size()) < kUniformSpans) {
+    const std::vector<Span> all = joined(xSpans, ySpans);
+    Plan plan = withinLimits(all, fit.surface, limits);
+    if (plan.halved.size() == all.size()) return plan;
+  }
+  return withinLimits(
+      joined(worstSpans(xSpans, limits.tolerance), worstSpans(ySpans, limits.tolerance)),
+      fit.surface, limits);
+}
+
+Surface refined(Surface surface, const Plan& plan) {
+  for (const Span& span : plan.halved)
+    surface = span.direction == Direction::kX ? surface.withXKnot(span.middle)
+                                              : surface.withYKnot(span.middle);
+  return surface;
+}
+
+Step timedFit(const std::vector<Point>& points, const Surface& start) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point begin = Clock::now();
+  const Fit fit = fitSurface(points, start);
+  return {fit, std::chrono::duration<double>(Clock::now() - begin).count()};
+}
+
+double size(const Fit& fit) {
+  return std::abs(fit.deviation.largest.value);
+}
+
+void report(const Fit& fit, int step, const Limits& limits, TbaseReporter& reporter) {
+  const Deviation& largest = fit.deviation.largest;
+  reporter.toleranceReport(step, limits.maxSteps, largest.x, largest.y,
+                           size(fit) / limits.tolerance);
+  if (fit.rank < fit.unknowns && reporter.loud())
+    rptUser(
+        "Step %d: the points determine %d of %d coefficients well enough; the other %d keep the "
+        "shape of the coarser surface.",
+        step, fit.rank, fit.unknowns, fit.unknowns - fit.rank);
+}
+
+std::optional<Stop> reasonToStop(const Refinement& refinement, const Limits& limits,
+                                 TbaseReporter& reporter) {
+  if (size(refinement.steps.back().fit) <= limits.tolerance) return Stop::kWithinTolerance;
+  if (static_cast<int>(refinement.steps.size()) >= limits.maxSteps) return Stop::kMaxSteps;
+  if (reporter.quit() != 0) return Stop::kByUser;
+  return std::nullopt;
+}
+
+}  // namespace
+
+Refinement refine(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter) {
+  Refinement result{{}, 0, Stop::kByUser};
+  Surface start =
+      Surface::flat(extent(points, &Point::x), extent(points, &Point::y), mean(heights(points)));
+  while (true) {
+    result.steps.push_back(timedFit(points, start));
+    const Fit& fit = result.steps.back().fit;
+    if (size(fit) < size(result.bestFit())) result.best = result.steps.size() - 1;
+    report(fit, static_cast<int>(result.steps.size()), limits, reporter);
+
+    const std::optional<Stop> stop = reasonToStop(result, limits, reporter);
+    const Plan plan = stop ? Plan{{}, *stop} : planRefinement(fit, points, limits);
+    if (plan.halved.empty()) {
+      result.stop = plan.obstacle;
+      return result;
+    }
+    start = refined(fit.surface, plan);
+  }
+}
+
+std::string describe(Stop stop, const Limits& limits) {
+  switch (stop) {
+    case Stop::kWithinTolerance:
+      return "The largest deviation is within the tolerance.";
+    case Stop::kMaxUnknowns:
+      return "Stopped by the limit of " + std::to_string(limits.maxUnknowns) +
+             " unknowns (--max-unknowns).";
+    case Stop::kMaxSpans:
+      return "Stopped by the limit of " + std::to_string(limits.maxSpans) +
+             " spans in a direction (--max-spans).";
+    case Stop::kMaxSteps:
+      return "Stopped by the limit of " + std::to_string(limits.maxSteps) + " steps (--max-steps).";
+    case Stop::kNothingToSplit:
+      return "Stopped because halving any span further would leave a half without points.";
+    case Stop::kByUser:
+      return "Stopped by the user; the best fit so far is kept.";
+  }
+  return "";
+}
+
+}  // namespace surfacefit

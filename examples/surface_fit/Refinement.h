@@ -1,0 +1,55 @@
+// Refinement of a surface until it is near enough to the points.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <kilnbase/auto/containers/TbaseReporter.h>
+
+#include "examples/surface_fit/Fit.h"
+#include "examples/surface_fit/Points.h"
+
+namespace surfacefit {
+
+/// When to stop.
+struct Limits {
+  double tolerance;  ///< Of the largest deviation, in the unit of the points.
+  int maxUnknowns;
+  int maxSpans;  ///< In each direction.
+  int maxSteps;
+};
+
+struct Step {
+  Fit fit;
+  double seconds;
+};
+
+enum class Stop {
+  kWithinTolerance,
+  kMaxUnknowns,
+  kMaxSpans,
+  kMaxSteps,
+  kNothingToSplit,  ///< No span that has deviations above the tolerance can be halved between
+                    ///< points.
+  kByUser,
+};
+
+/// The steps of a refinement, at least one.
+struct Refinement {
+  std::vector<Step> steps;
+  std::size_t best;  ///< The step with the smallest largest deviation.
+  Stop stop;
+
+  const Fit& bestFit() const { return steps[best].fit; }
+};
+
+/// Fits surfaces of 1, 2, 4 and 8 spans each way over the extent of the points, then halves, in
+/// each direction by itself, the spans with the largest deviations, a quarter of the spans at a
+/// time. Tells `reporter` of every step, the largest deviation relative to the tolerance, and asks
+/// it after every step whether to stop.
+Refinement refine(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter);
+
+/// Why it stopped, as a sentence for the user.
+std::string describe(Stop stop, const Limits& limits);
+
+}  // namespace surfacefit

@@ -1,0 +1,167 @@
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/linpack/LazyReflections.h>
+#include <kilnbase/linalg/linpack/dnrm2.h>
+
+namespace vxKilnBase::linpack {
+
+using kernels::active;
+using kernels::PendingReflections;
+
+namespace {
+
+// Turns the m elements of `x`, whose norm is not 0, into a Householder vector v, and returns what
+// the transformation makes of the first element. Columns whose norm or its reciprocal is out of
+// range are scaled first.
+double makeHouseholderVector(Index m, double* x, double norm) {
+  double factor = 1.0;
+  if (norm < std::numeric_limits<double>::min()) factor = 0x1p600;
+  if (norm > 0x1p1000) factor = 0x1p-600;
+  if (factor != 1.0) {
+    active().dense->scale(m, factor, x);
+    norm = dnrm2(m, x, 1);
+  }
+  if (x[0] < 0.0) norm = -norm;
+  active().dense->scale(m, 1.0 / norm, x);
+  x[0] += 1.0;
+  return -norm / factor;
+}
+
+}  // namespace
+
+LazyReflections::LazyReflections(const Columns& columns, double* qraux)
+    : columns_(columns), qraux_(qraux), most_(mostPending(columns)) {}
+
+Index LazyReflections::mostPending(const Columns& columns) {
+  // A matrix that stays in the first-level cache is better updated at every step.
+  constexpr Index kCached = 5000;
+  const Index fitting = kFactors / std::max<Index>(columns.count, 1) - 1;
+  return std::min(fitting, columns.rows * columns.count > kCached ? kMostPending : 1);
+}
+
+void LazyReflections::exchange(Index i, Index j) {
+  std::swap_ranges(columns_.at(0, i), columns_.at(columns_.rows, i), columns_.at(0, j));
+  for (Index k = 0; k < pending_; ++k) std::swap(*factors(k, i), *factors(k, j));
+}
+
+void LazyReflections::bringUpToDate(Index row, Index j) {
+  double terms[kMostPending];
+  for (Index k = 0; k < pending_; ++k) terms[k] = std::exchange(*factors(k, j), 0.0);
+  active().dense->gemv(columns_.rows - row, pending_, 1.0, columns_.at(row, made_ - pending_),
+                       columns_.ld, terms, columns_.at(row, j));
+}
+
+void LazyReflections::reflect(Index l) {
+  bringUpToDate(l, l);
+  const Index m = columns_.rows - l;
+  double* x = columns_.at(l, l);
+  const double norm = m > 1 ? dnrm2(m, x, 1) : 0.0;
+  double diagonal = *x;
+  qraux_[l] = 0.0;
+  if (norm == 0.0) {
+    flush(l, l + 1);
+  } else {
+    diagonal = makeHouseholderVector(m, x, norm);
+    qraux_[l] = *x;
+    most_ > 0 ? reflectLazily(l) : reflectAtOnce(l);
+  }
+  *x = diagonal;
+  made_ = l + 1;
+}
+
+// What the columns from j on lack in the rows from `row` on.
+PendingReflections LazyReflections::pendingFrom(Index row, Index j) {
+  return {columns_.at(row, made_ - pending_), columns_.ld, pending_, factors(0, j), columns_.count};
+}
+
+// Adds to the columns from j on, from row `row` on, what they lack.
+void LazyReflections::flush(Index row, Index j) {
+  if (pending_ == 0) return;
+  const PendingReflections pending = pendingFrom(row, j);
+  sweep(row, j, columns_.count - j, pending, pending.vectors, factors(most_, j));
+  pending_ = 0;
+}
+
+// Adds what is pending to n columns from j on, from row `row` on, and computes their projections on
+// v.
+void LazyReflections::sweep(Index row, Index j, Index n, PendingReflections pending,
+                            const double* v, double* projections) const {
+  // The vectors of one tile stay in the cache while the columns pass by.
+  constexpr Index kTile = 1024;
+  std::fill_n(projections, n, 0.0);
+  while (row < columns_.rows) {
+    const Index left = columns_.rows - row;
+    const Index m = left > 2 * kTile ? kTile + left % 8 : left;
+    active().householder->updateAndProject(m, n, row, pending, v, columns_.at(row, j), columns_.ld,
+                                           projections);
+    row += m;
+    v += m;
+    pending.vectors += m;
+  }
+}
+
+void LazyReflections::reflectLazily(Index l) {
+  const double* v = columns_.at(l, l);
+  const Index n = columns_.count - l - 1;
+  double* projections = factors(pending_, l + 1);
+  PendingReflections pending = pendingFrom(l, l + 1);
+  if (pending_ < most_) {
+    pending.count = 0;
+    sweep(l, l + 1, n, pending, v, projections);
+    correct(l, projections);
+  } else {
+    sweep(l, l + 1, n, pending, v, projections);
+    pending_ = 0;
+    projections = std::copy_n(projections, n, factors(0, l + 1)) - n;
+  }
+  active().dense->scale(n, -1.0 / *v, projections);
+  made_ = l + 1;
+  ++pending_;
+  finishRow(l, l + 1, n, pendingFrom(l, l + 1));
+}
+
+// For more columns than there is room for factors.
+void LazyReflections::reflectAtOnce(Index l) {
+  constexpr Index kSlice = kFactors / 2;
+  const double* v = columns_.at(l, l);
+  for (Index j = l + 1; j < columns_.count; j += kSlice) {
+    const Index n = std::min(kSlice, columns_.count - j);
+    sweep(l, j, n, {v, columns_.ld, 0, factors_, n}, v, factors_);
+    active().dense->scale(n, -1.0 / *v, factors_);
+    finishRow(l, j, n, {v, columns_.ld, 1, factors_, n});
+    sweep(l + 1, j, n, {v + 1, columns_.ld, 1, factors_, n}, v + 1, factors_ + kSlice);
+  }
+}
+
+// Turns projections of vector l on columns that lack transformations into those on the true
+// columns.
+void LazyReflections::correct(Index l, double* projections) {
+  const PendingReflections pending = pendingFrom(l, l + 1);
+  for (Index k = 0; k < pending.count; ++k) {
+    const double product =
+        active().dense->dot(columns_.rows - l, pending.vectors + k * pending.ld, columns_.at(l, l));
+    active().dense->axpy(columns_.count - l - 1, product, factors(k, l + 1), projections);
+  }
+}
+
+// Adds to row l of n columns from j on what is pending, in the matrix only.
+void LazyReflections::finishRow(Index l, Index j, Index n,
+                                const PendingReflections& pending) const {
+  constexpr Index kSlice = 64;
+  for (Index done = 0; done < n; done += kSlice) {
+    double row[kSlice];
+    const Index count = std::min(kSlice, n - done);
+    double* x = columns_.at(l, j + done);
+    for (Index i = 0; i < count; ++i) row[i] = x[i * columns_.ld];
+    for (Index k = 0; k < pending.count; ++k) {
+      active().dense->axpy(count, pending.vectors[k * pending.ld],
+                           pending.factors + (k * pending.factorStride + done), row);
+    }
+    for (Index i = 0; i < count; ++i) x[i * columns_.ld] = row[i];
+  }
+}
+
+}  // namespace vxKilnBase::linpack
