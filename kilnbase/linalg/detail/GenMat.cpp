@@ -337,6 +337,47 @@ GenMat<T> multiply(unsigned m, unsigned n, unsigned k, Factor<T> a, Factor<T> b)
   return result;
 }
 
+// y += A v for k columns of A, which is column-major or row-major, and elements of v in a row.
+void addProduct(unsigned k, Factor<double> a, const double* v, Vec<double>& y) {
+  const kernels::DenseKernels& dense = *kernels::active().dense;
+  if (a.rowStride == 1) {
+    dense.gemv(y.length(), k, 1.0, a.data, a.columnStride, v, y.data());
+  } else {
+    dense.gemvTransposed(k, y.length(), 1.0, a.data, a.rowStride, v, y.data());
+  }
+}
+
+void addProduct(unsigned k, Factor<double> a, const Vec<double>& v, Vec<double>& y) {
+  if (a.rowStride != 1 && a.columnStride != 1) {
+    kernels::active().dense->gemm(y.length(), 1, k, 1.0, {a.data, a.rowStride, a.columnStride},
+                                  {v.data(), v.stride(), 0}, y.data(), y.length());
+    return;
+  }
+  if (v.stride() == 1) return addProduct(k, a, v.data(), y);
+  constexpr unsigned kBlock = 256;
+  double block[kBlock];
+  for (unsigned done = 0; done < k; done += kBlock) {
+    const unsigned count = std::min(k - done, kBlock);
+    for (unsigned i = 0; i < count; ++i) block[i] = v(asInt(done + i));
+    addProduct(count, {a.data + done * a.columnStride, a.rowStride, a.columnStride}, block, y);
+  }
+}
+
+void addProduct(unsigned k, Factor<int> a, const Vec<int>& v, Vec<int>& y) {
+  const auto& dot = kernels::elements<int>().dot;
+  for (int i = 0; i < asInt(y.length()); ++i) {
+    y(i) = dot(k, a.data + i * a.rowStride, a.columnStride, v.data(), v.stride());
+  }
+}
+
+// The product of an m by k matrix with the first k elements of v.
+template <class T>
+Vec<T> multiply(unsigned m, unsigned k, Factor<T> a, const Vec<T>& v) {
+  Vec<T> result(m, T(0));
+  if (m != 0) addProduct(k, a, v, result);
+  return result;
+}
+
 template <class T>
 void raiseInner(unsigned aRows, unsigned aColumns, unsigned bRows, unsigned bColumns) {
   raiseMathError(0x4016, GenMat<T>::className, aRows, aColumns, bRows, bColumns);
@@ -369,8 +410,7 @@ Vec<T> product(const GenMat<T>& a, const Vec<T>& v) {
   if (a.cols() != v.length()) {
     raiseMathError(0x4014, GenMat<T>::className, a.rows(), a.cols(), v.length());
   }
-  const Factor<T> column = {v.data(), v.stride(), 0};
-  return multiply(a.rows(), 1, std::min(a.cols(), v.length()), factorOf(a), column);
+  return multiply(a.rows(), std::min(a.cols(), v.length()), factorOf(a), v);
 }
 
 template <class T>
@@ -378,8 +418,7 @@ Vec<T> product(const Vec<T>& v, const GenMat<T>& a) {
   if (a.rows() != v.length()) {
     raiseMathError(0x4015, v.length(), GenMat<T>::className, a.rows(), a.cols());
   }
-  const Factor<T> row = {v.data(), 0, v.stride()};
-  return multiply(1, a.cols(), std::min(a.rows(), v.length()), row, factorOf(a));
+  return multiply(a.cols(), std::min(a.rows(), v.length()), factorOf(a).transposed(), v);
 }
 
 template <class T>

@@ -1,0 +1,135 @@
+// Products against the sums that define them, over the shapes at which the register tiles change.
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <tuple>
+#include <vector>
+
+#include <kilnbase/linalg/DoubleGenMat.h>
+
+#include "tests/support/Matrices.h"
+
+using kilntest::randomMatrix;
+using kilntest::randomVector;
+
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// The largest |c - AB| in units of the rounding error that a sum of so many terms may have, element
+// by element; infinite when the size is wrong.
+double residual(const DoubleGenMat& a, const DoubleGenMat& b, const DoubleGenMat& c) {
+  if (c.rows() != a.rows() || c.cols() != b.cols()) return kInfinity;
+  double worst = 0.0;
+  for (int i = 0; i < static_cast<int>(c.rows()); ++i) {
+    for (int j = 0; j < static_cast<int>(c.cols()); ++j) {
+      double sum = 0.0;
+      double magnitude = std::numeric_limits<double>::min();
+      for (int k = 0; k < static_cast<int>(a.cols()); ++k) {
+        sum += a(i, k) * b(k, j);
+        magnitude += std::abs(a(i, k) * b(k, j));
+      }
+      const double error = std::abs(c(i, j) - sum) / (magnitude * kEpsilon * (a.cols() + 1.0));
+      worst = std::isnan(error) ? kInfinity : std::max(worst, error);
+    }
+  }
+  return worst;
+}
+
+// The same numbers in storage of which only every third element, from the last one back, is used.
+DoubleGenMat scattered(const DoubleGenMat& a) {
+  const unsigned n = a.rows() * a.cols();
+  DoubleVec wide(3 * n + 1, kNaN);
+  const DoubleGenMat result(wide.slice(static_cast<int>(3 * n), n, -3), a.rows(), a.cols());
+  result.dataVec() = a.dataVec();
+  return result;
+}
+
+DoubleGenMat column(const DoubleVec& v) {
+  return DoubleGenMat(v.copy(), v.length(), 1);
+}
+DoubleGenMat row(const DoubleVec& v) {
+  return DoubleGenMat(v.copy(), 1, v.length());
+}
+
+double worstProduct(unsigned m, unsigned n, unsigned k) {
+  const DoubleGenMat a = randomMatrix(m, k, 1 + m);
+  const DoubleGenMat b = randomMatrix(k, n, 2 + n);
+  return std::max({residual(a, b, product(a, b)), residual(a, b, transProduct(a, transpose(b))),
+                   residual(a, b, transposeProduct(transpose(a), b))});
+}
+
+}  // namespace
+
+TEST(Product, EverySmallShape) {
+  for (unsigned m = 0; m <= 40; ++m) {
+    for (unsigned n = 0; n <= 40; ++n) {
+      for (const unsigned k : {0U, 1U, 2U, 7U, 8U, 9U, 17U}) {
+        ASSERT_LE(worstProduct(m, n, k), 1.0) << m << " x " << n << ", inner " << k;
+      }
+    }
+  }
+}
+
+// More rows, columns or terms than one block holds.
+TEST(Product, BlocksAddUp) {
+  const std::tuple<unsigned, unsigned, unsigned> shapes[] = {
+      {30, 30, 1000}, {17, 801, 20}, {1001, 5, 5}, {300, 9, 200}, {97, 390, 390}, {3, 400, 193}};
+  for (const auto& [m, n, k] : shapes) {
+    EXPECT_LE(worstProduct(m, n, k), 1.0) << m << " x " << n << ", inner " << k;
+  }
+}
+
+TEST(Product, StridedOperands) {
+  for (const unsigned n : {1U, 5U, 8U, 27U, 70U}) {
+    const DoubleGenMat a = randomMatrix(n + 3, n, n);
+    const DoubleGenMat b = randomMatrix(n, n + 1, 2 * n);
+    EXPECT_LE(residual(a, b, product(scattered(a), b)), 1.0) << n;
+    EXPECT_LE(residual(a, b, product(a, scattered(b))), 1.0) << n;
+    EXPECT_LE(residual(a, b, transProduct(scattered(a), scattered(transpose(b)))), 1.0) << n;
+  }
+}
+
+TEST(Product, MatrixTimesVector) {
+  for (const unsigned m : {0U, 1U, 3U, 7U, 8U, 9U, 31U, 64U, 65U, 71U, 72U, 130U, 333U}) {
+    for (const unsigned n : {0U, 1U, 2U, 5U, 8U, 13U, 64U, 127U, 150U, 300U}) {
+      const DoubleGenMat a = randomMatrix(m, n, m + n);
+      const DoubleVec right = randomVector(n, m);
+      const DoubleVec left = randomVector(m, n);
+      const auto check = [&](const DoubleGenMat& same, const DoubleVec& x, const DoubleVec& y) {
+        EXPECT_LE(residual(a, column(right), column(product(same, x))), 1.0) << m << " " << n;
+        EXPECT_LE(residual(row(left), a, row(product(y, same))), 1.0) << m << " " << n;
+      };
+      check(a, right, left);
+      check(scattered(a), right, left);
+      check(a, scattered(column(right)).dataVec(), scattered(column(left)).dataVec());
+    }
+  }
+}
+
+// What is not finite reaches the elements that it takes part in, and no others, whatever it meets.
+TEST(Product, NotFinite) {
+  for (const int n : {3, 8, 9, 13, 25, 33, 70}) {
+    const auto size = static_cast<unsigned>(n);
+    for (int at = 0; at < n; at += 2) {
+      DoubleGenMat a(size, size, 0.0);
+      a(at, n / 2) = kNaN;
+      const DoubleGenMat ones(size, size, 1.0);
+      const DoubleVec sums = product(a, ones.col(0));
+      const DoubleVec transposed = product(ones.col(0), transpose(a));
+      const DoubleGenMat both = product(a, ones);
+      DoubleGenMat infinite(size, size, 1.0);
+      infinite(n - 1, at) = kInfinity;
+      const DoubleVec columnSums = product(ones.col(0), infinite);
+      for (int i = 0; i < n; ++i) {
+        EXPECT_EQ(i == at, std::isnan(sums(i))) << n;
+        EXPECT_EQ(i == at, std::isnan(transposed(i))) << n;
+        EXPECT_EQ(i == at, std::isnan(both(i, n - 1))) << n;
+        EXPECT_EQ(i == at ? kInfinity : n, columnSums(i)) << n;
+      }
+    }
+  }
+}
