@@ -36,8 +36,8 @@ RWBlock::~RWBlock() {
 
 RWBlock* RWBlock::create(unsigned count, std::size_t size) {
   const std::size_t bytes = count * size;
-  const std::size_t slack = bytes < kAlignedFrom ? 0 : kAlignment;
-  void* piece = vxKilnBase::detail::takeSmallObject(sizeof(RWBlock) + slack + bytes);
+  const std::size_t total = bytes + sizeof(RWBlock) + (bytes < kAlignedFrom ? 0 : kAlignment);
+  void* piece = total > bytes ? vxKilnBase::detail::takeSmallObject(total) : nullptr;
   if (piece == nullptr) {
     raiseOutOfMemory();
     return new RWBlock();

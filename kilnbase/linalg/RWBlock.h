@@ -23,15 +23,17 @@ class KILNBASE_API RWBlock {
  public:
   void* data;  ///< The storage, or null for an empty block.
 
-  /// Takes `count` times `size` bytes from the heap, none when `count` is 0. When there is not
-  /// enough memory, raises 0x3008 (always fatal under the default handler) and leaves `data` null.
+  /// Takes `count` times `size` bytes (less than 2^64) from the heap, none when `count` is 0. When
+  /// there is not enough memory, raises 0x3008 (always fatal under the default handler) and leaves
+  /// `data` null.
   RWBlock(unsigned count, std::size_t size);
   ~RWBlock();
   RWBlock(const RWBlock&) = delete;
   RWBlock& operator=(const RWBlock&) = delete;
 
   /// A new block with one reference, its storage aligned for the widest vector registers from 512
-  /// bytes up. Failure is that of the constructor.
+  /// bytes up. `release` ends it; it must not be deleted. Failure is that of the constructor; when
+  /// not even memory for a header is left, throws std::bad_alloc.
   static RWBlock* create(unsigned count, std::size_t size);
 
   void acquire() {

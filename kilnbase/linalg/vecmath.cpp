@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <type_traits>
@@ -8,6 +9,8 @@
 #include <kilnbase/linalg/vecmath.h>
 
 namespace vxKilnBase {
+
+using detail::Wrapping;
 
 namespace {
 
@@ -36,9 +39,6 @@ DoubleVec mappedPairs(const DoubleVec& a, const DoubleVec& b, Function f) {
 }
 
 template <class T>
-using Unsigned = std::conditional_t<std::is_integral_v<T>, unsigned, T>;
-
-template <class T>
 int extremeIndex(const Vec<T>& v, const char* function,
                  kernels::Index (*kernel)(kernels::Index, const T*, kernels::Index)) {
   if (v.length() == 0) {
@@ -57,40 +57,40 @@ T elementOrZero(const Vec<T>& v, int index) {
 
 template <class T>
 Vec<T> cumsum(const Vec<T>& v) {
-  Unsigned<T> total = 0;
+  Wrapping<T> total = 0;
   return mapped<T>(v, [&total](T x) {
-    total += static_cast<Unsigned<T>>(x);
+    total += static_cast<Wrapping<T>>(x);
     return static_cast<T>(total);
   });
 }
 
 template <class T>
 Vec<T> delta(const Vec<T>& v) {
-  Unsigned<T> previous = 0;
+  Wrapping<T> previous = 0;
   return mapped<T>(v, [&previous](T x) {
-    const Unsigned<T> current = static_cast<Unsigned<T>>(x);
-    const Unsigned<T> difference = current - previous;
+    const Wrapping<T> current = static_cast<Wrapping<T>>(x);
+    const Wrapping<T> difference = current - previous;
     previous = current;
     return static_cast<T>(difference);
   });
 }
 
 template <class T>
-SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
+SumOf<T> detail::dotOfAnyLength(const Vec<T>& a, const Vec<T>& b) {
   a.lengthCheck(b.length());
   const unsigned n = std::min(a.length(), b.length());
   return kernels::elements<T>().dot(n, a.data(), a.stride(), b.data(), b.stride());
 }
 
 template <class T>
-SumOf<T> sum(const Vec<T>& v) {
+SumOf<T> detail::sumOfAnyLength(const Vec<T>& v) {
   return kernels::elements<T>().sum(v.length(), v.data(), v.stride());
 }
 
 template <class T>
 SumOf<T> prod(const Vec<T>& v) {
-  Unsigned<T> product = 1;
-  for (const T& x : elementsOf(v, v.length())) product *= static_cast<Unsigned<T>>(x);
+  Wrapping<T> product = 1;
+  for (const T& x : elementsOf(v, v.length())) product *= static_cast<Wrapping<T>>(x);
   return static_cast<SumOf<T>>(product);
 }
 
@@ -131,17 +131,17 @@ Vec<T> abs(const Vec<T>& v) {
   });
 }
 
-#define KILN_INSTANTIATE_VECMATH(T)                    \
-  template Vec<T> cumsum(const Vec<T>&);               \
-  template Vec<T> delta(const Vec<T>&);                \
-  template SumOf<T> dot(const Vec<T>&, const Vec<T>&); \
-  template SumOf<T> sum(const Vec<T>&);                \
-  template SumOf<T> prod(const Vec<T>&);               \
-  template Vec<T> reverse(const Vec<T>&);              \
-  template int maxIndex(const Vec<T>&);                \
-  template int minIndex(const Vec<T>&);                \
-  template T maxValue(const Vec<T>&);                  \
-  template T minValue(const Vec<T>&);                  \
+#define KILN_INSTANTIATE_VECMATH(T)                                       \
+  template Vec<T> cumsum(const Vec<T>&);                                  \
+  template Vec<T> delta(const Vec<T>&);                                   \
+  template SumOf<T> detail::dotOfAnyLength(const Vec<T>&, const Vec<T>&); \
+  template SumOf<T> detail::sumOfAnyLength(const Vec<T>&);                \
+  template SumOf<T> prod(const Vec<T>&);                                  \
+  template Vec<T> reverse(const Vec<T>&);                                 \
+  template int maxIndex(const Vec<T>&);                                   \
+  template int minIndex(const Vec<T>&);                                   \
+  template T maxValue(const Vec<T>&);                                     \
+  template T minValue(const Vec<T>&);                                     \
   template Vec<T> abs(const Vec<T>&);
 KILN_INSTANTIATE_VECMATH(double)
 KILN_INSTANTIATE_VECMATH(int)

@@ -7,20 +7,33 @@
 #include <kilnbase/linalg/DoubleVec.h>
 #include <kilnbase/linalg/IntVec.h>
 #include <kilnbase/linalg/SCharVec.h>
+#include <kilnbase/linalg/detail/elementTypes.h>
 
 namespace vxKilnBase {
 
-/// What sums and products of elements are counted in.
+using detail::SumOf;
+
+namespace detail {
+
 template <class T>
-struct SumType {
-  using Type = int;
-};
-template <>
-struct SumType<double> {
-  using Type = double;
-};
+KILNBASE_API SumOf<T> dotOfAnyLength(const Vec<T>& a, const Vec<T>& b);
 template <class T>
-using SumOf = typename SumType<T>::Type;
+KILNBASE_API SumOf<T> sumOfAnyLength(const Vec<T>& v);
+
+/// term(0) + ... + term(n - 1), in two accumulators.
+template <class Term>
+double shortSum(unsigned n, Term term) {
+  double even = 0.0;
+  double odd = 0.0;
+  unsigned i = 0;
+  for (; i + 2 <= n; i += 2) {
+    even += term(i);
+    odd += term(i + 1);
+  }
+  return i < n ? even + odd + term(i) : even + odd;
+}
+
+}  // namespace detail
 
 /// Element i is v[0] + ... + v[i].
 template <class T>
@@ -30,10 +43,20 @@ template <class T>
 KILNBASE_API Vec<T> delta(const Vec<T>& v);
 /// The sum of products; 0 for empty vectors. Lengths must agree (0x300F).
 template <class T>
-KILNBASE_API SumOf<T> dot(const Vec<T>& a, const Vec<T>& b);
+SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
+  if (!a.isShort() || !b.isShort() || a.length() != b.length()) return detail::dotOfAnyLength(a, b);
+  const T* x = a.data();
+  const T* y = b.data();
+  return static_cast<SumOf<T>>(
+      detail::shortSum(a.length(), [=](unsigned i) { return x[i] * y[i]; }));
+}
 /// The sum of all elements; 0 for an empty vector.
 template <class T>
-KILNBASE_API SumOf<T> sum(const Vec<T>& v);
+SumOf<T> sum(const Vec<T>& v) {
+  if (!v.isShort()) return detail::sumOfAnyLength(v);
+  const T* x = v.data();
+  return static_cast<SumOf<T>>(detail::shortSum(v.length(), [=](unsigned i) { return x[i]; }));
+}
 /// The product of all elements; 1 for an empty vector.
 template <class T>
 KILNBASE_API SumOf<T> prod(const Vec<T>& v);

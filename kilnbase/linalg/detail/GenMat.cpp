@@ -40,11 +40,6 @@ GenMat<T>::GenMat(unsigned m, unsigned n, T value) : Base(elementCount(m, n), va
 }
 
 template <class T>
-GenMat<T>::GenMat(const T* values, unsigned m, unsigned n) : Base(values, elementCount(m, n)) {
-  setSize(m, n);
-}
-
-template <class T>
 GenMat<T>::GenMat(const Vec<T>& v, unsigned m, unsigned n) : Base(v), ncols_(n), nrows_(m) {
   if (v.length() != std::uint64_t{m} * n) raiseMathError(0x400A, v.length(), m, n, className);
 }
@@ -62,6 +57,14 @@ void GenMat<T>::setSize(unsigned m, unsigned n) {
   const bool stored = Base::length() == std::uint64_t{m} * n;
   nrows_ = stored ? m : 0;
   ncols_ = stored ? n : 0;
+}
+
+// A view of these elements as a matrix.
+template <class T>
+GenMat<T> GenMat<T>::sized(const Vec<T>& elements, unsigned m, unsigned n) {
+  GenMat result(elements);
+  result.setSize(m, n);
+  return result;
 }
 
 template <class T>
@@ -90,19 +93,12 @@ void GenMat<T>::reference(const GenMat& other) {
 }
 
 template <class T>
-GenMat<T> GenMat<T>::copy() const {
-  GenMat result(*this);
-  result.deepenShallowCopy();
-  return result;
-}
-
-template <class T>
 void GenMat<T>::resize(unsigned m, unsigned n) {
   const GenMat old(*this);
   Base::resize(elementCount(m, n));
   setSize(m, n);
   if (nrows_ == old.nrows_) return;
-  if (Base::block_ == old.block_) Base::deepenShallowCopy();
+  if (Base::block_ == old.block_) deepenShallowCopy();
   zero();
   const unsigned keptRows = std::min(nrows_, old.nrows_);
   for (int j = 0; j < asInt(std::min(ncols_, old.ncols_)); ++j) {
@@ -149,7 +145,7 @@ T GenMat<T>::bcset(int i, int j, T value) {
 
 template <class T>
 Vec<T> GenMat<T>::col(int j) const {
-  return Base::slice(asInt(nrows_ * static_cast<unsigned>(j)), nrows_, 1);
+  return Vec<T>(Base::block_, Base::begin_ + position(0, j), nrows_, Base::step_);
 }
 
 template <class T>
@@ -159,11 +155,14 @@ Vec<T> GenMat<T>::row(int i) const {
 
 template <class T>
 Vec<T> GenMat<T>::diagonal(int k) const {
-  const int rows = asInt(nrows_);
-  const int columns = asInt(ncols_);
-  const int start = k > 0 ? rows * k : -k;
-  const int length = k > 0 ? std::min(rows, columns - k) : std::min(columns, rows + k);
-  return Base::slice(start, static_cast<unsigned>(std::max(length, 0)), rows + 1);
+  const auto firstRow = std::max<std::int64_t>(-std::int64_t{k}, 0);
+  const auto firstColumn = std::max<std::int64_t>(k, 0);
+  const auto length = std::min(nrows_ - firstRow, ncols_ - firstColumn);
+  if (length <= 0) return Base::slice(0, 0, asInt(nrows_) + 1);
+  T* first = Base::begin_ + position(asInt(static_cast<unsigned>(firstRow)),
+                                     asInt(static_cast<unsigned>(firstColumn)));
+  return Vec<T>(Base::block_, first, static_cast<unsigned>(length),
+                Base::offset(asInt(nrows_) + 1));
 }
 
 template <class T>
@@ -180,8 +179,9 @@ Vec<T> GenMat<T>::bcrow(int i) const {
 
 template <class T>
 Vec<T> GenMat<T>::bcdiagonal(int k) const {
-  if (k >= asInt(ncols_) || -k >= asInt(nrows_)) {
-    raiseMathError(0x4008, -k, className, nrows_, ncols_);
+  const std::int64_t below = -std::int64_t{k};
+  if (k >= std::int64_t{ncols_} || below >= std::int64_t{nrows_}) {
+    raiseMathError(0x4008, static_cast<int>(below), className, nrows_, ncols_);
   }
   return diagonal(k);
 }
@@ -266,17 +266,17 @@ bool GenMat<T>::operator==(const GenMat& b) const {
 template <class T>
 GenMat<T> GenMat<T>::combine(Operation operation, const GenMat& a, const GenMat& b) {
   a.sizeCheck(b);
-  return GenMat(Base::combine(operation, a, b), a.nrows_, a.ncols_);
+  return sized(Base::combine(operation, a, b), a.nrows_, a.ncols_);
 }
 
 template <class T>
 GenMat<T> GenMat<T>::combine(Operation operation, const GenMat& a, T b) {
-  return GenMat(Base::combine(operation, a, b), a.nrows_, a.ncols_);
+  return sized(Base::combine(operation, a, b), a.nrows_, a.ncols_);
 }
 
 template <class T>
 GenMat<T> GenMat<T>::combine(Operation operation, T a, const GenMat& b) {
-  return GenMat(Base::combine(operation, a, b), b.nrows_, b.ncols_);
+  return sized(Base::combine(operation, a, b), b.nrows_, b.ncols_);
 }
 
 template <class T>
@@ -424,6 +424,7 @@ Vec<T> product(const Vec<T>& v, const GenMat<T>& a) {
 template <class T>
 GenMat<T> transpose(const GenMat<T>& a) {
   GenMat<T> result(a.cols(), a.rows());
+  if (result.length() == 0) return result;
   for (int k = 0; k < asInt(a.cols()); ++k) result.row(k) = a.col(k);
   return result;
 }

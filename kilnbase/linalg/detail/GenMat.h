@@ -34,13 +34,16 @@ class KILNBASE_API GenMat : public Vec<T> {
   /// 0 by 0.
   GenMat() = default;
   /// m rows and n columns, not initialised.
-  GenMat(unsigned m, unsigned n);
-  GenMat(unsigned m, unsigned n, T value);
+  explicit GenMat(unsigned m, unsigned n);
+  explicit GenMat(unsigned m, unsigned n, T value);
   /// Copies m * n values, column by column.
-  GenMat(const T* values, unsigned m, unsigned n);
+  template <std::same_as<T> Value>
+  explicit GenMat(const Value* values, unsigned m, unsigned n) : GenMat(m, n) {
+    Base::copyFrom(values);
+  }
   /// A matrix over the storage of `v`, nothing copied. Raises 0x400A unless the length of `v` is m
   /// * n.
-  GenMat(const Vec<T>& v, unsigned m, unsigned n);
+  explicit GenMat(const Vec<T>& v, unsigned m, unsigned n);
   /// A view of the same elements; nothing is copied.
   GenMat(const GenMat& other) = default;
   /// A new matrix of the picked elements.
@@ -64,8 +67,13 @@ class KILNBASE_API GenMat : public Vec<T> {
   /// Makes this a view of `other`, of any size.
   void reference(const GenMat& other);
   /// A new matrix with the same elements.
-  GenMat copy() const;
+  GenMat copy() const { return sized(Base::copy(), nrows_, ncols_); }
   GenMat deepCopy() const { return copy(); }
+  /// Gives this matrix storage of its own, unless it is the only view of such storage.
+  void deepenShallowCopy() {
+    Base::deepenShallowCopy();
+    setSize(nrows_, ncols_);
+  }
   /// Changes the size. Elements that the old and the new matrix have in common keep their values
   /// and places, all others are 0.
   void resize(unsigned m, unsigned n);
@@ -152,6 +160,13 @@ class KILNBASE_API GenMat : public Vec<T> {
   friend GenMat operator-(const GenMat& a) { return combine(Base::kMultiply, a, T(-1)); }
   friend GenMat operator+(const GenMat& a) { return a.copy(); }
 
+  /// Exchanges the two views.
+  friend void swap(GenMat& a, GenMat& b) noexcept {
+    a.exchange(b);
+    std::swap(a.nrows_, b.nrows_);
+    std::swap(a.ncols_, b.ncols_);
+  }
+
   friend std::ostream& operator<<(std::ostream& stream, const GenMat& a) {
     a.printOn(stream);
     return stream;
@@ -162,6 +177,9 @@ class KILNBASE_API GenMat : public Vec<T> {
   }
 
  private:
+  // A view of these elements without a size yet.
+  explicit GenMat(const Vec<T>& elements) : Base(elements) {}
+
   using Operation = typename Vec<T>::Operation;
 
   static GenMat combine(Operation operation, const GenMat& a, const GenMat& b);
@@ -178,6 +196,7 @@ class KILNBASE_API GenMat : public Vec<T> {
   void elementCheck(int i, int j) const;
   void sizeCheck(const GenMat& b) const;
   void setSize(unsigned m, unsigned n);
+  static GenMat sized(const Vec<T>& elements, unsigned m, unsigned n);
 
   unsigned ncols_ = 0;
   unsigned nrows_ = 0;

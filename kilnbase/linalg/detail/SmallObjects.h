@@ -30,7 +30,7 @@ inline void* takeSmallObject(std::size_t size) noexcept {
   SmallObjectCache* cache = cacheOfSmallObjects(size);
   if (cache != nullptr && cache->count > 0) return cache->objects[--cache->count];
   try {  // cheaper than the non-throwing form, which is a wrapper of this one
-    return ::operator new(size + size % 2);
+    return ::operator new(size <= kLargestCachedObject ? size + size % 2 : size);
   } catch (const std::bad_alloc&) {
     return nullptr;
   }

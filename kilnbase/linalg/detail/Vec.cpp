@@ -100,7 +100,7 @@ Vec<T>::Vec(unsigned n, T start, T increment) requires std::same_as<T, double> :
 }
 
 template <class T>
-Vec<T>::Vec(const T* values, unsigned n) : Vec(n) {
+void Vec<T>::copyFrom(const T* values) {
   if (npts_ != 0) std::memcpy(begin_, values, npts_ * sizeof(T));
 }
 
@@ -128,8 +128,8 @@ Vec<T>& Vec<T>::operator=(const Vec& v) {
     if (n != 0) std::memmove(begin_, v.begin_, n * sizeof(T));
   } else {
     const Vec source = block_ == v.block_ ? v.copy() : v;
-    auto target = detail::elements(begin_, n, step_);
-    std::ranges::copy(detail::elements(source.begin_, n, source.step_), target.begin());
+    const auto elements = detail::elements(source.begin_, std::min(n, source.npts_), source.step_);
+    std::ranges::copy(elements, detail::elements(begin_, n, step_).begin());
   }
   return *this;
 }
@@ -383,21 +383,6 @@ struct Operand {
 };
 
 template <class T>
-auto kernelOf(int operation) {
-  const kernels::ElementKernels<T>& kernels = kernels::elements<T>();
-  switch (operation) {
-    case 0:
-      return kernels.add;
-    case 1:
-      return kernels.subtract;
-    case 2:
-      return kernels.multiply;
-    default:
-      return kernels.divide;
-  }
-}
-
-template <class T>
 void checkDivisor(Operand<T> b) {
   if constexpr (std::is_integral_v<T>) {
     const auto divisors = detail::elements(b.data, b.length, b.stride);
@@ -408,12 +393,27 @@ void checkDivisor(Operand<T> b) {
 }  // namespace
 
 template <class T>
+auto Vec<T>::kernelOf(Operation operation) {
+  const kernels::ElementKernels<T>& kernels = kernels::elements<T>();
+  switch (operation) {
+    case kAdd:
+      return kernels.add;
+    case kSubtract:
+      return kernels.subtract;
+    case kMultiply:
+      return kernels.multiply;
+    default:
+      return kernels.divide;
+  }
+}
+
+template <class T>
 Vec<T> Vec<T>::combine(Operation operation, const Vec& a, const Vec& b) {
   a.lengthCheck(b.npts_);
   if (operation == kDivide) checkDivisor(Operand<T>{b.begin_, b.npts_, b.step_});
   Vec result(a.npts_);
   const unsigned n = std::min(result.npts_, b.npts_);
-  kernelOf<T>(operation)(n, a.begin_, a.step_, b.begin_, b.step_, result.begin_, 1);
+  kernelOf(operation)(n, a.begin_, a.step_, b.begin_, b.step_, result.begin_, 1);
   std::fill_n(result.begin_ + n, result.npts_ - n, T(0));
   return result;
 }
@@ -422,7 +422,7 @@ template <class T>
 Vec<T> Vec<T>::combine(Operation operation, const Vec& a, T b) {
   if (operation == kDivide) checkDivisor(Operand<T>{&b, 1, 0});
   Vec result(a.npts_);
-  kernelOf<T>(operation)(result.npts_, a.begin_, a.step_, &b, 0, result.begin_, 1);
+  kernelOf(operation)(result.npts_, a.begin_, a.step_, &b, 0, result.begin_, 1);
   return result;
 }
 
@@ -430,7 +430,7 @@ template <class T>
 Vec<T> Vec<T>::combine(Operation operation, T a, const Vec& b) {
   if (operation == kDivide) checkDivisor(Operand<T>{b.begin_, b.npts_, b.step_});
   Vec result(b.npts_);
-  kernelOf<T>(operation)(result.npts_, &a, 0, b.begin_, b.step_, result.begin_, 1);
+  kernelOf(operation)(result.npts_, &a, 0, b.begin_, b.step_, result.begin_, 1);
   return result;
 }
 
@@ -441,14 +441,14 @@ Vec<T>& Vec<T>::update(Operation operation, const Vec& b) {
   const bool sameElements = begin_ == b.begin_ && step_ == b.step_;
   const Vec source = block_ == b.block_ && !sameElements ? b.copy() : b;
   const unsigned n = std::min(npts_, source.npts_);
-  kernelOf<T>(operation)(n, begin_, step_, source.begin_, source.step_, begin_, step_);
+  kernelOf(operation)(n, begin_, step_, source.begin_, source.step_, begin_, step_);
   return *this;
 }
 
 template <class T>
 Vec<T>& Vec<T>::update(Operation operation, T b) {
   if (operation == kDivide) checkDivisor(Operand<T>{&b, 1, 0});
-  kernelOf<T>(operation)(npts_, begin_, step_, &b, 0, begin_, step_);
+  kernelOf(operation)(npts_, begin_, step_, &b, 0, begin_, step_);
   return *this;
 }
 

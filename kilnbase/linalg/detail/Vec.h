@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <utility>
 
 #include <kilnbase/export.h>
 #include <kilnbase/linalg/RWBlock.h>
@@ -57,10 +58,12 @@ struct VecNames<signed char> {
 ///     even = 7.0;                         // v is now 7 1 7 3 7 5 7 7 7 9
 ///     DoubleVec own = v.copy();           // independent of v
 ///
-/// Index, length, slice and stride errors are raised through MathError.h; when the handler returns,
-/// the operation goes on with the access as asked for. Integer arithmetic wraps around. A vector,
-/// and every view of its storage, is for one thread at a time. Element i lies `i * stride()`
-/// elements after the start, a product taken in 32-bit arithmetic.
+/// Index, length, slice and stride errors are raised through MathError.h. When the handler returns,
+/// the operation goes on: with the access as asked for, and after a mismatch of lengths with the
+/// elements that both have (a new vector has 0 beyond them). A vector whose storage could not be
+/// had (0x3008) is empty. Integer arithmetic wraps around. A vector, and every view of its storage,
+/// is for one thread at a time. Element i lies `i * stride()` elements after the start, a product
+/// taken in 32-bit arithmetic.
 template <class T>
 class KILNBASE_API Vec {
  public:
@@ -74,11 +77,14 @@ class KILNBASE_API Vec {
   Vec();
   /// `n` elements, not initialised.
   explicit Vec(unsigned n);
-  Vec(unsigned n, T value);
+  explicit Vec(unsigned n, T value);
   /// `n` elements: `start`, then each the one before it plus `increment` (a running sum).
-  Vec(unsigned n, T start, T increment) requires std::same_as<T, double>;
+  explicit Vec(unsigned n, T start, T increment) requires std::same_as<T, double>;
   /// Copies `n` values.
-  Vec(const T* values, unsigned n);
+  template <std::same_as<T> Value>
+  explicit Vec(const Value* values, unsigned n) : Vec(n) {
+    copyFrom(values);
+  }
   /// A view of the same elements; nothing is copied.
   Vec(const Vec& other)
       : block_(other.block_), begin_(other.begin_), npts_(other.npts_), step_(other.step_) {
@@ -136,6 +142,9 @@ class KILNBASE_API Vec {
   /// A view of `n` elements from `start` on, `stride` elements of this vector apart. Not checked;
   /// ask `sliceCheck` first where the arguments are not known to be good.
   Vec slice(int start, unsigned n, int stride = 1) const { return Vec(*this, start, n, stride); }
+
+  /// Whether this is a vector of fewer than 16 doubles of stride 1: too short for a kernel to pay.
+  bool isShort() const { return std::same_as<T, double> && npts_ < 16 && step_ == 1; }
 
   /// Raises 0x3005 unless 0 <= i < length.
   void boundsCheck(int i) const {
@@ -197,17 +206,17 @@ class KILNBASE_API Vec {
   operator Vec<int>()
       const requires std::same_as<T, signed char>;  // NOLINT(google-explicit-constructor)
 
-  Vec& operator+=(const Vec& v) { return update(kAdd, v); }
-  Vec& operator-=(const Vec& v) { return update(kSubtract, v); }
-  Vec& operator*=(const Vec& v) { return update(kMultiply, v); }
-  Vec& operator/=(const Vec& v) { return update(kDivide, v); }
-  Vec& operator+=(T x) { return update(kAdd, x); }
-  Vec& operator-=(T x) { return update(kSubtract, x); }
-  Vec& operator*=(T x) { return update(kMultiply, x); }
-  Vec& operator/=(T x) { return update(kDivide, x); }
+  Vec& operator+=(const Vec& v) { return change<kAdd>(v); }
+  Vec& operator-=(const Vec& v) { return change<kSubtract>(v); }
+  Vec& operator*=(const Vec& v) { return change<kMultiply>(v); }
+  Vec& operator/=(const Vec& v) { return change<kDivide>(v); }
+  Vec& operator+=(T x) { return change<kAdd>(x); }
+  Vec& operator-=(T x) { return change<kSubtract>(x); }
+  Vec& operator*=(T x) { return change<kMultiply>(x); }
+  Vec& operator/=(T x) { return change<kDivide>(x); }
   /// Adds 1 to every element.
-  Vec& operator++() { return update(kAdd, T(1)); }
-  Vec& operator--() { return update(kSubtract, T(1)); }
+  Vec& operator++() { return change<kAdd>(T(1)); }
+  Vec& operator--() { return change<kSubtract>(T(1)); }
 
   /// Element by element; vectors of different lengths are unequal, empty ones equal.
   bool operator==(const Vec& v) const;
@@ -229,6 +238,10 @@ class KILNBASE_API Vec {
   friend Vec operator-(const Vec& a) { return combine(kMultiply, a, T(-1)); }
   friend Vec operator+(const Vec& a) { return a.copy(); }
 
+  /// Exchanges the two views. (The standard library's own exchange, by copies that share, loses
+  /// one.)
+  friend void swap(Vec& a, Vec& b) noexcept { a.exchange(b); }
+
   friend std::ostream& operator<<(std::ostream& stream, const Vec& v) {
     v.printOn(stream);
     return stream;
@@ -241,11 +254,42 @@ class KILNBASE_API Vec {
  protected:
   enum Operation { kAdd, kSubtract, kMultiply, kDivide };
 
+  // In place: a short vector is worked on right here, where calling a kernel would cost more.
+  template <Operation operation>
+  Vec& change(const Vec& b) {
+    if (!isShort() || !b.isShort() || npts_ != b.npts_ || block_ == b.block_) {
+      return update(operation, b);
+    }
+    for (unsigned i = 0; i < npts_; ++i) begin_[i] = resultOf<operation>(begin_[i], b.begin_[i]);
+    return *this;
+  }
+  template <Operation operation>
+  Vec& change(T b) {
+    if (!isShort()) return update(operation, b);
+    for (unsigned i = 0; i < npts_; ++i) begin_[i] = resultOf<operation>(begin_[i], b);
+    return *this;
+  }
+  template <Operation operation>
+  static T resultOf(T a, T b) {
+    if constexpr (operation == kAdd) return static_cast<T>(a + b);
+    if constexpr (operation == kSubtract) return static_cast<T>(a - b);
+    if constexpr (operation == kMultiply) return static_cast<T>(a * b);
+    if constexpr (operation == kDivide) return static_cast<T>(a / b);
+  }
+
+  static auto kernelOf(Operation operation);
   static Vec combine(Operation operation, const Vec& a, const Vec& b);
   static Vec combine(Operation operation, const Vec& a, T b);
   static Vec combine(Operation operation, T a, const Vec& b);
   Vec& update(Operation operation, const Vec& b);
   Vec& update(Operation operation, T b);
+
+  void exchange(Vec& v) noexcept {
+    std::swap(block_, v.block_);
+    std::swap(begin_, v.begin_);
+    std::swap(npts_, v.npts_);
+    std::swap(step_, v.step_);
+  }
 
   int offset(int i) const {
     return static_cast<int>(static_cast<unsigned>(i) * static_cast<unsigned>(step_));
@@ -267,6 +311,7 @@ class KILNBASE_API Vec {
   }
 
   void adopt(RWBlock* block, unsigned n);
+  void copyFrom(const T* values);
   void raiseIndex(int i) const;
   void raiseLength(unsigned n) const;
   template <class Predicate>

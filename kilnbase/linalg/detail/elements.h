@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <iterator>
 #include <ranges>
+#include <type_traits>
 
 namespace vxKilnBase::detail {
 

@@ -5,35 +5,25 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-// The type that elements are added and multiplied in: integers as unsigned, so that they wrap
-// around.
-template <class T>
-struct Wrapping {
-  using Type = unsigned;
-};
-template <>
-struct Wrapping<double> {
-  using Type = double;
-};
-template <class T>
-using Word = typename Wrapping<T>::Type;
+using detail::SumOf;
+using detail::Wrapping;
 
 struct Add {
   template <class T>
   static T of(T a, T b) {
-    return static_cast<T>(static_cast<Word<T>>(a) + static_cast<Word<T>>(b));
+    return static_cast<T>(static_cast<Wrapping<T>>(a) + static_cast<Wrapping<T>>(b));
   }
 };
 struct Subtract {
   template <class T>
   static T of(T a, T b) {
-    return static_cast<T>(static_cast<Word<T>>(a) - static_cast<Word<T>>(b));
+    return static_cast<T>(static_cast<Wrapping<T>>(a) - static_cast<Wrapping<T>>(b));
   }
 };
 struct Multiply {
   template <class T>
   static T of(T a, T b) {
-    return static_cast<T>(static_cast<Word<T>>(a) * static_cast<Word<T>>(b));
+    return static_cast<T>(static_cast<Wrapping<T>>(a) * static_cast<Wrapping<T>>(b));
   }
 };
 struct Divide {
@@ -49,6 +39,7 @@ struct Divide {
 template <class Operation, class T>
 void binary(Index n, const T* a, Index strideA, const T* b, Index strideB, T* out,
             Index strideOut) {
+  if (n == 0) return;
   if (strideOut == 1 && strideA == 1 && strideB == 1) {
 #pragma GCC ivdep
     for (Index i = 0; i < n; ++i) out[i] = Operation::of(a[i], b[i]);
@@ -71,12 +62,12 @@ void binary(Index n, const T* a, Index strideA, const T* b, Index strideB, T* ou
 // Σ term(i) with four accumulators.
 template <class Sum, class Term>
 inline Sum sumOfTerms(Index n, Term term) {
-  Word<Sum> sums[4] = {};
+  Wrapping<Sum> sums[4] = {};
   Index i = 0;
   for (; i + 4 <= n; i += 4) {
-    for (Index k = 0; k < 4; ++k) sums[k] += static_cast<Word<Sum>>(term(i + k));
+    for (Index k = 0; k < 4; ++k) sums[k] += static_cast<Wrapping<Sum>>(term(i + k));
   }
-  for (; i < n; ++i) sums[0] += static_cast<Word<Sum>>(term(i));
+  for (; i < n; ++i) sums[0] += static_cast<Wrapping<Sum>>(term(i));
   return static_cast<Sum>((sums[0] + sums[1]) + (sums[2] + sums[3]));
 }
 
@@ -106,14 +97,14 @@ double sumOfElements(Index n, const double* a) {
 }
 
 template <class T>
-typename Accumulator<T>::Type sumOfProducts(Index n, const T* a, const T* b) {
+SumOf<T> sumOfProducts(Index n, const T* a, const T* b) {
   unsigned sum = 0;
   for (Index i = 0; i < n; ++i) sum += static_cast<unsigned>(a[i]) * static_cast<unsigned>(b[i]);
   return static_cast<int>(sum);
 }
 
 template <class T>
-typename Accumulator<T>::Type sumOfElements(Index n, const T* a) {
+SumOf<T> sumOfElements(Index n, const T* a) {
   unsigned sum = 0;
   for (Index i = 0; i < n; ++i) sum += static_cast<unsigned>(a[i]);
   return static_cast<int>(sum);
@@ -123,17 +114,17 @@ typename Accumulator<T>::Type sumOfElements(Index n, const T* a) {
 constexpr Index kShort = 16;
 
 template <class T>
-typename Accumulator<T>::Type dot(Index n, const T* a, Index strideA, const T* b, Index strideB) {
-  using Sum = typename Accumulator<T>::Type;
+SumOf<T> dot(Index n, const T* a, Index strideA, const T* b, Index strideB) {
+  using Sum = SumOf<T>;
   if (strideA == 1 && strideB == 1 && n >= kShort) return sumOfProducts(n, a, b);
   return sumOfTerms<Sum>(n, [=](Index i) {
-    return static_cast<Word<Sum>>(a[i * strideA]) * static_cast<Word<Sum>>(b[i * strideB]);
+    return static_cast<Wrapping<Sum>>(a[i * strideA]) * static_cast<Wrapping<Sum>>(b[i * strideB]);
   });
 }
 
 template <class T>
-typename Accumulator<T>::Type sum(Index n, const T* a, Index stride) {
-  using Sum = typename Accumulator<T>::Type;
+SumOf<T> sum(Index n, const T* a, Index stride) {
+  using Sum = SumOf<T>;
   if (stride == 1 && n >= kShort) return sumOfElements(n, a);
   return sumOfTerms<Sum>(n, [=](Index i) { return a[i * stride]; });
 }

@@ -3,23 +3,15 @@
 
 #include <cstddef>
 
+#include <kilnbase/linalg/detail/elementTypes.h>
+
 namespace vxKilnBase::kernels {
 
 using Index = std::ptrdiff_t;
 
-// What sums and products of elements are counted in; integers wrap around.
-template <class T>
-struct Accumulator {
-  using Type = int;
-};
-template <>
-struct Accumulator<double> {
-  using Type = double;
-};
-
 template <class T>
 struct ElementKernels {
-  using Sum = typename Accumulator<T>::Type;
+  using Sum = detail::SumOf<T>;
 
   // out[i] = a[i] op b[i]. An operand with stride 0 is one number for all i. `out` may be one of
   // the operands, but overlaps them in no other way. Integers wrap around; an integer over 0 is 0.
