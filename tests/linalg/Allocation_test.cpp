@@ -14,20 +14,24 @@ int allocations = 0;
 
 void* countedAllocation(std::size_t size) {
   ++allocations;
-  void* memory = std::malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
+  return std::malloc(size);
 }
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Not inlined: of a pair of which only one half is inlined GCC takes the other for a mistake.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  void* memory = countedAllocation(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   return countedAllocation(size);
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
   std::free(memory);
 }
 

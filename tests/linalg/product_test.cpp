@@ -86,7 +86,7 @@ TEST(Product, BlocksAddUp) {
 TEST(Product, StridedOperands) {
   for (const unsigned n : {1U, 5U, 8U, 27U, 70U}) {
     const DoubleGenMat a = randomMatrix(n + 3, n, n);
-    const DoubleGenMat b = randomMatrix(n, n + 1, 2 * n);
+    const DoubleGenMat b = randomMatrix(n, n + 1, 2 * std::uint64_t{n});
     EXPECT_LE(residual(a, b, product(scattered(a), b)), 1.0) << n;
     EXPECT_LE(residual(a, b, product(a, scattered(b))), 1.0) << n;
     EXPECT_LE(residual(a, b, transProduct(scattered(a), scattered(transpose(b)))), 1.0) << n;

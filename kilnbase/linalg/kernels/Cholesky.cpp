@@ -215,6 +215,7 @@ Index smallPivot(const SmallMatrix& s, Index k, Index freeBegin, Index freeEnd) 
   if (k < freeBegin) return place;
   double largest = s.diagonal[s.order[k]];
   for (Index i = k + 1; i < freeEnd; ++i) {
+    // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.ArraySubscript): expand fills the order
     const double element = s.diagonal[s.order[i]];
     if (element > largest) {
       largest = element;

@@ -7,7 +7,6 @@
 namespace vxKilnBase::linpack {
 
 using kernels::active;
-using kernels::MatrixView;
 
 BlockReflector::BlockReflector(const Columns& panel, const double* qraux) : panel_(panel) {
   for (Index j = 0; j < panel_.count; ++j) {

@@ -165,6 +165,7 @@ class PivotedElimination {
 }  // namespace
 
 int dchdc(double* a, int lda, int p, double* work, int* jpvt, int job) {
+  if (p <= 0) return 0;
   const Triangle t{a, lda, p};
   if (job == 0) return static_cast<int>(eliminate(t, 0, p));
   const FreeRange range = arrange(t, jpvt);

@@ -61,7 +61,8 @@ inline Rotation rotationOf(double f, double g) {
   return {f / scale / r, g / scale / r, 1.0, r * scale};
 }
 
-// Keeps numbers that underflow from counting: rotations would only shift their rounded digits about.
+// Keeps numbers that underflow from counting: rotations would only shift their rounded digits
+// about.
 constexpr double kLeastNeighbour = 0x1p-900;
 
 bool isNegligible(double x, double neighbours) {
