@@ -102,7 +102,7 @@ class Disagreement : public std::runtime_error {
 };
 
 /// Times all ways of doing an operation and takes the minimum of each over as many rounds as fit
-/// into about `seconds`, at least three.
+/// into about `seconds`, at least four.
 Measurement measure(const Operation& operation, const Shape& shape, double seconds);
 
 }  // namespace bench
