@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <random>
 
 namespace bench {
 
@@ -97,6 +98,21 @@ std::vector<Peer> waysOf(const Operation& operation, const Shape& shape) {
   return ways;
 }
 
+// Leaves gaps of odd sizes on the heap for as long as it lives, into which data falls as it
+// happens.
+class ScatteredHeap {
+ public:
+  explicit ScatteredHeap(unsigned seed) {
+    std::mt19937 generator(seed);
+    std::uniform_int_distribution<std::size_t> size(64, 20000);
+    for (int i = 0; i < 400; ++i) blocks_.push_back(std::make_unique<char[]>(size(generator)));
+    for (std::size_t i = 0; i < blocks_.size(); i += 2) blocks_[i].reset();
+  }
+
+ private:
+  std::vector<std::unique_ptr<char[]>> blocks_;
+};
+
 // In the order of `ways`, but made from number `first` on, round and round.
 std::vector<Contestant> contestantsOf(const std::vector<Peer>& ways, const Shape& shape,
                                       std::size_t first) {
@@ -141,6 +157,7 @@ Measurement measure(const Operation& operation, const Shape& shape, double secon
   const int passes = std::min(rounds, kMostPasses);
   for (int pass = 0; pass < passes; ++pass) {
     contestants.clear();
+    const ScatteredHeap heap(static_cast<unsigned>(pass));
     contestants = contestantsOf(ways, shape, static_cast<std::size_t>(pass));
     const Values times = minimumSeconds(contestants, rounds / passes);
     for (std::size_t i = 0; i < times.size(); ++i) least[i] = std::min(least[i], times[i]);
