@@ -66,14 +66,13 @@ Values spectrumAndProduct(const double* s, int n, const double* u, const double*
   const Values w = gaussian(n, kProbeSeed);
   Values result(s, s + n);
   result.resize(2 * w.size(), 0.0);
+  double* const product = result.data() + n;
   for (int k = 0; k < n; ++k) {
     double component = 0.0;
     for (int i = 0; i < n; ++i) {
       component += v[i * rowStride + k * columnStride] * w[static_cast<std::size_t>(i)];
     }
-    for (int i = 0; i < n; ++i) {
-      result[static_cast<std::size_t>(n + i)] += u[at(i, k, n)] * s[k] * component;
-    }
+    for (int i = 0; i < n; ++i) product[i] += u[at(i, k, n)] * s[k] * component;
   }
   return result;
 }

@@ -49,10 +49,9 @@ struct StridedArrays {
 };
 
 Values valuesOf(const StridedArrays& v) {
+  const double* const first = v.a.data() + v.start();
   Values values;
-  for (int i = 0; i < v.n; ++i) {
-    values.push_back(v.a[static_cast<std::size_t>(v.start() + i * v.stride)]);
-  }
+  for (int i = 0; i < v.n; ++i) values.push_back(first[i * v.stride]);
   return values;
 }
 
