@@ -18,7 +18,7 @@ namespace {
 constexpr int kUniformSpans = 8;
 
 // Beyond it, one in so many.
-constexpr int kSpansPerSplit = 4;
+constexpr std::size_t kSpansPerSplit = 4;
 
 enum class Direction { kX, kY };
 
@@ -55,17 +55,21 @@ std::vector<Span> spansOf(const Fit& fit, const std::vector<Point>& points, Dire
   return spans;
 }
 
-// The spans worth halving, those with the largest deviations first: at most one in kSpansPerSplit.
-std::vector<Span> worstSpans(std::vector<Span> spans, double tolerance) {
-  const std::size_t share = (spans.size() + kSpansPerSplit - 1) / kSpansPerSplit;
-  std::erase_if(spans, [tolerance](const Span& span) {
-    return !span.canBeHalved() || span.largestDeviation <= tolerance;
-  });
+std::vector<Span> largestDeviationFirst(std::vector<Span> spans) {
   std::stable_sort(spans.begin(), spans.end(), [](const Span& a, const Span& b) {
     return a.largestDeviation > b.largestDeviation;
   });
-  spans.resize(std::min(spans.size(), share));
   return spans;
+}
+
+// Of the spans of one direction those worth halving: the worst, one in kSpansPerSplit at most.
+std::vector<Span> worstSpans(const std::vector<Span>& spans, double tolerance) {
+  std::vector<Span> worst = largestDeviationFirst(spans);
+  std::erase_if(worst, [tolerance](const Span& span) {
+    return !span.canBeHalved() || span.largestDeviation <= tolerance;
+  });
+  worst.resize(std::min(worst.size(), (spans.size() + kSpansPerSplit - 1) / kSpansPerSplit));
+  return worst;
 }
 
 // Which spans to halve next, and, where there are none, what forbids it.
@@ -106,13 +110,14 @@ Plan planRefinement(const Fit& fit, const std::vector<Point>& points, const Limi
   const std::vector<Span> xSpans = spansOf(fit, points, Direction::kX);
   const std::vector<Span> ySpans = spansOf(fit, points, Direction::kY);
   if (std::max(xSpans.size(), ySpans.size()) < kUniformSpans) {
-    const std::vector<Span> all = joined(xSpans, ySpans);
+    std::vector<Span> all = joined(xSpans, ySpans);
+    std::erase_if(all, [](const Span& span) { return !span.canBeHalved(); });
     Plan plan = withinLimits(all, fit.surface, limits);
     if (plan.halved.size() == all.size()) return plan;
   }
-  return withinLimits(
-      joined(worstSpans(xSpans, limits.tolerance), worstSpans(ySpans, limits.tolerance)),
-      fit.surface, limits);
+  const std::vector<Span> worst =
+      joined(worstSpans(xSpans, limits.tolerance), worstSpans(ySpans, limits.tolerance));
+  return withinLimits(largestDeviationFirst(worst), fit.surface, limits);
 }
 
 Surface refined(Surface surface, const Plan& plan) {
@@ -140,7 +145,7 @@ void report(const Fit& fit, int step, const Limits& limits, TbaseReporter& repor
   if (fit.rank < fit.unknowns && reporter.loud())
     rptUser(
         "Step %d: the points determine %d of %d coefficients well enough; the other %d keep the "
-        "shape of the coarser surface.",
+        "shape found so far.",
         step, fit.rank, fit.unknowns, fit.unknowns - fit.rank);
 }
 

@@ -29,8 +29,7 @@ enum class Stop {
   kMaxUnknowns,
   kMaxSpans,
   kMaxSteps,
-  kNothingToSplit,  ///< No span that has deviations above the tolerance can be halved between
-                    ///< points.
+  kNothingToSplit,  ///< No span with deviations above the tolerance can be halved.
   kByUser,
 };
 
@@ -45,8 +44,9 @@ struct Refinement {
 
 /// Fits surfaces of 1, 2, 4 and 8 spans each way over the extent of the points, then halves, in
 /// each direction by itself, the spans with the largest deviations, a quarter of the spans at a
-/// time. Tells `reporter` of every step, the largest deviation relative to the tolerance, and asks
-/// it after every step whether to stop.
+/// time. A span is halved only if there are points over both halves. Tells `reporter` of every
+/// step, the largest deviation relative to the tolerance, and asks it after every step whether to
+/// stop.
 Refinement refine(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter);
 
 /// Why it stopped, as a sentence for the user.

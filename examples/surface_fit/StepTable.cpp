@@ -40,7 +40,7 @@ std::string stepTable(const Refinement& refinement, const Limits& limits, const 
   cell(12, "rms [" + unit + "]");
   cell(14, "largest [" + unit + "]");
   cell(24, "at (x, y) [" + unit + "]");
-  table << "  relative  seconds\n" << std::fixed << std::setprecision(3);
+  table << "    relative  seconds\n" << std::fixed << std::setprecision(3);
   for (std::size_t i = 0; i < refinement.steps.size(); ++i) {
     const auto& [fit, seconds] = refinement.steps[i];
     table << (i == refinement.best ? '*' : ' ');
@@ -52,7 +52,7 @@ std::string stepTable(const Refinement& refinement, const Limits& limits, const 
     cell(12, number(fit.deviation.rms));
     cell(14, number(fit.deviation.largest.value));
     cell(24, place(fit.deviation.largest));
-    cell(10, number(std::abs(fit.deviation.largest.value) / limits.tolerance));
+    cell(12, number(std::abs(fit.deviation.largest.value) / limits.tolerance));
     cell(9, seconds);
     table << "\n";
   }
