@@ -131,30 +131,30 @@ void updateAndProject(Index m, Index n, Index above, const PendingReflections& p
 }
 
 [[gnu::always_inline]] inline bool anyNegative(Vector value) {
-  bool result = false;
-  for (int i = 0; i < kWidth; ++i) result |= value[i] < 0.0;
-  return result;
+  return sumOf(value < Vector{} ? splat(1.0) : Vector{}) > 0.0;
 }
 
-bool downdateNorms(Index n, const double* removed, double* norms, const double* references) {
+bool downdateNorms(Index n, Index before, const double* removed, double* norms,
+                   const double* references) {
   Vector least{};
-  Index j = 0;
-  for (; j + kWidth <= n; j += kWidth) {
-    const Vector norm = downdated(load(removed + j), load(norms + j), load(references + j));
-    store(norms + j, norm);
+  const auto downdateFrom = [&](Index j, Index first) {
+    const Vector old = load(norms + j);
+    const Vector norm =
+        downdated(load(removed + j), lanesFrom(first, old, Vector{}), load(references + j));
+    store(norms + j, lanesFrom(first, norm, old));
     least = norm < least ? norm : least;
-  }
-  if (j < n) {
-    Vector lastRemoved{}, lastNorms{}, lastReferences{};
-    for (Index i = 0; i < n - j; ++i) {
-      lastRemoved[i] = removed[j + i];
-      lastNorms[i] = norms[j + i];
-      lastReferences[i] = references[j + i];
+  };
+  const Index head = n % kWidth;
+  if (head > 0 && head + before >= kWidth) {
+    downdateFrom(head - kWidth, kWidth - head);
+  } else {
+    for (Index j = 0; j < head; ++j) {
+      const Vector norm = downdated(splat(removed[j]), splat(norms[j]), splat(references[j]));
+      norms[j] = norm[0];
+      least = norm < least ? norm : least;
     }
-    lastNorms = downdated(lastRemoved, lastNorms, lastReferences);
-    for (Index i = 0; i < n - j; ++i) norms[j + i] = lastNorms[i];
-    least = lastNorms < least ? lastNorms : least;
   }
+  for (Index j = head; j < n; j += kWidth) downdateFrom(j, 0);
   return anyNegative(least);
 }
 

@@ -23,8 +23,10 @@ struct HouseholderKernels {
                            const double* v, double* c, Index ldc, double* projections);
   // Takes an element out of each of n vectors whose norms are known: norms[j] becomes that of the
   // rest, or -1 where too few digits of it would be left. references[j] is the norm when it was
-  // last computed afresh. Norms of 0 stay. Returns whether any became -1.
-  bool (*downdateNorms)(Index n, const double* removed, double* norms, const double* references);
+  // last computed afresh. Norms of 0 stay. Returns whether any became -1. The `before` elements
+  // before each first one may be read, and norms written back as they are.
+  bool (*downdateNorms)(Index n, Index before, const double* removed, double* norms,
+                        const double* references);
   // The first index of the largest element if that is greater than 0, otherwise 0. NaNs are passed
   // over.
   Index (*indexOfLargest)(Index n, const double* x);

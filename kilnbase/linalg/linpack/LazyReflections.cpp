@@ -1,36 +1,14 @@
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/LazyReflections.h>
-#include <kilnbase/linalg/linpack/dnrm2.h>
+#include <kilnbase/linalg/linpack/reflector.h>
 
 namespace vxKilnBase::linpack {
 
 using kernels::active;
 using kernels::PendingReflections;
-
-namespace {
-
-// Turns the m elements of `x`, whose norm is not 0, into a Householder vector v, and returns what
-// the transformation makes of the first element. Columns whose norm or its reciprocal is out of
-// range are scaled first.
-double makeHouseholderVector(Index m, double* x, double norm) {
-  double factor = 1.0;
-  if (norm < std::numeric_limits<double>::min()) factor = 0x1p600;
-  if (norm > 0x1p1000) factor = 0x1p-600;
-  if (factor != 1.0) {
-    active().dense->scale(m, factor, x);
-    norm = dnrm2(m, x, 1);
-  }
-  if (x[0] < 0.0) norm = -norm;
-  active().dense->scale(m, 1.0 / norm, x);
-  x[0] += 1.0;
-  return -norm / factor;
-}
-
-}  // namespace
 
 LazyReflections::LazyReflections(const Columns& columns, double* qraux)
     : columns_(columns), qraux_(qraux), most_(mostPending(columns)) {}
@@ -58,14 +36,15 @@ void LazyReflections::reflect(Index l) {
   bringUpToDate(l, l);
   const Index m = columns_.rows - l;
   double* x = columns_.at(l, l);
-  const double norm = m > 1 ? dnrm2(m, x, 1) : 0.0;
   double diagonal = *x;
   qraux_[l] = 0.0;
-  if (norm == 0.0) {
+  if (m > 1) {
+    diagonal = makeReflector(m, x);
+    qraux_[l] = *x;
+  }
+  if (qraux_[l] == 0.0) {
     flush(l, l + 1);
   } else {
-    diagonal = makeHouseholderVector(m, x, norm);
-    qraux_[l] = *x;
     most_ > 0 ? reflectLazily(l) : reflectAtOnce(l);
   }
   *x = diagonal;

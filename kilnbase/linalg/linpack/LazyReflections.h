@@ -19,7 +19,7 @@ struct Columns {
   Columns from(Index i, Index j, Index n) const { return {at(i, j), ld, rows - i, n}; }
 };
 
-// Householder transformations of a block of columns, from the left to the right.
+/// Householder transformations of a block of columns, from the left to the right.
 //
 // The later columns receive a transformation lazily: only its projections on them and the next row
 // of R are computed at once. Several transformations are then added together, in the same pass over

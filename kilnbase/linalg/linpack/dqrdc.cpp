@@ -75,12 +75,15 @@ void Pivoting::choose(Index l, LazyReflections& reflections) {
 // be lost in the rounding of the formula.
 void Pivoting::downdate(Index l, LazyReflections& reflections) {
   constexpr Index kSlice = 64;
+  constexpr Index kBefore = 8;
+  double removed[kBefore + kSlice];
+  std::fill_n(removed, kBefore, 0.0);
   for (Index j = std::max(l + 1, first_); j < end_; j += kSlice) {
-    double removed[kSlice];
-    const Index count = std::min(kSlice, end_ - j);
-    for (Index i = 0; i < count; ++i) removed[i] = *columns_.at(l, j + i);
-    if (!active().householder->downdateNorms(count, removed, norms_ + j, references_ + j)) continue;
-    for (Index i = j; i < j + count; ++i) {
+    const Index n = std::min(kSlice, end_ - j);
+    for (Index i = 0; i < n; ++i) removed[kBefore + i] = *columns_.at(l, j + i);
+    const bool anyLost = active().householder->downdateNorms(
+        n, std::min(j, kBefore), removed + kBefore, norms_ + j, references_ + j);
+    for (Index i = j; anyLost && i < j + n; ++i) {
       if (norms_[i] < 0.0) recompute(l, i, reflections);
     }
   }

@@ -12,8 +12,9 @@ namespace {
 using kernels::Index;
 using kernels::MatrixView;
 
-// A norm below this, or its reciprocal, may lack digits: the vector is magnified first.
+// A norm outside these bounds, or its reciprocal, may lack digits: the vector is scaled first.
 constexpr double kLeastPreciseNorm = 0x1p-900;
+constexpr double kGreatestPreciseNorm = 0x1p1000;
 constexpr double kMagnification = 0x1p500;
 
 constexpr Index kBlock = 32;  // reflections that are applied together
@@ -93,15 +94,20 @@ void formColumns(Index n, Index columns, Index reflectors, double* q, Index ldq)
 }  // namespace
 
 double makeReflector(std::ptrdiff_t n, double* x) {
-  const double norm = std::copysign(dnrm2(n, x, 1), x[0]);
-  if (norm == 0.0) return -0.0;
-  if (std::fabs(norm) < kLeastPreciseNorm) {
-    for (std::ptrdiff_t i = 0; i < n; ++i) x[i] *= kMagnification;
-    return makeReflector(n, x) / kMagnification;
+  const auto scale = kernels::active().dense->scale;
+  double norm = dnrm2(n, x, 1);
+  if (norm == 0.0) return 0.0;
+  double magnification = 1.0;
+  if (norm < kLeastPreciseNorm) magnification = kMagnification;
+  if (norm > kGreatestPreciseNorm) magnification = 1.0 / kMagnification;
+  if (magnification != 1.0) {
+    scale(n, magnification, x);
+    norm = dnrm2(n, x, 1);
   }
-  kernels::active().dense->scale(n, 1.0 / norm, x);
+  norm = std::copysign(norm, x[0]);
+  scale(n, 1.0 / norm, x);
   x[0] += 1.0;
-  return -norm;
+  return -norm / magnification;
 }
 
 void formOrthogonal(std::ptrdiff_t n, std::ptrdiff_t columns, std::ptrdiff_t reflectors, double* q,
