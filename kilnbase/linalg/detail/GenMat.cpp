@@ -314,12 +314,12 @@ Factor<T> factorOf(const GenMat<T>& a) {
   return {a.data(), a.stride(), static_cast<std::ptrdiff_t>(a.rows()) * a.stride()};
 }
 
-void addProduct(unsigned k, Factor<double> a, Factor<double> b, GenMat<double>& c) {
-  kernels::active().dense->gemm(c.rows(), c.cols(), k, 1.0, {a.data, a.rowStride, a.columnStride},
-                                {b.data, b.rowStride, b.columnStride}, c.data(), c.rows());
+void setProduct(unsigned k, Factor<double> a, Factor<double> b, GenMat<double>& c) {
+  kernels::active().dense->product(c.rows(), c.cols(), k, {a.data, a.rowStride, a.columnStride},
+                                   {b.data, b.rowStride, b.columnStride}, c.data(), c.rows());
 }
 
-void addProduct(unsigned k, Factor<int> a, Factor<int> b, GenMat<int>& c) {
+void setProduct(unsigned k, Factor<int> a, Factor<int> b, GenMat<int>& c) {
   const auto& dot = kernels::elements<int>().dot;
   for (int j = 0; j < asInt(c.cols()); ++j) {
     for (int i = 0; i < asInt(c.rows()); ++i) {
@@ -332,38 +332,45 @@ void addProduct(unsigned k, Factor<int> a, Factor<int> b, GenMat<int>& c) {
 // The m by n product of two factors with k columns and rows in common.
 template <class T>
 GenMat<T> multiply(unsigned m, unsigned n, unsigned k, Factor<T> a, Factor<T> b) {
-  GenMat<T> result(m, n, T(0));
-  if (result.length() != 0) addProduct(k, a, b, result);
+  GenMat<T> result(m, n);
+  if (result.length() != 0) setProduct(k, a, b, result);
   return result;
 }
 
-// y += A v for k columns of A, which is column-major or row-major, and elements of v in a row.
-void addProduct(unsigned k, Factor<double> a, const double* v, Vec<double>& y) {
+// y += A v, the elements of v taken together in portions; A is column-major or row-major.
+void addPortions(unsigned k, Factor<double> a, const Vec<double>& v, Vec<double>& y) {
   const kernels::DenseKernels& dense = *kernels::active().dense;
-  if (a.rowStride == 1) {
-    dense.gemv(y.length(), k, 1.0, a.data, a.columnStride, v, y.data());
-  } else {
-    dense.gemvTransposed(k, y.length(), 1.0, a.data, a.rowStride, v, y.data());
+  constexpr unsigned kPortion = 256;
+  double portion[kPortion];
+  for (unsigned done = 0; done < k; done += kPortion) {
+    const unsigned count = std::min(k - done, kPortion);
+    for (unsigned i = 0; i < count; ++i) portion[i] = v(asInt(done + i));
+    const double* from = a.data + done * a.columnStride;
+    if (a.rowStride == 1) {
+      dense.gemv(y.length(), count, 1.0, from, a.columnStride, portion, y.data());
+    } else {
+      dense.gemvTransposed(count, y.length(), 1.0, from, a.rowStride, portion, y.data());
+    }
   }
 }
 
-void addProduct(unsigned k, Factor<double> a, const Vec<double>& v, Vec<double>& y) {
+void setProduct(unsigned k, Factor<double> a, const Vec<double>& v, Vec<double>& y) {
+  const kernels::DenseKernels& dense = *kernels::active().dense;
+  const unsigned m = y.length();
   if (a.rowStride != 1 && a.columnStride != 1) {
-    kernels::active().dense->gemm(y.length(), 1, k, 1.0, {a.data, a.rowStride, a.columnStride},
-                                  {v.data(), v.stride(), 0}, y.data(), y.length());
-    return;
-  }
-  if (v.stride() == 1) return addProduct(k, a, v.data(), y);
-  constexpr unsigned kBlock = 256;
-  double block[kBlock];
-  for (unsigned done = 0; done < k; done += kBlock) {
-    const unsigned count = std::min(k - done, kBlock);
-    for (unsigned i = 0; i < count; ++i) block[i] = v(asInt(done + i));
-    addProduct(count, {a.data + done * a.columnStride, a.rowStride, a.columnStride}, block, y);
+    dense.product(m, 1, k, {a.data, a.rowStride, a.columnStride}, {v.data(), v.stride(), 0},
+                  y.data(), m);
+  } else if (v.stride() != 1) {
+    y = 0.0;
+    addPortions(k, a, v, y);
+  } else if (a.rowStride == 1) {
+    dense.productVector(m, k, a.data, a.columnStride, v.data(), y.data());
+  } else {
+    dense.productVectorTransposed(k, m, a.data, a.rowStride, v.data(), y.data());
   }
 }
 
-void addProduct(unsigned k, Factor<int> a, const Vec<int>& v, Vec<int>& y) {
+void setProduct(unsigned k, Factor<int> a, const Vec<int>& v, Vec<int>& y) {
   const auto& dot = kernels::elements<int>().dot;
   for (int i = 0; i < asInt(y.length()); ++i) {
     y(i) = dot(k, a.data + i * a.rowStride, a.columnStride, v.data(), v.stride());
@@ -373,8 +380,8 @@ void addProduct(unsigned k, Factor<int> a, const Vec<int>& v, Vec<int>& y) {
 // The product of an m by k matrix with the first k elements of v.
 template <class T>
 Vec<T> multiply(unsigned m, unsigned k, Factor<T> a, const Vec<T>& v) {
-  Vec<T> result(m, T(0));
-  if (m != 0) addProduct(k, a, v, result);
+  Vec<T> result(m);
+  if (m != 0) setProduct(k, a, v, result);
   return result;
 }
 

@@ -56,7 +56,16 @@ void scale(Index n, double alpha, double* x) {
 
 }  // namespace
 
-extern const DenseKernels denseKernels = {
-    dot, axpy, scale, gemv, gemvTransposed, gemm, syrkUpper, solveUpperTransposed};
+extern const DenseKernels denseKernels = {.dot = dot,
+                                          .axpy = axpy,
+                                          .scale = scale,
+                                          .gemv = gemv,
+                                          .gemvTransposed = gemvTransposed,
+                                          .gemm = gemm,
+                                          .productVector = productVector,
+                                          .productVectorTransposed = productVectorTransposed,
+                                          .product = product,
+                                          .syrkUpper = syrkUpper,
+                                          .solveUpperTransposed = solveUpperTransposed};
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

@@ -31,7 +31,13 @@ struct DenseKernels {
   // and overlaps neither.
   void (*gemm)(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
                Index ldc);
-  // The same for the elements of C, n by n, on and above the diagonal; those below are not touched.
+  // y := A x, y := Aᵀ x and C := A B, with the same operands; the results are not read.
+  void (*productVector)(Index m, Index n, const double* a, Index lda, const double* x, double* y);
+  void (*productVectorTransposed)(Index m, Index n, const double* a, Index lda, const double* x,
+                                  double* y);
+  void (*product)(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc);
+  // C += alpha A B for the elements of C, n by n, on and above the diagonal; those below are not
+  // touched.
   void (*syrkUpper)(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
                     Index ldc);
   // X := R⁻ᵀ X; R is k by k, upper triangular, and X k by n, both column-major.

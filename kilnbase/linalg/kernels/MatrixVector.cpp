@@ -32,7 +32,7 @@ inline __attribute__((always_inline)) void prefetch(const double* rows) {
 // addition waits for the one before.
 template <Index vectors, bool fetchNext = false>
 void addTile(Index last, Index n, double alpha, const double* a, Index lda, const double* x,
-             double* y) {
+             double* y, bool overwrite) {
   constexpr Index kChains = vectors <= 2 ? 4 : vectors <= 6 ? 2 : 1;
   Vector sums[kChains][vectors];
   for (Index c = 0; c < kChains; ++c) {
@@ -60,18 +60,19 @@ void addTile(Index last, Index n, double alpha, const double* a, Index lda, cons
   for (Index v = 0; v < vectors; ++v) {
     Vector sum = sums[0][v];
     for (Index c = 1; c < kChains; ++c) sum += sums[c][v];
-    result[v] = load(y + rowOf<vectors>(v, last)) + factor * sum;
+    result[v] = factor * sum;
+    if (!overwrite) result[v] += load(y + rowOf<vectors>(v, last));
   }
   for (Index v = 0; v < vectors; ++v) store(y + rowOf<vectors>(v, last), result[v]);
 }
 
 // y += alpha A x for fewer rows than a register holds.
 void addFewRows(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
-                double* y) {
+                double* y, bool overwrite) {
   for (Index i = 0; i < m; ++i) {
     double sum = 0.0;
     for (Index j = 0; j < n; ++j) sum += a[j * lda + i] * x[j];
-    y[i] += alpha * sum;
+    y[i] = (overwrite ? 0.0 : y[i]) + alpha * sum;
   }
 }
 
@@ -96,7 +97,8 @@ Index tileRows(Index left) {
 
 // y += alpha Aᵀ x for this number of columns.
 template <Index columns>
-void addDots(Index m, double alpha, const double* a, Index lda, const double* x, double* y) {
+void addDots(Index m, double alpha, const double* a, Index lda, const double* x, double* y,
+             bool overwrite) {
   constexpr Index kSums = (columns + kWidth - 1) / kWidth * kWidth;
   Vector sums[kSums] = {};
   Index i = 0;
@@ -118,34 +120,56 @@ void addDots(Index m, double alpha, const double* a, Index lda, const double* x,
   for (Index j = 0; j < columns; j += kWidth) {
     const Vector dots = splat(alpha) * sumsOf(sums + j);
     if (j + kWidth <= columns) {
-      store(y + j, load(y + j) + dots);
+      store(y + j, overwrite ? dots : load(y + j) + dots);
     } else {
-      for (Index l = j; l < columns; ++l) y[l] += dots[l - j];
+      for (Index l = j; l < columns; ++l) y[l] = (overwrite ? 0.0 : y[l]) + dots[l - j];
     }
   }
 }
 
-}  // namespace
-
-void gemv(Index m, Index n, double alpha, const double* a, Index lda, const double* x, double* y) {
-  if (m < kWidth) return addFewRows(m, n, alpha, a, lda, x, y);
+// y := alpha A x, or y += alpha A x.
+void multiply(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
+              double* y, bool overwrite) {
+  if (m < kWidth) return addFewRows(m, n, alpha, a, lda, x, y, overwrite);
   const Index block = n > kFewColumns ? kBlockColumns : n;
   for (Index j = 0; j < n; j += block) {
     const Index columns = n - j < block ? n - j : block;
     for (Index i = 0, rows = 0; i < m; i += rows) {
       rows = tileRows(m - i);
       const TileKernel add = tileFor((rows + kWidth - 1) / kWidth, n);
-      add(rows - kWidth, columns, alpha, a + j * lda + i, lda, x + j, y + i);
+      add(rows - kWidth, columns, alpha, a + j * lda + i, lda, x + j, y + i, overwrite && j == 0);
     }
   }
 }
 
+// y := alpha Aᵀ x, or y += alpha Aᵀ x.
+void multiplyTransposed(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
+                        double* y, bool overwrite) {
+  Index j = 0;
+  for (; j + 8 <= n; j += 8) addDots<8>(m, alpha, a + j * lda, lda, x, y + j, overwrite);
+  for (; j + 4 <= n; j += 4) addDots<4>(m, alpha, a + j * lda, lda, x, y + j, overwrite);
+  for (; j < n; ++j) addDots<1>(m, alpha, a + j * lda, lda, x, y + j, overwrite);
+}
+
+}  // namespace
+
+void gemv(Index m, Index n, double alpha, const double* a, Index lda, const double* x, double* y) {
+  multiply(m, n, alpha, a, lda, x, y, false);
+}
+
 void gemvTransposed(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
                     double* y) {
-  Index j = 0;
-  for (; j + 8 <= n; j += 8) addDots<8>(m, alpha, a + j * lda, lda, x, y + j);
-  for (; j + 4 <= n; j += 4) addDots<4>(m, alpha, a + j * lda, lda, x, y + j);
-  for (; j < n; ++j) addDots<1>(m, alpha, a + j * lda, lda, x, y + j);
+  multiplyTransposed(m, n, alpha, a, lda, x, y, false);
+}
+
+void productVector(Index m, Index n, const double* a, Index lda, const double* x, double* y) {
+  multiply(m, n, 1.0, a, lda, x, y, true);
+  for (Index i = 0; n == 0 && i < m; ++i) y[i] = 0.0;
+}
+
+void productVectorTransposed(Index m, Index n, const double* a, Index lda, const double* x,
+                             double* y) {
+  multiplyTransposed(m, n, 1.0, a, lda, x, y, true);
 }
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

@@ -8,5 +8,8 @@ namespace vxKilnBase::kernels::KILN_ISA {
 void gemv(Index m, Index n, double alpha, const double* a, Index lda, const double* x, double* y);
 void gemvTransposed(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
                     double* y);
+void productVector(Index m, Index n, const double* a, Index lda, const double* x, double* y);
+void productVectorTransposed(Index m, Index n, const double* a, Index lda, const double* x,
+                             double* y);
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

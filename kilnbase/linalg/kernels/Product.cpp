@@ -32,6 +32,7 @@ constexpr Index kPackedColumns = 128;
 struct Grid {
   Index k;
   double alpha;
+  bool overwrite;  // C, not add to it
 
   // Register v of column l of a panel is a[l * stride + v * kWidth], but for the last one of each
   // column, which is a[l * stride + lastOffset].
@@ -82,6 +83,12 @@ inline __attribute__((always_inline)) void addTile(const Grid& grid, const doubl
   }
   const Vector alpha = splat(grid.alpha);
   for (Index j = 0; j < columns; ++j, c += grid.ldc) {
+    if (grid.overwrite) {
+      for (Index v = 0; v < vectors; ++v) {
+        store(c + offsetOf(v, vectors, grid.lastRow), alpha * sum[j][v]);
+      }
+      continue;
+    }
     const Vector last = load(c + grid.lastRow) + alpha * sum[j][vectors - 1];
     for (Index v = 0; v + 1 < vectors; ++v) {
       store(c + v * kWidth, load(c + v * kWidth) + alpha * sum[j][v]);
@@ -218,7 +225,7 @@ void pack(const Rows& rows, Index k, const MatrixView& a, double* to) {
   }
 }
 
-// The operands of C += alpha A B, all of it or its upper triangle.
+// The operands of C += alpha A B or C := alpha A B, all of it or its upper triangle.
 struct Product {
   Index m;
   Index n;
@@ -229,6 +236,7 @@ struct Product {
   double* c;
   Index ldc;
   bool upper;
+  bool overwrite;
 };
 
 // How many of the panels have all their rows in the wanted part of C in the columns from j on, and
@@ -257,7 +265,9 @@ void addPartOfTile(const Product& p, const Rows& rows, const Columns& columns, I
   for (Index j = 0; j < columns.width; ++j) {
     const Index wanted = p.upper ? smaller(rows.height, diagonal + j) : rows.height;
     double* c = grid.c + j * grid.ldc + firstRow;
-    for (Index i = 0; i < wanted; ++i) c[i] += sum[j * kTileRows + i];
+    for (Index i = 0; i < wanted; ++i) {
+      c[i] = (grid.overwrite ? 0.0 : c[i]) + sum[j * kTileRows + i];
+    }
   }
 }
 
@@ -316,6 +326,7 @@ void addColumns(const Product& p, Index l, Index k, Index begin, Index end, doub
   Grid grid = {};
   grid.k = k;
   grid.alpha = p.alpha;
+  grid.overwrite = p.overwrite && l == 0;
   grid.ldc = p.ldc;
   const MatrixView a = viewFrom(p.a, 0, l);
   const MatrixView b = viewFrom(p.b, l, 0);
@@ -352,11 +363,18 @@ void multiply(const Product& p) {
 
 void gemm(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
           Index ldc) {
-  multiply({m, n, k, alpha, a, b, c, ldc, false});
+  multiply({m, n, k, alpha, a, b, c, ldc, false, false});
+}
+
+void product(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc) {
+  if (k > 0) return multiply({m, n, k, 1.0, a, b, c, ldc, false, true});
+  for (Index j = 0; j < n; ++j) {
+    for (Index i = 0; i < m; ++i) c[j * ldc + i] = 0.0;
+  }
 }
 
 void syrkUpper(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c, Index ldc) {
-  multiply({n, n, k, alpha, a, b, c, ldc, true});
+  multiply({n, n, k, alpha, a, b, c, ldc, true, false});
 }
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

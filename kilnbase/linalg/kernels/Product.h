@@ -7,6 +7,7 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 void gemm(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
           Index ldc);
+void product(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc);
 void syrkUpper(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c, Index ldc);
 void solveUpperTransposed(Index k, Index n, const double* r, Index ldr, double* x, Index ldx);
 
