@@ -140,6 +140,16 @@ TEST(DoubleSVDecomp, FindsAKnownSpectrum) {
   }
 }
 
+// Among equal values rounding alone can keep the iteration from ending, in one matrix of about a
+// hundred.
+TEST(DoubleSVDecomp, EndsForEqualValues) {
+  for (unsigned seed = 1; seed <= 100; ++seed) {
+    SCOPED_TRACE(seed);
+    const unsigned n = 40 + seed;
+    EXPECT_TRUE(DoubleSVDecomp(kilntest::matrixWithCondition(n, 140 - seed / 2, 1.0, seed)).good());
+  }
+}
+
 // Powers of two, so that the matrix is the same one but for its range; below 2^-1000 its elements
 // have lost digits.
 TEST(DoubleSVDecomp, WorksNearUnderflowAndOverflow) {

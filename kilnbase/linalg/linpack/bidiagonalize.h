@@ -15,10 +15,10 @@ struct SingularProblem {
   Index ldx;
   double* s;
   double* e;
-  double* u;  // null when no left vectors are wanted
+  double* u = nullptr;  // null when no left vectors are wanted
   Index ldu;
-  Index leftVectors;  // columns of U
-  double* v;          // null when no right vectors are wanted
+  Index leftVectors = 0;  // columns of U
+  double* v = nullptr;    // null when no right vectors are wanted
   Index ldv;
   double* work;
 

@@ -20,6 +20,10 @@ using kernels::Index;
 // matrix with many magnitudes the first to converge may take more, while each step serves them all.
 constexpr Index kStepsPerValue = 30;
 
+// After that many steps for one value, rounding may be all that keeps it from converging, as among
+// equal values: from then on elements count for only this much against their neighbours.
+constexpr double kLateWeight = 0.125;
+
 // A matrix whose largest element lies outside is scaled: products of three elements, and sums of as
 // many as there are, must neither overflow nor lose digits.
 constexpr double kSmallElement = 0x1p-300;
@@ -65,9 +69,9 @@ inline Rotation rotationOf(double f, double g) {
 // about.
 constexpr double kLeastNeighbour = 0x1p-900;
 
-bool isNegligible(double x, double neighbours) {
+bool isNegligible(double x, double neighbours, double weight) {
   const double scale = neighbours + kLeastNeighbour;
-  return scale + std::fabs(x) == scale;
+  return scale + weight * std::fabs(x) == scale;
 }
 
 // The QR iteration on a bidiagonal matrix.
@@ -80,10 +84,13 @@ class BidiagonalIteration {
   // found.
   Index run(Index order) {
     Index m = order;
-    for (Index steps = kStepsPerValue * order; m > 0 && steps > 0;) {
+    Index stepsForValue = 0;
+    for (Index stepsLeft = kStepsPerValue * order; m > 0 && stepsLeft > 0;) {
+      weight_ = stepsForValue < kStepsPerValue ? 1.0 : kLateWeight;
       const Index first = startOfBlock(m);
       if (first == m - 1) {
         --m;
+        stepsForValue = 0;
         continue;
       }
       const Index zero = lastNegligibleValue(first, m);
@@ -93,7 +100,8 @@ class BidiagonalIteration {
         split(zero, m);
       } else {
         qrStep(first, m);
-        --steps;
+        ++stepsForValue;
+        --stepsLeft;
       }
     }
     left_.apply();
@@ -105,7 +113,7 @@ class BidiagonalIteration {
   // Where the last block without a negligible super-diagonal element begins.
   Index startOfBlock(Index m) const {
     for (Index l = m - 1; l > 0; --l) {
-      if (isNegligible(e_[l - 1], std::fabs(s_[l - 1]) + std::fabs(s_[l]))) {
+      if (isNegligible(e_[l - 1], std::fabs(s_[l - 1]) + std::fabs(s_[l]), weight_)) {
         e_[l - 1] = 0.0;
         return l;
       }
@@ -119,7 +127,7 @@ class BidiagonalIteration {
       double neighbours = 0.0;
       if (l != m - 1) neighbours += std::fabs(e_[l]);
       if (l != first) neighbours += std::fabs(e_[l - 1]);
-      if (isNegligible(s_[l], neighbours)) {
+      if (isNegligible(s_[l], neighbours, weight_)) {
         s_[l] = 0.0;
         return l;
       }
@@ -197,6 +205,7 @@ class BidiagonalIteration {
   double* e_;
   SweepBatch& left_;
   SweepBatch& right_;
+  double weight_ = 1.0;
 };
 
 int iterate(const SingularProblem& a) {
@@ -306,7 +315,16 @@ int dsvdc(double* x, int ldx, int n, int p, double* s, double* e, double* u, int
           int ldv, double* work, int job) {
   if (n <= 0 || p <= 0) return 0;
   const int left = job % 100 / 10;
-  SingularProblem problem = {n, p, x, ldx, s, e, nullptr, ldu, 0, nullptr, ldv, work};
+  SingularProblem problem;
+  problem.n = n;
+  problem.p = p;
+  problem.x = x;
+  problem.ldx = ldx;
+  problem.s = s;
+  problem.e = e;
+  problem.ldu = ldu;
+  problem.ldv = ldv;
+  problem.work = work;
   if (left != 0) {
     problem.u = u;
     problem.leftVectors = left > 1 ? std::min(n, p) : n;
