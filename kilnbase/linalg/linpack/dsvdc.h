@@ -11,6 +11,10 @@ namespace vxKilnBase::linpack {
 /// V. `work` has n elements. Returns 0, or the number of the last singular value that was not
 /// found: those after it are correct.
 ///
+/// A matrix with an infinite or NaN element has no decomposition: min(n, p) is returned and all
+/// results are NaN. The magnitude of the others does not matter. The iteration may take 30 steps a
+/// value, which the values share, and is less strict with one that has taken 30.
+///
 /// Source: LINPACK Users' Guide, SIAM 1979, chapter 11.
 int dsvdc(double* x, int ldx, int n, int p, double* s, double* e, double* u, int ldu, double* v,
           int ldv, double* work, int job);
