@@ -5,72 +5,49 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-// A number of pending reflections that is known only when they are added.
-constexpr Index kAny = -1;
+// Takes n elements a register at a time: `step(i, first)` is for those from i on, of which the
+// lanes before `first` are not among them; such lanes need `before` elements in front. Where there
+// are none, `rest(count)` is for the first few.
+template <class Step, class Rest>
+[[gnu::always_inline]] inline void forRegisters(Index n, Index before, Step step, Rest rest) {
+  const Index head = n % kWidth;
+  if (head > 0 && head + before >= kWidth) {
+    step(head - kWidth, kWidth - head);
+  } else if (head > 0) {
+    rest(head);
+  }
+  for (Index i = head; i < n; i += kWidth) step(i, 0);
+}
 
-// A group of neighbouring columns that updateAndProject handles together.
+// Neighbouring columns that are handled together.
 struct ColumnGroup {
-  PendingReflections pending;  // its factors are those of the group
-  const double* v;
+  Index rows;
+  Index above;
   double* c;
   Index ldc;
 };
 
-// One register of rows. With `partly` true the lanes before `first` are not among the rows.
-template <Index count, int columns, bool partly>
-[[gnu::always_inline]] inline void projectRows(const ColumnGroup& group, Index row, Index first,
-                                               const Vector* fixedFactors, Vector* sums) {
-  const PendingReflections& pending = group.pending;
-  Vector old[columns], value[columns];
-  for (int j = 0; j < columns; ++j) value[j] = old[j] = load(group.c + j * group.ldc + row);
-  for (Index i = 0; i < (count == kAny ? pending.count : count); ++i) {
-    const Vector u = load(pending.vectors + i * pending.ld + row);
-    const double* factors = pending.factors + i * pending.factorStride;
-    for (int j = 0; j < columns; ++j) {
-      value[j] += u * (count == 1 ? fixedFactors[j] : splat(factors[j]));
-    }
-  }
-  Vector v = load(group.v + row);
-  if (partly) v = lanesFrom(first, v, Vector{});
-  for (int j = 0; j < columns; ++j) {
-    if (count != 0) {
-      store(group.c + j * group.ldc + row, partly ? lanesFrom(first, value[j], old[j]) : value[j]);
-    }
-    sums[j] += v * (partly ? lanesFrom(first, value[j], Vector{}) : value[j]);
-  }
-}
+// Whether something is pending, known when the loop is compiled.
+enum class Pending { kNone, kSome };
 
 // The first `rows` rows one by one, where a register would reach out of the matrix.
-void projectSingleRows(const ColumnGroup& group, Index rows, int columns, double* projections) {
-  const PendingReflections& pending = group.pending;
+void projectSingleRows(const ColumnGroup& group, Index rows, int columns,
+                       const PendingReflections& pending, const double* v, double* projections) {
   for (int j = 0; j < columns; ++j) {
     for (Index row = 0; row < rows; ++row) {
       double& c = group.c[j * group.ldc + row];
       for (Index i = 0; i < pending.count; ++i) {
         c += pending.vectors[i * pending.ld + row] * pending.factors[i * pending.factorStride + j];
       }
-      projections[j] += group.v[row] * c;
+      projections[j] += v[row] * c;
     }
   }
 }
 
-template <Index count, int columns>
-void projectGroup(Index m, Index above, const ColumnGroup& columnGroup, double* projections) {
-  const ColumnGroup group = columnGroup;  // out of reach of the stores to the columns
-  Vector sums[kWidth], fixedFactors[columns];
-  for (int j = 0; j < kWidth; ++j) sums[j] = Vector{};
-  for (int j = 0; j < columns; ++j) {
-    fixedFactors[j] = count == 1 ? splat(group.pending.factors[j]) : Vector{};
-  }
-  const Index head = m % kWidth;
-  if (head > 0 && head + above >= kWidth) {
-    projectRows<count, columns, true>(group, head - kWidth, kWidth - head, fixedFactors, sums);
-  } else if (head > 0) {
-    projectSingleRows(columnGroup, head, columns, projections);
-  }
-  for (Index row = head; row < m; row += kWidth) {
-    projectRows<count, columns, false>(group, row, 0, fixedFactors, sums);
-  }
+// Adds `sums`, one register for each column, to the projections.
+template <int columns>
+[[gnu::always_inline]] inline void addSums(Vector* sums, double* projections) {
+  for (int j = columns; j < kWidth; ++j) sums[j] = Vector{};
   const Vector total = sumsOf(sums);
   if constexpr (columns == kWidth) {
     store(projections, load(projections) + total);
@@ -79,38 +56,98 @@ void projectGroup(Index m, Index above, const ColumnGroup& columnGroup, double* 
   }
 }
 
-// A last group of fewer columns than a register has doubles.
-template <Index count, int columns = kWidth - 1>
-void projectRest(Index m, Index n, Index above, const ColumnGroup& group, double* projections) {
-  if (n == columns) {
-    projectGroup<count, columns>(m, above, group, projections);
-  } else if constexpr (columns > 1) {
-    projectRest<count, columns - 1>(m, n, above, group, projections);
+template <Pending kind, int columns>
+void projectGroup(ColumnGroup group, PendingReflections pending, const double* v,
+                  double* projections) {
+  Vector sums[kWidth];
+  for (int j = 0; j < columns; ++j) sums[j] = Vector{};
+  const auto step = [&](Index row, Index first) __attribute__((always_inline)) {
+    Vector old[columns], value[columns];
+    for (int j = 0; j < columns; ++j) value[j] = old[j] = load(group.c + j * group.ldc + row);
+    for (Index i = 0; kind == Pending::kSome && i < pending.count; ++i) {
+      const Vector u = load(pending.vectors + i * pending.ld + row);
+      const double* factors = pending.factors + i * pending.factorStride;
+      for (int j = 0; j < columns; ++j) value[j] += u * splat(factors[j]);
+    }
+    const Vector weight = lanesFrom(first, load(v + row), Vector{});
+    for (int j = 0; j < columns; ++j) {
+      if (kind == Pending::kSome) {
+        store(group.c + j * group.ldc + row, lanesFrom(first, value[j], old[j]));
+      }
+      sums[j] += weight * lanesFrom(first, value[j], Vector{});
+    }
+  };
+  forRegisters(group.rows, group.above, step, [&](Index count) {
+    projectSingleRows(group, count, columns, pending, v, projections);
+  });
+  addSums<columns>(sums, projections);
+}
+
+// Adds factors[j] times v to each column.
+template <int columns>
+void addToGroup(ColumnGroup group, const double* v, const double* factors) {
+  Vector factor[columns];
+  for (int j = 0; j < columns; ++j) factor[j] = splat(factors[j]);
+  const auto step = [&](Index row, Index first) __attribute__((always_inline)) {
+    const Vector weight = load(v + row);
+    for (int j = 0; j < columns; ++j) {
+      double* c = group.c + j * group.ldc + row;
+      const Vector old = load(c);
+      store(c, lanesFrom(first, old + weight * factor[j], old));
+    }
+  };
+  forRegisters(group.rows, group.above, step, [&](Index count) {
+    for (int j = 0; j < columns; ++j) {
+      for (Index row = 0; row < count; ++row) group.c[j * group.ldc + row] += v[row] * factors[j];
+    }
+  });
+}
+
+template <int columns>
+void reflectGroup(ColumnGroup group, const double* v) {
+  double factors[kWidth] = {};
+  projectGroup<Pending::kNone, columns>(group, {}, v, factors);
+  const double scale = -1.0 / v[0];
+  for (int j = 0; j < columns; ++j) factors[j] *= scale;
+  addToGroup<columns>(group, v, factors);
+}
+
+// Calls `handle` with `count`, at most `most`, as a constant.
+template <int most, class Handle>
+[[gnu::always_inline]] inline void withConstant(Index count, Index j, Handle handle) {
+  if constexpr (most > 0) {
+    if (count == most) return handle.template operator()<most>(j);
+    withConstant<most - 1>(count, j, handle);
   }
 }
 
-template <Index count>
-void projectColumns(Index m, Index n, Index above, ColumnGroup group, double* projections) {
-  for (; n >= kWidth; n -= kWidth) {
-    projectGroup<count, kWidth>(m, above, group, projections);
-    group.pending.factors += kWidth;
-    group.c += kWidth * group.ldc;
-    projections += kWidth;
-  }
-  projectRest<count>(m, n, above, group, projections);
+// Calls `handle` for the n columns of the matrix in groups of kWidth and, at last, of those that
+// are left, with the number of columns as a constant.
+template <class Handle>
+[[gnu::always_inline]] inline void forGroups(Index n, Handle handle) {
+  Index j = 0;
+  for (; j + kWidth <= n; j += kWidth) handle.template operator()<kWidth>(j);
+  withConstant<kWidth - 1>(n - j, j, handle);
 }
 
 void updateAndProject(Index m, Index n, Index above, const PendingReflections& pending,
                       const double* v, double* c, Index ldc, double* projections) {
-  const ColumnGroup columns = {pending, v, c, ldc};
-  switch (pending.count) {
-    case 0:
-      return projectColumns<0>(m, n, above, columns, projections);
-    case 1:
-      return projectColumns<1>(m, n, above, columns, projections);
-    default:
-      return projectColumns<kAny>(m, n, above, columns, projections);
-  }
+  forGroups(n, [&]<int columns>(Index j) {
+    const ColumnGroup group = {m, above, c + j * ldc, ldc};
+    PendingReflections groupPending = pending;
+    groupPending.factors += j;
+    if (pending.count == 0) {
+      projectGroup<Pending::kNone, columns>(group, groupPending, v, projections + j);
+    } else {
+      projectGroup<Pending::kSome, columns>(group, groupPending, v, projections + j);
+    }
+  });
+}
+
+void reflect(Index m, Index n, Index above, const double* v, double* c, Index ldc) {
+  forGroups(n, [&]<int columns>(Index j) {
+    reflectGroup<columns>({m, above, c + j * ldc, ldc}, v);
+  });
 }
 
 [[gnu::always_inline]] inline Vector squareRoot(Vector value) {
@@ -130,32 +167,24 @@ void updateAndProject(Index m, Index n, Index above, const PendingReflections& p
   return norm == Vector{} ? norm : result;
 }
 
-[[gnu::always_inline]] inline bool anyNegative(Vector value) {
-  return sumOf(value < Vector{} ? splat(1.0) : Vector{}) > 0.0;
-}
-
 bool downdateNorms(Index n, Index before, const double* removed, double* norms,
                    const double* references) {
   Vector least{};
-  const auto downdateFrom = [&](Index j, Index first) {
+  const auto step = [&](Index j, Index first) __attribute__((always_inline)) {
     const Vector old = load(norms + j);
     const Vector norm =
         downdated(load(removed + j), lanesFrom(first, old, Vector{}), load(references + j));
     store(norms + j, lanesFrom(first, norm, old));
     least = norm < least ? norm : least;
   };
-  const Index head = n % kWidth;
-  if (head > 0 && head + before >= kWidth) {
-    downdateFrom(head - kWidth, kWidth - head);
-  } else {
-    for (Index j = 0; j < head; ++j) {
+  forRegisters(n, before, step, [&](Index count) {
+    for (Index j = 0; j < count; ++j) {
       const Vector norm = downdated(splat(removed[j]), splat(norms[j]), splat(references[j]));
       norms[j] = norm[0];
       least = norm < least ? norm : least;
     }
-  }
-  for (Index j = head; j < n; j += kWidth) downdateFrom(j, 0);
-  return anyNegative(least);
+  });
+  return sumOf(least < Vector{} ? splat(1.0) : Vector{}) > 0.0;
 }
 
 Index indexOfLargest(Index n, const double* x) {
@@ -176,7 +205,7 @@ Index indexOfLargest(Index n, const double* x) {
 
 }  // namespace
 
-extern const HouseholderKernels householderKernels = {updateAndProject, downdateNorms,
+extern const HouseholderKernels householderKernels = {updateAndProject, reflect, downdateNorms,
                                                       indexOfLargest};
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

@@ -21,6 +21,8 @@ struct HouseholderKernels {
   // each first row may be read, and written back as they are.
   void (*updateAndProject)(Index m, Index n, Index above, const PendingReflections& pending,
                            const double* v, double* c, Index ldc, double* projections);
+  // Applies I - v vᵀ / v[0] to the n columns of C in the same way.
+  void (*reflect)(Index m, Index n, Index above, const double* v, double* c, Index ldc);
   // Takes an element out of each of n vectors whose norms are known: norms[j] becomes that of the
   // rest, or -1 where too few digits of it would be left. references[j] is the norm when it was
   // last computed afresh. Norms of 0 stay. Returns whether any became -1. The `before` elements

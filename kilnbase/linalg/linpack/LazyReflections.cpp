@@ -14,10 +14,9 @@ LazyReflections::LazyReflections(const Columns& columns, double* qraux)
     : columns_(columns), qraux_(qraux), most_(mostPending(columns)) {}
 
 Index LazyReflections::mostPending(const Columns& columns) {
-  // A matrix that stays in the first-level cache is better updated at every step.
-  constexpr Index kCached = 5000;
-  const Index fitting = kFactors / std::max<Index>(columns.count, 1) - 1;
-  return std::min(fitting, columns.rows * columns.count > kCached ? kMostPending : 1);
+  constexpr Index kSmall = 1500;  // elements: two passes over them cost less than the bookkeeping
+  if (columns.rows * columns.count <= kSmall) return 0;
+  return std::clamp<Index>(kFactors / columns.count - 1, 0, kMostPending);
 }
 
 void LazyReflections::exchange(Index i, Index j) {
@@ -33,7 +32,7 @@ void LazyReflections::bringUpToDate(Index row, Index j) {
 }
 
 void LazyReflections::reflect(Index l) {
-  bringUpToDate(l, l);
+  if (pending_ > 0) bringUpToDate(l, l);
   const Index m = columns_.rows - l;
   double* x = columns_.at(l, l);
   double diagonal = *x;
@@ -44,8 +43,11 @@ void LazyReflections::reflect(Index l) {
   }
   if (qraux_[l] == 0.0) {
     flush(l, l + 1);
+  } else if (most_ == 0) {
+    active().householder->reflect(m, columns_.count - l - 1, l, x, columns_.at(l, l + 1),
+                                  columns_.ld);
   } else {
-    most_ > 0 ? reflectLazily(l) : reflectAtOnce(l);
+    reflectLazily(l);
   }
   *x = diagonal;
   made_ = l + 1;
@@ -100,19 +102,6 @@ void LazyReflections::reflectLazily(Index l) {
   made_ = l + 1;
   ++pending_;
   finishRow(l, l + 1, n, pendingFrom(l, l + 1));
-}
-
-// For more columns than there is room for factors.
-void LazyReflections::reflectAtOnce(Index l) {
-  constexpr Index kSlice = kFactors / 2;
-  const double* v = columns_.at(l, l);
-  for (Index j = l + 1; j < columns_.count; j += kSlice) {
-    const Index n = std::min(kSlice, columns_.count - j);
-    sweep(l, j, n, {v, columns_.ld, 0, factors_, n}, v, factors_);
-    active().dense->scale(n, -1.0 / *v, factors_);
-    finishRow(l, j, n, {v, columns_.ld, 1, factors_, n});
-    sweep(l + 1, j, n, {v + 1, columns_.ld, 1, factors_, n}, v + 1, factors_ + kSlice);
-  }
 }
 
 // Turns projections of vector l on columns that lack transformations into those on the true

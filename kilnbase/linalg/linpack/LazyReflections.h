@@ -48,13 +48,12 @@ class LazyReflections {
   void sweep(Index row, Index j, Index n, kernels::PendingReflections pending, const double* v,
              double* projections) const;
   void reflectLazily(Index l);
-  void reflectAtOnce(Index l);
   void correct(Index l, double* projections);
   void finishRow(Index l, Index j, Index n, const kernels::PendingReflections& pending) const;
 
   const Columns columns_;
   double* const qraux_;
-  const Index most_;   // transformations that may be pending; 0 when the columns are too many
+  const Index most_;   // transformations that may be pending; 0 in small and very wide matrices
   Index made_ = 0;     // transformations that have been made
   Index pending_ = 0;  // how many of them the later columns lack
   double factors_[kFactors];  // one for each column, of each pending transformation and one more
