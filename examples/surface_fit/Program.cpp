@@ -53,8 +53,8 @@ void fit(const Options& options, const std::vector<Point>& points) {
   const OutputFile net{options.output / "net.txt", netText(refinement.bestFit().surface)};
   const OutputFile steps{options.output / "table.txt", table};
   writeFiles({page, net, steps});
-  std::cout << table << describe(refinement.stop, limits) << "\nWritten: " << page.path.string()
-            << ", " << net.path.string() << ", " << steps.path.string() << "\n";
+  std::cout << table << describe(refinement.stop, limits) << "\nWritten to "
+            << options.output.generic_string() << ": surface.html, net.txt, table.txt\n";
 }
 
 void run(const Options& options) {
