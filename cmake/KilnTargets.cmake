@@ -33,7 +33,7 @@ function(kiln_library target description)
   kiln_own_code(${target})
   if(NOT WIN32)
     # As on Windows, a library calls its own functions directly, whatever else is loaded.
-    target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+    target_compile_options(${target} PRIVATE -fno-semantic-interposition -fno-plt)
     target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
   endif()
   add_library(KilnBase::${target} ALIAS ${target})

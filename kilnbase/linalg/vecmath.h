@@ -4,6 +4,8 @@
 // products of int and signed char vectors are ints that wrap around.
 #pragma once
 
+#include <cstddef>
+
 #include <kilnbase/linalg/DoubleVec.h>
 #include <kilnbase/linalg/IntVec.h>
 #include <kilnbase/linalg/SCharVec.h>
@@ -25,12 +27,12 @@ template <class Term>
 double shortSum(unsigned n, Term term) {
   double even = 0.0;
   double odd = 0.0;
-  unsigned i = 0;
-  for (; i + 2 <= n; i += 2) {
+  std::ptrdiff_t i = 0;
+  for (; i + 2 <= std::ptrdiff_t{n}; i += 2) {
     even += term(i);
     odd += term(i + 1);
   }
-  return i < n ? even + odd + term(i) : even + odd;
+  return i < std::ptrdiff_t{n} ? even + odd + term(i) : even + odd;
 }
 
 }  // namespace detail
@@ -44,18 +46,22 @@ KILNBASE_API Vec<T> delta(const Vec<T>& v);
 /// The sum of products; 0 for empty vectors. Lengths must agree (0x300F).
 template <class T>
 SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
-  if (!a.isShort() || !b.isShort() || a.length() != b.length()) return detail::dotOfAnyLength(a, b);
+  if (!a.isShort() || a.length() != b.length()) return detail::dotOfAnyLength(a, b);
   const T* x = a.data();
   const T* y = b.data();
-  return static_cast<SumOf<T>>(
-      detail::shortSum(a.length(), [=](unsigned i) { return x[i] * y[i]; }));
+  const std::ptrdiff_t strideX = a.stride();
+  const std::ptrdiff_t strideY = b.stride();
+  return static_cast<SumOf<T>>(detail::shortSum(
+      a.length(), [=](std::ptrdiff_t i) { return x[i * strideX] * y[i * strideY]; }));
 }
 /// The sum of all elements; 0 for an empty vector.
 template <class T>
 SumOf<T> sum(const Vec<T>& v) {
   if (!v.isShort()) return detail::sumOfAnyLength(v);
   const T* x = v.data();
-  return static_cast<SumOf<T>>(detail::shortSum(v.length(), [=](unsigned i) { return x[i]; }));
+  const std::ptrdiff_t stride = v.stride();
+  return static_cast<SumOf<T>>(
+      detail::shortSum(v.length(), [=](std::ptrdiff_t i) { return x[i * stride]; }));
 }
 /// The product of all elements; 1 for an empty vector.
 template <class T>

@@ -82,11 +82,6 @@ template <class T>
 Vec<T>::Vec() : Vec(0U) {}
 
 template <class T>
-Vec<T>::Vec(unsigned n) : block_(nullptr) {
-  adopt(RWBlock::create(n, sizeof(T)), n);
-}
-
-template <class T>
 Vec<T>::Vec(unsigned n, T value) : Vec(n) {
   *this = value;
 }
@@ -107,17 +102,6 @@ void Vec<T>::copyFrom(const T* values) {
 template <class T>
 Vec<T>::Vec(const VecPick<T>& pick) : Vec(pick.length()) {
   for (unsigned k = 0; k < npts_; ++k) begin_[k] = pick(static_cast<int>(k));
-}
-
-// Takes over the caller's reference to a new block of n elements, which are none when the block
-// could not be had.
-template <class T>
-void Vec<T>::adopt(RWBlock* block, unsigned n) {
-  if (block_ != nullptr) RWBlock::release(block_);
-  block_ = block;
-  begin_ = static_cast<T*>(block->data);
-  npts_ = begin_ != nullptr ? n : 0;
-  step_ = 1;
 }
 
 template <class T>
@@ -174,7 +158,7 @@ void Vec<T>::deepenShallowCopy() {
 
 template <class T>
 void Vec<T>::reshape(unsigned n) {
-  if (n != npts_) adopt(RWBlock::create(n, sizeof(T)), n);
+  if (n != npts_) reference(Vec(n));
 }
 
 template <class T>

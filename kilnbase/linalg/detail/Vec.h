@@ -76,7 +76,7 @@ class KILNBASE_API Vec {
   /// Length 0.
   Vec();
   /// `n` elements, not initialised.
-  explicit Vec(unsigned n);
+  explicit Vec(unsigned n) : Vec(RWBlock::create(n, sizeof(T)), n) {}
   explicit Vec(unsigned n, T value);
   /// `n` elements: `start`, then each the one before it plus `increment` (a running sum).
   explicit Vec(unsigned n, T start, T increment) requires std::same_as<T, double>;
@@ -143,8 +143,8 @@ class KILNBASE_API Vec {
   /// ask `sliceCheck` first where the arguments are not known to be good.
   Vec slice(int start, unsigned n, int stride = 1) const { return Vec(*this, start, n, stride); }
 
-  /// Whether this is a vector of fewer than 16 doubles of stride 1: too short for a kernel to pay.
-  bool isShort() const { return std::same_as<T, double> && npts_ < 16 && step_ == 1; }
+  /// Whether this is a vector of fewer than 16 doubles: too short for the call of a kernel to pay.
+  bool isShort() const { return std::same_as<T, double> && npts_ < 16; }
 
   /// Raises 0x3005 unless 0 <= i < length.
   void boundsCheck(int i) const {
@@ -223,19 +223,19 @@ class KILNBASE_API Vec {
 
   /// Element by element; the result is a new vector. A zero divisor of integers raises 0x3003 and
   /// gives 0 where the handler returns.
-  friend Vec operator+(const Vec& a, const Vec& b) { return combine(kAdd, a, b); }
-  friend Vec operator-(const Vec& a, const Vec& b) { return combine(kSubtract, a, b); }
-  friend Vec operator*(const Vec& a, const Vec& b) { return combine(kMultiply, a, b); }
-  friend Vec operator/(const Vec& a, const Vec& b) { return combine(kDivide, a, b); }
-  friend Vec operator+(const Vec& a, T x) { return combine(kAdd, a, x); }
-  friend Vec operator-(const Vec& a, T x) { return combine(kSubtract, a, x); }
-  friend Vec operator*(const Vec& a, T x) { return combine(kMultiply, a, x); }
-  friend Vec operator/(const Vec& a, T x) { return combine(kDivide, a, x); }
-  friend Vec operator+(T x, const Vec& a) { return combine(kAdd, x, a); }
-  friend Vec operator-(T x, const Vec& a) { return combine(kSubtract, x, a); }
-  friend Vec operator*(T x, const Vec& a) { return combine(kMultiply, x, a); }
-  friend Vec operator/(T x, const Vec& a) { return combine(kDivide, x, a); }
-  friend Vec operator-(const Vec& a) { return combine(kMultiply, a, T(-1)); }
+  friend Vec operator+(const Vec& a, const Vec& b) { return combined<kAdd>(a, b); }
+  friend Vec operator-(const Vec& a, const Vec& b) { return combined<kSubtract>(a, b); }
+  friend Vec operator*(const Vec& a, const Vec& b) { return combined<kMultiply>(a, b); }
+  friend Vec operator/(const Vec& a, const Vec& b) { return combined<kDivide>(a, b); }
+  friend Vec operator+(const Vec& a, T x) { return combined<kAdd>(a, x); }
+  friend Vec operator-(const Vec& a, T x) { return combined<kSubtract>(a, x); }
+  friend Vec operator*(const Vec& a, T x) { return combined<kMultiply>(a, x); }
+  friend Vec operator/(const Vec& a, T x) { return combined<kDivide>(a, x); }
+  friend Vec operator+(T x, const Vec& a) { return combined<kAdd>(x, a); }
+  friend Vec operator-(T x, const Vec& a) { return combined<kSubtract>(x, a); }
+  friend Vec operator*(T x, const Vec& a) { return combined<kMultiply>(x, a); }
+  friend Vec operator/(T x, const Vec& a) { return combined<kDivide>(x, a); }
+  friend Vec operator-(const Vec& a) { return combined<kMultiply>(a, T(-1)); }
   friend Vec operator+(const Vec& a) { return a.copy(); }
 
   /// Exchanges the two views. (The standard library's own exchange, by copies that share, loses
@@ -254,27 +254,42 @@ class KILNBASE_API Vec {
  protected:
   enum Operation { kAdd, kSubtract, kMultiply, kDivide };
 
-  // In place: a short vector is worked on right here, where calling a kernel would cost more.
+  // Short vectors are worked on right here, where calling a kernel would cost more. An operand is a
+  // vector or a number.
   template <Operation operation>
-  Vec& change(const Vec& b) {
-    if (!isShort() || !b.isShort() || npts_ != b.npts_ || block_ == b.block_) {
-      return update(operation, b);
+  Vec& change(const auto& b) {
+    if (!areShort(*this, b) || sharesBlock(b)) return update(operation, b);
+    workOnShort<operation>(*this, b, *this);
+    return *this;
+  }
+  template <Operation operation>
+  static Vec combined(const auto& a, const auto& b) {
+    if (!areShort(a, b)) return combine(operation, a, b);
+    Vec result(lengthOf(a, b));
+    workOnShort<operation>(a, b, result);
+    return result;
+  }
+  static bool areShort(const Vec& a, const Vec& b) { return a.isShort() && a.npts_ == b.npts_; }
+  static bool areShort(const Vec& a, T) { return a.isShort(); }
+  static bool areShort(T, const Vec& b) { return b.isShort(); }
+  static unsigned lengthOf(const Vec& a, const auto&) { return a.npts_; }
+  static unsigned lengthOf(T, const Vec& b) { return b.npts_; }
+  static T elementOf(const Vec& v, unsigned i) { return v(static_cast<int>(i)); }
+  static T elementOf(T x, unsigned) { return x; }
+  bool sharesBlock(const Vec& v) const { return block_ == v.block_; }
+  bool sharesBlock(T) const { return false; }
+
+  template <Operation operation>
+  static void workOnShort(const auto& a, const auto& b, Vec& result) {
+    for (unsigned i = 0; i < result.npts_; ++i) {
+      const T x = elementOf(a, i);
+      const T y = elementOf(b, i);
+      T& z = result(static_cast<int>(i));
+      if constexpr (operation == kAdd) z = static_cast<T>(x + y);
+      if constexpr (operation == kSubtract) z = static_cast<T>(x - y);
+      if constexpr (operation == kMultiply) z = static_cast<T>(x * y);
+      if constexpr (operation == kDivide) z = static_cast<T>(x / y);
     }
-    for (unsigned i = 0; i < npts_; ++i) begin_[i] = resultOf<operation>(begin_[i], b.begin_[i]);
-    return *this;
-  }
-  template <Operation operation>
-  Vec& change(T b) {
-    if (!isShort()) return update(operation, b);
-    for (unsigned i = 0; i < npts_; ++i) begin_[i] = resultOf<operation>(begin_[i], b);
-    return *this;
-  }
-  template <Operation operation>
-  static T resultOf(T a, T b) {
-    if constexpr (operation == kAdd) return static_cast<T>(a + b);
-    if constexpr (operation == kSubtract) return static_cast<T>(a - b);
-    if constexpr (operation == kMultiply) return static_cast<T>(a * b);
-    if constexpr (operation == kDivide) return static_cast<T>(a / b);
   }
 
   static auto kernelOf(Operation operation);
@@ -310,7 +325,10 @@ class KILNBASE_API Vec {
     block_->acquire();
   }
 
-  void adopt(RWBlock* block, unsigned n);
+  // Takes over the reference to a new block of n elements, which are none when there was no memory.
+  Vec(RWBlock* block, unsigned n)
+      : block_(block), begin_(static_cast<T*>(block->data)), npts_(begin_ ? n : 0), step_(1) {}
+
   void copyFrom(const T* values);
   void raiseIndex(int i) const;
   void raiseLength(unsigned n) const;
