@@ -85,9 +85,11 @@ void DoubleChDecomp::dofactor() {
   makeContiguous();
   if (pivoting_ != 0) pvts_.resize(cols());
   pvts_.deepenShallowCopy();
-  DoubleVec work(order());
-  info_ = vxKilnBase::linpack::dchdc(data(), rowCount, static_cast<int>(order()), work.data(),
-                                     pvts_.data(), pivoting_ != 0 ? 1 : 0);
+  const RWBlock work(pivoting_ != 0 ? order() : 0, sizeof(double));
+  const bool noMemory = pivoting_ != 0 && work.data == nullptr;
+  info_ = vxKilnBase::linpack::dchdc(data(), rowCount, noMemory ? 0 : static_cast<int>(order()),
+                                     static_cast<double*>(work.data), pvts_.data(),
+                                     pivoting_ != 0 ? 1 : 0);
   pvts_ -= 1;
   permuted_ = pivoting_;
 }

@@ -1,6 +1,8 @@
 // Cholesky decomposition with diagonal pivoting, shifts, updates and downdates.
 #pragma once
 
+#include <algorithm>
+
 #include <kilnbase/linalg/DoubleGenMat.h>
 #include <kilnbase/linalg/IntVec.h>
 
@@ -122,7 +124,8 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   using RowRoutine = int (*)(double* r, int ldr, int p, const double* x, double* z, int ldz, int nz,
                              const double* y, double* rho, double* c, double* s);
 
-  unsigned order() const { return rows() < cols() ? rows() : cols(); }
+  // Of the factor; 0 also when there was no memory for it.
+  unsigned order() const { return length() == 0 ? 0 : std::min(rows(), cols()); }
   void dofactor();
   void makeContiguous();
   int originalPlace(int i) const;

@@ -155,73 +155,113 @@ struct SmallMatrix {
   Index size;
   Index stride;  // a multiple of the register's width; the elements past `size` are 0
   double elements[kMostSmall * kMostSmall];
-  double diagonal[kMostSmall];  // of what is not eliminated yet
+  double diagonal[kMostSmall];    // of what is not eliminated yet
+  double candidates[kMostSmall];  // the part of it that may become a pivot; the rest is -infinity
   int order[kMostSmall];
 
   double* row(Index i) { return elements + i * stride; }
 };
 
-void expand(Index p, const double* a, Index lda, const double* diagonal, SmallMatrix& s) {
+constexpr double kNever = -__builtin_inf();
+
+void expand(Index p, Index freeBegin, Index freeEnd, const double* a, Index lda,
+            const double* diagonal, SmallMatrix& s) {
   s.size = p;
   s.stride = (p + kWidth - 1) / kWidth * kWidth;
-  for (Index j = 0; j < p; ++j) {
-    for (Index i = 0; i <= j; ++i) s.row(i)[j] = s.row(j)[i] = a[j * lda + i];
-    s.diagonal[j] = diagonal[j];
+  for (Index j = 0; j < s.stride; ++j) {
+    s.diagonal[j] = j < p ? diagonal[j] : 0.0;
+    s.candidates[j] = j >= freeBegin && j < freeEnd ? s.diagonal[j] : kNever;
     s.order[j] = static_cast<int>(j);
   }
-  for (Index j = p; j < s.stride; ++j) {
-    for (Index i = 0; i < p; ++i) s.row(i)[j] = 0.0;
-    s.diagonal[j] = 0.0;
+  for (Index j = 0; j < p; ++j) {
+    for (Index i = 0; i <= j; ++i) s.row(i)[j] = s.row(j)[i] = a[j * lda + i];
+    for (Index i = p; i < s.stride; ++i) s.row(j)[i] = 0.0;
   }
 }
 
-// Subtracts from `vectors` registers' worth of row l, at `first`, what the rows at the first k
-// places contribute.
+// Row l at `first`, less what the rows at the first k places contribute. Two sums at a time hide
+// the latency of the additions.
 template <Index vectors>
-void subtractRows(SmallMatrix& s, Index k, Index l, Index first) {
-  Vector sums[vectors];
-  double* to = s.row(l) + first;
-  for (Index v = 0; v < vectors; ++v) sums[v] = load(to + v * kWidth);
-  for (Index q = 0; q < k; ++q) {
+inline __attribute__((always_inline)) void subtractRows(SmallMatrix& s, Index k, Index l,
+                                                        Index first, Vector* sums) {
+  Vector others[vectors] = {};
+  for (Index v = 0; v < vectors; ++v) sums[v] = load(s.row(l) + first + v * kWidth);
+  const auto subtract = [&s, l, first](Index q, Vector* from) {
     const double* above = s.row(s.order[q]);
     const Vector factor = splat(above[l]);
-    for (Index v = 0; v < vectors; ++v) sums[v] -= factor * load(above + first + v * kWidth);
+    for (Index v = 0; v < vectors; ++v) from[v] -= factor * load(above + first + v * kWidth);
+  };
+  Index q = 0;
+  for (; q + 2 <= k; q += 2) {
+    subtract(q, sums);
+    subtract(q + 1, others);
   }
-  for (Index v = 0; v < vectors; ++v) store(to + v * kWidth, sums[v]);
+  if (q < k) subtract(q, sums);
+  for (Index v = 0; v < vectors; ++v) sums[v] += others[v];
 }
 
-void subtractRows(SmallMatrix& s, Index k, Index l) {
+// Calls step.run<vectors>(first) for parts of a row as wide as possible.
+template <class Step>
+inline __attribute__((always_inline)) void forParts(Index stride, const Step& step) {
   Index first = 0;
-  for (; first + 4 * kWidth <= s.stride; first += 4 * kWidth) subtractRows<4>(s, k, l, first);
-  for (; first + 2 * kWidth <= s.stride; first += 2 * kWidth) subtractRows<2>(s, k, l, first);
-  if (first < s.stride) subtractRows<1>(s, k, l, first);
+  for (; first + 4 * kWidth <= stride; first += 4 * kWidth) step.template run<4>(first);
+  for (; first + 2 * kWidth <= stride; first += 2 * kWidth) step.template run<2>(first);
+  if (first < stride) step.template run<1>(first);
 }
 
-// Eliminates the row at place k, whose element on the diagonal becomes `pivot`.
-void eliminateSmallRow(SmallMatrix& s, Index k, double pivot) {
-  const Index l = s.order[k];
-  subtractRows(s, k, l);
-  double* row = s.row(l);
-  for (Index i = 0; i < s.stride; i += kWidth) {
-    const Vector elements = load(row + i) / splat(pivot);
-    store(row + i, elements);
-    store(s.diagonal + i, load(s.diagonal + i) - elements * elements);
+// Updates row l by the rows at the first k places.
+struct UpdateRow {
+  SmallMatrix& s;
+  Index k;
+  Index l;
+
+  template <Index vectors>
+  void run(Index first) const {
+    Vector sums[vectors];
+    subtractRows<vectors>(s, k, l, first, sums);
+    for (Index v = 0; v < vectors; ++v) store(s.row(l) + first + v * kWidth, sums[v]);
   }
-  row[l] = pivot;
-}
+};
 
-Index smallPivot(const SmallMatrix& s, Index k, Index freeBegin, Index freeEnd) {
-  Index place = k;
-  if (k < freeBegin) return place;
-  double largest = s.diagonal[s.order[k]];
-  for (Index i = k + 1; i < freeEnd; ++i) {
-    // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.ArraySubscript): expand fills the order
-    const double element = s.diagonal[s.order[i]];
-    if (element > largest) {
-      largest = element;
-      place = i;
+// Eliminates row l at place k, whose element on the diagonal becomes `pivot`.
+struct EliminateRow {
+  SmallMatrix& s;
+  Index k;
+  Index l;
+  double pivot;
+
+  template <Index vectors>
+  void run(Index first) const {
+    Vector sums[vectors];
+    subtractRows<vectors>(s, k, l, first, sums);
+    for (Index v = 0; v < vectors; ++v) {
+      const Index at = first + v * kWidth;
+      const Vector elements = sums[v] / splat(pivot);
+      store(s.row(l) + at, elements);
+      store(s.diagonal + at, load(s.diagonal + at) - elements * elements);
+      const Vector left = load(s.candidates + at) - elements * elements;
+      store(s.candidates + at, lanesFrom(l - at, lanesFrom(l - at + 1, left, splat(kNever)), left));
     }
   }
+};
+
+double largestCandidate(const SmallMatrix& s) {
+  Vector largest = splat(kNever);
+  for (Index i = 0; i < s.stride; i += kWidth) {
+    const Vector candidates = load(s.candidates + i);
+    largest = candidates > largest ? candidates : largest;
+  }
+  double result = kNever;
+  for (Index i = 0; i < kWidth; ++i) result = largest[i] > result ? largest[i] : result;
+  return result;
+}
+
+// The place of the first largest candidate, or k when the element there is not to be moved.
+Index smallPivot(const SmallMatrix& s, Index k, Index freeBegin, Index freeEnd) {
+  if (k < freeBegin || k >= freeEnd || s.diagonal[s.order[k]] != s.diagonal[s.order[k]]) return k;
+  const double largest = largestCandidate(s);
+  Index place = k;
+  while (s.candidates[s.order[place]] != largest) ++place;
   return place;
 }
 
@@ -236,18 +276,20 @@ void copyBack(SmallMatrix& s, double* a, Index lda, double* diagonal) {
 Index eliminateSmall(Index p, Index freeBegin, Index freeEnd, double* a, Index lda,
                      double* diagonal, int* exchanges) {
   SmallMatrix s;
-  expand(p, a, lda, diagonal, s);
+  expand(p, freeBegin, freeEnd, a, lda, diagonal, s);
   Index done = 0;
   for (; done < p; ++done) {
     const Index place = smallPivot(s, done, freeBegin, freeEnd);
-    const int pivotRow = s.order[place];
-    if (!(s.diagonal[pivotRow] > 0.0)) break;
+    const int l = s.order[place];
+    if (!(s.diagonal[l] > 0.0)) break;
     s.order[place] = s.order[done];
-    s.order[done] = pivotRow;
+    s.order[done] = l;
     exchanges[done] = static_cast<int>(place);
-    eliminateSmallRow(s, done, __builtin_sqrt(s.diagonal[pivotRow]));
+    const double pivot = __builtin_sqrt(s.diagonal[l]);
+    forParts(s.stride, EliminateRow{s, done, l, pivot});
+    s.row(l)[l] = pivot;
   }
-  for (Index i = done; i < p; ++i) subtractRows(s, done, s.order[i]);
+  for (Index i = done; i < p; ++i) forParts(s.stride, UpdateRow{s, done, s.order[i]});
   copyBack(s, a, lda, diagonal);
   return done;
 }

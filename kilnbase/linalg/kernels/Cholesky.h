@@ -25,7 +25,7 @@ struct CholeskyKernels {
   void (*eliminateRow)(Index m, Index n, double pivot, double* a, Index lda, double* diagonal);
 
   // Order of the largest matrix for `eliminateSmall`.
-  static constexpr Index kMostSmall = 48;
+  static constexpr Index kMostSmall = 32;
 
   // Eliminates the rows of A, of order p, as far as there is a positive diagonal element. For a
   // place between freeBegin and freeEnd the first largest diagonal element there is moved to it by

@@ -70,6 +70,7 @@ void subtractProducts(const Triangle& t, Index begin, Index rows, Index first, I
   const Index height = end - first;
   const kernels::MatrixView transposed{above, t.lda, 1};
   dense.syrkUpper(height, rows, -1.0, transposed, {above, 1, t.lda}, &t.at(first, first), t.lda);
+  if (end == t.p) return;
   dense.gemm(height, t.p - end, rows, -1.0, transposed, {&t.at(begin, end), 1, t.lda},
              &t.at(first, end), t.lda);
 }
