@@ -16,6 +16,9 @@ namespace {
 
 using vxKilnBase::raiseMathError;
 
+// Up to this order the work vector is on the stack.
+constexpr unsigned kSmallOrder = 64;
+
 // Raises `error` with both numbers unless they agree.
 bool agree(unsigned given, unsigned expected, std::uint16_t error) {
   if (given == expected) return true;
@@ -85,12 +88,13 @@ void DoubleChDecomp::dofactor() {
   makeContiguous();
   if (pivoting_ != 0) pvts_.resize(cols());
   pvts_.deepenShallowCopy();
-  const RWBlock work(pivoting_ != 0 ? order() : 0, sizeof(double));
-  const bool noMemory = pivoting_ != 0 && work.data == nullptr;
+  double few[kSmallOrder];
+  const RWBlock many(pivoting_ != 0 && order() > kSmallOrder ? order() : 0, sizeof(double));
+  double* work = order() > kSmallOrder ? static_cast<double*>(many.data) : few;
+  const bool noMemory = pivoting_ != 0 && work == nullptr;
   info_ = vxKilnBase::linpack::dchdc(data(), rowCount, noMemory ? 0 : static_cast<int>(order()),
-                                     static_cast<double*>(work.data), pvts_.data(),
-                                     pivoting_ != 0 ? 1 : 0);
-  pvts_ -= 1;
+                                     work, pvts_.data(), pivoting_ != 0 ? 1 : 0);
+  std::for_each(pvts_.data(), pvts_.data() + pvts_.length(), [](int& pivot) { --pivot; });
   permuted_ = pivoting_;
 }
 
