@@ -45,10 +45,10 @@ std::string checkPositive(const std::string& text) {
 
 void addFitOptions(CLI::App& app, Options& options, CLI::Option* evaluate) {
   const auto fitOnly = [evaluate](CLI::Option* option) { option->excludes(evaluate); };
-  const CLI::Validator positive(checkPositive, "POSITIVE");
+  const CLI::Validator positive(checkPositive, "");
   fitOnly(app.add_option("-t,--tolerance", options.tolerance,
-                         "Largest deviation allowed, in the unit of the points "
-                         "[a tenth of the range of the heights]")
+                         "Largest deviation allowed, in the unit of the points; "
+                         "without it, a tenth of the range of the heights")
               ->check(positive));
   fitOnly(app.add_option("-o,--output", options.output, "Folder of the results")
               ->capture_default_str());
@@ -70,6 +70,8 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
   options.maxSpans = get_max_surf_spans();
   CLI::App app(kDescription, "surface_fit");
   app.footer(kFooter);
+  app.get_formatter()->column_width(38);
+  app.get_formatter()->label("Excludes", "| not with");
   app.add_option("points", options.points, "File of measured points")->capture_default_str();
   app.add_option("--unit", options.unit, "Unit of the points, for the table and the page")
       ->capture_default_str();

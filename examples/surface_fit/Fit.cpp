@@ -14,7 +14,7 @@ namespace {
 // Columns that stand out of the span of the others by less than this part of the largest count as
 // undetermined. The basis is well conditioned where there are points; a column this small belongs
 // to a function that points touch at the rim of its support only, and its coefficient would carry
-// their deviations a thousandfold into ground without points.
+// their deviations a hundredfold into ground without points.
 constexpr double kRankTolerance = 1e-2;
 
 // One row a point, one column a coefficient of the net, taken column by column.
