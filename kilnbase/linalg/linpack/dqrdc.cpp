@@ -104,7 +104,8 @@ void factorPivoted(const Columns& columns, double* qraux, int* jpvt, double* wor
   }
 }
 
-void factorPanel(const Columns& panel, double* qraux) {
+// Not inlined, so that its room on the stack is free again when the panel is applied.
+[[gnu::noinline]] void factorPanel(const Columns& panel, double* qraux) {
   LazyReflections reflections(panel, qraux);
   for (Index l = 0; l < std::min(panel.rows, panel.count); ++l) reflections.reflect(l);
 }
