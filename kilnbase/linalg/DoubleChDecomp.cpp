@@ -6,11 +6,11 @@
 #include <kilnbase/detail/assert.h>
 #include <kilnbase/linalg/DoubleChDecomp.h>
 #include <kilnbase/linalg/MathError.h>
-#include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/dchdc.h>
 #include <kilnbase/linalg/linpack/dchdd.h>
 #include <kilnbase/linalg/linpack/dchex.h>
 #include <kilnbase/linalg/linpack/dchud.h>
+#include <kilnbase/linalg/linpack/triangular.h>
 
 namespace {
 
@@ -57,20 +57,6 @@ class Result {
   DoubleVec storage_;
 };
 
-// Solves RᵀR x = x for the R of order k.
-void solveFactored(const double* r, std::size_t ldr, int k, double* x) {
-  const auto& dense = *vxKilnBase::kernels::active().dense;
-  for (int j = 0; j < k; ++j) {
-    const double* column = r + static_cast<std::size_t>(j) * ldr;
-    x[j] = (x[j] - dense.dot(j, column, x)) / column[j];
-  }
-  for (int j = k - 1; j >= 0; --j) {
-    const double* column = r + static_cast<std::size_t>(j) * ldr;
-    x[j] /= column[j];
-    dense.axpy(j, -x[j], column, x);
-  }
-}
-
 }  // namespace
 
 DoubleChDecomp::DoubleChDecomp(const DoubleGenMat& a) {
@@ -114,6 +100,7 @@ int DoubleChDecomp::setPivoting(int k, int spec) {
   if (spec < FINAL || spec > INITIAL) raiseMathError(0x5012, spec);
   const unsigned length = static_cast<unsigned>(k) + 1;
   if (pvts_.length() < length) pvts_.resize(length);
+  pvts_.deepenShallowCopy();  // copies and pivots() keep theirs
   const int old = pvts_(k);
   pvts_(k) = spec;
   return old;
@@ -139,23 +126,29 @@ double DoubleChDecomp::condition() const {
 
 DoubleVec DoubleChDecomp::solve(const DoubleVec& b) const {
   if (!agree(b.length(), order(), 0x5002)) return DoubleVec();
-  DoubleVec x = solveLeading(b, order());
+  if (fail() || info_ < 0) raiseMathError(0x5011);
+  DoubleVec x = solveLeading(b, factoredColumns());
   x.resize(order());
   return unpermute(x);
 }
 
 DoubleVec DoubleChDecomp::partialSolve(const DoubleVec& b, unsigned k) const {
   if (!agree(b.length(), order(), 0x5002)) return DoubleVec();
-  return solveLeading(b, k);
+  if (k > factoredColumns()) raiseMathError(0x5011);
+  return solveLeading(b, std::min(k, factoredColumns()));
 }
 
+unsigned DoubleChDecomp::factoredColumns() const {
+  return info_ > 0 ? std::min(static_cast<unsigned>(info_), order()) : 0;
+}
+
+// Solves for the leading k columns, which have been factored.
 DoubleVec DoubleChDecomp::solveLeading(const DoubleVec& b, unsigned k) const {
-  if (info_ < static_cast<int>(k)) raiseMathError(0x5011);
-  const int usable = std::clamp(static_cast<int>(k), 0, std::max(info_, 0));
   DoubleVec x = permute(b);
-  x.resize(static_cast<unsigned>(usable));
+  x.resize(k);
   const DoubleVec r = contiguous(*this);
-  solveFactored(r.data(), rows(), usable, x.data());
+  vxKilnBase::linpack::solveUpperTransposed(r.data(), rows(), k, x.data());
+  vxKilnBase::linpack::solveUpper(r.data(), rows(), k, x.data());
   return x;
 }
 
@@ -182,18 +175,15 @@ DoubleVec DoubleChDecomp::unpermute(const DoubleVec& v) const {
 
 void DoubleChDecomp::shift(int first, int last, int direction, DoubleGenMat* z, DoubleVec* c,
                            DoubleVec* s) {
-  if (direction != 0 && direction != 1) {
-    raiseMathError(0x5005);
-    return;
-  }
-  if (first < 0 || first >= last || last >= static_cast<int>(order())) {
-    raiseMathError(0x5006, first, last);
-    return;
-  }
-  const auto rotations = static_cast<unsigned>(last - first);
+  const bool hasDirection = direction == 0 || direction == 1;
+  if (!hasDirection) raiseMathError(0x5005);
+  const bool hasColumns = first >= 0 && first < last && last < static_cast<int>(order());
+  if (!hasColumns) raiseMathError(0x5006, first, last);
+  const unsigned rotations = hasColumns ? static_cast<unsigned>(last - first) : 0;
   if (z != nullptr && !agree(z->rows(), rows(), 0x5007)) z = nullptr;
-  dropUnlessLength(c, rotations, 0x5008);
-  dropUnlessLength(s, rotations, 0x5008);
+  if (hasColumns) dropUnlessLength(c, rotations, 0x5008);
+  if (hasColumns) dropUnlessLength(s, rotations, 0x5008);
+  if (!hasDirection || !hasColumns) return;
   makeContiguous();
   Result columns(z, 0, 0.0);
   Result cosines(c, rotations, 0.0);
@@ -209,15 +199,15 @@ int DoubleChDecomp::changeRow(RowRoutine routine, const DoubleVec& x, DoubleGenM
   const unsigned n = order();
   const unsigned columns = z != nullptr ? z->cols() : 0;
   DoubleVec row = x.copy();
+  for (const DoubleVec* vec : {y, static_cast<const DoubleVec*>(rho),
+                               static_cast<const DoubleVec*>(c), static_cast<const DoubleVec*>(s)})
+    if (vec != nullptr && vec->stride() != 1) raiseMathError(0x500C);
   if (!agree(x.length(), n, 0x5002)) row.resize(n);
   if (z != nullptr && !agree(z->rows(), rows(), 0x5007)) z = nullptr;
   dropUnlessLength(c, n, 0x5008);
   dropUnlessLength(s, n, 0x5008);
   dropUnlessLength(y, columns, 0x5009);
   dropUnlessLength(rho, columns, 0x5009);
-  for (const DoubleVec* vec : {y, static_cast<const DoubleVec*>(rho),
-                               static_cast<const DoubleVec*>(c), static_cast<const DoubleVec*>(s)})
-    if (vec != nullptr && vec->stride() != 1) raiseMathError(0x500C);
 
   makeContiguous();
   const DoubleVec elements = y != nullptr ? contiguous(*y) : DoubleVec(columns, 0.0);

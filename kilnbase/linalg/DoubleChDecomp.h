@@ -22,9 +22,9 @@
 /// then the best conditioned ones: `lastPosFactor()` + 1 of them, which `partialSolve` can use.
 ///
 /// Copy construction shares the factor and the pivots with the original, **assignment copies
-/// elements** between decompositions of the same size. Errors are raised by number through
-/// MathError.h; what happens when the handler returns is told with each function. For one thread
-/// at a time.
+/// elements** between decompositions of the same size, both pivoted or both not. Errors are raised
+/// by number through MathError.h; what happens when the handler returns is told with each function.
+/// For one thread at a time.
 class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
  public:
   /// Where pivoting puts an element of the diagonal.
@@ -51,7 +51,8 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   /// Says where the next `factor` is to put diagonal element k >= 0: INITIAL moves it to the front
   /// and FINAL to the end, in both cases without pivoting, FREE lets it take part. Elements not
   /// spoken for are FREE. Returns the old specifier. Raises 0x5012 for any other value, which is
-  /// stored all the same: positive values act as INITIAL, negative ones as FINAL.
+  /// stored all the same: positive values act as INITIAL, negative ones as FINAL. From then on
+  /// until the next `factor`, `solve`, `permute` and `unpermute` have no pivots to go by.
   int setPivoting(int k, int spec);
   /// The specifiers before factoring; afterwards element i tells which row and column of A, from 0,
   /// is the i-th of the factor. A view. After factoring without pivoting it means nothing.
@@ -68,18 +69,19 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   bool good() const { return !fail(); }
 
   /// The square of the last diagonal element of the factor over the first if the last pivot is the
-  /// one at which factoring stopped, else 0. Without pivoting raises the warning 0x5001 and returns
-  /// -1.
+  /// one at which factoring stopped, else 0 (for a 1 by 1 matrix their ratio to themselves).
+  /// Without pivoting raises the warning 0x5001 and returns -1.
   double condition() const;
 
-  /// The solution x of A x = b, new. Raises 0x5002 unless b has n elements, returning an empty
-  /// vector, and 0x5011 unless all n columns have been factored; then those that have been are
-  /// used and the other unknowns are 0.
+  /// The solution x of A x = b, new, with the columns that have been factored; the other unknowns
+  /// of a semidefinite system are 0. Raises 0x5002 unless b has n elements, returning an empty
+  /// vector, and 0x5011 when the decomposition has failed or nothing has been factored.
   DoubleVec solve(const DoubleVec& b) const;
   /// The solution of the system of the leading k columns of the factor: x, of k elements in the
   /// factor's order, with RₖᵀRₖ x = the first k elements of `permute(b)`. Resized to n elements and
-  /// unpermuted it solves A x = b with all other unknowns 0. Errors are those of `solve`, 0x5011
-  /// when fewer than k columns have been factored.
+  /// unpermuted it solves A x = b with all other unknowns 0. Raises 0x5002 unless b has n elements,
+  /// returning an empty vector, and 0x5011 when fewer than k columns have been factored; then x has
+  /// as many elements as those.
   DoubleVec partialSolve(const DoubleVec& b, unsigned k) const;
 
   /// A new vector of the elements of `v` in the order of the factor. Raises 0x5004 unless it has n
@@ -93,7 +95,8 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   /// right, last to first place, when it is 1. The diagonal may turn negative.
   ///
   /// The rows of Z (if given, as many as the factor's) are rotated along; `c` and `s` (if given,
-  /// last - first elements) receive the rotations. `pivots()` stays as it is. Raises 0x5005 for
+  /// last - first elements) receive the rotations. `pivots()` stays as it is, so that `solve` fits
+  /// the shifted order only where nothing was pivoted. Raises 0x5005 for
   /// another direction and 0x5006 unless 0 <= first < last < n, and then shifts nothing; raises
   /// 0x5007 for a Z and 0x5008 for a c or s of the wrong size, which are then left alone.
   void shift(int first, int last, int direction, DoubleGenMat* z = nullptr, DoubleVec* c = nullptr,
@@ -115,8 +118,8 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
               DoubleVec* rho = nullptr, DoubleVec* c = nullptr, DoubleVec* s = nullptr);
   /// The opposite of `update`, with the same arguments and errors: removes the row x.
   ///
-  /// Returns 0; -1 when RᵀR - xxᵀ is not positive definite (then R, Z and rho are as before); 1
-  /// when a residual norm could not be downdated, which is set to -1.
+  /// Returns 0; -1 when RᵀR - xxᵀ is not positive definite (then R, Z and rho are as before, c and
+  /// s mean nothing); 1 when a residual norm could not be downdated, which is set to -1.
   int downdate(const DoubleVec& x, DoubleGenMat* z = nullptr, const DoubleVec* y = nullptr,
                DoubleVec* rho = nullptr, DoubleVec* c = nullptr, DoubleVec* s = nullptr);
 
@@ -129,6 +132,7 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   void dofactor();
   void makeContiguous();
   int originalPlace(int i) const;
+  unsigned factoredColumns() const;
   DoubleVec solveLeading(const DoubleVec& b, unsigned k) const;
   int changeRow(RowRoutine routine, const DoubleVec& x, DoubleGenMat* z, const DoubleVec* y,
                 DoubleVec* rho, DoubleVec* c, DoubleVec* s);

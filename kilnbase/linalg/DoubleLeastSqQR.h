@@ -38,8 +38,8 @@ class KILNBASE_API DoubleLeastSqQR : public DoubleQRDecomp {
   /// The number of rows of A.
   unsigned numEquations() const { return rows(); }
 
-  /// The x that makes |A x - b| least, free unknowns being 0. Errors are those of the QR `solve`,
-  /// 0x5011 for a 0 on the diagonal of R before the free columns.
+  /// The x that makes |A x - b| least, free unknowns being 0. Errors are those of the QR `solve`; a
+  /// 0 on the diagonal of R before the free columns makes the unknowns from there on 0.
   DoubleVec solve(const DoubleVec& b) const;
   /// b - A x for the x of `solve`, without its rounding errors. Raises 0x5002 unless b has as many
   /// elements as A rows, returning an empty vector.

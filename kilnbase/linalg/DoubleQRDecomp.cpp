@@ -2,7 +2,6 @@
 #include <numeric>
 #include <utility>
 
-#include <kilnbase/detail/assert.h>
 #include <kilnbase/linalg/DoubleQRDecomp.h>
 #include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/linpack/dqrdc.h>
@@ -86,13 +85,10 @@ DoubleVec DoubleQRDecomp::solveLeading(const DoubleVec& b, unsigned k) const {
 
 DoubleVec DoubleQRDecomp::partialSolve(const DoubleVec& b, unsigned k) const {
   if (!lengthAgrees(b)) return DoubleVec();
-  k = std::min(k, diagonalLength());
-  const unsigned regular = regularColumns(k);
-  if (regular < k) raiseMathError(0x5011);
+  k = usableColumns(k);
   DoubleVec qty = b.copy();
   DoubleVec x(k, 0.0);
-  dqrsl(data(), static_cast<int>(rows()), static_cast<int>(rows()), static_cast<int>(regular),
-        qraux_.data(), qty.data(), nullptr, qty.data(), x.data(), nullptr, nullptr, kCoefficients);
+  run(kCoefficients, regularColumns(k), qty.data(), x.data());
   return x;
 }
 
@@ -112,16 +108,25 @@ DoubleVec DoubleQRDecomp::computeResidualVec(const DoubleVec& y, unsigned k) con
   return transform(y, k, kResidual);
 }
 
-// Runs a job of dqrsl that has one result as long as y.
+// Runs a job of dqrsl whose one result is as long as y.
 DoubleVec DoubleQRDecomp::transform(const DoubleVec& y, unsigned k, int job) const {
   if (!lengthAgrees(y)) return DoubleVec();
-  KILN_ASSERT(stride() == 1 && qraux_.length() == cols());
-  k = std::min(k, diagonalLength());
   DoubleVec result = y.copy();
-  double* z = result.data();
-  dqrsl(data(), static_cast<int>(rows()), static_cast<int>(rows()), static_cast<int>(k),
-        qraux_.data(), z, z, z, nullptr, z, z, job);
+  run(job, usableColumns(k), result.data(), nullptr);
   return result;
+}
+
+// How many of the first k columns have a transformation, whatever has become of the matrix part.
+unsigned DoubleQRDecomp::usableColumns(unsigned k) const {
+  return std::min({k, diagonalLength(), qraux_.length()});
+}
+
+// Runs dqrsl on the first k columns, in place of y but for the coefficients.
+void DoubleQRDecomp::run(int job, unsigned k, double* y, double* coefficients) const {
+  const DoubleVec factors = stride() == 1 ? DoubleVec(*this) : DoubleVec(*this).copy();
+  const auto height = static_cast<int>(rows());
+  dqrsl(factors.data(), height, height, static_cast<int>(k), qraux_.data(), y, y, y, coefficients,
+        y, y, job);
 }
 
 bool DoubleQRDecomp::lengthAgrees(const DoubleVec& y) const {

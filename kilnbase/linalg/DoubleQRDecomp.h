@@ -18,8 +18,8 @@
 ///
 /// The members that take a count k use the first k columns in pivot order; a k above min(m, n)
 /// counts as min(m, n). Copy construction shares the factors and pivots with the original,
-/// **assignment copies elements** between decompositions of the same size. Errors are raised by
-/// number through MathError.h. For one thread at a time.
+/// **assignment copies elements** between decompositions of the same size, both factored. Errors
+/// are raised by number through MathError.h. For one thread at a time.
 class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
  public:
   /// Nothing factored: 0 by 0.
@@ -44,12 +44,12 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   bool isSingular() const;
 
   /// The x, of n elements, that makes |A x - b| least; where rows < columns, one whose unknowns
-  /// beyond the first m in pivot order are 0. Raises 0x5002 unless b has m elements, returning an
-  /// empty vector, and 0x5011 when the decomposition has no columns or R a 0 on its diagonal; then
-  /// the unknowns from that column on are 0.
+  /// beyond the first m in pivot order are 0. From the first 0 on the diagonal of R on, unknowns
+  /// are 0 too: rank deficiency is no error. Raises 0x5002 unless b has m elements, returning an
+  /// empty vector, and 0x5011 when the decomposition has no columns.
   DoubleVec solve(const DoubleVec& b) const;
-  /// The k unknowns, in pivot order, that fit b best with the first k columns alone. Errors are
-  /// those of `solve`, 0x5011 for a 0 among the first k diagonal elements.
+  /// The k unknowns, in pivot order, that fit b best with the first k columns alone; 0 from the
+  /// first 0 on the diagonal of R on. Raises 0x5002 as `solve` does.
   DoubleVec partialSolve(const DoubleVec& b, unsigned k) const;
 
   /// Each of these takes and returns m elements, and raises 0x5002 for another length, returning an
@@ -79,6 +79,8 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   void dofactor();
   bool lengthAgrees(const DoubleVec& y) const;
   DoubleVec transform(const DoubleVec& y, unsigned k, int job) const;
+  unsigned usableColumns(unsigned k) const;
+  void run(int job, unsigned k, double* y, double* coefficients) const;
 
   IntVec pvts_;
   int pivoting_ = 1;

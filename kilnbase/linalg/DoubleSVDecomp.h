@@ -16,7 +16,8 @@
 /// vectors and matrices return views: they keep showing the same decomposition when this object
 /// factors another matrix. Copy construction shares the results with the original, **assignment
 /// copies elements** between decompositions of the same size. Elements of any magnitude are in
-/// order; one that is infinite or NaN makes the decomposition fail. For one thread at a time.
+/// order as long as the singular values are in range; one that is infinite or NaN makes the
+/// decomposition fail. For one thread at a time.
 class KILNBASE_API DoubleSVDecomp {
  public:
   /// Nothing factored: `fail()` is true.

@@ -24,7 +24,9 @@ std::size_t headerOffset(const void* piece, std::size_t bytes) {
 
 }  // namespace
 
-RWBlock::RWBlock(unsigned count, std::size_t size) : RWBlock() {
+constinit RWBlock RWBlock::empty_(kSaturated);
+
+RWBlock::RWBlock(unsigned count, std::size_t size) : RWBlock(1) {
   if (count == 0) return;
   data = ::operator new(count* size, std::nothrow);
   if (data == nullptr) raiseOutOfMemory();
@@ -35,17 +37,18 @@ RWBlock::~RWBlock() {
 }
 
 RWBlock* RWBlock::create(unsigned count, std::size_t size) {
+  if (count == 0) return &empty_;
   const std::size_t bytes = count * size;
   const std::size_t total = bytes + sizeof(RWBlock) + (bytes < kAlignedFrom ? 0 : kAlignment);
   void* piece = total > bytes ? vxKilnBase::detail::takeSmallObject(total) : nullptr;
   if (piece == nullptr) {
     raiseOutOfMemory();
-    return new RWBlock();
+    return &empty_;
   }
   const std::size_t offset = headerOffset(piece, bytes);
-  auto* block = new (static_cast<std::byte*>(piece) + offset) RWBlock();
+  auto* block = new (static_cast<std::byte*>(piece) + offset) RWBlock(1);
   block->pieceOffset_ = static_cast<std::uint16_t>(offset + 1);
-  if (count != 0) block->data = block + 1;
+  block->data = block + 1;
   return block;
 }
 

@@ -31,9 +31,10 @@ class KILNBASE_API RWBlock {
   RWBlock(const RWBlock&) = delete;
   RWBlock& operator=(const RWBlock&) = delete;
 
-  /// A new block with one reference, its storage aligned for the widest vector registers from 512
-  /// bytes up. `release` ends it; it must not be deleted. Failure is that of the constructor; when
-  /// not even memory for a header is left, throws std::bad_alloc.
+  /// A new block with one reference for the caller, its storage aligned for the widest vector
+  /// registers from 512 bytes up. `release` ends it; it must not be deleted. All blocks of 0
+  /// elements are one and the same, which is also what is returned, after 0x3008, when there is no
+  /// memory.
   static RWBlock* create(unsigned count, std::size_t size);
 
   void acquire() {
@@ -48,6 +49,8 @@ class KILNBASE_API RWBlock {
  private:
   static constexpr std::uint16_t kSaturated = 0xFFFF;
 
-  RWBlock() noexcept : refs(1), data(nullptr) {}
+  constexpr explicit RWBlock(std::uint16_t references) noexcept : refs(references), data(nullptr) {}
+  static RWBlock empty_;
+
   static void destroy(RWBlock* block);
 };

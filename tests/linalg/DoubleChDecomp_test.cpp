@@ -293,7 +293,16 @@ TEST(DoubleChDecomp, UnusableSystemsAreReportedAndSolvedAsFarAsFactored) {
   EXPECT_THAT(list(factor.partialSolve(DoubleVec(3U, 36.0), 3)), ElementsAre(4, 9));
   EXPECT_THAT(list(factor.partialSolve(DoubleVec(3U, 36.0), 1)), ElementsAre(4));
   EXPECT_EQ(0U, DoubleChDecomp().solve(DoubleVec()).length());
-  EXPECT_THAT(errors.takeTexts(), ElementsAre(failed, failed, failed));
+  EXPECT_EQ(2U, factor.partialSolve(DoubleVec(3U, 36.0), 4000000000U).length());
+  EXPECT_THAT(errors.takeTexts(), ElementsAre(failed, failed, failed, failed));
+
+  const double semidefinite[] = {4, 0, 0, 0, 9, 0, 0, 0, 0};
+  DoubleChDecomp deficient(DoubleGenMat(semidefinite, 3, 3));
+  DoubleChDecomp shared(deficient);
+  shared.setPivoting(0, DoubleChDecomp::FINAL);
+  EXPECT_TRUE(deficient.good());
+  EXPECT_THAT(list(deficient.solve(DoubleVec(3U, 36.0))), ElementsAre(9, 4, 0));
+  EXPECT_TRUE(errors.takeTexts().empty());
 
   EXPECT_EQ(0U, factor.solve(DoubleVec(2U)).length());
   EXPECT_EQ(0U, factor.partialSolve(DoubleVec(4U), 1).length());
@@ -515,22 +524,22 @@ TEST(DoubleChDecomp, ArgumentsOfShiftsAndUpdatesAreChecked) {
   factor.shift(2, 4, 1);
   EXPECT_TRUE(factor == before);
   factor.shift(0, 3, 0, &z, &two, &two);
-  EXPECT_THAT(
-      errors.takeTexts(),
-      ElementsAre("Invalid Cholesky shift direction", "Invalid Cholesky shift columns (1,1)",
-                  "Invalid Cholesky shift columns (-1,2)", "Invalid Cholesky shift columns (2,4)",
-                  "Data matrix wrong height (3!=4)",
-                  "Vector to hold sines or cosines wrong length (2!=3)",
-                  "Vector to hold sines or cosines wrong length (2!=3)"));
+  EXPECT_THAT(errors.takeTexts(),
+              ElementsAre("Invalid Cholesky shift direction", "Data matrix wrong height (3!=4)",
+                          "Invalid Cholesky shift columns (1,1)", "Data matrix wrong height (3!=4)",
+                          "Invalid Cholesky shift columns (-1,2)",
+                          "Invalid Cholesky shift columns (2,4)", "Data matrix wrong height (3!=4)",
+                          "Vector to hold sines or cosines wrong length (2!=3)",
+                          "Vector to hold sines or cosines wrong length (2!=3)"));
 
   DoubleVec three(3U, 7.0), spread = DoubleVec(8U, 7.0).slice(0, 4, 2);
   factor.update(DoubleVec(3U, 1.0), &z, &three, &three, &two, &spread);
   EXPECT_THAT(errors.takeTexts(),
-              ElementsAre("b vector length wrong (3!=4)", "Data matrix wrong height (3!=4)",
+              ElementsAre("vec pointers must have stride == 1", "b vector length wrong (3!=4)",
+                          "Data matrix wrong height (3!=4)",
                           "Vector to hold sines or cosines wrong length (2!=4)",
                           "Different number of residuals than data columns (3!=2)",
-                          "Different number of residuals than data columns (3!=2)",
-                          "vec pointers must have stride == 1"));
+                          "Different number of residuals than data columns (3!=2)"));
   EXPECT_EQ(0, factor.downdate(DoubleVec(3U, 1.0)));
   EXPECT_EQ(-1, factor.downdate(DoubleVec(4U, 2.0), nullptr, &two));
   EXPECT_THAT(errors.takeTexts(),

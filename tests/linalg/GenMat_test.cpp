@@ -187,6 +187,10 @@ TYPED_TEST(GenMatFamily, Picks) {
   pick(0, 1) = 8;
   EXPECT_EQ(8, a(1, 0));
 
+  const int values[] = {1, 2, 3, 4, 5, 6};
+  EXPECT_EQ(DoubleGenMat(IntGenMat(values, 2, 3))(1, 1), 4.0);
+  EXPECT_EQ(DoubleVec(), DoubleGenMat().row(0) + DoubleVec());
+
   RecordedMathErrors errors;
   const int bad[] = {-1, 0, 3};
   a.matPick(IntVec(bad, 3), IntVec(bad, 3));

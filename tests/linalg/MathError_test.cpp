@@ -4,7 +4,7 @@
 
 #include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/RWBlock.h>
-#include <kilnbase/linalg/detail/Vec.h>
+#include <kilnbase/linalg/detail/SmallObjects.h>
 
 #include "tests/support/MathErrors.h"
 
@@ -38,10 +38,12 @@ std::string textOf(std::uint16_t number) {
 }  // namespace
 
 TEST(MathError, DefaultHandlerReportsAndContinuesOrTerminates) {
-  EXPECT_EQ(0, raiseMathError(0));
+  const MathErrorRecord nothing = {0, 2, 0x900E};
   const MathErrorRecord lenient = {0x3005, 0, 0x900E};
   const MathErrorRecord strict = {0x3011, 2, 0x900E};
   testing::internal::CaptureStderr();
+  EXPECT_EQ(0, raiseMathError(0));
+  EXPECT_EQ(0, raiseMathError(nothing, "DoubleVec"));
   raiseMathError(0x3011, "IntVec", "maxIndex");
   raiseMathError(lenient, "DoubleVec", -1, 4U);
   EXPECT_EQ(
@@ -125,9 +127,9 @@ TEST(RWBlock, CountsAndStorage) {
   RWBlock some(3, 8);
   static_cast<double*>(some.data)[2] = 1.0;
 
-  for (unsigned count : {0U, 1U, 63U, 64U, 1000U}) {
+  for (unsigned count : {1U, 63U, 64U, 1000U}) {
     RWBlock* block = RWBlock::create(count, 8);
-    EXPECT_EQ(count == 0, block->data == nullptr);
+    ASSERT_NE(nullptr, block->data);
     if (count >= 64) {
       EXPECT_EQ(0U, reinterpret_cast<std::uintptr_t>(block->data) % 64);
     }
@@ -136,6 +138,7 @@ TEST(RWBlock, CountsAndStorage) {
     EXPECT_EQ(1, block->refs);
     RWBlock::release(block);
   }
+  EXPECT_EQ(nullptr, RWBlock::create(0, 8)->data);
 }
 
 TEST(RWBlock, ExhaustedMemoryIsFatalAndLeavesAnEmptyBlock) {
@@ -144,10 +147,14 @@ TEST(RWBlock, ExhaustedMemoryIsFatalAndLeavesAnEmptyBlock) {
   const RWBlock block(0xFFFFFFFFU, unobtainable);
   EXPECT_EQ(nullptr, block.data);
   EXPECT_EQ(1, block.refs);
-  RWBlock* made = RWBlock::create(0xFFFFFFFFU, unobtainable);
-  EXPECT_EQ(nullptr, made->data);
-  RWBlock::release(made);
-  for (const auto& error : errors.takeAll()) {
+  for (const std::size_t size : {unobtainable, std::size_t{0x100000001}}) {
+    RWBlock* made = RWBlock::create(0xFFFFFFFFU, size);  // the last one overflows with its header
+    EXPECT_EQ(nullptr, made->data);
+    RWBlock::release(made);
+  }
+  const auto raised = errors.takeAll();
+  EXPECT_EQ(3U, raised.size());
+  for (const auto& error : raised) {
     EXPECT_EQ("[NOMEM: RWBlock]: Out of memory", error.text);
     EXPECT_EQ(2U, error.severity);
     EXPECT_EQ(0x901A, error.classTag);
@@ -161,4 +168,17 @@ TEST(RWBlock, ManyViewsNeverFreeTheBlockEarly) {
   EXPECT_EQ(0xFFFF, block->refs);  // saturated: kept for good
   block->refs = 1;
   RWBlock::release(block);
+}
+
+TEST(SmallObjects, KeepsTheLastFiveOfASize) {
+  using vxKilnBase::detail::releaseSmallObject;
+  using vxKilnBase::detail::takeSmallObject;
+  void* objects[6];
+  for (void*& object : objects) object = takeSmallObject(7);
+  for (void* object : objects)
+    releaseSmallObject(object, 8);  // 7 is rounded up to 8; the last finds no room
+  void* other = takeSmallObject(9);
+  for (int i = 4; i >= 0; --i) EXPECT_EQ(objects[i], takeSmallObject(8));
+  for (int i = 0; i < 5; ++i) releaseSmallObject(objects[i], 8);
+  releaseSmallObject(other, 10);
 }

@@ -275,6 +275,26 @@ TYPED_TEST(VecFamily, QueriesAndPicks) {
   EXPECT_EQ(VecNames<T>::pickTag, raised[0].classTag);
 }
 
+TYPED_TEST(VecFamily, EmptyOperandsOfAnyStrideAreNotRead) {
+  using V = vxKilnBase::Vec<TypeParam>;
+  const V none = V().slice(0, 0, 0);
+  EXPECT_EQ(V(), none * V() + none / none - TypeParam(1));
+  EXPECT_EQ(0, sum(none) + dot(none, none));
+  RecordedMathErrors errors;
+  EXPECT_EQ(0, minValue(V()));
+  EXPECT_THAT(errors.takeTexts()[0], testing::EndsWith(": minIndex: vector is empty"));
+}
+
+TYPED_TEST(VecFamily, LengthZeroIsALengthAndViewsAreExchanged) {
+  using V = vxKilnBase::Vec<TypeParam>;
+  EXPECT_EQ(V(), V(0, TypeParam(5)));
+  EXPECT_EQ(V(), V(0, 5U));
+  V a = counting<TypeParam>(3), b = reverse(counting<TypeParam>(2));
+  swap(a, b);
+  EXPECT_THAT(list(a), ElementsAre(1, 0));
+  EXPECT_THAT(list(b), ElementsAre(0, 1, 2));
+}
+
 TEST(IntVec, WrapsAroundAndGuardsDivision) {
   const int extremes[] = {std::numeric_limits<int>::max(), std::numeric_limits<int>::min(), 7};
   const IntVec v(extremes, 3);

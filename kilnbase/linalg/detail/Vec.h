@@ -326,7 +326,8 @@ class KILNBASE_API Vec {
   }
 
   // Takes over the reference to a new block of n elements, which are none when there was no memory.
-  Vec(RWBlock* block, unsigned n)
+  template <std::same_as<RWBlock> Block>
+  Vec(Block* block, unsigned n)
       : block_(block), begin_(static_cast<T*>(block->data)), npts_(begin_ ? n : 0), step_(1) {}
 
   void copyFrom(const T* values);

@@ -1,22 +1,14 @@
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
-#include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/dchdd.h>
 #include <kilnbase/linalg/linpack/dnrm2.h>
+#include <kilnbase/linalg/linpack/triangular.h>
 
 namespace vxKilnBase::linpack {
 
 namespace {
-
-// Solves Rᵀ s = x.
-void solveTransposed(const double* r, int ldr, int p, const double* x, double* s) {
-  const auto dot = kernels::active().dense->dot;
-  for (int j = 0; j < p; ++j) {
-    const double* column = r + static_cast<std::ptrdiff_t>(j) * ldr;
-    s[j] = (x[j] - dot(j, column, s)) / column[j];
-  }
-}
 
 // Turns the solution of Rᵀ s = x, of norm below 1, into the sines, and computes the cosines, of the
 // rotations that take (s, alpha) to (0, 1), the last element first.
@@ -72,7 +64,8 @@ bool downdateNorm(double& rho, double zeta) {
 
 int dchdd(double* r, int ldr, int p, const double* x, double* z, int ldz, int nz, const double* y,
           double* rho, double* c, double* s) {
-  solveTransposed(r, ldr, p, x, s);
+  std::copy_n(x, p, s);
+  solveUpperTransposed(r, ldr, p, s);
   const double norm = dnrm2(p, s, 1);
   if (!(norm < 1.0)) return -1;
   makeRotations(p, norm, c, s);

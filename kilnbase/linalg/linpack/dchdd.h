@@ -7,7 +7,7 @@ namespace vxKilnBase::linpack {
 ///
 /// The nz columns of Z (p rows), with the elements `y` (nz) of the row, and the residual norms
 /// `rho` (nz) are downdated as well. `c` and `s` (p elements) receive the rotations. Returns 0 on
-/// success, -1 when R could not be downdated (everything is left as it was), 1 when some residual
+/// success, -1 when R could not be downdated (R, Z and `rho` are as before), 1 when some residual
 /// norm could not (it is set to -1).
 ///
 /// Source: LINPACK Users' Guide, SIAM 1979, chapter 10.

@@ -2,6 +2,7 @@
 
 #include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/dqrsl.h>
+#include <kilnbase/linalg/linpack/triangular.h>
 
 namespace vxKilnBase::linpack {
 
@@ -45,14 +46,6 @@ struct Factorization {
     }
     return 0;
   }
-
-  // b := R⁻¹ b, with the leading k columns of R, none of whose diagonal elements is 0.
-  void solve(Index k, double* b) const {
-    for (Index j = k; j-- > 0;) {
-      b[j] /= x[j * ld + j];
-      active().dense->axpy(j, -b[j], x + j * ld, b);
-    }
-  }
 };
 
 void copy(Index n, const double* from, double* to) {
@@ -89,7 +82,7 @@ int dqrsl(const double* x, int ldx, int n, int k, const double* qraux, const dou
   }
   if (!wantsCoefficients) return 0;
   const int zero = factorization.firstZero(k);
-  if (zero == 0) factorization.solve(k, b);
+  if (zero == 0) solveUpper(x, ldx, k, b);
   return zero;
 }
 

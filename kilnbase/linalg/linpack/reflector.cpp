@@ -28,10 +28,10 @@ double reciprocalOrZero(double x) {
 }
 
 // The product of `count` reflections as I - W T Wᵀ with an upper triangular T.
-class BlockReflector {
+class AccumulatedReflections {
  public:
   // W is `w`, n by count; what stands above its diagonal is cleared.
-  BlockReflector(Index n, Index count, double* w, Index ldw)
+  AccumulatedReflections(Index n, Index count, double* w, Index ldw)
       : n_(n), count_(count), w_{w, 1, ldw}, wTransposed_{w, ldw, 1} {
     for (Index l = 0; l < count; ++l) std::fill_n(w + l * ldw, l, 0.0);
     std::fill_n(triangle_, count * count, 0.0);
@@ -104,7 +104,7 @@ double makeReflector(std::ptrdiff_t n, double* x) {
     scale(n, magnification, x);
     norm = dnrm2(n, x, 1);
   }
-  norm = std::copysign(norm, x[0]);
+  if (x[0] < 0.0) norm = -norm;
   scale(n, 1.0 / norm, x);
   x[0] += 1.0;
   return -norm / magnification;
@@ -122,7 +122,8 @@ void formOrthogonal(std::ptrdiff_t n, std::ptrdiff_t columns, std::ptrdiff_t ref
     double* corner = q + begin + begin * ldq;
     const Index count = end - begin;
     if (end < columns && block == kBlock)
-      BlockReflector(n - begin, count, corner, ldq).apply(columns - end, corner + count * ldq, ldq);
+      AccumulatedReflections(n - begin, count, corner, ldq)
+          .apply(columns - end, corner + count * ldq, ldq);
     formColumns(n - begin, block == kBlock ? count : columns - begin, count, corner, ldq);
     for (Index j = begin; j < end; ++j) std::fill_n(q + j * ldq, begin, 0.0);
     end = begin;

@@ -6,7 +6,8 @@
 namespace vxKilnBase::linpack {
 
 /// Turns x into the vector v of the reflection I - v vᵀ / v₀ that maps x onto a multiple of its
-/// first unit vector, and returns that multiple, whose sign is the opposite of x₀'s.
+/// first unit vector, and returns that multiple, positive where x₀ is negative and negative
+/// otherwise.
 ///
 /// v₀ lies between 1 and 2. A zero vector stays and gives 0: where v₀ is 0 there is no reflection.
 ///
