@@ -24,8 +24,7 @@ auto elementsOf(const Vec<T>& v, unsigned n) {
 template <class Result, class T, class Function>
 Vec<Result> mapped(const Vec<T>& v, Function next) {
   Vec<Result> result(v.length());
-  Result* to = result.data();
-  for (const T& x : elementsOf(v, result.length())) *to++ = next(x);
+  std::ranges::transform(elementsOf(v, result.length()), result.data(), next);
   return result;
 }
 
