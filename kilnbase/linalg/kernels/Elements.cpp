@@ -42,14 +42,17 @@ void binary(Index n, const T* a, Index strideA, const T* b, Index strideB, T* ou
   if (n == 0) return;
   if (strideOut == 1 && strideA == 1 && strideB == 1) {
 #pragma GCC ivdep
+#pragma GCC unroll 4
     for (Index i = 0; i < n; ++i) out[i] = Operation::of(a[i], b[i]);
   } else if (strideOut == 1 && strideA == 1 && strideB == 0) {
     const T factor = *b;
 #pragma GCC ivdep
+#pragma GCC unroll 4
     for (Index i = 0; i < n; ++i) out[i] = Operation::of(a[i], factor);
   } else if (strideOut == 1 && strideA == 0 && strideB == 1) {
     const T factor = *a;
 #pragma GCC ivdep
+#pragma GCC unroll 4
     for (Index i = 0; i < n; ++i) out[i] = Operation::of(factor, b[i]);
   } else {
 #pragma GCC unroll 4
