@@ -94,15 +94,15 @@ int DoubleChDecomp::doPivoting(int on) {
   return old;
 }
 
-int DoubleChDecomp::setPivoting(int k, int spec) {
+int DoubleChDecomp::setPivoting(int k, int position) {
   KILN_ASSERT(k >= 0);
   if (k < 0) return FREE;
-  if (spec < FINAL || spec > INITIAL) raiseMathError(0x5012, spec);
+  if (position < FINAL || position > INITIAL) raiseMathError(0x5012, position);
   const unsigned length = static_cast<unsigned>(k) + 1;
   if (pvts_.length() < length) pvts_.resize(length);
   pvts_.deepenShallowCopy();  // copies and pivots() keep theirs
   const int old = pvts_(k);
-  pvts_(k) = spec;
+  pvts_(k) = position;
   return old;
 }
 

@@ -53,7 +53,7 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   /// spoken for are FREE. Returns the old specifier. Raises 0x5012 for any other value, which is
   /// stored all the same: positive values act as INITIAL, negative ones as FINAL. From then on
   /// until the next `factor`, `solve`, `permute` and `unpermute` have no pivots to go by.
-  int setPivoting(int k, int spec);
+  int setPivoting(int k, int position);
   /// The specifiers before factoring; afterwards element i tells which row and column of A, from 0,
   /// is the i-th of the factor. A view. After factoring without pivoting it means nothing.
   IntVec pivots() const { return pvts_; }

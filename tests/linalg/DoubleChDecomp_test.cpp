@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
@@ -12,10 +13,12 @@
 #include "tests/support/MathErrors.h"
 #include "tests/support/Matrices.h"
 
-using kilntest::RecordedMathErrors;
+using kilntest::identity;
+using kilntest::norm1;
+using kilntest::norm2;
 using testing::Each;
 using testing::ElementsAre;
-using testing::IsEmpty;
+using testing::Gt;
 
 namespace {
 
@@ -23,240 +26,144 @@ constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kRatioLimit = 30.0;
 
-// The sizes meet every path: one column, less than a register, parts of panels, several blocks.
-constexpr unsigned kSizes[] = {0, 1, 2, 3, 5, 10, 24, 50, 130, 251};
-
 template <class V>
 auto list(const V& v) {
-  return std::vector(v.data(), v.data() + v.length());
+  const V dense = v.copy();
+  return std::vector(dense.data(), dense.data() + dense.length());
 }
 
-DoubleGenMat definiteMatrix(unsigned n, double condition, std::uint64_t seed) {
-  const DoubleGenMat x = kilntest::matrixWithCondition(n, n, std::sqrt(condition), seed);
-  return transposeProduct(x, x);
-}
-
-// Mirrors the upper triangle.
-void symmetrize(DoubleGenMat& a) {
-  for (int j = 0; j < static_cast<int>(a.cols()); ++j) {
-    for (int i = j + 1; i < static_cast<int>(a.cols()); ++i) a(i, j) = a(j, i);
-  }
+DoubleGenMat upper(const DoubleGenMat& a, double below = 0.0) {
+  DoubleGenMat result = a.copy();
+  for (unsigned i = 1; i < a.rows(); ++i) result.row(i).slice(0, std::min(i, a.cols())) = below;
+  return result;
 }
 
 // A symmetric matrix with this many eigenvalues below 0 and the others above it.
-DoubleGenMat indefiniteMatrix(unsigned n, unsigned negative, std::uint64_t seed) {
-  const DoubleGenMat x = kilntest::matrixWithCondition(n, n, 5.0, seed);
+DoubleGenMat symmetricMatrix(unsigned n, double condition, unsigned negative = 0) {
+  const DoubleGenMat x = kilntest::matrixWithCondition(n, n, std::sqrt(condition), n + 1);
   DoubleGenMat y = x.copy();
-  for (unsigned i = 0; i < negative; ++i) y.row(static_cast<int>(i)) *= -1.0;
-  DoubleGenMat a = transposeProduct(x, y);
-  symmetrize(a);
-  return a;
+  for (unsigned i = 0; i < negative; ++i) y.row(i) *= -1.0;
+  return transposeProduct(x, y);
 }
 
-// The matrix that a decomposition stands for: RᵀR of the columns that were eliminated plus what is
-// left of the others.
-DoubleGenMat composed(const DoubleChDecomp& factor) {
-  const auto n = static_cast<int>(factor.cols());
-  const int done = factor.lastPosFactor() + 1;
-  DoubleGenMat r(factor.cols(), factor.cols(), 0.0), rest(factor.cols(), factor.cols(), 0.0);
-  for (int j = 0; j < n; ++j) {
-    for (int i = 0; i <= j; ++i) (i < done ? r : rest)(i, j) = factor(i, j);
+std::vector<DoubleGenMat> symmetricMatrices(unsigned n) {
+  std::vector<DoubleGenMat> matrices = {DoubleGenMat(n, n, 0.0)};
+  for (const double condition : {2.0, std::sqrt(0.1 / kEpsilon), 0.1 / kEpsilon}) {
+    const DoubleGenMat a = symmetricMatrix(n, condition);
+    for (const double scale : {1.0, 1e290, 1e-290}) matrices.push_back(a * scale);
   }
-  symmetrize(rest);
-  return transposeProduct(r, r) + rest;
+  for (const unsigned count : {1U, n / 2, 5 * n / 8, n - 1, n}) {
+    if (count == 0 || count > n) continue;
+    // Of this rank; all numbers are integers, and the factoring ends at an exact 0.
+    const DoubleGenMat r = upper(DoubleGenMat(count, n, 1.0));
+    matrices.insert(matrices.end(), {symmetricMatrix(n, 25.0, count), transposeProduct(r, r)});
+  }
+  return matrices;
 }
 
-// ‖RᵀR - PᵀAP‖ / (n ‖A‖ epsilon).
-double residualRatio(const DoubleGenMat& a, DoubleChDecomp& factor) {
-  if (a.cols() == 0) return 0.0;
-  DoubleGenMat permuted = a.copy();
-  if (factor.doPivoting(0) != 0) permuted = a(factor.pivots(), factor.pivots());
-  return kilntest::norm1(composed(factor) - permuted) / (a.cols() * kilntest::norm1(a) * kEpsilon);
-}
-
-DoubleChDecomp decompose(const DoubleGenMat& a, int pivoting,
-                         const std::vector<int>& specifiers = {}) {
+// Decomposes the matrix of which `a` is the upper triangle; without specifiers does not pivot.
+DoubleChDecomp decompose(const DoubleGenMat& a, const std::vector<int>& specifiers = {}) {
   DoubleChDecomp factor;
-  factor.doPivoting(pivoting);
-  for (std::size_t k = 0; k < specifiers.size(); ++k) {
-    factor.setPivoting(static_cast<int>(k), specifiers[k]);
-  }
-  factor.factor(a);
+  factor.doPivoting(specifiers.empty() ? 0 : 1);
+  int k = 0;
+  for (const int position : specifiers) factor.setPivoting(k++, position);
+  factor.factor(upper(a, kNaN));
   return factor;
 }
 
-// The algorithm one column at a time, on a full symmetric matrix.
-struct PlainCholesky {
-  DoubleGenMat a;
-  std::vector<int> pivots;
-  int done = 0;
-
-  PlainCholesky(const DoubleGenMat& matrix, bool pivoting, std::vector<int> specifiers)
-      : a(matrix.copy()), specifiers_(std::move(specifiers)) {
-    const auto n = static_cast<int>(a.cols());
-    specifiers_.resize(a.cols());
-    for (int k = 0; k < n; ++k) pivots.push_back(k);
-    if (pivoting) arrange();
-    for (; done < n; ++done) {
-      const int pivot = pivoting ? largest(done) : done;
-      if (!(a(pivot, pivot) > 0.0)) break;
-      exchange(done, pivot);
-      eliminate(done);
-    }
+// The upper triangle of the matrix that a decomposition stands for: RᵀR of the columns that were
+// eliminated plus what is left of the others.
+DoubleGenMat composed(const DoubleChDecomp& factor) {
+  DoubleGenMat r = upper(factor), rest = r.copy();
+  for (int i = 0; i < static_cast<int>(factor.cols()); ++i) {
+    (i <= factor.lastPosFactor() ? rest : r).row(i) = 0.0;
   }
-
- private:
-  std::vector<int> specifiers_;
-
-  void exchange(int k, int l) {
-    const DoubleVec row = a.row(k).copy();
-    a.row(k) = a.row(l);
-    a.row(l) = row;
-    const DoubleVec column = a.col(k).copy();
-    a.col(k) = a.col(l);
-    a.col(l) = column;
-    std::swap(pivots[static_cast<std::size_t>(k)], pivots[static_cast<std::size_t>(l)]);
-  }
-  int specifier(int k) const {
-    return specifiers_[static_cast<std::size_t>(pivots[static_cast<std::size_t>(k)])];
-  }
-  void arrange() {
-    const auto n = static_cast<int>(a.cols());
-    int front = 0, back = n;
-    for (int k = 0; k < n; ++k) {
-      if (specifier(k) > 0) exchange(front++, k);
-    }
-    for (int k = n - 1; k >= front; --k) {
-      if (specifier(k) < 0) exchange(k, --back);
-    }
-  }
-  int largest(int k) const {
-    int best = k;
-    for (int l = k + 1; specifier(k) == 0 && l < static_cast<int>(a.cols()); ++l) {
-      if (specifier(l) == 0 && a(l, l) > a(best, best)) best = l;
-    }
-    return best;
-  }
-  void eliminate(int k) {
-    a(k, k) = std::sqrt(a(k, k));
-    for (int j = k + 1; j < static_cast<int>(a.cols()); ++j) a(k, j) /= a(k, k);
-    for (int j = k + 1; j < static_cast<int>(a.cols()); ++j) {
-      for (int i = k + 1; i < static_cast<int>(a.cols()); ++i) a(i, j) -= a(k, i) * a(k, j);
-    }
-  }
-};
-
-// Compares the upper triangles, the pivots and where the factoring ended.
-void expectSame(const PlainCholesky& plain, const DoubleChDecomp& factor, double tolerance) {
-  const auto n = static_cast<int>(factor.cols());
-  EXPECT_EQ(plain.done, factor.lastPosFactor() + 1);
-  if (factor.pivots().length() != 0) {
-    EXPECT_EQ(plain.pivots, list(factor.pivots()));
-  }
-  double worst = 0.0;
-  for (int j = 0; j < n; ++j) {
-    for (int i = 0; i <= j; ++i) worst = std::max(worst, std::fabs(plain.a(i, j) - factor(i, j)));
-  }
-  EXPECT_LE(worst, tolerance);
+  return upper(transposeProduct(r, r)) + rest;
 }
 
-void fillBelowDiagonal(DoubleGenMat& a, double value) {
-  for (int j = 0; j < static_cast<int>(a.cols()); ++j) {
-    for (int i = j + 1; i < static_cast<int>(a.rows()); ++i) a(i, j) = value;
+// How much an element of the diagonal between `begin` and `end` exceeded, at most, the one that was
+// eliminated before it.
+double excessOverPivots(const DoubleChDecomp& factor, int begin, int end) {
+  const int last = factor.lastPosFactor();
+  double excess = 0.0;
+  for (int j = begin; j < end; ++j) {
+    double candidate = j > last ? factor(j, j) : 0.0;
+    for (int i = std::min(j, last); i >= begin; --i) {
+      candidate += factor(i, j) * factor(i, j);
+      excess = std::max(excess, candidate - factor(i, i) * factor(i, i));
+    }
   }
+  return excess;
+}
+
+// Whether the factor of `a` with these specifiers is what it should be.
+void expectFactors(const DoubleGenMat& a, std::vector<int> specifiers) {
+  const auto n = static_cast<int>(a.cols());
+  const DoubleChDecomp factor = decompose(a, specifiers);
+  const IntVec pivots = factor.pivots();
+  const IntVec moved = IntVec(specifiers.data(), pivots.length()).vecPick(pivots);
+  std::sort(specifiers.begin(), specifiers.end(), std::greater<>());
+  EXPECT_EQ(specifiers, list(moved));
+
+  const DoubleGenMat permuted = specifiers.empty() ? a.copy() : DoubleGenMat(a(pivots, pivots));
+  const DoubleGenMat error = composed(factor) - upper(permuted);
+  const double tolerance = kRatioLimit * n * kEpsilon * norm1(a);
+  EXPECT_TRUE(error == error && norm1(error) <= tolerance) << norm1(error);
+  for (int k = 1; k < n; ++k) EXPECT_THAT(list(factor.diagonal(-k)), Each(testing::IsNan()));
+
+  const auto begin = static_cast<int>(std::count(specifiers.begin(), specifiers.end(), 1));
+  const int end = begin + static_cast<int>(std::count(specifiers.begin(), specifiers.end(), 0));
+  EXPECT_LE(excessOverPivots(factor, begin, end), tolerance);
+  const int done = factor.lastPosFactor() + 1;
+  const int candidates = done >= begin && done < end ? end : std::min(done + 1, n);
+  for (int j = 0; j < candidates; ++j) EXPECT_EQ(j >= done, factor(j, j) <= 0.0) << j;
+  EXPECT_EQ(done == n, factor.isPD());
 }
 
 }  // namespace
 
-TEST(DoubleChDecomp, ResidualsAreSmall) {
-  double worst = 0.0;
-  for (const unsigned n : kSizes) {
-    for (const double condition : {2.0, std::sqrt(0.1 / kEpsilon), 0.1 / kEpsilon}) {
-      for (const double scale : {1.0, 1e290, 1e-290}) {
-        for (const int pivoting : {0, 1}) {
-          const DoubleGenMat a = definiteMatrix(n, condition, n + 1) * scale;
-          DoubleChDecomp factor = decompose(a, pivoting);
-          const double ratio = residualRatio(a, factor);
-          worst = std::max(worst, ratio);
-          EXPECT_LT(ratio, kRatioLimit) << n << " " << condition << " " << scale << " " << pivoting;
-          EXPECT_TRUE(factor.isPD() || condition > 1e15) << n;
-        }
-      }
-    }
-  }
-  RecordProperty("worst", std::to_string(worst));
-}
-
-TEST(DoubleChDecomp, StopsAtThePivotAndWithTheRestOfThePlainAlgorithm) {
-  for (const unsigned n : kSizes) {
-    for (const unsigned negative : {0U, 1U, n / 3, n}) {
-      for (const int pivoting : {0, 1}) {
-        if (negative > n) continue;
-        SCOPED_TRACE(testing::Message() << n << " " << negative << " " << pivoting);
-        DoubleGenMat a = indefiniteMatrix(n, negative, n);
-        const PlainCholesky plain(a, pivoting != 0, {});
-        // What stands below the diagonal is neither used nor changed.
-        fillBelowDiagonal(a, kNaN);
-        const DoubleChDecomp factor = decompose(a, pivoting);
-        expectSame(plain, factor, 1e3 * n * kEpsilon);
-        EXPECT_EQ(negative == 0, factor.isPD());
-        for (int j = 0; j < static_cast<int>(n); ++j) {
-          for (int i = j + 1; i < static_cast<int>(n); ++i) ASSERT_TRUE(std::isnan(factor(i, j)));
-        }
-      }
+TEST(DoubleChDecomp, PivotsAndFactorBelongToTheMatrix) {
+  // The sizes meet every path: one column, less than a register, parts of panels, several blocks.
+  for (const unsigned n : {0U, 1U, 2U, 3U, 5U, 10U, 24U, 50U, 130U, 251U}) {
+    std::vector<int> mixed;
+    for (unsigned k = 0; k < n; ++k) mixed.push_back(static_cast<int>((k * k + n) % 3) - 1);
+    int number = 0;
+    for (const DoubleGenMat& a : symmetricMatrices(n)) {
+      SCOPED_TRACE(testing::Message() << "matrix " << number++ << " of order " << n);
+      for (const auto& specifiers : {{}, std::vector(n, 0), mixed}) expectFactors(a, specifiers);
     }
   }
 }
 
-TEST(DoubleChDecomp, ExactlySemidefiniteMatricesEndAtTheirRank) {
-  for (const unsigned n : {5U, 30U, 130U, 251U}) {
-    for (const unsigned rank : {1U, n / 2, n - 1}) {
-      // An integer factor: every number on the way is exact.
-      DoubleGenMat r(rank, n, 0.0);
-      for (int j = 0; j < static_cast<int>(n); ++j) {
-        for (int i = 0; i <= std::min(j, static_cast<int>(rank) - 1); ++i)
-          r(i, j) = (3 * i + 5 * j) % 7;
-      }
-      r.diagonal(0) = 3.0;
-      const DoubleChDecomp factor = decompose(transposeProduct(r, r), 0);
-      EXPECT_EQ(static_cast<int>(rank) - 1, factor.lastPosFactor());
-      EXPECT_TRUE(factor.good());
-      DoubleGenMat own(factor.copy());
-      fillBelowDiagonal(own, 0.0);
-      r.resize(n, n);
-      EXPECT_TRUE(own == r) << n << " " << rank;
-    }
-  }
-}
-
-TEST(DoubleChDecomp, SpecifiersHoldElementsAtTheFrontAndTheEnd) {
-  for (const unsigned n : {2U, 5U, 40U, 130U}) {
-    for (unsigned pattern = 0; pattern < 4; ++pattern) {
-      std::vector<int> specifiers;
-      for (unsigned k = 0; k < n; ++k)
-        specifiers.push_back(static_cast<int>((k * k + pattern) % 3) - 1);
-      const DoubleGenMat a = indefiniteMatrix(n, pattern / 2, n);
-      SCOPED_TRACE(testing::Message() << n << " " << pattern);
-      expectSame(PlainCholesky(a, true, specifiers), decompose(a, 1, specifiers),
-                 1e3 * n * kEpsilon);
+TEST(DoubleChDecomp, EqualElementsAndSpecifiedOnesMoveInAFixedOrder) {
+  const struct {
+    std::vector<double> diagonal;
+    std::vector<int> specifiers, pivots;
+  } cases[] = {{{1, 3, 2, 3, 1, 2}, {0, 0, 0, 0, 0, 0}, {1, 3, 2, 5, 4, 0}},
+               {{1, 1, 1, 1, 1, 1}, {0, -1, 0, 1, 7, -5}, {3, 4, 2, 0, 1, 5}},
+               {{1, 2, 3, 4, 5, 6}, {1, 0, -1, 0, 1, 0}, {0, 4, 5, 3, 1, 2}}};
+  kilntest::RecordedMathErrors errors;
+  for (auto each : cases) {
+    for (const unsigned n : {6U, 100U}) {
+      DoubleGenMat a = identity(n);
+      for (unsigned k = 0; k < 6; ++k) a(k, k) = each.diagonal[k];
+      each.specifiers.resize(n, DoubleChDecomp::FINAL);
+      for (unsigned k = 6; k < n; ++k) each.pivots.push_back(k);
+      EXPECT_EQ(each.pivots, list(decompose(a, each.specifiers).pivots()));
     }
   }
 }
 
 TEST(DoubleChDecomp, NaNEndsTheFactoring) {
-  for (const unsigned n : {1U, 7U, 60U, 200U}) {
-    for (const int at : {0, static_cast<int>(n) / 2, static_cast<int>(n) - 1}) {
-      for (const int pivoting : {0, 1}) {
-        DoubleGenMat a = definiteMatrix(n, 10.0, n);
-        a(at, at) = kNaN;
-        const DoubleChDecomp onDiagonal = decompose(a, pivoting);
-        EXPECT_FALSE(onDiagonal.isPD());
-        if (pivoting == 0) {
-          EXPECT_EQ(at - 1, onDiagonal.lastPosFactor());
-        }
-        a = definiteMatrix(n, 10.0, n);
-        a(0, at) = kNaN;
-        EXPECT_FALSE(decompose(a, pivoting).isPD());
+  for (const int n : {1, 7, 60, 200}) {
+    for (const int at : {0, n / 2, n - 1}) {
+      for (const int row : {0, at}) {
+        DoubleGenMat a = symmetricMatrix(n, 10.0);
+        a(row, at) = kNaN;
+        EXPECT_EQ(at - 1, decompose(a).lastPosFactor());
+        const DoubleChDecomp pivoted = decompose(a, std::vector(n, 0));
+        EXPECT_FALSE(pivoted.isPD());
+        EXPECT_THAT(list(pivoted.diagonal().slice(0, pivoted.lastPosFactor() + 1)), Each(Gt(0.0)));
       }
     }
   }
@@ -264,188 +171,123 @@ TEST(DoubleChDecomp, NaNEndsTheFactoring) {
 
 TEST(DoubleChDecomp, SolvesInTheOrderOfTheMatrix) {
   for (const unsigned n : {1U, 4U, 33U, 150U}) {
-    for (const int pivoting : {0, 1}) {
-      const DoubleGenMat a = definiteMatrix(n, 100.0, n);
-      const DoubleVec b = kilntest::randomVector(2 * n, 3).slice(0, n, 2);
-      const DoubleChDecomp factor = decompose(a, pivoting);
-      const DoubleVec x = factor.solve(b);
-      const double scale = kilntest::norm1(a) * kilntest::norm2(x) * n * kEpsilon;
-      EXPECT_LT(kilntest::norm2(product(a, x) - b) / scale, kRatioLimit);
-      EXPECT_EQ(b, factor.unpermute(factor.permute(b)));
-
-      // Of the leading columns alone: the system without the other unknowns.
-      const unsigned k = (n + 1) / 2;
-      DoubleVec part = factor.partialSolve(b, k);
-      ASSERT_EQ(k, part.length());
-      part.resize(n);
-      const DoubleVec left = factor.permute(product(a, factor.unpermute(part)) - b).slice(0, k);
-      EXPECT_LT(kilntest::norm2(left) / scale, kRatioLimit);
+    const DoubleGenMat a = symmetricMatrix(n, 100.0);
+    const DoubleVec b = kilntest::randomVector(2 * n, 3).slice(0, n, 2);
+    for (const auto& factor : {decompose(a), decompose(a, std::vector(n, 0))}) {
+      for (const unsigned k : {(n + 1) / 2, n}) {
+        DoubleVec x = factor.partialSolve(b, k);
+        ASSERT_EQ(k, x.length());
+        x.resize(n);
+        x = factor.unpermute(x);
+        const DoubleVec left = factor.permute(product(a, x) - b).slice(0, k);
+        EXPECT_LT(norm2(left), kRatioLimit * norm1(a) * norm2(x) * n * kEpsilon);
+        EXPECT_EQ(k == n, x == factor.solve(b));
+      }
     }
   }
 }
 
-TEST(DoubleChDecomp, UnusableSystemsAreReportedAndSolvedAsFarAsFactored) {
-  RecordedMathErrors errors;
-  const std::string failed = "Can't solve system of equations, matrix not successfully factorized";
-  const double values[] = {4, 0, 0, 0, 9, 0, 0, 0, -1};
-  const DoubleChDecomp factor(DoubleGenMat(values, 3, 3));
-  EXPECT_THAT(list(factor.solve(DoubleVec(3U, 36.0))), ElementsAre(9, 4, 0));
-  EXPECT_THAT(list(factor.partialSolve(DoubleVec(3U, 36.0), 3)), ElementsAre(4, 9));
-  EXPECT_THAT(list(factor.partialSolve(DoubleVec(3U, 36.0), 1)), ElementsAre(4));
-  EXPECT_EQ(0U, DoubleChDecomp().solve(DoubleVec()).length());
-  EXPECT_EQ(2U, factor.partialSolve(DoubleVec(3U, 36.0), 4000000000U).length());
-  EXPECT_THAT(errors.takeTexts(), ElementsAre(failed, failed, failed, failed));
-
-  const double semidefinite[] = {4, 0, 0, 0, 9, 0, 0, 0, 0};
-  DoubleChDecomp deficient(DoubleGenMat(semidefinite, 3, 3));
-  DoubleChDecomp shared(deficient);
-  shared.setPivoting(0, DoubleChDecomp::FINAL);
-  EXPECT_TRUE(deficient.good());
-  EXPECT_THAT(list(deficient.solve(DoubleVec(3U, 36.0))), ElementsAre(9, 4, 0));
-  EXPECT_TRUE(errors.takeTexts().empty());
-
-  EXPECT_EQ(0U, factor.solve(DoubleVec(2U)).length());
-  EXPECT_EQ(0U, factor.partialSolve(DoubleVec(4U), 1).length());
-  EXPECT_EQ(2U, factor.permute(DoubleVec(2U, 0.0)).length());
-  EXPECT_EQ(4U, factor.unpermute(DoubleVec(4U, 0.0)).length());
-  EXPECT_THAT(errors.takeTexts(),
-              ElementsAre("b vector length wrong (2!=3)", "b vector length wrong (4!=3)",
-                          "vector wrong length to permute (2!=3)",
-                          "vector wrong length to permute (4!=3)"));
-}
-
-TEST(DoubleChDecomp, ReportsHowFarItGot) {
-  RecordedMathErrors errors;
+TEST(DoubleChDecomp, ReportsHowFarItGotAndSolvesThatFar) {
+  kilntest::RecordedMathErrors errors;
   const DoubleChDecomp none;
-  EXPECT_EQ(-2, none.lastPosFactor());
-  EXPECT_FALSE(none.isPD());
-  EXPECT_TRUE(none.good());
-  EXPECT_EQ(0.0, none.condition());
-
-  const double values[] = {1, 0, 0, 0, 4, 0, 0, 0, 0};
-  DoubleChDecomp semidefinite(DoubleGenMat(values, 3, 3));
-  EXPECT_THAT(list(semidefinite.pivots()), ElementsAre(1, 0, 2));
-  EXPECT_EQ(1, semidefinite.lastPosFactor());
-  EXPECT_TRUE(semidefinite.good());
-  EXPECT_EQ(0.0, semidefinite.condition());
-  semidefinite(2, 2) = -1.0;
-  EXPECT_TRUE(semidefinite.fail());
-  EXPECT_EQ(0.25, semidefinite.condition());
-  EXPECT_EQ(0.0, DoubleChDecomp(kilntest::identity(3)).condition());
-  EXPECT_THAT(errors.takeTexts(), IsEmpty());
-
-  EXPECT_EQ(1, semidefinite.doPivoting(0));
-  EXPECT_EQ(0, semidefinite.doPivoting(0));
-  EXPECT_EQ(-1.0, semidefinite.condition());
-  EXPECT_THAT(errors.takeTexts(), ElementsAre("Condition number not calculated"));
+  EXPECT_TRUE(none.lastPosFactor() == -2 && !none.isPD() && none.good() && none.condition() == 0.0);
+  EXPECT_EQ(0.0, DoubleChDecomp(identity(3)).condition());
+  const double values[] = {4, 0, 0, 0, 9, 0, 0, 0, 0};
+  const DoubleVec b(3U, 36.0);
+  DoubleChDecomp factor(DoubleGenMat(values, 3, 3)), shared(factor);
+  shared.setPivoting(0, DoubleChDecomp::FINAL);
+  EXPECT_THAT(list(factor.pivots()), ElementsAre(1, 0, 2));
+  EXPECT_EQ(1, factor.lastPosFactor());
+  EXPECT_TRUE(!factor.isPD() && factor.good() && factor.condition() == 0.0);
+  EXPECT_THAT(list(factor.solve(b)), ElementsAre(9, 4, 0));
+  EXPECT_THAT(list(factor.partialSolve(b, 2)), ElementsAre(4, 9));
+  EXPECT_EQ(0U, errors.takeTexts().size());
+  factor(2, 2) = -1.5;
+  EXPECT_TRUE(factor.fail() && factor.condition() == 0.25);
+  EXPECT_THAT(list(factor.solve(b)), ElementsAre(9, 4, 0));
+  EXPECT_THAT(list(factor.partialSolve(b, 3)), ElementsAre(4, 9));
+  EXPECT_EQ(2U, factor.partialSolve(b, 4000000000U).length());
+  EXPECT_EQ(0U, none.solve(DoubleVec()).length());
+  const std::string failed = "Can't solve system of equations, matrix not successfully factorized";
+  EXPECT_THAT(errors.takeTexts(), ElementsAre(failed, failed, failed, failed));
 }
 
-TEST(DoubleChDecomp, SpecifiersGrowThePivotVector) {
-  RecordedMathErrors errors;
+TEST(DoubleChDecomp, PivotsOfOneFactoringAreTheSpecifiersOfTheNext) {
   DoubleChDecomp factor;
   EXPECT_EQ(0, factor.setPivoting(5, DoubleChDecomp::FINAL));
-  EXPECT_THAT(list(factor.pivots()), ElementsAre(0, 0, 0, 0, 0, -1));
-  EXPECT_EQ(-1, factor.setPivoting(5, 2));
-  EXPECT_THAT(errors.takeTexts(),
-              ElementsAre("Pivoting position specifier must be INITIAL,FREE, or FINAL, not 2"));
-  factor.setPivoting(0, DoubleChDecomp::FINAL);
-  factor.factor(kilntest::identity(3));
-  EXPECT_THAT(list(factor.pivots()), ElementsAre(2, 1, 0));
-  // The pivots of one factoring are the specifiers of the next.
-  factor.factor(kilntest::identity(3));
-  EXPECT_THAT(list(factor.pivots()), ElementsAre(0, 1, 2));
+  EXPECT_EQ(-1, factor.setPivoting(5, DoubleChDecomp::INITIAL));
+  EXPECT_EQ(0, factor.setPivoting(0, DoubleChDecomp::FINAL));
+  const auto factored = [&factor] {
+    factor.factor(identity(3));
+    return list(factor.pivots());
+  };
+  EXPECT_THAT(factored(), ElementsAre(2, 1, 0));
+  EXPECT_THAT(factored(), ElementsAre(0, 1, 2));
   // Without pivoting they only count down.
-  factor.doPivoting(0);
-  factor.factor(kilntest::identity(3));
-  EXPECT_THAT(list(factor.pivots()), ElementsAre(-1, 0, 1));
+  EXPECT_EQ(1, factor.doPivoting(0));
+  EXPECT_THAT(factored(), ElementsAre(-1, 0, 1));
   EXPECT_THAT(list(factor.permute(DoubleVec(3U, 0.0, 1.0))), ElementsAre(0, 1, 2));
 }
 
-TEST(DoubleChDecomp, MatricesThatAreNotSquareOrContiguous) {
-  RecordedMathErrors errors;
-  const DoubleGenMat a = definiteMatrix(20, 10.0, 1);
-  DoubleGenMat tall = a.copy();
-  tall.resize(23, 20);
-  tall(22, 0) = 5.0;
-  DoubleChDecomp factor(tall);
-  EXPECT_EQ(19, factor.lastPosFactor());
-  EXPECT_FALSE(factor.isPD());
-  EXPECT_EQ(5.0, factor(22, 0));
-  const DoubleVec b = kilntest::randomVector(20, 2);
-  EXPECT_LT(kilntest::norm2(factor.solve(b) - DoubleChDecomp(a).solve(b)), 1e-13);
-  EXPECT_THAT(errors.takeTexts(), IsEmpty());
-
-  DoubleChDecomp wide(DoubleGenMat(2, 3, 1.0));
-  EXPECT_EQ(0, wide.lastPosFactor());
-  EXPECT_EQ(0.0, wide.condition());
-  EXPECT_EQ(2U, wide.permute(DoubleVec(2U, 0.0)).length());
-  EXPECT_THAT(errors.takeTexts(),
-              ElementsAre("Matrix must have more rows than cols to be factorizable, but 2<3"));
-
-  DoubleVec store(800U, 0.0);
-  DoubleGenMat spread(store.slice(0, 400, 2), 20, 20);
+TEST(DoubleChDecomp, StorageOfOtherShapesAndSharedStorage) {
+  const DoubleGenMat a = symmetricMatrix(20, 10.0);
+  DoubleGenMat tall(23, 20, 5.0), spread(DoubleVec(800U, 0.0).slice(0, 400, 2), 20, 20);
+  for (int i = 0; i < 20; ++i) tall.row(i) = a.row(i);
   spread = a;
-  const DoubleChDecomp fromSpread(spread);
-  EXPECT_TRUE(fromSpread == DoubleChDecomp(a));
-  EXPECT_TRUE(spread == a);
-}
+  DoubleChDecomp factor(tall), plain(spread);
+  EXPECT_TRUE(plain == DoubleChDecomp(a) && spread == a);
+  EXPECT_TRUE(factor.lastPosFactor() == 19 && !factor.isPD() && factor(22, 0) == 5.0);
+  const DoubleVec b = kilntest::randomVector(20, 2);
+  EXPECT_LT(norm2(factor.solve(b) - plain.solve(b)), 1e-13);
 
-TEST(DoubleChDecomp, CopiesShareAndRefactoringParts) {
-  DoubleChDecomp factor(definiteMatrix(3, 10.0, 1));
+  // Factoring parts copies; assignment copies elements.
   const DoubleChDecomp view(factor);
   const DoubleGenMat before = view.copy();
   const std::vector<int> pivots = list(view.pivots());
-  factor.factor(kilntest::identity(3));
-  EXPECT_TRUE(view == before);
-  EXPECT_EQ(pivots, list(view.pivots()));
-  EXPECT_EQ(2, factor.lastPosFactor());
+  factor.factor(DoubleGenMat(23, 20, 1.0));
+  EXPECT_EQ(0, factor.lastPosFactor());
   factor = view;
-  EXPECT_TRUE(factor == before);
-  EXPECT_EQ(pivots, list(factor.pivots()));
+  EXPECT_TRUE(view == before && factor == before);
+  EXPECT_TRUE(list(view.pivots()) == pivots && list(factor.pivots()) == pivots);
 }
 
 namespace {
 
-DoubleGenMat stacked(const DoubleGenMat& top, const DoubleGenMat& bottom) {
-  DoubleGenMat all = top.copy();
-  all.resize(top.rows() + bottom.rows(), top.cols());
-  for (int i = 0; i < static_cast<int>(bottom.rows()); ++i) {
-    all.row(static_cast<int>(top.rows()) + i) = bottom.row(i);
-  }
-  return all;
-}
-
-// The factor R of XᵀX, Z = R⁻ᵀ XᵀY and the norms of the residuals of Y.
+// Data that start with the rows of an identity, for which Y has zeros; the factor R of XᵀX,
+// Z = R⁻ᵀ XᵀY and the norms of the residuals of Y, to which the other rows were added.
 struct Regression {
-  DoubleChDecomp r;
-  DoubleGenMat z;
-  DoubleVec rho;
+  DoubleGenMat x, y;
+  DoubleGenMat z = DoubleGenMat(x.cols(), 3, 0.0);
+  DoubleChDecomp r = decompose(identity(x.cols()));
+  DoubleVec rho = DoubleVec(3U, 0.0);
 
-  Regression(const DoubleGenMat& x, const DoubleGenMat& y)
-      : r(decompose(transposeProduct(x, x), 0)), z(transposeProduct(x, y)), rho(y.cols()) {
-    for (int j = 0; j < static_cast<int>(y.cols()); ++j) {
-      DoubleVec column = z.col(j);
-      for (int i = 0; i < static_cast<int>(z.rows()); ++i) {
-        column(i) = (column(i) - dot(r.col(i).slice(0, i), column.slice(0, i))) / r(i, i);
-      }
-      rho(j) = residualNorm(y, j);
+  Regression(int rows, int n)
+      : x(kilntest::randomMatrix(rows, n, n)), y(kilntest::randomMatrix(rows, 3, 7)) {
+    for (int i = 0; i < n; ++i) x.row(i) = 0.0;
+    for (int i = 0; i <= n; ++i) y.row(i) = 0.0;
+    x.diagonal() = 1.0;
+    for (int i = n; i < rows; ++i) {
+      const DoubleVec values = y.row(i).copy();
+      r.update(x.row(i), &z, i > n ? &values : nullptr, &rho);
     }
   }
 
-  double residualNorm(const DoubleGenMat& y, int j) const {
-    return std::sqrt(dot(y.col(j), y.col(j)) - dot(z.col(j), z.col(j)));
+  void removeLastRow() {
+    const DoubleVec values = y.row(x.rows() - 1).copy();
+    EXPECT_EQ(0, r.downdate(x.row(x.rows() - 1), &z, &values, &rho));
+    x.resize(x.rows() - 1, x.cols());
+    y.resize(x.rows(), 3);
   }
 
-  // Whether all of it belongs to these data.
-  void expectFits(const DoubleGenMat& x, const DoubleGenMat& y) const {
-    const DoubleGenMat square = transposeProduct(x, x), mixed = transposeProduct(x, y);
-    const double unit = x.cols() * kEpsilon * kRatioLimit;
-    EXPECT_LT(kilntest::norm1(composed(r) - square), unit * kilntest::norm1(square));
-    DoubleGenMat upper = r.copy();
-    fillBelowDiagonal(upper, 0.0);
-    EXPECT_LT(kilntest::norm1(transposeProduct(upper, z) - mixed), unit * kilntest::norm1(square));
-    for (int j = 0; j < static_cast<int>(y.cols()); ++j) {
-      EXPECT_NEAR(residualNorm(y, j), rho(j), unit * kilntest::norm1(y));
+  // Whether all of it belongs to the data.
+  void expectFits() const {
+    const DoubleGenMat square = transposeProduct(x, x), factor = upper(r);
+    const double unit = x.rows() * kEpsilon * kRatioLimit;
+    EXPECT_LT(norm1(transposeProduct(factor, factor) - square), unit * norm1(square));
+    EXPECT_LT(norm1(transposeProduct(factor, z) - transposeProduct(x, y)), unit * norm1(square));
+    for (int j = 0; j < 3; ++j) {
+      const double whole = dot(y.col(j), y.col(j));
+      EXPECT_NEAR(whole, dot(z.col(j), z.col(j)) + rho(j) * rho(j), unit * whole);
     }
   }
 };
@@ -453,101 +295,96 @@ struct Regression {
 }  // namespace
 
 TEST(DoubleChDecomp, RowsAreAddedAndRemovedAgain) {
-  for (const unsigned n : {1U, 2U, 9U, 40U}) {
-    const DoubleGenMat x = kilntest::randomMatrix(2 * n, n, n),
-                       y = kilntest::randomMatrix(2 * n, 3, 7);
-    const DoubleGenMat rows = kilntest::randomMatrix(4, n, 8),
-                       values = kilntest::randomMatrix(4, 3, 9);
-    Regression regression(x, y);
-    DoubleVec cosines(n), sines(n);
-    for (int i = 0; i < 4; ++i) {
-      const DoubleVec row = values.row(i).copy();
-      regression.r.update(rows.row(i), &regression.z, &row, &regression.rho, &cosines, &sines);
-      EXPECT_TRUE((cosines * cosines + sines * sines).isEqual(1.0, 10 * kEpsilon));
-    }
-    regression.expectFits(stacked(x, rows), stacked(y, values));
-    for (int i = 3; i >= 0; --i) {
-      const DoubleVec row = values.row(i).copy();
-      EXPECT_EQ(0, regression.r.downdate(rows.row(i), &regression.z, &row, &regression.rho));
-    }
-    regression.expectFits(x, y);
+  for (const int n : {1, 2, 9, 40}) {
+    Regression data(3 * n + 4, n);
+    data.expectFits();
+    for (int i = 0; i < 4; ++i) data.removeLastRow();
+    data.expectFits();
 
     // More than there is cannot be removed.
-    const DoubleGenMat r = regression.r.copy(), z = regression.z.copy();
-    EXPECT_EQ(-1, regression.r.downdate(DoubleVec(n, 100.0), &regression.z));
-    EXPECT_EQ(-1, regression.r.downdate(DoubleVec(n, kNaN), &regression.z));
-    EXPECT_TRUE(regression.r == r && regression.z == z);
     const DoubleVec large(3U, 100.0);
-    EXPECT_EQ(1, regression.r.downdate(x.row(0), &regression.z, &large, &regression.rho));
-    EXPECT_THAT(list(regression.rho), Each(-1.0));
-    regression.r.update(x.row(0), &regression.z, &large, &regression.rho);
-    EXPECT_THAT(list(regression.rho), Each(-1.0));
+    for (const double element : {100.0, kNaN}) {
+      EXPECT_EQ(-1, data.r.downdate(DoubleVec(n, element), &data.z, &large, &data.rho));
+    }
+    data.expectFits();
+    const DoubleVec row = data.x.row(0) * 0.5;
+    EXPECT_EQ(1, data.r.downdate(row, &data.z, &large, &data.rho));
+    EXPECT_THAT(list(data.rho), Each(-1.0));
+    data.r.update(row, &data.z, &large, &data.rho);
+    EXPECT_THAT(list(data.rho), Each(-1.0));
   }
 }
 
 TEST(DoubleChDecomp, ShiftsFollowThePermutedMatrix) {
   const int n = 12;
-  const DoubleGenMat x = kilntest::randomMatrix(30, n, 1), y = kilntest::randomMatrix(30, 2, 2);
-  for (int first = 0; first < n; first += 3) {
-    for (int last = first + 1; last < n; last += 2) {
-      for (const int direction : {0, 1}) {
-        SCOPED_TRACE(testing::Message() << first << " " << last << " " << direction);
-        std::vector<int> order;
-        for (int i = 0; i < n; ++i) order.push_back(i);
-        const auto begin = order.begin() + first, end = order.begin() + last + 1;
-        std::rotate(begin, direction == 0 ? begin + 1 : end - 1, end);
-        const IntVec columns(order.data(), n);
-        IntVec rows(30U);
-        for (int i = 0; i < 30; ++i) rows(i) = i;
-
-        Regression regression(x, y);
-        DoubleVec store(2U * static_cast<unsigned>(last - first));
-        DoubleVec cosines = store.slice(0, store.length() / 2, 2);
-        DoubleVec sines = store.slice(1, store.length() / 2, 2);
-        regression.r.shift(first, last, direction, &regression.z, &cosines, &sines);
-        regression.expectFits(x(rows, columns), y);
-        EXPECT_TRUE((cosines * cosines + sines * sines).isEqual(1.0, 10 * kEpsilon));
-      }
-    }
+  for (int number = 0; number < n * n; ++number) {
+    const int first = std::min(number / n, number % n), last = std::max(number / n, number % n);
+    if (first == last) continue;
+    const bool left = number / n < number % n;
+    SCOPED_TRACE(testing::Message() << first << " " << last << " " << left);
+    Regression data(30, n);
+    double* const begin = data.x.col(first).data();
+    double* const end = data.x.col(last).data() + 30;
+    std::rotate(begin, left ? begin + 30 : end - 30, end);
+    data.r.shift(first, last, left ? 0 : 1, &data.z);
+    data.expectFits();
   }
 }
 
-TEST(DoubleChDecomp, ArgumentsOfShiftsAndUpdatesAreChecked) {
-  RecordedMathErrors errors;
-  DoubleChDecomp factor(kilntest::identity(4));
-  const DoubleGenMat before = factor.copy();
+TEST(DoubleChDecomp, CosinesAndSinesAreToldApart) {
+  const double values[] = {1, 3, 3, 25};
+  for (const int change : {0, 1, 2, 3}) {
+    DoubleChDecomp two = decompose(DoubleGenMat(values, 2, 2)),
+                   one(DoubleGenMat(1, 1, change == 2 ? 9.0 : 25.0));
+    // Of stride 2 for the shifts, 1 otherwise.
+    DoubleVec c = DoubleVec(3U, 0.0).slice(0, 1, change < 2 ? 2 : 1), s = c.copy();
+    if (change < 2) two.shift(0, 1, change, nullptr, &c, &s);
+    if (change == 2) one.update(DoubleVec(1U, 4.0), nullptr, nullptr, nullptr, &c, &s);
+    if (change == 3) one.downdate(DoubleVec(1U, 4.0), nullptr, nullptr, nullptr, &c, &s);
+    EXPECT_TRUE(c.isEqual(0.6, kEpsilon) && s.isEqual(0.8, kEpsilon)) << change;
+  }
+}
+
+TEST(DoubleChDecomp, ArgumentsAreChecked) {
+  kilntest::RecordedMathErrors errors;
+  DoubleChDecomp factor = decompose(symmetricMatrix(4, 10.0));
+  const DoubleGenMat before = composed(factor);
   DoubleGenMat z(3, 2, 1.0);
-  DoubleVec two(2U, 7.0);
+  DoubleVec two(2U, 7.0), three(3U, 7.0), spread = DoubleVec(8U, 7.0).slice(0, 4, 2);
+  EXPECT_EQ(0U, factor.solve(two).length() + factor.partialSolve(DoubleVec(5U), 1).length());
+  EXPECT_TRUE(factor.permute(two) == two && factor.unpermute(three) == three);
   factor.shift(0, 2, 3, &z, &two);
   factor.shift(1, 1, 0, &z, &two);
   factor.shift(-1, 2, 0);
   factor.shift(2, 4, 1);
-  EXPECT_TRUE(factor == before);
+  EXPECT_TRUE(composed(factor) == before);
+  // Each change is undone by the next.
   factor.shift(0, 3, 0, &z, &two, &two);
-  EXPECT_THAT(errors.takeTexts(),
-              ElementsAre("Invalid Cholesky shift direction", "Data matrix wrong height (3!=4)",
-                          "Invalid Cholesky shift columns (1,1)", "Data matrix wrong height (3!=4)",
-                          "Invalid Cholesky shift columns (-1,2)",
-                          "Invalid Cholesky shift columns (2,4)", "Data matrix wrong height (3!=4)",
-                          "Vector to hold sines or cosines wrong length (2!=3)",
-                          "Vector to hold sines or cosines wrong length (2!=3)"));
+  factor.shift(0, 3, 1);
+  factor.update(three, &z, &three, &three, &two, &spread);
+  EXPECT_EQ(0, factor.downdate(three, nullptr, &two));
+  EXPECT_LT(norm1(composed(factor) - before), 1e3 * kEpsilon);
+  EXPECT_TRUE(z == DoubleGenMat(3, 2, 1.0) && two == DoubleVec(2U, 7.0) &&
+              three == DoubleVec(3U, 7.0) && spread(0) != 7.0);
+  factor.setPivoting(0, 2);
+  EXPECT_EQ(-1.0, factor.condition());
+  const DoubleChDecomp wide(DoubleGenMat(2, 3, 1.0));
+  EXPECT_TRUE(wide.lastPosFactor() == 0 && wide.condition() == 0.0 && wide.permute(two) == two);
 
-  DoubleVec three(3U, 7.0), spread = DoubleVec(8U, 7.0).slice(0, 4, 2);
-  factor.update(DoubleVec(3U, 1.0), &z, &three, &three, &two, &spread);
-  EXPECT_THAT(errors.takeTexts(),
-              ElementsAre("vec pointers must have stride == 1", "b vector length wrong (3!=4)",
-                          "Data matrix wrong height (3!=4)",
-                          "Vector to hold sines or cosines wrong length (2!=4)",
-                          "Different number of residuals than data columns (3!=2)",
-                          "Different number of residuals than data columns (3!=2)"));
-  EXPECT_EQ(0, factor.downdate(DoubleVec(3U, 1.0)));
-  EXPECT_EQ(-1, factor.downdate(DoubleVec(4U, 2.0), nullptr, &two));
-  EXPECT_THAT(errors.takeTexts(),
-              ElementsAre("b vector length wrong (3!=4)",
-                          "Different number of residuals than data columns (2!=0)"));
-  EXPECT_LT(kilntest::norm1(composed(factor) - kilntest::identity(4)), 100 * kEpsilon);
-  EXPECT_EQ(1.0, z(0, 0));
-  EXPECT_THAT(list(two), Each(7.0));
-  EXPECT_THAT(list(three), Each(7.0));
-  EXPECT_NE(7.0, spread(0));
+  const std::string height = "Data matrix wrong height (3!=4)",
+                    rotations = "Vector to hold sines or cosines wrong length (2!=",
+                    residuals = "Different number of residuals than data columns (",
+                    columns = "Invalid Cholesky shift columns (",
+                    length = "b vector length wrong (";
+  EXPECT_THAT(
+      errors.takeTexts(),
+      ElementsAre(length + "2!=4)", length + "5!=4)", "vector wrong length to permute (2!=4)",
+                  "vector wrong length to permute (3!=4)", "Invalid Cholesky shift direction",
+                  height, columns + "1,1)", height, columns + "-1,2)", columns + "2,4)", height,
+                  rotations + "3)", rotations + "3)", "vec pointers must have stride == 1",
+                  length + "3!=4)", height, rotations + "4)", residuals + "3!=2)",
+                  residuals + "3!=2)", length + "3!=4)", residuals + "2!=0)",
+                  "Pivoting position specifier must be INITIAL,FREE, or FINAL, not 2",
+                  "Condition number not calculated",
+                  "Matrix must have more rows than cols to be factorizable, but 2<3"));
 }
