@@ -1,4 +1,4 @@
-#include "tests/support/TemporaryFolder.h"
+#include "examples/surface_fit/tests/TemporaryFolder.h"
 
 #include <fstream>
 #include <iterator>
