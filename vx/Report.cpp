@@ -1,8 +1,10 @@
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -16,13 +18,14 @@ namespace console = vxOS::console;
 namespace {
 
 // The text of a format and its arguments. Short texts take no memory from the heap; a long one is
-// cut when there is none.
+// cut when there is none. Arguments that cannot be formatted leave the format itself.
 class FormattedText {
  public:
   FormattedText(const char* format, std::va_list arguments) {
     std::va_list again;
     va_copy(again, arguments);
     const int length = std::vsnprintf(short_, sizeof short_, format, arguments);
+    if (length < 0) std::strncpy(short_, format, sizeof short_ - 1);
     if (length >= static_cast<int>(sizeof short_)) formatLong(format, again, length);
     va_end(again);
   }
@@ -40,9 +43,14 @@ class FormattedText {
   std::unique_ptr<char[]> long_;
 };
 
+// The control characters are those of ASCII and U+0080 to U+009F, which are two bytes in UTF-8.
 void blankControlCharacters(char* text) {
   for (; *text != '\0'; ++text) {
-    if (static_cast<unsigned char>(*text) < ' ' || *text == '\x7f') *text = ' ';
+    const auto byte = static_cast<unsigned char>(text[0]);
+    const auto next = static_cast<unsigned char>(text[1]);
+    const bool isPair = byte == 0xC2 && next >= 0x80 && next <= 0x9F;
+    if (isPair) text[1] = ' ';
+    if (isPair || byte < ' ' || byte == 0x7F) text[0] = ' ';
   }
 }
 
@@ -54,32 +62,37 @@ bool endsLine(std::string_view text) {
   return text.ends_with('\n');
 }
 
+constexpr char kClearLine[] = "\r\x1b[K";
+
 void clearStatus() {
   if (lastLine != LastLine::kStatus) return;
-  console::writeError("\r\x1b[K");
+  console::writeError(kClearLine);
   lastLine = LastLine::kNothing;
 }
 
-void startLine() {
-  clearStatus();
-  if (lastLine == LastLine::kText) console::writeError("\n");
-  lastLine = LastLine::kNothing;
+// What leads to an empty line.
+const char* lineStart() {
+  if (lastLine == LastLine::kStatus) return kClearLine;
+  return lastLine == LastLine::kText ? "\n" : "";
 }
 
-// The last status stays readable when the process exits.
+// The last status stays readable when the process that showed it exits.
 struct EndOfStatus {
   ~EndOfStatus() {
-    if (lastLine == LastLine::kStatus) console::writeError("\n");
+    if (lastLine == LastLine::kStatus && process == console::processId()) console::writeError("\n");
   }
+  long process = 0;
 };
-const EndOfStatus endOfStatus;
+EndOfStatus endOfStatus;
 
-// Without line wrapping a status that is wider than the terminal still fills one line only.
+// One write, lest the line flicker. Without line wrapping a status that is wider than the terminal
+// still fills one line only; more bytes than a terminal is wide are cut.
 void showStatusInPlace(const char* text) {
-  console::writeError("\x1b[?7l");
-  console::writeError(text);
-  console::writeError("\x1b[?7h");
+  char line[4096];
+  std::snprintf(line, sizeof line, "%s\x1b[?7l%.4000s\x1b[?7h", lineStart(), text);
+  console::writeError(line);
   lastLine = LastLine::kStatus;
+  endOfStatus.process = console::processId();
 }
 
 void writeError(const char* text) {
@@ -90,16 +103,16 @@ void writeError(const char* text) {
 }
 
 void writeUser(const char* text) {
-  startLine();
+  console::writeError(lineStart());
   console::writeError(text);
   if (!endsLine(text)) console::writeError("\n");
+  lastLine = LastLine::kNothing;
 }
 
 void writeStatus(const char* text) {
   if (*text == '\0') {
     clearStatus();
   } else if (console::errorIsTerminal()) {
-    startLine();
     showStatusInPlace(text);
   } else {
     writeUser(text);
@@ -115,12 +128,16 @@ constexpr RptSinks kDefaultSinks = {writeError, writeUser, writeStatus, console:
 constinit RptSinks sinks = kDefaultSinks;
 
 constinit std::atomic<bool> abortAsked = false;
-constinit bool interruptCaught = false;
+constinit std::atomic<bool> interruptSpent = false;  // noteInterrupt has made way for the default
+constinit bool keysWatched = false;
 
 void noteInterrupt(int) {
+  const int error = errno;
   std::signal(SIGINT, SIG_DFL);
+  interruptSpent = true;
   console::releaseKeys();
   abortAsked = true;
+  errno = error;
 }
 
 template <class Sink>
@@ -162,19 +179,23 @@ void rptClearStatus() {
 }
 
 bool rptCheckAbort() {
+  keysWatched = true;
   if (!abortAsked && sinks.checkAbort()) abortAsked = true;
   return abortAsked;
 }
 
 void rptResetAbort() {
-  if (!abortAsked.exchange(false)) return;
-  sinks.checkAbort();  // keys pressed meanwhile asked for the same
-  if (interruptCaught) rptCatchInterrupt();
+  abortAsked = false;
+  if (interruptSpent.exchange(false)) rptCatchInterrupt();
+  if (keysWatched) sinks.checkAbort();  // takes the keys pressed meanwhile
+}
+
+void rptReleaseKeys() {
+  console::releaseKeys();
 }
 
 void rptCatchInterrupt() {
-  interruptCaught = true;
-  std::signal(SIGINT, noteInterrupt);
+  if (std::signal(SIGINT, noteInterrupt) == SIG_IGN) std::signal(SIGINT, SIG_IGN);
 }
 
 void rptSleep(unsigned int milliseconds) {

@@ -8,7 +8,8 @@
  *     rptStatus("Iteration %d (ESC to stop).", i);
  *     if (rptCheckAbort()) return;
  *
- * Texts are UTF-8. All of it is for the application's main thread.
+ * Texts are UTF-8. When printf cannot format the arguments (a wide text that the locale lacks), the
+ * format itself is shown. All of it is for the application's main thread.
  */
 #ifndef VX_REPORT_H
 #define VX_REPORT_H
@@ -39,16 +40,26 @@ VX_API void rptClearStatus(void);
 
 /** Whether the user has asked to stop. Once true, it stays true until `rptResetAbort`.
  *
- *  By default, pressing ESC asks to stop when standard input is a terminal. From the first call
- * until the process exits that terminal neither echoes keys nor waits for whole lines; keys other
- * than ESC are read and dropped. The call does not wait. */
+ * By default, pressing ESC asks to stop when standard input is a terminal. The call takes the keys:
+ * until `rptReleaseKeys`, the end of the process or its suspension that terminal neither echoes
+ * keys nor waits for whole lines; keys other than ESC are read and dropped. Signals that end or
+ * suspend the process and that the host leaves alone give the terminal back first.
+ *
+ * The call does not wait, but for at most 50 ms after ESC: cursor and function keys send ESC and
+ * more, and do not count. Alt with a key sends ESC and that key and asks to stop too, but for Alt+[
+ * and Alt+O, which look like the start of a cursor key. */
 VX_API bool rptCheckAbort(void);
 
 /** Forgets that the user has asked to stop, and the keys pressed so far. */
 VX_API void rptResetAbort(void);
 
+/** Gives the terminal back as it was before `rptCheckAbort`, for a prompt that reads from it; the
+ * next `rptCheckAbort` takes the keys again. */
+VX_API void rptReleaseKeys(void);
+
 /** Makes Ctrl-C ask to stop, for programs that would rather finish what they do than be killed. A
- *  second Ctrl-C, before `rptResetAbort`, ends the process as usual. */
+ * second Ctrl-C, before `rptResetAbort`, ends the process as usual. Where Ctrl-C is ignored (a job
+ * that a script put into the background) it stays so. */
 VX_API void rptCatchInterrupt(void);
 
 /** Waits for that many milliseconds. */

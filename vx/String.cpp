@@ -24,12 +24,6 @@ bool isBlank(Char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-template <class Char>
-BasicString<Char> mapped(std::basic_string<Char> text, Char (*map)(Char)) {
-  std::transform(text.begin(), text.end(), text.begin(), map);
-  return BasicString<Char>(std::basic_string_view<Char>(text));
-}
-
 bool isSurrogate(char32_t c) {
   return c >= 0xD800 && c <= 0xDFFF;
 }
@@ -157,7 +151,12 @@ int BasicString<Char>::compare(const BasicString& other) const {
 
 template <class Char>
 int BasicString<Char>::compareIgnoringCase(const BasicString& other) const {
-  return toLower().compare(other.toLower());
+  const auto isSame = [](Char a, Char b) { return lower(a) == lower(b); };
+  const View a = view();
+  const View b = other.view();
+  const auto [inA, inB] = std::mismatch(a.begin(), a.end(), b.begin(), b.end(), isSame);
+  if (inA == a.end() || inB == b.end()) return (inA != a.end()) - (inB != b.end());
+  return View::traits_type::lt(lower(*inA), lower(*inB)) ? -1 : 1;
 }
 
 template <class Char>
@@ -220,12 +219,16 @@ BasicString<Char> BasicString<Char>::replaced(const BasicString& text,
 
 template <class Char>
 BasicString<Char> BasicString<Char>::toLower() const {
-  return mapped(text_, lower<Char>);
+  BasicString result = *this;
+  std::transform(text_.begin(), text_.end(), result.text_.begin(), lower<Char>);
+  return result;
 }
 
 template <class Char>
 BasicString<Char> BasicString<Char>::toUpper() const {
-  return mapped(text_, upper<Char>);
+  BasicString result = *this;
+  std::transform(text_.begin(), text_.end(), result.text_.begin(), upper<Char>);
+  return result;
 }
 
 template <class Char>

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <vx/export.h>
 
@@ -55,7 +56,8 @@ class VX_API BasicString {
 
   BasicString& operator+=(const BasicString& other);
   BasicString& operator+=(Char c);
-  friend BasicString operator+(BasicString a, const BasicString& b) { return a += b; }
+  friend BasicString operator+(BasicString a, const BasicString& b) { return std::move(a += b); }
+  friend BasicString operator+(BasicString a, Char c) { return std::move(a += c); }
 
   /// The position of the first occurrence of `text` at or after `from`; the empty text is
   /// everywhere.

@@ -44,7 +44,7 @@ void fit(const Options& options, const std::vector<Point>& points) {
                       options.maxSteps};
   TbaseReporter reporter("surface_fit", 1);
   const Refinement refinement = refine(points, limits, reporter);
-  rptStatus("%s", "");
+  rptClearStatus();
 
   const std::string table = stepTable(refinement, limits, options.unit);
   const OutputFile page{

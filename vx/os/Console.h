@@ -12,11 +12,16 @@ bool errorIsTerminal();
 void writeError(std::string_view text);
 
 /// Whether ESC was pressed since the last call, if standard input is a terminal of which this
-/// process may read. The first call takes the terminal: from then on keys are not echoed, and those
-/// other than ESC are dropped. Never waits.
+/// process may read. Takes the terminal: until `releaseKeys`, the end of the process (also by a
+/// signal) or its suspension keys are not echoed, and those other than ESC are dropped. Waits only
+/// after ESC, at most 50 ms, for what tells a cursor key from the ESC key.
 bool escapePressed();
 
-/// Gives the terminal back as it was before `escapePressed`; may be called from a signal handler.
+/// Gives the terminal back as it was before `escapePressed`; may be called from a signal handler. A
+/// forked child leaves the terminal of its parent alone.
 void releaseKeys() noexcept;
+
+/// Tells this process from its forked children.
+long processId();
 
 }  // namespace vxOS::console

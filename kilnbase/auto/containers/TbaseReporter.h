@@ -3,6 +3,7 @@
 #pragma once
 
 #include <kilnbase/export.h>
+#include <vx/export.h>
 
 /// Reports how far an operation has come.
 ///
@@ -18,7 +19,7 @@
 class KILNBASE_API TbaseReporter {
  public:
   /// A printf-style function that shows a message.
-  using Prompt = void (*)(const char* format, ...);
+  using Prompt VX_PRINTF(1, 2) = void (*)(const char* format, ...);
 
   /// Message hooks for callers, which the application may replace; the reports below do not use
   /// them.

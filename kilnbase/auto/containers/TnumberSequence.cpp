@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <functional>
 #include <iterator>
@@ -21,10 +22,10 @@ constexpr auto kAscending = [](auto a, auto b) { return isBefore(a, b); };
 
 template <class T>
 void sortAscending(vxKilnBase::Vec<T>& v) {
-  vxKilnBase::Vec<T> sorted = v.copy();
+  vxKilnBase::Vec<T> sorted = v.stride() == 1 ? v : v.copy();
   if (sorted.length() != v.length()) return;
   std::stable_sort(sorted.data(), sorted.data() + sorted.length(), kAscending);
-  v = sorted;
+  if (v.stride() != 1) v = sorted;
 }
 
 template <class T>
@@ -40,7 +41,8 @@ TnumberSequence::TnumberSequence(const DoubleVec& v) : values_(v.copy()) {
 
 TnumberSequence::TnumberSequence(double start, double step, int n)
     : values_(static_cast<unsigned>(std::max(n, 0)), start, step) {
-  KILN_ASSERT(n >= 0);
+  KILN_ASSERT(n >= 0 && !(step < 0));
+  if (step < 0) sortDoubleVecInPlace(values_);
 }
 
 TnumberSequence& TnumberSequence::operator=(const TnumberSequence& other) {
@@ -51,14 +53,12 @@ TnumberSequence& TnumberSequence::operator=(const TnumberSequence& other) {
 int TnumberSequence::findInterval(double t, int left) const {
   int r = static_cast<int>(std::upper_bound(begin(), end(), t, kAscending) - begin()) - 1;
   if (left == 0 || r < 1) return r;
-  do {
-    --r;
-  } while (r >= 1 && !(values_(r + 1) > values_(r)));
-  return r;
+  const auto firstEqual = std::lower_bound(begin(), begin() + r, values_(r), kAscending) - begin();
+  return std::max(static_cast<int>(firstEqual) - 1, 0);
 }
 
 void TnumberSequence::add(double t, int count) {
-  if (count < 1) return;
+  if (count < 1 || !hasRoomFor(static_cast<unsigned>(count))) return;
   const double* place = begin() + findInterval(t, 0) + 1;
   const unsigned n = values_.length() + static_cast<unsigned>(count);
   DoubleVec grown(n);
@@ -69,13 +69,20 @@ void TnumberSequence::add(double t, int count) {
 }
 
 void TnumberSequence::add(const DoubleVec& v) {
-  const unsigned n = values_.length();
-  DoubleVec grown(n + v.length());
-  if (grown.length() != n + v.length()) return;
-  grown.slice(0, n) = values_;
-  grown.slice(static_cast<int>(n), v.length()) = v;
-  sortDoubleVecInPlace(grown);
+  if (!hasRoomFor(v.length())) return;
+  const TnumberSequence added = v;
+  const unsigned n = values_.length() + v.length();
+  DoubleVec grown(n);
+  if (grown.length() != n || added.values_.length() != v.length()) return;
+  std::merge(begin(), end(), added.begin(), added.end(), grown.data(), kAscending);
   values_.reference(grown);
+}
+
+// Lengths are ints.
+bool TnumberSequence::hasRoomFor(unsigned count) const {
+  const bool hasRoom = count <= INT_MAX - values_.length();
+  KILN_ASSERT(hasRoom);
+  return hasRoom;
 }
 
 int TnumberSequence::remove(int i) {

@@ -69,6 +69,9 @@ class KILNBASE_API TnumberSequence {
   /// last.
   static void sortDoubleVecInPlace(DoubleVec& v);
   static void sortIntVecInPlace(IntVec& v);
+  /// Sorts through a temporary view, such as a slice.
+  static void sortDoubleVecInPlace(DoubleVec&& view) { sortDoubleVecInPlace(view); }
+  static void sortIntVecInPlace(IntVec&& view) { sortIntVecInPlace(view); }
 
   /// A sequence has no text or raw form: nothing is written or read, and `readRaw` returns 0.
   void printOn(std::ostream& stream) const;
@@ -78,6 +81,7 @@ class KILNBASE_API TnumberSequence {
  private:
   const double* begin() const { return values_.data(); }
   const double* end() const { return begin() + values_.length(); }
+  bool hasRoomFor(unsigned count) const;
 
   DoubleVec values_;  // ascending, of stride 1
 };

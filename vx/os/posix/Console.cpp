@@ -1,7 +1,8 @@
 #include <atomic>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <poll.h>
 #include <termios.h>
 #include <unistd.h>
@@ -12,8 +13,10 @@ namespace vxOS::console {
 
 namespace {
 
+constexpr tcflag_t kLineEditing = ICANON | ECHO;
+
 termios savedMode;
-std::atomic<bool> keysTaken = false;
+std::atomic<pid_t> keysTakenBy = 0;  // the process that changed the mode; 0 after it gave it back
 
 struct ReleaseAtExit {
   ~ReleaseAtExit() { releaseKeys(); }
@@ -27,22 +30,51 @@ bool inForeground() {
   return foreground == -1 || foreground == getpgrp();
 }
 
-// Shells set their own mode while the process is suspended, so the mode is looked at every time.
-void takeKeys() {
-  termios mode;
-  if (tcgetattr(STDIN_FILENO, &mode) != 0 || (mode.c_lflag & ICANON) == 0) return;
-  if (!keysTaken) {
-    savedMode = mode;
-    keysTaken = true;
+// SA_RESETHAND has put the default action back, so that raising the signal again ends or suspends
+// the process as usual.
+void releaseAndRaise(int signal) {
+  const int error = errno;
+  releaseKeys();
+  raise(signal);
+  errno = error;
+}
+
+// The host keeps the signals that it handles or ignores.
+void releaseKeysOnSignals() {
+  for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGABRT, SIGTSTP}) {
+    struct sigaction action = {};
+    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
+    action = {};
+    action.sa_handler = releaseAndRaise;
+    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
+    sigaction(signal, &action, nullptr);
   }
-  mode.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-  mode.c_cc[VMIN] = 0;
+}
+
+// Reads deliver keys at once and still wait for one, so that others who read the terminal see no
+// end of the input.
+void setKeyMode(termios mode) {
+  mode.c_lflag &= ~kLineEditing;
+  mode.c_cc[VMIN] = 1;
   mode.c_cc[VTIME] = 0;
   tcsetattr(STDIN_FILENO, TCSANOW, &mode);
 }
 
+// Shells set their own mode while the process is suspended, so the mode is looked at every time. A
+// signal may release the keys at any moment, even before the mode is set.
+void takeKeys() {
+  termios mode;
+  if (tcgetattr(STDIN_FILENO, &mode) != 0 || (mode.c_lflag & kLineEditing) == 0) return;
+  releaseKeysOnSignals();
+  keysTakenBy = 0;  // no handler uses the mode while it is being saved
+  savedMode = mode;
+  keysTakenBy = getpid();
+  setKeyMode(mode);
+  if (keysTakenBy == 0) tcsetattr(STDIN_FILENO, TCSANOW, &savedMode);
+}
+
 // Finds the ESC key among the keys as they come. Cursor and function keys arrive as ESC followed by
-// "[" or "O".
+// "[" or "O", perhaps a moment later (over a slow line).
 class EscapeFinder {
  public:
   void look(std::string_view keys) {
@@ -53,6 +85,9 @@ class EscapeFinder {
   }
   bool found() const { return found_ || pending_; }
 
+  // How many milliseconds what follows the last key may take.
+  int longestGap() const { return pending_ ? 50 : 0; }
+
  private:
   bool found_ = false;
   bool pending_ = false;  // the last key was ESC
@@ -61,8 +96,9 @@ class EscapeFinder {
 }  // namespace
 
 bool errorIsTerminal() {
-  const char* type = std::getenv("TERM");
-  return isatty(STDERR_FILENO) != 0 && type != nullptr && std::strcmp(type, "dumb") != 0;
+  const char* variable = std::getenv("TERM");
+  const std::string_view type = variable != nullptr ? variable : "";
+  return isatty(STDERR_FILENO) != 0 && !type.empty() && type != "dumb";
 }
 
 void writeError(std::string_view text) {
@@ -76,7 +112,7 @@ bool escapePressed() {
   EscapeFinder escape;
   char keys[64];
   pollfd input = {STDIN_FILENO, POLLIN, 0};
-  while (poll(&input, 1, 0) == 1) {
+  while (poll(&input, 1, escape.longestGap()) == 1) {
     const ssize_t count = read(STDIN_FILENO, keys, sizeof keys);
     if (count <= 0) break;
     escape.look({keys, static_cast<std::size_t>(count)});
@@ -85,7 +121,15 @@ bool escapePressed() {
 }
 
 void releaseKeys() noexcept {
-  if (keysTaken && inForeground()) tcsetattr(STDIN_FILENO, TCSANOW, &savedMode);
+  pid_t self = getpid();
+  if (keysTakenBy != self || !inForeground()) return;
+  if (keysTakenBy.compare_exchange_strong(self, 0)) {
+    tcsetattr(STDIN_FILENO, TCSANOW, &savedMode);
+  }
+}
+
+long processId() {
+  return getpid();
 }
 
 }  // namespace vxOS::console

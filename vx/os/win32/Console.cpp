@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 #include <io.h>
 #include <windows.h>
@@ -23,6 +24,17 @@ bool isEscapeKey(const INPUT_RECORD& input) {
          input.Event.KeyEvent.wVirtualKeyCode == VK_ESCAPE;
 }
 
+// The console takes texts of limited length, and perhaps a part of one.
+void writeToConsole(HANDLE console, std::wstring_view text) {
+  constexpr std::size_t kPiece = 8192;
+  while (!text.empty()) {
+    const auto count = static_cast<DWORD>(std::min(text.size(), kPiece));
+    DWORD written = 0;
+    if (WriteConsoleW(console, text.data(), count, &written, nullptr) == 0 || written == 0) return;
+    text.remove_prefix(std::min<std::size_t>(written, count));
+  }
+}
+
 }  // namespace
 
 bool errorIsTerminal() {
@@ -37,8 +49,7 @@ void writeError(std::string_view text) {
   const HANDLE handle = errorHandle();
   if (isConsole(handle)) {
     const vxString::IString wide = vxString::CString(text).asWide();
-    DWORD written;
-    WriteConsoleW(handle, wide.c_str(), static_cast<DWORD>(wide.length()), &written, nullptr);
+    writeToConsole(handle, wide.view());
   } else {
     std::fwrite(text.data(), 1, text.size(), stderr);
     std::fflush(stderr);
@@ -59,5 +70,9 @@ bool escapePressed() {
 }
 
 void releaseKeys() noexcept {}
+
+long processId() {
+  return static_cast<long>(GetCurrentProcessId());
+}
 
 }  // namespace vxOS::console
