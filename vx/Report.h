@@ -8,7 +8,7 @@
  *     rptStatus("Iteration %d (ESC to stop).", i);
  *     if (rptCheckAbort()) return;
  *
- * Texts are UTF-8. When printf cannot format the arguments (a wide text that the locale lacks), the
+ * Texts are UTF-8. When printf refuses the arguments (a wide text that the locale lacks), the
  * format itself is shown. All of it is for the application's main thread.
  */
 #ifndef VX_REPORT_H
