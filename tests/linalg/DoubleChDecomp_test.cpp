@@ -52,11 +52,14 @@ std::vector<DoubleGenMat> symmetricMatrices(unsigned n) {
     const DoubleGenMat a = symmetricMatrix(n, condition);
     for (const double scale : {1.0, 1e290, 1e-290}) matrices.push_back(a * scale);
   }
-  for (const unsigned count : {1U, n / 2, 5 * n / 8, n - 1, n}) {
+  for (const unsigned count : {1U, n / 2, 2 * n / 3, n - 1, n}) {
     if (count == 0 || count > n) continue;
     // Of this rank; all numbers are integers, and the factoring ends at an exact 0.
     const DoubleGenMat r = upper(DoubleGenMat(count, n, 1.0));
-    matrices.insert(matrices.end(), {symmetricMatrix(n, 25.0, count), transposeProduct(r, r)});
+    DoubleGenMat ending = symmetricMatrix(n, 25.0);
+    ending(count - 1, count - 1) = -1.0;
+    matrices.insert(matrices.end(),
+                    {symmetricMatrix(n, 25.0, count), transposeProduct(r, r), ending});
   }
   return matrices;
 }
