@@ -8,7 +8,9 @@
 #include <kilnbase/linalg/IntGenMat.h>
 
 #include "tests/support/MathErrors.h"
+#include "tests/support/Matrices.h"
 
+using kilntest::list;
 using kilntest::RecordedMathErrors;
 using testing::ElementsAre;
 using vxKilnBase::GenMat;
@@ -21,12 +23,6 @@ Vec<T> counting(unsigned n) {
   Vec<T> v(n);
   for (int i = 0; i < static_cast<int>(n); ++i) v(i) = static_cast<T>(i);
   return v;
-}
-
-template <class T>
-std::vector<T> list(const Vec<T>& v) {
-  const Vec<T> own = v.copy();
-  return {own.data(), own.data() + own.length()};
 }
 
 template <class T>

@@ -10,30 +10,25 @@
 
 #include "tests/support/Matrices.h"
 
-using kilntest::randomMatrix;
-using kilntest::randomVector;
+using namespace kilntest;
 
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // The largest |c - AB| in units of the rounding error that a sum of so many terms may have, element
 // by element; infinite when the size is wrong.
 double residual(const DoubleGenMat& a, const DoubleGenMat& b, const DoubleGenMat& c) {
   if (c.rows() != a.rows() || c.cols() != b.cols()) return kInfinity;
   double worst = 0.0;
-  for (int i = 0; i < static_cast<int>(c.rows()); ++i) {
-    for (int j = 0; j < static_cast<int>(c.cols()); ++j) {
+  for (unsigned i = 0; i < c.rows(); ++i) {
+    for (unsigned j = 0; j < c.cols(); ++j) {
       double sum = 0.0;
       double magnitude = std::numeric_limits<double>::min();
-      for (int k = 0; k < static_cast<int>(a.cols()); ++k) {
+      for (unsigned k = 0; k < a.cols(); ++k) {
         sum += a(i, k) * b(k, j);
         magnitude += std::abs(a(i, k) * b(k, j));
       }
-      const double error = std::abs(c(i, j) - sum) / (magnitude * kEpsilon * (a.cols() + 1.0));
-      worst = std::isnan(error) ? kInfinity : std::max(worst, error);
+      const double error = ratio(c(i, j) - sum, magnitude, 2 * a.cols() + 2);
+      worst = std::isnan(error) ? kInfinity : std::max(worst, std::abs(error));
     }
   }
   return worst;
@@ -46,13 +41,6 @@ DoubleGenMat scattered(const DoubleGenMat& a) {
   const DoubleGenMat result(wide.slice(static_cast<int>(3 * n), n, -3), a.rows(), a.cols());
   result.dataVec() = a.dataVec();
   return result;
-}
-
-DoubleGenMat column(const DoubleVec& v) {
-  return DoubleGenMat(v.copy(), v.length(), 1);
-}
-DoubleGenMat row(const DoubleVec& v) {
-  return DoubleGenMat(v.copy(), 1, v.length());
 }
 
 double worstProduct(unsigned m, unsigned n, unsigned k) {
@@ -96,38 +84,33 @@ TEST(Product, StridedOperands) {
 TEST(Product, MatrixTimesVector) {
   for (const unsigned m : {0U, 1U, 3U, 7U, 8U, 9U, 31U, 64U, 65U, 71U, 72U, 130U, 333U}) {
     for (const unsigned n : {0U, 1U, 2U, 5U, 8U, 13U, 64U, 127U, 150U, 300U}) {
-      const DoubleGenMat a = randomMatrix(m, n, m + n);
-      const DoubleVec right = randomVector(n, m);
-      const DoubleVec left = randomVector(m, n);
+      SCOPED_TRACE(testing::Message() << m << " by " << n);
+      const DoubleGenMat a = randomMatrix(m, n, m + n), right = randomMatrix(n, 1, m),
+                         left = randomMatrix(1, m, n);
       const auto check = [&](const DoubleGenMat& same, const DoubleVec& x, const DoubleVec& y) {
-        EXPECT_LE(residual(a, column(right), column(product(same, x))), 1.0) << m << " " << n;
-        EXPECT_LE(residual(row(left), a, row(product(y, same))), 1.0) << m << " " << n;
+        EXPECT_LE(residual(a, right, DoubleGenMat(product(same, x), m, 1)), 1.0);
+        EXPECT_LE(residual(left, a, DoubleGenMat(product(y, same), 1, n)), 1.0);
       };
       check(a, right, left);
       check(scattered(a), right, left);
-      check(a, scattered(column(right)).dataVec(), scattered(column(left)).dataVec());
+      check(a, scattered(right), scattered(left));
     }
   }
 }
 
 // What is not finite reaches the elements that it takes part in, and no others, whatever it meets.
 TEST(Product, NotFinite) {
-  for (const int n : {3, 8, 9, 13, 25, 33, 70}) {
-    const auto size = static_cast<unsigned>(n);
-    for (int at = 0; at < n; at += 2) {
-      DoubleGenMat a(size, size, 0.0);
+  for (const unsigned n : {3, 8, 9, 13, 25, 33, 70}) {
+    const DoubleGenMat ones(n, n, 1.0);
+    for (unsigned at = 0; at < n; at += 2) {
+      DoubleGenMat a(n, n, 0.0), infinite = ones.copy();
       a(at, n / 2) = kNaN;
-      const DoubleGenMat ones(size, size, 1.0);
-      const DoubleVec sums = product(a, ones.col(0));
-      const DoubleVec transposed = product(ones.col(0), transpose(a));
-      const DoubleGenMat both = product(a, ones);
-      DoubleGenMat infinite(size, size, 1.0);
       infinite(n - 1, at) = kInfinity;
+      const DoubleVec found[] = {product(a, ones.col(0)), product(ones.col(0), transpose(a)),
+                                 product(a, ones).col(n - 1)};
       const DoubleVec columnSums = product(ones.col(0), infinite);
-      for (int i = 0; i < n; ++i) {
-        EXPECT_EQ(i == at, std::isnan(sums(i))) << n;
-        EXPECT_EQ(i == at, std::isnan(transposed(i))) << n;
-        EXPECT_EQ(i == at, std::isnan(both(i, n - 1))) << n;
+      for (unsigned i = 0; i < n; ++i) {
+        for (const DoubleVec& sums : found) EXPECT_EQ(i == at, std::isnan(sums(i))) << n;
         EXPECT_EQ(i == at ? kInfinity : n, columnSums(i)) << n;
       }
     }

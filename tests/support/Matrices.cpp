@@ -4,6 +4,8 @@
 #include <cmath>
 #include <random>
 
+#include <kilnbase/linalg/vecmath.h>
+
 namespace kilntest {
 
 namespace {
@@ -12,64 +14,81 @@ class UniformSource {
  public:
   explicit UniformSource(std::uint64_t seed) : engine_(seed) {}
 
-  // The next number in (-1, 1): the middle of one of 2^53 equal intervals.
-  double next() { return std::ldexp(static_cast<double>(engine_() >> 11U) + 0.5, -52) - 1.0; }
+  // The next numbers in (-1, 1): the middle of one of 2^53 equal intervals each.
+  DoubleVec take(unsigned n) {
+    DoubleVec v(n);
+    for (unsigned i = 0; i < n; ++i) {
+      v(i) = std::ldexp(static_cast<double>(engine_() >> 11U) + 0.5, -52) - 1.0;
+    }
+    return v;
+  }
 
  private:
   std::mt19937_64 engine_;
 };
 
-void fill(double* to, unsigned n, UniformSource& source) {
-  for (unsigned i = 0; i < n; ++i) to[i] = source.next();
+// Reflects the viewed vector in the plane orthogonal to v.
+void reflect(const DoubleVec& v, DoubleVec x) {
+  x -= v * (2.0 * dot(v, x) / dot(v, v));
 }
 
-// Reflects `count` vectors of n elements, element i of vector j being x[i * step + j * distance],
-// in the plane orthogonal to v.
-void reflect(const DoubleVec& v, double* x, unsigned n, unsigned step, unsigned count,
-             unsigned distance) {
-  double square = 0.0;
-  for (unsigned i = 0; i < n; ++i) square += v.data()[i] * v.data()[i];
-  for (unsigned j = 0; j < count; ++j) {
-    double* vector = x + std::size_t{j} * distance;
-    double product = 0.0;
-    for (unsigned i = 0; i < n; ++i) product += v.data()[i] * vector[std::size_t{i} * step];
-    const double factor = 2.0 * product / square;
-    for (unsigned i = 0; i < n; ++i) vector[std::size_t{i} * step] -= factor * v.data()[i];
+DoubleGenMat withZeroColumns(const DoubleGenMat& a, std::initializer_list<unsigned> columns) {
+  DoubleGenMat result = a.copy();
+  for (const unsigned j : columns) {
+    if (j < a.cols()) result.col(j) = 0.0;
   }
+  return result;
 }
 
-double maxAbs(const double* x, std::size_t n) {
-  double largest = 0.0;
-  for (std::size_t i = 0; i < n; ++i) largest = std::max(largest, std::abs(x[i]));
-  return largest;
+DoubleGenMat graded(const DoubleGenMat& a) {
+  DoubleGenMat result = a.copy();
+  for (unsigned j = 0; j < a.cols(); ++j)
+    result.col(j) *= std::ldexp(1.0, -3 * static_cast<int>(j));
+  for (unsigned i = 0; i < a.rows(); ++i)
+    result.row(i) *= std::ldexp(1.0, -3 * static_cast<int>(i));
+  return result;
 }
 
-double norm2(const double* x, std::size_t n) {
-  const double largest = maxAbs(x, n);
-  if (!(largest > 0.0)) return 0.0;
-  double sum = 0.0;
-  for (std::size_t i = 0; i < n; ++i) sum += (x[i] / largest) * (x[i] / largest);
-  return largest * std::sqrt(sum);
+// With a special number in every third place of the diagonal.
+DoubleGenMat bidiagonal(unsigned m, unsigned n, double special) {
+  DoubleGenMat a(m, n, 0.0);
+  for (unsigned i = 0; i < std::min(m, n); ++i) {
+    a(i, i) = i % 3 == 1 ? special : -1.0 - i;
+    if (i + 1 < n) a(i, i + 1) = 0.5;
+  }
+  return a;
 }
 
-std::size_t elements(const DoubleGenMat& a) {
-  return std::size_t{a.rows()} * a.cols();
+std::vector<TestMatrix> testMatrices(unsigned m, unsigned n) {
+  const DoubleGenMat random = randomMatrix(m, n, 1000 * m + n);
+  std::vector<TestMatrix> result = {
+      {"random", random},
+      {"large", random * 1e290},
+      {"small", random * 1e-290},
+      {"zero", DoubleGenMat(m, n, 0.0)},
+      {"ones", DoubleGenMat(m, n, 1.0)},
+      {"rank 1", product(randomMatrix(m, 1, 3), randomMatrix(1, n, 4))},
+      {"zero columns", withZeroColumns(random, {0, 2, 7, 8, 49, n - 1})},
+      {"graded", graded(random)},
+      {"zeros on the diagonal", bidiagonal(m, n, 0.0)},
+      {"tiny among large", bidiagonal(m, n, 1e-170)}};
+  for (const double condition : {1.0, 2.0, std::sqrt(0.1 / kEpsilon), 0.1 / kEpsilon}) {
+    result.push_back({"condition " + std::to_string(condition),
+                      matrixWithCondition(m, n, condition, 5), condition});
+  }
+  const std::string shape = ", " + std::to_string(m) + " by " + std::to_string(n);
+  for (TestMatrix& test : result) test.name += shape;
+  return result;
 }
 
 }  // namespace
 
 DoubleGenMat randomMatrix(unsigned m, unsigned n, std::uint64_t seed) {
-  UniformSource source(seed);
-  DoubleGenMat a(m, n);
-  fill(a.data(), m * n, source);
-  return a;
+  return DoubleGenMat(randomVector(m * n, seed), m, n);
 }
 
 DoubleVec randomVector(unsigned n, std::uint64_t seed) {
-  UniformSource source(seed);
-  DoubleVec v(n);
-  fill(v.data(), n, source);
-  return v;
+  return UniformSource(seed).take(n);
 }
 
 // Random reflections of growing length are applied from both sides to a diagonal matrix. Source:
@@ -80,55 +99,52 @@ DoubleGenMat matrixWithCondition(unsigned m, unsigned n, double condition, std::
   const unsigned values = std::min(m, n);
   DoubleGenMat a(m, n, 0.0);
   for (unsigned i = values; i-- > 0;) {
-    double* corner = a.data() + (std::size_t{i} * m + i);
-    *corner = values > 1 ? std::pow(condition, -static_cast<double>(i) / (values - 1)) : 1.0;
-    DoubleVec left(m - i);
-    DoubleVec right(n - i);
-    fill(left.data(), m - i, source);
-    fill(right.data(), n - i, source);
-    reflect(left, corner, m - i, 1, n - i, m);
-    reflect(right, corner, n - i, m, m - i, 1);
+    a(i, i) = values > 1 ? std::pow(condition, -static_cast<double>(i) / (values - 1)) : 1.0;
+    const DoubleVec left = source.take(m - i), right = source.take(n - i);
+    for (unsigned j = i; j < n; ++j) reflect(left, a.col(j).slice(i, m - i));
+    for (unsigned k = i; k < m; ++k) reflect(right, a.row(k).slice(i, n - i));
   }
   return a;
-}
-
-DoubleGenMat withZeroColumns(const DoubleGenMat& a, std::initializer_list<unsigned> columns) {
-  DoubleGenMat result = a.copy();
-  for (const unsigned j : columns) {
-    if (j < a.cols()) std::fill_n(result.data() + std::size_t{j} * a.rows(), a.rows(), 0.0);
-  }
-  return result;
 }
 
 DoubleGenMat identity(unsigned n) {
   DoubleGenMat a(n, n, 0.0);
-  for (unsigned i = 0; i < n; ++i) a.data()[std::size_t{i} * n + i] = 1.0;
+  a.diagonal() = 1.0;
   return a;
+}
+
+const std::vector<TestMatrix>& testMatrices() {
+  static const std::vector<TestMatrix> all = [] {
+    std::vector<TestMatrix> result;
+    for (const unsigned m : {0U, 1U, 2U, 3U, 5U, 10U, 50U, 65U, 130U}) {
+      for (const unsigned n : {0U, 1U, 2U, 3U, 5U, 10U, 50U, 65U, 130U}) {
+        std::ranges::move(testMatrices(m, n), std::back_inserter(result));
+      }
+    }
+    return result;
+  }();
+  return all;
 }
 
 double norm1(const DoubleGenMat& a) {
   double largest = 0.0;
-  for (unsigned j = 0; j < a.cols(); ++j) {
-    double sum = 0.0;
-    for (unsigned i = 0; i < a.rows(); ++i) {
-      sum += std::abs(a.data()[std::size_t{j} * a.rows() + i]);
-    }
-    largest = std::max(largest, sum);
-  }
+  for (unsigned j = 0; j < a.cols(); ++j) largest = std::max(sum(abs(a.col(j))), largest);
   return largest;
 }
 
-double frobenius(const DoubleGenMat& a) {
-  return norm2(a.data(), elements(a));
-}
-
 double norm2(const DoubleVec& v) {
-  const DoubleVec contiguous = v.copy();
-  return norm2(contiguous.data(), contiguous.length());
+  const double largest = v.length() == 0 ? 0.0 : maxValue(abs(v));
+  if (largest == 0.0) return 0.0;
+  const DoubleVec scaled = v / largest;
+  return largest * std::sqrt(dot(scaled, scaled));
 }
 
-double maxAbs(const DoubleGenMat& a) {
-  return maxAbs(a.data(), elements(a));
+double ratio(double error, double size, unsigned n) {
+  return error == 0.0 ? 0.0 : error / size / (n * kEpsilon);
+}
+
+double orthogonalityRatio(const DoubleGenMat& q) {
+  return ratio(norm1(transposeProduct(q, q) - identity(q.cols())), 1.0, q.rows());
 }
 
 }  // namespace kilntest

@@ -1,15 +1,34 @@
-// Seeded test matrices, and the norms that residual ratios are made of.
+// Seeded test matrices, lists of elements, and the norms that residual ratios are made of.
 //
-// The same arguments give the same numbers on every system. Norms do not overflow or underflow
-// where their result does not.
+// The same arguments give the same numbers on every system, up to rounding. Norms do not overflow
+// or underflow where their result does not.
 #pragma once
 
 #include <cstdint>
 #include <initializer_list>
+#include <limits>
+#include <string>
+#include <vector>
 
 #include <kilnbase/linalg/DoubleGenMat.h>
 
 namespace kilntest {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon() / 2;  // the unit roundoff
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+template <class T>
+vxKilnBase::Vec<T> vectorOf(std::initializer_list<T> values) {
+  return vxKilnBase::Vec<T>(values.begin(), static_cast<unsigned>(values.size()));
+}
+
+// The elements in order, those of a matrix column by column.
+template <class T>
+std::vector<T> list(const vxKilnBase::Vec<T>& v) {
+  const vxKilnBase::Vec<T> own = v.copy();
+  return {own.data(), own.data() + own.length()};
+}
 
 // Elements uniform in (-1, 1).
 DoubleGenMat randomMatrix(unsigned m, unsigned n, std::uint64_t seed);
@@ -19,16 +38,26 @@ DoubleVec randomVector(unsigned n, std::uint64_t seed);
 // to 1 / condition. With m or n equal to 1 the only one is 1.
 DoubleGenMat matrixWithCondition(unsigned m, unsigned n, double condition, std::uint64_t seed);
 
-// A copy of `a` with these columns set to 0; columns that it does not have are passed over.
-DoubleGenMat withZeroColumns(const DoubleGenMat& a, std::initializer_list<unsigned> columns);
-
 DoubleGenMat identity(unsigned n);
+
+struct TestMatrix {
+  std::string name;  // kind and shape
+  DoubleGenMat a;
+  double condition = 0.0;  // that of matrixWithCondition, if it comes from there
+};
+
+// Every kind of matrix that factorizations find hard, in every shape from 0 to 130 rows and columns
+// at which they may go another way.
+const std::vector<TestMatrix>& testMatrices();
 
 // The largest column sum of absolute values.
 double norm1(const DoubleGenMat& a);
-double frobenius(const DoubleGenMat& a);
-// The Euclidean norm.
+// The Euclidean norm, of a matrix that of Frobenius.
 double norm2(const DoubleVec& v);
-double maxAbs(const DoubleGenMat& a);
+
+// An error in units of the rounding errors of n operations on numbers of this size.
+double ratio(double error, double size, unsigned n);
+// |I - QᵀQ| / (rows ε).
+double orthogonalityRatio(const DoubleGenMat& q);
 
 }  // namespace kilntest
