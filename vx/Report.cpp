@@ -1,4 +1,5 @@
 #include <atomic>
+#include <bitset>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -119,13 +120,29 @@ void writeStatus(const char* text) {
   }
 }
 
+void confirmOK(const char* text) {
+  writeUser(text);
+  if (!console::mayReadInput()) return;
+  rptReleaseKeys();
+  console::writeError("(press Return) ");
+  for (int c = std::getchar(); c != '\n' && c != EOF;) c = std::getchar();
+}
+
+void writeDebug(int, const char* text) {
+  writeError(text);
+}
+
 void sleepMilliseconds(unsigned int milliseconds) {
   std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
-constexpr RptSinks kDefaultSinks = {writeError, writeUser, writeStatus, console::escapePressed,
-                                    sleepMilliseconds};
+constexpr RptSinks kDefaultSinks = {
+    writeError,        writeUser, writeStatus, console::escapePressed,
+    sleepMilliseconds, confirmOK, writeDebug};
 constinit RptSinks sinks = kDefaultSinks;
+
+constinit int debugLevel = 0;
+constinit std::bitset<1024> debugCodes;
 
 constinit std::atomic<bool> abortAsked = false;
 constinit std::atomic<bool> interruptSpent = false;  // noteInterrupt has made way for the default
@@ -138,6 +155,10 @@ void noteInterrupt(int) {
   console::releaseKeys();
   abortAsked = true;
   errno = error;
+}
+
+bool isDebugCode(int code) {
+  return code >= 0 && code < static_cast<int>(debugCodes.size());
 }
 
 template <class Sink>
@@ -162,6 +183,13 @@ void rptUser(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
   sinks.user(FormattedText(format, arguments).text());
+  va_end(arguments);
+}
+
+void rptConfirmOK(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  sinks.confirmOK(FormattedText(format, arguments).text());
   va_end(arguments);
 }
 
@@ -202,12 +230,35 @@ void rptSleep(unsigned int milliseconds) {
   sinks.sleep(milliseconds);
 }
 
+void rptDebug(int level, const char* format, ...) {
+  if (level > debugLevel) return;
+  va_list arguments;
+  va_start(arguments, format);
+  sinks.debug(level, FormattedText(format, arguments).text());
+  va_end(arguments);
+}
+
+void rptSetDebugLevel(int level) {
+  debugLevel = level;
+}
+
+bool rptDebugCodeIsSet(int code) {
+  return isDebugCode(code) && debugCodes[static_cast<std::size_t>(code)];
+}
+
+void rptSetDebugCode(int code, bool on) {
+  if (isDebugCode(code)) debugCodes[static_cast<std::size_t>(code)] = on;
+}
+
 RptSinks rptSetSinks(const RptSinks* replacements) {
   const RptSinks previous = sinks;
   const RptSinks& wanted = replacements != nullptr ? *replacements : kDefaultSinks;
-  sinks = {orDefault(wanted.error, kDefaultSinks.error), orDefault(wanted.user, kDefaultSinks.user),
+  sinks = {orDefault(wanted.error, kDefaultSinks.error),
+           orDefault(wanted.user, kDefaultSinks.user),
            orDefault(wanted.status, kDefaultSinks.status),
            orDefault(wanted.checkAbort, kDefaultSinks.checkAbort),
-           orDefault(wanted.sleep, kDefaultSinks.sleep)};
+           orDefault(wanted.sleep, kDefaultSinks.sleep),
+           orDefault(wanted.confirmOK, kDefaultSinks.confirmOK),
+           orDefault(wanted.debug, kDefaultSinks.debug)};
   return previous;
 }

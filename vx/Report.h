@@ -1,4 +1,5 @@
-/* Reports to the user: errors, messages, the status line, and the question whether to stop.
+/* Reports to the user: errors, messages, the status line, and the question whether to stop; and to
+ * the developer: debug output and numbered debug switches.
  *
  * The library and its callers report through these functions in printf style; the host decides
  * where the text goes by replacing the sinks. The default sinks write to standard error and keep
@@ -31,6 +32,10 @@ VX_API void rptVError(const char* format, va_list arguments) VX_PRINTF(1, 0);
 
 /** Shows a message; each call is one, and a line feed at its end is not needed. */
 VX_API void rptUser(const char* format, ...) VX_PRINTF(1, 2);
+
+/** Shows a message, as `rptUser` does, and waits until the user has confirmed it. By default that
+ * is done with the Return key; where standard input is no terminal, nobody is there to wait for. */
+VX_API void rptConfirmOK(const char* format, ...) VX_PRINTF(1, 2);
 
 /** Replaces the status line. Control characters in it become blanks. */
 VX_API void rptStatus(const char* format, ...) VX_PRINTF(1, 2);
@@ -65,6 +70,19 @@ VX_API void rptCatchInterrupt(void);
 /** Waits for that many milliseconds. */
 VX_API void rptSleep(unsigned int milliseconds);
 
+/** Writes to the debug output, piece by piece, when `level` is at most the debug level. Every piece
+ * is plain text: what a caller prints as a mark of nesting, such as ">>>" and "<<<", stays as it
+ * is. */
+VX_API void rptDebug(int level, const char* format, ...) VX_PRINTF(2, 3);
+
+/** The debug level; 0 at the start. */
+VX_API void rptSetDebugLevel(int level);
+
+/** Whether the debug switch of that number is on. They are numbered 0 to 1023; those beyond are
+ * never on. All are off at the start. */
+VX_API bool rptDebugCodeIsSet(int code);
+VX_API void rptSetDebugCode(int code, bool on);
+
 /** Where reports go. The texts are formatted and live until the sink returns. */
 typedef struct RptSinks {
   void (*error)(const char* text);  /**< A piece of the error report. */
@@ -72,6 +90,8 @@ typedef struct RptSinks {
   void (*status)(const char* text); /**< The new status, a single line; "" removes it. */
   bool (*checkAbort)(void);         /**< Whether the user asks to stop now. */
   void (*sleep)(unsigned int milliseconds);
+  void (*confirmOK)(const char* text);        /**< Returns when the user has confirmed. */
+  void (*debug)(int level, const char* text); /**< A piece of the debug output. */
 } RptSinks;
 
 /** Installs the functions of `sinks`; a null member, or all of them when `sinks` is null, stands

@@ -14,7 +14,11 @@ constexpr RptSinks kRecordingSinks = {
     [](const char* text) { reports.push_back(std::string("user: ") + text); },
     [](const char* text) { reports.push_back(std::string("status: ") + text); },
     [] { return recorder->asksToStop; },
-    [](unsigned int milliseconds) { reports.push_back("sleep: " + std::to_string(milliseconds)); }};
+    [](unsigned int milliseconds) { reports.push_back("sleep: " + std::to_string(milliseconds)); },
+    [](const char* text) { reports.push_back(std::string("confirm: ") + text); },
+    [](int level, const char* text) {
+      reports.push_back("debug " + std::to_string(level) + ": " + text);
+    }};
 
 }  // namespace
 

@@ -1,6 +1,7 @@
 #include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 
 #include <vx/Report.h>
@@ -17,8 +18,10 @@ TEST(Report, TextsAreFormattedForTheSinkOfTheirKind) {
   rptUser("%4.1f%% done", 25.5);
   rptStatus("a\tb\nc\x7f\xC3\xA9\xC2\x9B");
   rptSleep(7);
-  EXPECT_THAT(reports.takeAll(), ElementsAre("error: 3 of ", "error: ten\n", "user: 25.5% done",
-                                             "status: a b c \xC3\xA9  ", "sleep: 7"));
+  rptConfirmOK("bug #%d", 12);
+  EXPECT_THAT(reports.takeAll(),
+              ElementsAre("error: 3 of ", "error: ten\n", "user: 25.5% done",
+                          "status: a b c \xC3\xA9  ", "sleep: 7", "confirm: bug #12"));
   for (const int length : {1023, 1024, 100000}) {
     rptError("%*d", length, 7);
     EXPECT_EQ(7U + static_cast<unsigned>(length), reports.takeAll().at(0).length());
@@ -26,6 +29,28 @@ TEST(Report, TextsAreFormattedForTheSinkOfTheirKind) {
   const wchar_t unknown[] = {0x20AC, 0};
   rptError("wide %ls", unknown);
   EXPECT_THAT(reports.takeAll(), ElementsAre(testing::StartsWith("error: wide ")));
+}
+
+TEST(Report, DebugOutputIsForLevelsUpToTheChosenOne) {
+  RecordedReports reports;
+  for (const int level : {0, 2}) {
+    rptSetDebugLevel(level);
+    for (const int i : {-1, 0, 2, 3}) rptDebug(i, "%s%d", ">>>", i);
+  }
+  rptSetDebugLevel(0);
+  EXPECT_THAT(reports.takeAll(), ElementsAre("debug -1: >>>-1", "debug 0: >>>0", "debug -1: >>>-1",
+                                             "debug 0: >>>0", "debug 2: >>>2"));
+}
+
+TEST(Report, DebugSwitchesAreSetOneByOneAndNoneBeyondTheLast) {
+  for (const int code : {-1, 0, 63, 800, 1023, 1024, std::numeric_limits<int>::max()}) {
+    EXPECT_FALSE(rptDebugCodeIsSet(code)) << code;
+    rptSetDebugCode(code, true);
+    EXPECT_EQ(code >= 0 && code < 1024, rptDebugCodeIsSet(code)) << code;
+    EXPECT_FALSE(rptDebugCodeIsSet(code ^ 1)) << code;
+    rptSetDebugCode(code, false);
+    EXPECT_FALSE(rptDebugCodeIsSet(code)) << code;
+  }
 }
 
 TEST(Report, ASinkCanPassTextsOnAndLeaveTheRestToTheDefault) {
@@ -51,7 +76,11 @@ TEST(Report, InAPipeEveryTextHasLinesOfItsOwn) {
   rptStatus("three");
   rptClearStatus();
   rptUser("message\n");
-  EXPECT_EQ("one\ntwo \n** piece\nthree\nmessage\n", testing::internal::GetCapturedStderr());
+  rptDebug(0, "item\n");
+  rptDebug(0, "<<<");
+  rptConfirmOK("agreed?");
+  EXPECT_EQ("one\ntwo \n** piece\nthree\nmessage\nitem\n<<<\nagreed?\n",
+            testing::internal::GetCapturedStderr());
 }
 
 TEST(Report, TheWishToStopStaysUntilResetAndInterruptsAreCaughtAgain) {

@@ -11,10 +11,13 @@ bool errorIsTerminal();
 /// Writes UTF-8 text to standard error at once.
 void writeError(std::string_view text);
 
-/// Whether ESC was pressed since the last call, if standard input is a terminal of which this
-/// process may read. Takes the terminal: until `releaseKeys`, the end of the process (also by a
-/// signal) or its suspension keys are not echoed, and those other than ESC are dropped. Waits only
-/// after ESC, at most 50 ms, for what tells a cursor key from the ESC key.
+/// Whether standard input is a terminal of which this process may read.
+bool mayReadInput();
+
+/// Whether ESC was pressed since the last call, if `mayReadInput`. Takes the terminal: until
+/// `releaseKeys`, the end of the process (also by a signal) or its suspension keys are not echoed,
+/// and those other than ESC are dropped. Waits only after ESC, at most 50 ms, for what tells a
+/// cursor key from the ESC key.
 bool escapePressed();
 
 /// Gives the terminal back as it was before `escapePressed`; may be called from a signal handler. A

@@ -106,8 +106,12 @@ void writeError(std::string_view text) {
   std::fflush(stderr);
 }
 
+bool mayReadInput() {
+  return isatty(STDIN_FILENO) != 0 && inForeground();
+}
+
 bool escapePressed() {
-  if (isatty(STDIN_FILENO) == 0 || !inForeground()) return false;
+  if (!mayReadInput()) return false;
   takeKeys();
   EscapeFinder escape;
   char keys[64];

@@ -56,6 +56,10 @@ void writeError(std::string_view text) {
   }
 }
 
+bool mayReadInput() {
+  return isConsole(GetStdHandle(STD_INPUT_HANDLE));
+}
+
 bool escapePressed() {
   const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
   bool pressed = false;

@@ -179,6 +179,25 @@ TEST(ConsoleOnATerminal, OthersMayReadKeysAndAfterAReleaseWholeLines) {
   EXPECT_THAT(terminal.output(), testing::Not(HasSubstr("job stopped")));
 }
 
+TEST(ConsoleOnATerminal, AConfirmationWaitsForALine) {
+  Terminal terminal([] {
+    rptCheckAbort();
+    for (const char* text : {"first", "second"}) rptConfirmOK("%s", text);
+    rptUser("confirmed");
+  });
+  terminal.waitFor("first\r\n(press Return)");
+  EXPECT_TRUE(terminal.isInItsFirstMode());
+  terminal.press("not yet");
+  terminal.waitFor("not yet");
+  EXPECT_THAT(terminal.output(), testing::Not(HasSubstr("second")));
+  terminal.press("\r");
+  terminal.waitFor("second\r\n(press Return)");
+  EXPECT_THAT(terminal.output(), testing::Not(HasSubstr("confirmed")));
+  terminal.press("\x04");
+  terminal.waitFor("confirmed");
+  EXPECT_EQ(0, terminal.finish());
+}
+
 TEST(ConsoleOnATerminal, SignalsThatEndTheProcessGiveTheTerminalBack) {
   for (const int signal : {SIGTERM, SIGHUP, SIGQUIT, SIGABRT}) {
     Terminal terminal([signal] {
