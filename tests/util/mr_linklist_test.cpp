@@ -259,11 +259,12 @@ TEST(LinkList, RemovingANodeOfAnotherListLeavesTheHeads) {
   Records list = {1};
   Records other = {2, 3};
   MR_LinkNode* const first = other.head;
+  MR_LinkNode* const second = first->next;
   MR_ll_remove(&list, first);
   EXPECT_THAT(list.keys(), ElementsAre(1));
   EXPECT_EQ(first, other.head);
-  EXPECT_EQ(nullptr, MR_ll_prev(first));
-  other.head = nullptr;
+  EXPECT_EQ(nullptr, MR_ll_prev(second));
+  other.head = second;
   std::free(first);
 }
 
