@@ -1,0 +1,326 @@
+#include <cstdint>
+
+#include <kilnbase/detail/assert.h>
+#include <kilnbase/util/mr_avl.h>
+
+namespace {
+
+// As `direction` has it.
+enum Side : std::uint8_t { kNeither, kLeft, kRight };
+
+Side opposite(Side side) {
+  return side == kLeft ? kRight : kLeft;
+}
+
+Side sideOf(int order) {
+  return order < 0 ? kLeft : kRight;
+}
+
+// The balance of a node that is one level higher on that side.
+std::int16_t leanTo(std::uint8_t direction) {
+  return direction == kRight ? 1 : -1;
+}
+
+MrAvlNode*& child(MrAvlNode* node, std::uint8_t side) {
+  return side == kLeft ? node->left : node->right;
+}
+
+void clear(MrAvlNode* node) {
+  node->left = nullptr;
+  node->right = nullptr;
+  node->balance = 0;
+  node->direction = 0;
+}
+
+// The child on that side takes the node's place, and the node becomes the child's child.
+MrAvlNode* raise(MrAvlNode* node, Side side) {
+  MrAvlNode* const raised = child(node, side);
+  child(node, side) = child(raised, opposite(side));
+  child(raised, opposite(side)) = node;
+  return raised;
+}
+
+// Raises the inner grandchild on that side to the node's place.
+MrAvlNode* raiseInner(MrAvlNode* node, Side side) {
+  MrAvlNode* const near = child(node, side);
+  MrAvlNode* const inner = child(near, opposite(side));
+  const int lean = leanTo(side);
+  node->balance = inner->balance == lean ? leanTo(opposite(side)) : std::int16_t{0};
+  near->balance = inner->balance == -lean ? leanTo(side) : std::int16_t{0};
+  inner->balance = 0;
+  child(node, side) = raise(near, opposite(side));
+  return raise(node, side);
+}
+
+// Rotates when the balance of the node at the link demands it; tells whether it did. It does not
+// where the balances, left over from a removal without rebalancing, claim nodes that are not there.
+bool rotate(MrAvlNode*& link) {
+  MrAvlNode* const node = link;
+  if (node->balance >= -1 && node->balance <= 1) return false;
+  const Side higher = sideOf(node->balance);
+  MrAvlNode* const near = child(node, higher);
+  if (near == nullptr) return false;
+  if (near->balance == leanTo(higher)) {
+    node->balance = 0;
+    near->balance = 0;
+    link = raise(node, higher);
+    return true;
+  }
+  if (child(near, opposite(higher)) == nullptr) return false;
+  link = raiseInner(node, higher);
+  return true;
+}
+
+// Of a tree whose balances are right.
+int heightOf(const MrAvlNode* node) {
+  int height = 0;
+  for (; node != nullptr; node = node->balance < 0 ? node->left : node->right) ++height;
+  return height;
+}
+
+// Balances the tree at the link, both of whose subtrees are balanced. Whatever stands before it in
+// post-order is balanced too, so that the first nodes to rotate are below the last rotation.
+void settle(MrAvlNode*& link) {
+  do {
+    const int balance = heightOf(link->right) - heightOf(link->left);
+    link->balance = static_cast<std::int16_t>(balance);
+    if (!rotate(link)) return;
+    settle(link->left);
+    settle(link->right);
+  } while (true);
+}
+
+// The way from the root to a node, to go back on. The nodes of the first levels are noted here; the
+// tree has no room for those of deeper ones but their own link to the child on the way, which holds
+// the way to their parent until it is put back (link inversion; Schorr and Waite, Comm. ACM 10,
+// 1967).
+class Path {
+ public:
+  static constexpr unsigned kMostNoted = 128;
+
+  explicit Path(unsigned noted) : noted_(noted) {}
+
+  bool atRoot() const { return depth_ == 0; }
+
+  void down(MrAvlNode*& node, Side side) {
+    const std::uintptr_t step = reinterpret_cast<std::uintptr_t>(node) | side;
+    MrAvlNode*& link = child(node, side);
+    node = link;
+    if (depth_ < noted_) {
+      steps_[depth_] = step;
+    } else {
+      link = reinterpret_cast<MrAvlNode*>(deepest_);
+      deepest_ = step;
+    }
+    ++depth_;
+  }
+
+  // Tells from which side it came up.
+  Side up(MrAvlNode*& node) {
+    --depth_;
+    const std::uintptr_t step = depth_ < noted_ ? steps_[depth_] : deepest_;
+    MrAvlNode* const parent = reinterpret_cast<MrAvlNode*>(step & ~kSideBits);
+    const Side side = static_cast<Side>(step & kSideBits);
+    if (depth_ >= noted_) {
+      MrAvlNode*& link = child(parent, side);
+      deepest_ = reinterpret_cast<std::uintptr_t>(link);
+      link = node;
+    }
+    node = parent;
+    return side;
+  }
+
+ private:
+  static constexpr std::uintptr_t kSideBits = kLeft | kRight;
+  static_assert(alignof(MrAvlNode) > kSideBits);
+
+  const unsigned noted_;
+  unsigned depth_ = 0;
+  std::uintptr_t deepest_ = 0;
+  std::uintptr_t steps_[kMostNoted];
+};
+
+// Goes round the tree from its root and back to it, until a call returns anything but 0. Calls
+// `between` for each node between its subtrees and `after` behind both; the latter may put another
+// node in its place.
+template <class Between, class After>
+int tour(MrAvlNode*& node, unsigned noted, Between between, After after) {
+  if (node == nullptr) return 0;
+  Path path(noted);
+  Side done = kNeither;
+  int result = 0;
+  while (result == 0) {
+    if (done == kNeither && node->left != nullptr) {
+      path.down(node, kLeft);
+      continue;
+    }
+    if (done != kRight) result = between(node);
+    if (result == 0 && done != kRight && node->right != nullptr) {
+      path.down(node, kRight);
+      done = kNeither;
+      continue;
+    }
+    if (result == 0) result = after(node);
+    if (path.atRoot()) return result;
+    done = path.up(node);
+  }
+  while (!path.atRoot()) path.up(node);
+  return result;
+}
+
+int goOn(MrAvlNode*) {
+  return 0;
+}
+
+template <class Visit>
+int walkInorder(MrAvlNode* root, Visit visit) {
+  return tour(root, Path::kMostNoted, visit, goOn);
+}
+
+template <class Visit>
+int walkPostorder(MrAvlNode* root, Visit visit) {
+  return tour(root, Path::kMostNoted, goOn, visit);
+}
+
+MrAvlNode* outermost(MrAvlNode* node, Side side) {
+  if (node == nullptr) return nullptr;
+  while (child(node, side) != nullptr) node = child(node, side);
+  return node;
+}
+
+// The next node on that side of the one that compares equal to the key.
+MrAvlNode* neighbour(MrAvlNode* root, const void* key, MrAvlCompare compare, Side side) {
+  KILN_ASSERT(compare != nullptr);
+  MrAvlNode* turn = nullptr;  // the last node from which the search went away from that side
+  for (MrAvlNode* node = root; node != nullptr;) {
+    const int order = compare(key, node);
+    if (order == 0) {
+      MrAvlNode* const next = child(node, side);
+      return next != nullptr ? outermost(next, opposite(side)) : turn;
+    }
+    const Side way = sideOf(order);
+    if (way != side) turn = node;
+    node = child(node, way);
+  }
+  return nullptr;
+}
+
+// The link that points to the node, or null when the search for it ends elsewhere.
+MrAvlNode** linkTo(MrAvlNode** root, const MrAvlNode* node, MrAvlCompare compare) {
+  MrAvlNode** link = root;
+  while (*link != node) {
+    if (*link == nullptr) return nullptr;
+    const int order = compare(node, *link);
+    if (order == 0) return nullptr;
+    link = &child(*link, sideOf(order));
+  }
+  return link;
+}
+
+// What takes the place of a node that is removed.
+MrAvlNode* joined(MrAvlNode* left, MrAvlNode* right) {
+  if (right == nullptr) return left;
+  outermost(right, kLeft)->left = left;
+  return right;
+}
+
+}  // namespace
+
+int MR_avl_insert(MrAvlNode** root, MrAvlNode* node, MrAvlCompare compare) {
+  if (root == nullptr || node == nullptr || compare == nullptr) return -1;
+  MrAvlNode** link = root;
+  MrAvlNode** critical = root;  // the last link on the way to a node with a balance, or the root
+  while (MrAvlNode* const at = *link) {
+    if (at->balance != 0) critical = link;
+    const int order = compare(node, at);
+    if (order == 0) {
+      if (at != node) clear(node);
+      return 1;
+    }
+    at->direction = sideOf(order);
+    link = &child(at, sideOf(order));
+  }
+  clear(node);
+  *link = node;
+  for (MrAvlNode* at = *critical; at != node; at = child(at, at->direction)) {
+    at->balance = static_cast<std::int16_t>(at->balance + leanTo(at->direction));
+  }
+  rotate(*critical);
+  return 0;
+}
+
+int MR_avl_remove(MrAvlNode** root, MrAvlNode* node, MrAvlCompare compare) {
+  const int result = MR_bt_remove(root, node, compare);
+  if (result == 0) MR_avl_balance(root);
+  return result;
+}
+
+int MR_bt_remove(MrAvlNode** root, MrAvlNode* node, MrAvlCompare compare) {
+  const bool given = root != nullptr && node != nullptr && compare != nullptr;
+  KILN_ASSERT(given);
+  MrAvlNode** const link = given ? linkTo(root, node, compare) : nullptr;
+  if (link == nullptr) return 1;
+  *link = joined(node->left, node->right);
+  return 0;
+}
+
+int MR_avl_balance(MrAvlNode** root) {
+  KILN_ASSERT(root != nullptr);
+  const auto settleOne = [](MrAvlNode*& link) {
+    settle(link);
+    return 0;
+  };
+  if (root != nullptr) tour(*root, 0, goOn, settleOne);
+  return 1;
+}
+
+MrAvlNode* MR_avl_find(MrAvlNode* root, const void* key, MrAvlCompare compare) {
+  KILN_ASSERT(compare != nullptr);
+  MrAvlNode* node = root;
+  while (node != nullptr) {
+    const int order = compare(key, node);
+    if (order == 0) break;
+    node = child(node, sideOf(order));
+  }
+  return node;
+}
+
+MrAvlNode* MR_avl_first(MrAvlNode* root) {
+  return outermost(root, kLeft);
+}
+
+MrAvlNode* MR_avl_last(MrAvlNode* root) {
+  return outermost(root, kRight);
+}
+
+MrAvlNode* MR_avl_next(MrAvlNode* root, const void* key, MrAvlCompare compare) {
+  return neighbour(root, key, compare, kRight);
+}
+
+MrAvlNode* MR_avl_prev(MrAvlNode* root, const void* key, MrAvlCompare compare) {
+  return neighbour(root, key, compare, kLeft);
+}
+
+MrAvlNode* MR_avl_left(MrAvlNode* node) {
+  return node != nullptr ? node->left : nullptr;
+}
+
+MrAvlNode* MR_avl_right(MrAvlNode* node) {
+  return node != nullptr ? node->right : nullptr;
+}
+
+int MR_avl_inorder(MrAvlNode* root, MrAvlVisit visit) {
+  return walkInorder(root, visit);
+}
+
+int MR_avl_inorder_user(MrAvlNode* root, MrAvlVisitUser visit, void* user) {
+  return walkInorder(root, [=](MrAvlNode* node) { return visit(node, user); });
+}
+
+int MR_avl_postorder(MrAvlNode* root, MrAvlVisit visit) {
+  return walkPostorder(root, visit);
+}
+
+int MR_avl_postorder_user(MrAvlNode* root, MrAvlVisitUser visit, void* user) {
+  return walkPostorder(root, [=](MrAvlNode* node) { return visit(node, user); });
+}
