@@ -1,0 +1,50 @@
+// Cartesian points.
+#pragma once
+
+#include <kilnbase/geometry/T4dDblVector.h>
+
+/// A position: three contiguous doubles.
+///
+/// A point is a row: p * M adds the translation in row 3 of M; the fourth column of M is ignored
+/// and nothing is divided. The products stand in T4dDblMatrix.h. Comparisons answer 0 or 1.
+class T3dDblPoint {
+ public:
+  double x = 0.0;
+  double y = 0.0;
+  double z = 0.0;
+
+  /// (0, 0, 0).
+  KILNBASE_API static const T3dDblPoint origin;
+
+  constexpr T3dDblPoint() = default;
+  constexpr T3dDblPoint(double x_, double y_, double z_) : x(x_), y(y_), z(z_) {}
+  constexpr T3dDblPoint(const T4dDblVector& v)  // NOLINT(google-explicit-constructor)
+      : T3dDblPoint(v.x, v.y, v.z) {}
+
+  constexpr int operator==(const T3dDblPoint& p) const { return x == p.x && y == p.y && z == p.z; }
+  constexpr int operator!=(const T3dDblPoint& p) const { return !(*this == p); }
+  /// Whether the points are at most `tol` apart. Squares are compared, so the sign of `tol` does
+  /// not matter.
+  constexpr int equivalent(const T3dDblPoint& p, double tol) const {
+    return tol * tol >= distance2To(p);
+  }
+
+  constexpr T4dDblVector operator-(const T3dDblPoint& p) const {
+    return {x - p.x, y - p.y, z - p.z};
+  }
+  constexpr T3dDblPoint operator+(const T4dDblVector& v) const {
+    return {x + v.x, y + v.y, z + v.z};
+  }
+  constexpr T3dDblPoint operator-(const T4dDblVector& v) const {
+    return {x - v.x, y - v.y, z - v.z};
+  }
+  /// The squared distance.
+  constexpr double distance2To(const T3dDblPoint& p) const { return (*this - p).norm(); }
+
+  /// this := p * M.
+  constexpr T3dDblPoint& setToProduct(const T3dDblPoint& p, const T4dDblMatrix& m);
+  constexpr T3dDblPoint& postmultBy(const T4dDblMatrix& m);
+  constexpr T3dDblPoint operator*(const T4dDblMatrix& m) const;
+};
+
+constexpr T4dDblVector::T4dDblVector(const T3dDblPoint& p) : T4dDblVector(p.x, p.y, p.z) {}

@@ -1,0 +1,206 @@
+// 4x4 matrices, and the products of points and vectors with them.
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <cstdio>
+
+#include <kilnbase/geometry/T3dDblPoint.h>
+#include <kilnbase/geometry/T4dDblPoint.h>
+#include <kilnbase/geometry/T4dDblVector.h>
+
+/// A 4x4 matrix of doubles, row-major: element (r, c) is the (4*r + c)-th.
+///
+/// Points and vectors are rows: a point p is transformed as p * M, the translation is row 3, and in
+/// A * B the transform A acts first. Rotations are right-handed, angles in radians. `postmultBy(M)`
+/// is this := this * M, `premultBy(M)` this := M * this. Indices are not checked. Comparisons
+/// answer 0 or 1.
+///
+///     T4dDblMatrix turn;
+///     turn.setToAxisRotate(T4dDblVector(0, 0, 1), pi / 2);
+///     T4dDblMatrix m = turn * T4dDblVector(1, 0, 0);    // wrong: a column product, a vector
+///     T4dDblMatrix m = turn * T4dDblMatrix(T4dDblVector(1, 0, 0));    // turns, then moves
+class T4dDblMatrix {
+ public:
+  KILNBASE_API static const T4dDblMatrix identity;
+
+  /// The identity.
+  constexpr T4dDblMatrix() : T4dDblMatrix(1.0, 1.0, 1.0) {}
+
+  constexpr double& operator()(short r, short c) { return element_[r][c]; }
+  constexpr const double& operator()(short r, short c) const { return element_[r][c]; }
+  /// The four elements of row r.
+  constexpr double* operator[](std::size_t r) { return element_[r]; }
+  constexpr const double* operator[](std::size_t r) const { return element_[r]; }
+
+  constexpr int operator==(const T4dDblMatrix& m) const;
+  constexpr int operator!=(const T4dDblMatrix& m) const { return !(*this == m); }
+  /// Whether every element differs by at most `tol`.
+  KILNBASE_API int equivalent(const T4dDblMatrix& m, double tol) const;
+
+  /// this := A * B, where A or B may be this matrix.
+  constexpr T4dDblMatrix& setToProduct(const T4dDblMatrix& a, const T4dDblMatrix& b);
+  constexpr T4dDblMatrix& postmultBy(const T4dDblMatrix& m) { return setToProduct(*this, m); }
+  constexpr T4dDblMatrix& premultBy(const T4dDblMatrix& m) { return setToProduct(m, *this); }
+  constexpr T4dDblMatrix operator*(const T4dDblMatrix& m) const;
+  constexpr T4dDblMatrix& operator*=(const T4dDblMatrix& m) { return postmultBy(m); }
+
+  constexpr T4dDblMatrix& setToIdentity() { return *this = T4dDblMatrix(); }
+  constexpr T4dDblMatrix transpose() const;
+  constexpr T4dDblMatrix& transposeIt() { return *this = transpose(); }
+  /// Inverts by Gauss-Jordan elimination with partial pivoting. The inverse of a singular matrix
+  /// has infinite or NaN elements.
+  KILNBASE_API T4dDblMatrix& invertIt();
+  T4dDblMatrix inverse() const { return T4dDblMatrix(*this).invertIt(); }
+  /// The determinant of the upper left 3x3.
+  constexpr double det3x3() const;
+
+  /// this := the rotation about an axis through the origin, which must be of unit length for a pure
+  /// rotation; the identity for an angle of exactly 0.
+  KILNBASE_API T4dDblMatrix& setToAxisRotate(const T4dDblVector& axis, double angle);
+  /// this := R * this, where R is the rotation of `setToAxisRotate`; nothing for an angle of 0.
+  KILNBASE_API T4dDblMatrix& axisRotateIt(const T4dDblVector& axis, double angle);
+
+  KILNBASE_API T4dDblMatrix& setFromDouble(const double elements[4][4]);
+  KILNBASE_API T4dDblMatrix& setFromFloat(const float elements[4][4]);
+  KILNBASE_API void copyToFloat(float elements[4][4]) const;
+  /// Writes one line for each row, in the format "%g %g %g %g\n".
+  KILNBASE_API void print(std::FILE* file) const;
+
+ protected:
+  /// The rotation of `setToAxisRotate` by an angle of this cosine and sine.
+  T4dDblMatrix& setToAxisTurn(const T4dDblVector& axis, double cosine, double sine);
+
+ private:
+  friend class Tscale;
+  constexpr T4dDblMatrix(double x, double y, double z)
+      : element_{{x, 0, 0, 0}, {0, y, 0, 0}, {0, 0, z, 0}, {0, 0, 0, 1}} {}
+
+  double element_[4][4];
+};
+
+constexpr int T4dDblMatrix::operator==(const T4dDblMatrix& m) const {
+  for (int r = 0; r < 4; ++r) {
+    for (int c = 0; c < 4; ++c) {
+      if (element_[r][c] != m.element_[r][c]) return 0;
+    }
+  }
+  return 1;
+}
+
+constexpr T4dDblMatrix& T4dDblMatrix::setToProduct(const T4dDblMatrix& a, const T4dDblMatrix& b) {
+  if (this == &b) return *this = a * T4dDblMatrix(b);
+  for (int r = 0; r < 4; ++r) {
+    const double a0 = a.element_[r][0];
+    const double a1 = a.element_[r][1];
+    const double a2 = a.element_[r][2];
+    const double a3 = a.element_[r][3];
+    for (int c = 0; c < 4; ++c) {
+      element_[r][c] = a0 * b.element_[0][c] + a1 * b.element_[1][c] + a2 * b.element_[2][c] +
+                       a3 * b.element_[3][c];
+    }
+  }
+  return *this;
+}
+
+constexpr T4dDblMatrix T4dDblMatrix::operator*(const T4dDblMatrix& m) const {
+  T4dDblMatrix product;
+  product.setToProduct(*this, m);
+  return product;
+}
+
+constexpr T4dDblMatrix T4dDblMatrix::transpose() const {
+  T4dDblMatrix transposed;
+  for (int r = 0; r < 4; ++r) {
+    for (int c = 0; c < 4; ++c) transposed.element_[c][r] = element_[r][c];
+  }
+  return transposed;
+}
+
+constexpr double T4dDblMatrix::det3x3() const {
+  const auto& m = element_;
+  return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
+         m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
+         m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
+}
+
+constexpr T4dDblVector& T4dDblVector::operator=(const T4dDblMatrix& m) {
+  return set(m(3, 0), m(3, 1), m(3, 2));
+}
+
+constexpr T4dDblVector::operator T4dDblMatrix() const {
+  T4dDblMatrix m;
+  m(3, 0) = x;
+  m(3, 1) = y;
+  m(3, 2) = z;
+  return m;
+}
+
+constexpr T4dDblVector& T4dDblVector::setToProduct(const T4dDblVector& v, const T4dDblMatrix& m) {
+  return set(v.x * m(0, 0) + v.y * m(1, 0) + v.z * m(2, 0),
+             v.x * m(0, 1) + v.y * m(1, 1) + v.z * m(2, 1),
+             v.x * m(0, 2) + v.y * m(1, 2) + v.z * m(2, 2));
+}
+
+constexpr T4dDblVector& T4dDblVector::setToProduct(const T4dDblMatrix& m, const T4dDblVector& v) {
+  return set(m(0, 0) * v.x + m(0, 1) * v.y + m(0, 2) * v.z,
+             m(1, 0) * v.x + m(1, 1) * v.y + m(1, 2) * v.z,
+             m(2, 0) * v.x + m(2, 1) * v.y + m(2, 2) * v.z);
+}
+
+constexpr T4dDblVector& T4dDblVector::postmultBy(const T4dDblMatrix& m) {
+  return setToProduct(*this, m);
+}
+
+constexpr T4dDblVector& T4dDblVector::premultBy(const T4dDblMatrix& m) {
+  return setToProduct(m, *this);
+}
+
+constexpr T4dDblVector T4dDblVector::operator*(const T4dDblMatrix& m) const {
+  return T4dDblVector().setToProduct(*this, m);
+}
+
+/// The column product with the upper left 3x3.
+constexpr T4dDblVector operator*(const T4dDblMatrix& m, const T4dDblVector& v) {
+  return T4dDblVector().setToProduct(m, v);
+}
+
+constexpr T3dDblPoint& T3dDblPoint::setToProduct(const T3dDblPoint& p, const T4dDblMatrix& m) {
+  return *this = T3dDblPoint(p.x * m(0, 0) + p.y * m(1, 0) + p.z * m(2, 0) + m(3, 0),
+                             p.x * m(0, 1) + p.y * m(1, 1) + p.z * m(2, 1) + m(3, 1),
+                             p.x * m(0, 2) + p.y * m(1, 2) + p.z * m(2, 2) + m(3, 2));
+}
+
+constexpr T3dDblPoint& T3dDblPoint::postmultBy(const T4dDblMatrix& m) {
+  return setToProduct(*this, m);
+}
+
+constexpr T3dDblPoint T3dDblPoint::operator*(const T4dDblMatrix& m) const {
+  return T3dDblPoint().setToProduct(*this, m);
+}
+
+constexpr T4dDblPoint& T4dDblPoint::setToProduct(const T4dDblPoint& p, const T4dDblMatrix& m) {
+  return set(p.x * m(0, 0) + p.y * m(1, 0) + p.z * m(2, 0) + p.w * m(3, 0),
+             p.x * m(0, 1) + p.y * m(1, 1) + p.z * m(2, 1) + p.w * m(3, 1),
+             p.x * m(0, 2) + p.y * m(1, 2) + p.z * m(2, 2) + p.w * m(3, 2),
+             p.x * m(0, 3) + p.y * m(1, 3) + p.z * m(2, 3) + p.w * m(3, 3));
+}
+
+constexpr T4dDblPoint& T4dDblPoint::setToProduct(const T4dDblMatrix& m, const T4dDblPoint& p) {
+  return set(m(0, 0) * p.x + m(0, 1) * p.y + m(0, 2) * p.z + m(0, 3) * p.w,
+             m(1, 0) * p.x + m(1, 1) * p.y + m(1, 2) * p.z + m(1, 3) * p.w,
+             m(2, 0) * p.x + m(2, 1) * p.y + m(2, 2) * p.z + m(2, 3) * p.w,
+             m(3, 0) * p.x + m(3, 1) * p.y + m(3, 2) * p.z + m(3, 3) * p.w);
+}
+
+constexpr T4dDblPoint& T4dDblPoint::postmultBy(const T4dDblMatrix& m) {
+  return setToProduct(*this, m);
+}
+
+constexpr T4dDblPoint& T4dDblPoint::premultBy(const T4dDblMatrix& m) {
+  return setToProduct(m, *this);
+}
+
+constexpr T4dDblPoint T4dDblPoint::operator*(const T4dDblMatrix& m) const {
+  return T4dDblPoint().setToProduct(*this, m);
+}

@@ -1,0 +1,96 @@
+// Homogeneous points.
+#pragma once
+
+#include <kilnbase/geometry/T4dDblVector.h>
+
+/// A position with a weight `w`: four contiguous doubles.
+///
+/// With w = 1 a point is Cartesian. Its rational form is (x/w, y/w, z/w, w), its homogeneous form
+/// (x*w, y*w, z*w, w); which of them a point holds is known to the caller, not to the point.
+/// Constructors, assignments, comparisons and products take the components as they stand;
+/// differences and sums with vectors are those of the Cartesian forms.
+///
+/// A point is a row in p * M and a column in M * p; the products stand in T4dDblMatrix.h.
+/// Comparisons answer 0 or 1. Nothing guards against w = 0: the results are infinite or NaN.
+class T4dDblPoint {
+ public:
+  double x = 0.0;
+  double y = 0.0;
+  double z = 0.0;
+  double w = 1.0;
+
+  /// (0, 0, 0, 1).
+  KILNBASE_API static const T4dDblPoint origin;
+
+  constexpr T4dDblPoint() = default;
+  constexpr T4dDblPoint(double x_, double y_, double z_, double w_) : x(x_), y(y_), z(z_), w(w_) {}
+  constexpr T4dDblPoint& set(double newX, double newY, double newZ, double newW) {
+    x = newX;
+    y = newY;
+    z = newZ;
+    w = newW;
+    return *this;
+  }
+
+  /// 0 is x, 1 is y, 2 is z, every other index w.
+  constexpr double& operator()(short i) { return i == 0 ? x : i == 1 ? y : i == 2 ? z : w; }
+  constexpr double operator()(short i) const { return i == 0 ? x : i == 1 ? y : i == 2 ? z : w; }
+  /// The four components, contiguous.
+  double* array() { return reinterpret_cast<double*>(this); }
+  const double* array() const { return reinterpret_cast<const double*>(this); }
+
+  constexpr int operator==(const T4dDblPoint& p) const {
+    return x == p.x && y == p.y && z == p.z && w == p.w;
+  }
+  constexpr int operator!=(const T4dDblPoint& p) const { return !(*this == p); }
+  /// Whether the four stored components, weight included, are at most `tol` apart as points of
+  /// four-dimensional space.
+  int equivalent(const T4dDblPoint& p, double tol) const {
+    const double dx = x - p.x;
+    const double dy = y - p.y;
+    const double dz = z - p.z;
+    const double dw = w - p.w;
+    return tol >= std::sqrt(dx * dx + dy * dy + dz * dz + dw * dw);
+  }
+
+  /// The displacement between the Cartesian forms.
+  constexpr T4dDblVector operator-(const T4dDblPoint& p) const {
+    return T4dDblVector(cartesian()) - T4dDblVector(p.cartesian());
+  }
+  /// The Cartesian form moved by the vector; always Cartesian.
+  constexpr T4dDblPoint operator+(const T4dDblVector& v) const {
+    const T4dDblPoint p = cartesian();
+    return {p.x + v.x, p.y + v.y, p.z + v.z, 1.0};
+  }
+  constexpr T4dDblPoint operator-(const T4dDblVector& v) const {
+    const T4dDblPoint p = cartesian();
+    return {p.x - v.x, p.y - v.y, p.z - v.z, 1.0};
+  }
+  double distanceTo(const T4dDblPoint& p) const { return (*this - p).length(); }
+
+  /// (x/w, y/w, z/w, 1).
+  constexpr T4dDblPoint& cartesianizeIt() {
+    rationalizeIt();
+    w = 1.0;
+    return *this;
+  }
+  constexpr T4dDblPoint cartesian() const { return T4dDblPoint(*this).cartesianizeIt(); }
+  /// (x/w, y/w, z/w, w).
+  constexpr T4dDblPoint& rationalizeIt() { return w == 1.0 ? *this : scaleBy(1.0 / w); }
+  constexpr T4dDblPoint rational() const { return T4dDblPoint(*this).rationalizeIt(); }
+  /// (x*w, y*w, z*w, w).
+  constexpr T4dDblPoint& homogenizeIt() { return w == 1.0 ? *this : scaleBy(w); }
+  constexpr T4dDblPoint homogenous() const { return T4dDblPoint(*this).homogenizeIt(); }
+
+  /// this := p * M and this := M * p, over all four components.
+  constexpr T4dDblPoint& setToProduct(const T4dDblPoint& p, const T4dDblMatrix& m);
+  constexpr T4dDblPoint& setToProduct(const T4dDblMatrix& m, const T4dDblPoint& p);
+  constexpr T4dDblPoint& postmultBy(const T4dDblMatrix& m);
+  constexpr T4dDblPoint& premultBy(const T4dDblMatrix& m);
+  constexpr T4dDblPoint operator*(const T4dDblMatrix& m) const;
+
+ private:
+  constexpr T4dDblPoint& scaleBy(double s) { return set(x * s, y * s, z * s, w); }
+};
+
+constexpr T4dDblVector::T4dDblVector(const T4dDblPoint& p) : T4dDblVector(p.x, p.y, p.z) {}

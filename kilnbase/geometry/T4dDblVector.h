@@ -1,0 +1,135 @@
+// Free directions and displacements.
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+
+#include <kilnbase/export.h>
+
+class T3dDblPoint;
+class T4dDblMatrix;
+class T4dDblPoint;
+class Tangle;
+class TunitQuaternion;
+
+enum class Taxis { X, Y, Z };
+
+/// A direction or displacement: three contiguous doubles, whatever the name says. In products with
+/// a matrix its implicit fourth component is 0, so translations never act on it.
+///
+/// A vector is a row: v * M, and in v * A * B the transform A acts first. The products stand in
+/// T4dDblMatrix.h, the rotations in Tangle.h. Comparisons answer 0 or 1. A vector of length 1e-9 or
+/// less is left as it is by normalisation.
+///
+///     T4dDblVector v(3, 0, 4);
+///     v.normalizeIt();                    // (0.6, 0, 0.8)
+///     T4dDblVector turned = v * matrix;
+class T4dDblVector {
+ public:
+  double x = 0.0;
+  double y = 0.0;
+  double z = 0.0;
+
+  /// (0, 0, 0): no displacement.
+  KILNBASE_API static const T4dDblVector identity;
+
+  constexpr T4dDblVector() = default;
+  constexpr T4dDblVector(double x_, double y_, double z_) : x(x_), y(y_), z(z_) {}
+  constexpr T4dDblVector(const T3dDblPoint& p);  // NOLINT(google-explicit-constructor)
+  /// Drops `w`, without dividing by it.
+  constexpr T4dDblVector(const T4dDblPoint& p);  // NOLINT(google-explicit-constructor)
+  constexpr T4dDblVector& set(double newX, double newY, double newZ) {
+    x = newX;
+    y = newY;
+    z = newZ;
+    return *this;
+  }
+  /// Takes the translation of the matrix: (M(3,0), M(3,1), M(3,2)).
+  constexpr T4dDblVector& operator=(const T4dDblMatrix& m);
+  /// The pure translation by this vector.
+  constexpr operator T4dDblMatrix() const;  // NOLINT(google-explicit-constructor)
+
+  /// 0 is x, 1 is y, every other index z.
+  constexpr double& operator[](std::size_t i) { return i == 0 ? x : i == 1 ? y : z; }
+  constexpr double operator[](std::size_t i) const { return i == 0 ? x : i == 1 ? y : z; }
+  constexpr double& operator()(short i) { return i == 0 ? x : i == 1 ? y : z; }
+  constexpr double operator()(short i) const { return i == 0 ? x : i == 1 ? y : z; }
+  /// The three components, contiguous.
+  double* array() { return reinterpret_cast<double*>(this); }
+  const double* array() const { return reinterpret_cast<const double*>(this); }
+
+  constexpr int operator==(const T4dDblVector& v) const { return x == v.x && y == v.y && z == v.z; }
+  constexpr int operator!=(const T4dDblVector& v) const { return !(*this == v); }
+  /// Whether the difference is shorter than `tol`. Unlike for points, one of exactly `tol` is not.
+  int equivalent(const T4dDblVector& v, double tol) const { return (*this - v).length() < tol; }
+  int unitLength(double tol) const { return std::fabs(length() - 1.0) < tol; }
+  /// Whether the normals of both are `equivalent`, or those of one and of the other's opposite.
+  int parallel(const T4dDblVector& v, double tol) const {
+    const T4dDblVector normal = getNormal();
+    const T4dDblVector other = v.getNormal();
+    return normal.equivalent(other, tol) || normal.equivalent(-other, tol);
+  }
+
+  constexpr T4dDblVector operator+(const T4dDblVector& v) const {
+    return {x + v.x, y + v.y, z + v.z};
+  }
+  constexpr T4dDblVector operator-(const T4dDblVector& v) const {
+    return {x - v.x, y - v.y, z - v.z};
+  }
+  constexpr T4dDblVector operator-() const { return {-x, -y, -z}; }
+  constexpr T4dDblVector operator*(double s) const { return {x * s, y * s, z * s}; }
+  friend constexpr T4dDblVector operator*(double s, const T4dDblVector& v) { return v * s; }
+  constexpr T4dDblVector& operator*=(double s) { return *this = *this * s; }
+  constexpr T4dDblVector& operator+=(const T4dDblVector& v) { return *this = *this + v; }
+  /// The displacement back: the negated vector.
+  constexpr T4dDblVector inverse() const { return -*this; }
+  constexpr T4dDblVector& invertIt() { return *this = -*this; }
+
+  constexpr double dotProduct(const T4dDblVector& v) const { return x * v.x + y * v.y + z * v.z; }
+  /// The squared length.
+  constexpr double norm() const { return dotProduct(*this); }
+  double length() const { return std::sqrt(norm()); }
+  constexpr T4dDblVector crossProduct(const T4dDblVector& v) const {
+    return {y * v.z - z * v.y, z * v.x - x * v.z, x * v.y - y * v.x};
+  }
+  /// The cross product. Beware that `^` binds more loosely than `+` and `==`.
+  constexpr T4dDblVector operator^(const T4dDblVector& v) const { return crossProduct(v); }
+  constexpr T4dDblVector& setToCrossProduct(const T4dDblVector& a, const T4dDblVector& b) {
+    return *this = a.crossProduct(b);
+  }
+
+  T4dDblVector& normalizeIt() { return normalizeIt(length()); }
+  /// Normalises with a length that the caller knows already.
+  constexpr T4dDblVector& normalizeIt(double len) {
+    if (len > 1e-9) *this *= 1.0 / len;
+    return *this;
+  }
+  T4dDblVector getNormal() const {
+    T4dDblVector normal = *this;
+    return normal.normalizeIt();
+  }
+
+  /// The axis of the component of largest magnitude, the later one of equals.
+  Taxis dominantAxis() const {
+    const double sizeX = std::fabs(x);
+    const double sizeY = std::fabs(y);
+    const double sizeZ = std::fabs(z);
+    if (sizeX > sizeY) return sizeX > sizeZ ? Taxis::X : Taxis::Z;
+    return sizeY > sizeZ ? Taxis::Y : Taxis::Z;
+  }
+
+  /// Right-handed rotations about the axes.
+  T4dDblVector& rotateItX(const Tangle& angle);
+  T4dDblVector& rotateItY(const Tangle& angle);
+  T4dDblVector& rotateItZ(const Tangle& angle);
+  /// The rotation that turns this direction into the target's; the identity when the product of
+  /// their lengths is below 1e-9. Opposite directions turn about an axis perpendicular to both.
+  KILNBASE_API TunitQuaternion rotateTo(const T4dDblVector& target) const;
+
+  /// this := v * M and this := M * v, by the upper left 3x3 of M only.
+  constexpr T4dDblVector& setToProduct(const T4dDblVector& v, const T4dDblMatrix& m);
+  constexpr T4dDblVector& setToProduct(const T4dDblMatrix& m, const T4dDblVector& v);
+  constexpr T4dDblVector& postmultBy(const T4dDblMatrix& m);
+  constexpr T4dDblVector& premultBy(const T4dDblMatrix& m);
+  constexpr T4dDblVector operator*(const T4dDblMatrix& m) const;
+};

@@ -1,0 +1,98 @@
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include <kilnbase/geometry/TgenXformMatrix.h>
+
+namespace {
+
+struct Lengths {
+  double d;  // of the vector
+  double r;  // of its part across the Y axis
+};
+
+Lengths lengthsOf(const double v[3]) {
+  return {T4dDblVector(v[0], v[1], v[2]).length(), std::sqrt(v[0] * v[0] + v[2] * v[2])};
+}
+
+}  // namespace
+
+TgenXformMatrix& TgenXformMatrix::translate(double x, double y, double z) {
+  T4dDblMatrix& m = *this;
+  for (int c = 0; c < 4; ++c) m[3][c] += x * m[0][c] + y * m[1][c] + z * m[2][c];
+  return *this;
+}
+
+TgenXformMatrix& TgenXformMatrix::scale(double sx, double sy, double sz) {
+  T4dDblMatrix& m = *this;
+  for (int c = 0; c < 4; ++c) {
+    m[0][c] *= sx;
+    m[1][c] *= sy;
+    m[2][c] *= sz;
+  }
+  return *this;
+}
+
+// Rotates about the third axis, from the one towards the other.
+TgenXformMatrix& TgenXformMatrix::rotateRows(std::size_t from, std::size_t to,
+                                             const Tangle& angle) {
+  const double cosine = angle.cos();
+  const double sine = angle.sin();
+  for (int c = 0; c < 4; ++c) {
+    double& a = (*this)[from][c];
+    double& b = (*this)[to][c];
+    const double turned = cosine * a + sine * b;
+    b = cosine * b - sine * a;
+    a = turned;
+  }
+  return *this;
+}
+
+TgenXformMatrix& TgenXformMatrix::rotateAxis(const double axis[3], const Tangle& angle) {
+  const double length = std::hypot(axis[0], axis[1], axis[2]);
+  if (length == 0.0) return *this;
+  const T4dDblVector unit(axis[0] / length, axis[1] / length, axis[2] / length);
+  return multiplyBy(TgenXformMatrix().setToAxisTurn(unit, angle.cos(), angle.sin()));
+}
+
+TgenXformMatrix& TgenXformMatrix::multiplyBy(const T4dDblMatrix& m) {
+  premultBy(m);
+  return *this;
+}
+
+TgenXformMatrix& TgenXformMatrix::alignVectorWithZAxis(const double v[3]) {
+  const auto [d, r] = lengthsOf(v);
+  if (d != 0.0) rotatex(Tangle(r / d, v[1] / d));
+  if (r != 0.0) rotatey(Tangle(v[2] / r, -v[0] / r));
+  return *this;
+}
+
+TgenXformMatrix& TgenXformMatrix::alignZAxisWithVector(const double v[3]) {
+  const auto [d, r] = lengthsOf(v);
+  if (r != 0.0) rotatey(Tangle(v[2] / r, v[0] / r));
+  if (d != 0.0) rotatex(Tangle(r / d, -v[1] / d));
+  return *this;
+}
+
+TgenXformMatrix& TgenXformMatrix::setOrientation(const double a[3], const double b[3],
+                                                 const double c[3]) {
+  for (std::size_t r = 0; r < 3; ++r) {
+    double* row = (*this)[r];
+    row[0] = a[r];
+    row[1] = b[r];
+    row[2] = c[r];
+  }
+  return *this;
+}
+
+void TgenXformMatrix::transformPoint(const double in[4], double out[3]) const {
+  const T4dDblPoint p = T4dDblPoint(in[0], in[1], in[2], in[3]) * *this;
+  std::copy_n(p.array(), 3, out);
+}
+
+void TgenXformMatrix::transformVector(const double in[3], double out[3]) const {
+  const T3dDblPoint p = T3dDblPoint(in[0], in[1], in[2]) * *this;
+  out[0] = p.x;
+  out[1] = p.y;
+  out[2] = p.z;
+}

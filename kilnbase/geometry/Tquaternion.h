@@ -1,0 +1,114 @@
+// Quaternions.
+#pragma once
+
+#include <cmath>
+
+#include <kilnbase/export.h>
+#include <kilnbase/geometry/T4dDblMatrix.h>
+
+class TunitQuaternion;
+
+/// A quaternion w + xi + yj + zk: four doubles, the scalar part first.
+///
+/// The rotation of a quaternion q is that of the matrix it converts to: v * T4dDblMatrix(q) turns
+/// the row v, right-handed, whatever the length of q. Multiplication is Hamilton's, so in the
+/// rotation of p * q the rotation of q acts first, other than in the product of their matrices.
+/// Angles are in radians. Comparisons answer 0 or 1.
+class Tquaternion {
+ public:
+  double w = 1.0;
+  double x = 0.0;
+  double y = 0.0;
+  double z = 0.0;
+
+  /// The identity, (1, 0, 0, 0).
+  constexpr Tquaternion() = default;
+  /// Takes the rotation of the upper left 3x3, which must be a rotation for the result to be of
+  /// unit length. The largest of the four components is found first, from the trace or from the
+  /// largest diagonal element, and the others by dividing by it (Shoemake, "Animating rotation with
+  /// quaternion curves", 1985).
+  KILNBASE_API Tquaternion& operator=(const T4dDblMatrix& m);
+
+  constexpr int operator==(const Tquaternion& q) const {
+    return w == q.w && x == q.x && y == q.y && z == q.z;
+  }
+  constexpr int operator!=(const Tquaternion& q) const { return !(*this == q); }
+  /// Whether the quaternions are at most `tol` (at least 0) apart as points of four-dimensional
+  /// space.
+  int equivalent(const Tquaternion& q, double tol) const {
+    return std::sqrt((*this - q).norm()) <= (tol > 0.0 ? tol : 0.0);
+  }
+
+  constexpr Tquaternion operator+(const Tquaternion& q) const {
+    return {w + q.w, x + q.x, y + q.y, z + q.z};
+  }
+  constexpr Tquaternion operator-(const Tquaternion& q) const {
+    return {w - q.w, x - q.x, y - q.y, z - q.z};
+  }
+  constexpr Tquaternion operator-() const { return {-w, -x, -y, -z}; }
+  constexpr Tquaternion& negateIt() { return *this = -*this; }
+  constexpr Tquaternion& scaleIt(double s) { return *this = {w * s, x * s, y * s, z * s}; }
+  constexpr Tquaternion operator*(const Tquaternion& q) const {
+    return {w * q.w - (x * q.x + y * q.y + z * q.z), x * q.w + w * q.x + y * q.z - z * q.y,
+            y * q.w + w * q.y + z * q.x - x * q.z, z * q.w + w * q.z + x * q.y - y * q.x};
+  }
+
+  constexpr Tquaternion conjugate() const { return {w, -x, -y, -z}; }
+  constexpr Tquaternion& conjugateIt() { return *this = conjugate(); }
+  /// The conjugate divided by the squared length; infinite or NaN for the quaternion 0.
+  constexpr Tquaternion inverse() const {
+    const double n = norm();
+    return {w / n, -x / n, -y / n, -z / n};
+  }
+  constexpr Tquaternion& invertIt() { return *this = inverse(); }
+
+  /// Divides by the length; a quaternion of length 1e-9 or less becomes the identity.
+  TunitQuaternion normalize() const;
+  Tquaternion& normalizeIt() {
+    const double n = std::sqrt(norm());
+    return *this = n <= 1e-9 ? Tquaternion() : Tquaternion(w / n, x / n, y / n, z / n);
+  }
+
+  /// Sets the rotation by `angle` about the axis, which need not be of unit length; the identity
+  /// when its squared length is 1e-9 or less.
+  KILNBASE_API Tquaternion& setToPivotAxis(double angle, const T4dDblVector& axis);
+  /// The angle and the unit axis of a unit quaternion. For angles of 1e-9 or less, `angle` is 0 and
+  /// `axis` keeps its value; NaN when `w` is beyond [-1, 1].
+  KILNBASE_API void getPivotAxis(double& angle, T4dDblVector& axis) const;
+  /// The exponential of the vector part (x, y, z); `w` is not used.
+  KILNBASE_API TunitQuaternion exp() const;
+
+  constexpr void convertToMatrix(T4dDblMatrix& m) const;
+  constexpr operator T4dDblMatrix() const;  // NOLINT(google-explicit-constructor)
+
+ protected:
+  /// 0 is w, 1 is x, 2 is y, every other index z.
+  constexpr double& operator()(int i) { return i == 0 ? w : i == 1 ? x : i == 2 ? y : z; }
+
+ private:
+  friend class TunitQuaternion;
+  constexpr Tquaternion(double w_, double x_, double y_, double z_) : w(w_), x(x_), y(y_), z(z_) {}
+
+  Tquaternion& setFromLargestDiagonal(const T4dDblMatrix& m);
+  constexpr double norm() const { return w * w + x * x + y * y + z * z; }
+};
+
+constexpr void Tquaternion::convertToMatrix(T4dDblMatrix& m) const {
+  const double s = 2.0 / norm();
+  m.setToIdentity();
+  m(0, 0) = 1.0 - (y * y + z * z) * s;
+  m(0, 1) = (x * y + w * z) * s;
+  m(0, 2) = (x * z - w * y) * s;
+  m(1, 0) = (x * y - w * z) * s;
+  m(1, 1) = 1.0 - (x * x + z * z) * s;
+  m(1, 2) = (y * z + w * x) * s;
+  m(2, 0) = (x * z + w * y) * s;
+  m(2, 1) = (y * z - w * x) * s;
+  m(2, 2) = 1.0 - (x * x + y * y) * s;
+}
+
+constexpr Tquaternion::operator T4dDblMatrix() const {
+  T4dDblMatrix m;
+  convertToMatrix(m);
+  return m;
+}

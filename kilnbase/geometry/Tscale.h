@@ -1,0 +1,62 @@
+// Scales along the axes that never become zero.
+#pragma once
+
+#include <kilnbase/export.h>
+#include <kilnbase/geometry/T4dDblMatrix.h>
+
+/// A scale along each axis. What is stored is clamped: a value between -0.0001 and 0.0001 becomes
+/// 0.0001 (a tiny negative one, too), every other value is kept, and negative scales mirror. Copies
+/// and `invertIt` store their results as they are, and so may who writes the fields.
+///
+/// Comparisons answer 0 or 1.
+class Tscale {
+ public:
+  double x = 1.0;
+  double y = 1.0;
+  double z = 1.0;
+
+  /// (1, 1, 1).
+  KILNBASE_API static const Tscale identity;
+
+  constexpr Tscale() = default;
+  constexpr Tscale(double x_, double y_, double z_)
+      : x(clamped(x_)), y(clamped(y_)), z(clamped(z_)) {}
+  constexpr Tscale(const Tscale&) = default;
+  constexpr virtual ~Tscale() {}
+  constexpr Tscale& operator=(const Tscale&) = default;
+  constexpr Tscale& set(double s) { return set(s, s, s); }
+  constexpr Tscale& set(double newX, double newY, double newZ) {
+    x = clamped(newX);
+    y = clamped(newY);
+    z = clamped(newZ);
+    return *this;
+  }
+
+  /// The identity with the clamped components on the diagonal.
+  constexpr operator T4dDblMatrix() const {  // NOLINT(google-explicit-constructor)
+    return {clamped(x), clamped(y), clamped(z)};
+  }
+
+  /// The reciprocals of the clamped components, clamped themselves.
+  constexpr Tscale inverse() const {
+    return {1.0 / clamped(x), 1.0 / clamped(y), 1.0 / clamped(z)};
+  }
+  /// Stores the reciprocals of the clamped components, without clamping them.
+  constexpr Tscale& invertIt() {
+    x = 1.0 / clamped(x);
+    y = 1.0 / clamped(y);
+    z = 1.0 / clamped(z);
+    return *this;
+  }
+
+  /// Whether each component differs by at most `tol`, which is clamped like a scale: it is at least
+  /// 0.0001, or below -0.0001, which nothing is equivalent within.
+  KILNBASE_API int equivalent(const Tscale& s, double tol) const;
+  /// Whether the scale is the same along all axes, to within 1e-9.
+  KILNBASE_API int proportionalScale() const;
+
+ private:
+  static constexpr double clamped(double value) {
+    return value > -0.0001 && value < 0.0001 ? 0.0001 : value;
+  }
+};
