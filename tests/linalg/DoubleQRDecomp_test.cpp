@@ -64,7 +64,7 @@ void expectPivoted(const DoubleQRDecomp& qr, double slack) {
   }
 }
 
-TEST(DoubleQRDecomp, FactorsAreExactToRounding) {
+TEST(DoubleQRDecomp, FactorsAndSolutionsAreExactToRounding) {
   double worst = 0.0;
   for (const TestMatrix& test : testMatrices()) {
     for (const int pivoting : {0, 1}) {
@@ -77,6 +77,10 @@ TEST(DoubleQRDecomp, FactorsAreExactToRounding) {
       worst = std::max({worst, factors, orthogonality});
       const bool easy = test.condition == 1.0 || test.condition == 2.0;
       if (pivoting != 0) expectPivoted(qr, easy ? 1e-6 : 9.0);
+      const DoubleVec b = randomVector(qr.rows(), 22);
+      if (easy && 0 < qr.rows() && qr.rows() <= qr.cols()) {
+        EXPECT_LT(ratio(norm2(product(test.a, qr.solve(b)) - b), norm2(b), qr.cols()), kMostRatio);
+      }
     }
   }
   RecordProperty("worstRatio", std::to_string(worst));
@@ -143,11 +147,9 @@ TEST(DoubleQRDecomp, FactorsAnewAndLeavesEarlierViewsAlone) {
   DoubleQRDecomp qr(a);
   const DoubleQRDecomp shared = qr;
   qr.factor(b);
-  for (const auto& [expected, found] :
-       {std::pair{DoubleQRDecomp(b), qr}, {DoubleQRDecomp(a), shared}}) {
-    EXPECT_TRUE(found == expected);
-    EXPECT_EQ(expected.pivots(), found.pivots());
-  }
+  const DoubleQRDecomp ofA(a), ofB(b);
+  EXPECT_TRUE(qr == ofB && qr.pivots() == ofB.pivots());
+  EXPECT_TRUE(shared == ofA && shared.pivots() == ofA.pivots());
   qr = DoubleQRDecomp(b * 2.0);
   EXPECT_EQ(1, qr.doPivoting(0));
   EXPECT_EQ(0, qr.doPivoting(1));
@@ -181,18 +183,6 @@ TEST(DoubleQRDecomp, SplitsAVectorByTheLeadingColumns) {
       EXPECT_LT(std::abs(dot(residual, a.col(qr.pivots()(j)))), 1e-14);
     }
     EXPECT_LT(norm2(qr.computeQy(qr.computeQTy(y, k), k) - y), 1e-14);
-  }
-}
-
-TEST(DoubleQRDecomp, SolvesSquareAndWideSystems) {
-  for (const auto& [m, n] : {Shape{6, 6}, {4, 7}, {1, 1}, {1, 3}}) {
-    const DoubleGenMat a = randomMatrix(m, n, 21);
-    const DoubleVec b = randomVector(m, 22);
-    for (const int pivoting : {0, 1}) {
-      const DoubleVec x = factored(a, pivoting).solve(b);
-      ASSERT_EQ(n, x.length());
-      EXPECT_LT(norm2(product(a, x) - b), 1e-13);
-    }
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <random>
 
 #include <kilnbase/linalg/vecmath.h>
@@ -10,43 +11,24 @@ namespace kilntest {
 
 namespace {
 
-class UniformSource {
- public:
-  explicit UniformSource(std::uint64_t seed) : engine_(seed) {}
-
-  // The next numbers in (-1, 1): the middle of one of 2^53 equal intervals each.
-  DoubleVec take(unsigned n) {
-    DoubleVec v(n);
-    for (unsigned i = 0; i < n; ++i) {
-      v(i) = std::ldexp(static_cast<double>(engine_() >> 11U) + 0.5, -52) - 1.0;
-    }
-    return v;
+// The next n numbers in (-1, 1), each the middle of one of 2^53 equal intervals.
+DoubleVec uniform(std::mt19937_64& source, unsigned n) {
+  DoubleVec v(n);
+  for (unsigned i = 0; i < n; ++i) {
+    v(i) = std::ldexp(static_cast<double>(source() >> 11U) + 0.5, -52) - 1.0;
   }
-
- private:
-  std::mt19937_64 engine_;
-};
+  return v;
+}
 
 // Reflects the viewed vector in the plane orthogonal to v.
 void reflect(const DoubleVec& v, DoubleVec x) {
   x -= v * (2.0 * dot(v, x) / dot(v, v));
 }
 
-DoubleGenMat withZeroColumns(const DoubleGenMat& a, std::initializer_list<unsigned> columns) {
-  DoubleGenMat result = a.copy();
-  for (const unsigned j : columns) {
-    if (j < a.cols()) result.col(j) = 0.0;
-  }
-  return result;
-}
-
-DoubleGenMat graded(const DoubleGenMat& a) {
-  DoubleGenMat result = a.copy();
-  for (unsigned j = 0; j < a.cols(); ++j)
-    result.col(j) *= std::ldexp(1.0, -3 * static_cast<int>(j));
-  for (unsigned i = 0; i < a.rows(); ++i)
-    result.row(i) *= std::ldexp(1.0, -3 * static_cast<int>(i));
-  return result;
+// Falling from 1 by e² in each row and column.
+DoubleGenMat grades(unsigned m, unsigned n) {
+  return product(DoubleGenMat(exp(DoubleVec(m, 0.0, -2.0)), m, 1),
+                 DoubleGenMat(exp(DoubleVec(n, 0.0, -2.0)), 1, n));
 }
 
 // With a special number in every third place of the diagonal.
@@ -61,6 +43,10 @@ DoubleGenMat bidiagonal(unsigned m, unsigned n, double special) {
 
 std::vector<TestMatrix> testMatrices(unsigned m, unsigned n) {
   const DoubleGenMat random = randomMatrix(m, n, 1000 * m + n);
+  DoubleGenMat zeroColumns = random.copy();
+  for (const unsigned j : {0U, 2U, 7U, 8U, 49U, n - 1}) {
+    if (j < n) zeroColumns.col(j) = 0.0;
+  }
   std::vector<TestMatrix> result = {
       {"random", random},
       {"large", random * 1e290},
@@ -68,8 +54,8 @@ std::vector<TestMatrix> testMatrices(unsigned m, unsigned n) {
       {"zero", DoubleGenMat(m, n, 0.0)},
       {"ones", DoubleGenMat(m, n, 1.0)},
       {"rank 1", product(randomMatrix(m, 1, 3), randomMatrix(1, n, 4))},
-      {"zero columns", withZeroColumns(random, {0, 2, 7, 8, 49, n - 1})},
-      {"graded", graded(random)},
+      {"zero columns", zeroColumns},
+      {"graded", random * grades(m, n)},
       {"zeros on the diagonal", bidiagonal(m, n, 0.0)},
       {"tiny among large", bidiagonal(m, n, 1e-170)}};
   for (const double condition : {1.0, 2.0, std::sqrt(0.1 / kEpsilon), 0.1 / kEpsilon}) {
@@ -88,19 +74,20 @@ DoubleGenMat randomMatrix(unsigned m, unsigned n, std::uint64_t seed) {
 }
 
 DoubleVec randomVector(unsigned n, std::uint64_t seed) {
-  return UniformSource(seed).take(n);
+  std::mt19937_64 source(seed);
+  return uniform(source, n);
 }
 
 // Random reflections of growing length are applied from both sides to a diagonal matrix. Source:
 // G. W. Stewart, The efficient generation of random orthogonal matrices with an application to
 // condition estimators, SIAM J. Numer. Anal. 17 (1980), 403-409.
 DoubleGenMat matrixWithCondition(unsigned m, unsigned n, double condition, std::uint64_t seed) {
-  UniformSource source(seed);
+  std::mt19937_64 source(seed);
   const unsigned values = std::min(m, n);
   DoubleGenMat a(m, n, 0.0);
   for (unsigned i = values; i-- > 0;) {
     a(i, i) = values > 1 ? std::pow(condition, -static_cast<double>(i) / (values - 1)) : 1.0;
-    const DoubleVec left = source.take(m - i), right = source.take(n - i);
+    const DoubleVec left = uniform(source, m - i), right = uniform(source, n - i);
     for (unsigned j = i; j < n; ++j) reflect(left, a.col(j).slice(i, m - i));
     for (unsigned k = i; k < m; ++k) reflect(right, a.row(k).slice(i, n - i));
   }
