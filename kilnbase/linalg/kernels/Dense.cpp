@@ -66,6 +66,6 @@ extern const DenseKernels denseKernels = {.dot = dot,
                                           .productVectorTransposed = productVectorTransposed,
                                           .product = product,
                                           .syrkUpper = syrkUpper,
-                                          .solveUpperTransposed = solveUpperTransposed};
+                                          .solveLower = solveLower};
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

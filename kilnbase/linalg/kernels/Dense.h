@@ -40,8 +40,8 @@ struct DenseKernels {
   // touched.
   void (*syrkUpper)(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
                     Index ldc);
-  // X := R⁻ᵀ X; R is k by k, upper triangular, and X k by n, both column-major.
-  void (*solveUpperTransposed)(Index k, Index n, const double* r, Index ldr, double* x, Index ldx);
+  // X := L⁻¹ X; L is k by k, lower triangular, and X k by n, column-major.
+  void (*solveLower)(Index k, Index n, MatrixView l, double* x, Index ldx);
 };
 
 }  // namespace vxKilnBase::kernels

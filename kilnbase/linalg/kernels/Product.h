@@ -9,6 +9,6 @@ void gemm(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, d
           Index ldc);
 void product(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc);
 void syrkUpper(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c, Index ldc);
-void solveUpperTransposed(Index k, Index n, const double* r, Index ldr, double* x, Index ldx);
+void solveLower(Index k, Index n, MatrixView l, double* x, Index ldx);
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

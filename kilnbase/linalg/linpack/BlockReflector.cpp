@@ -8,6 +8,24 @@ namespace vxKilnBase::linpack {
 
 using kernels::active;
 
+namespace {
+
+// C -= V L⁻¹ Vᵀ C, where V has k columns.
+void subtractProduct(Index k, kernels::MatrixView v, kernels::MatrixView l, const Columns& c) {
+  constexpr Index kSlice = 96;
+  const auto& dense = *active().dense;
+  double w[BlockReflector::kMostColumns * kSlice];
+  for (Index j = 0; j < c.count; j += kSlice) {
+    const Index n = std::min(kSlice, c.count - j);
+    std::fill_n(w, k * n, 0.0);
+    dense.gemm(k, n, c.rows, 1.0, {v.data, v.columnStride, 1}, {c.at(0, j), 1, c.ld}, w, k);
+    dense.solveLower(k, n, l, w, k);
+    dense.gemm(c.rows, n, k, -1.0, v, {w, 1, k}, c.at(0, j), c.ld);
+  }
+}
+
+}  // namespace
+
 BlockReflector::BlockReflector(const Columns& panel, const double* qraux) : panel_(panel) {
   for (Index j = 0; j < panel_.count; ++j) {
     for (Index i = 0; i < j; ++i) {
@@ -30,19 +48,14 @@ BlockReflector::~BlockReflector() {
 }
 
 void BlockReflector::applyTransposed(const Columns& columns) const {
-  constexpr Index kSlice = 96;
-  const auto& dense = *active().dense;
-  const Index k = panel_.count;
-  double w[kMostColumns * kSlice];
-  for (Index j = 0; j < columns.count; j += kSlice) {
-    const Index n = std::min(kSlice, columns.count - j);
-    std::fill_n(w, k * n, 0.0);
-    dense.gemm(k, n, panel_.rows, 1.0, {panel_.x, panel_.ld, 1}, {columns.at(0, j), 1, columns.ld},
-               w, k);
-    dense.solveUpperTransposed(k, n, inverse_, kMostColumns, w, k);
-    dense.gemm(panel_.rows, n, k, -1.0, {panel_.x, 1, panel_.ld}, {w, 1, k}, columns.at(0, j),
-               columns.ld);
-  }
+  subtractProduct(panel_.count, {panel_.x, 1, panel_.ld}, {inverse_, kMostColumns, 1}, columns);
+}
+
+// The vectors in reverse order are those of Qᵀ.
+void BlockReflector::apply(const Columns& columns) const {
+  const Index last = panel_.count - 1;
+  subtractProduct(panel_.count, {panel_.at(0, last), 1, -panel_.ld},
+                  {inverse_ + last * (kMostColumns + 1), -1, -kMostColumns}, columns);
 }
 
 }  // namespace vxKilnBase::linpack

@@ -23,7 +23,9 @@ class BlockReflector {
   BlockReflector(const BlockReflector&) = delete;
   BlockReflector& operator=(const BlockReflector&) = delete;
 
-  /// Multiplies the columns, which have as many rows as the panel, by Qᵀ.
+  /// Multiplies the columns, which have as many rows as the panel, by Q.
+  void apply(const Columns& columns) const;
+  /// The same by Qᵀ.
   void applyTransposed(const Columns& columns) const;
 
  private:

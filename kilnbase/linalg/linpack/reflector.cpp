@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/linpack/BlockReflector.h>
 #include <kilnbase/linalg/linpack/dnrm2.h>
 #include <kilnbase/linalg/linpack/reflector.h>
 
@@ -10,15 +11,13 @@ namespace vxKilnBase::linpack {
 namespace {
 
 using kernels::Index;
-using kernels::MatrixView;
 
 // A norm outside these bounds, or its reciprocal, may lack digits: the vector is scaled first.
 constexpr double kLeastPreciseNorm = 0x1p-900;
 constexpr double kGreatestPreciseNorm = 0x1p1000;
 constexpr double kMagnification = 0x1p500;
 
-constexpr Index kBlock = 32;  // reflections that are applied together
-constexpr Index kChunk = 32;  // columns that they are applied to at a time
+constexpr Index kBlock = BlockReflector::kMostColumns;  // reflections that are applied together
 
 // From this many reflections on, blocks are worth their overhead.
 constexpr Index kBlockedFrom = 64;
@@ -27,56 +26,12 @@ double reciprocalOrZero(double x) {
   return x == 0.0 ? 0.0 : 1.0 / x;
 }
 
-// The product of `count` reflections as I - W T Wᵀ with an upper triangular T.
-class AccumulatedReflections {
- public:
-  // W is `w`, n by count; what stands above its diagonal is cleared.
-  AccumulatedReflections(Index n, Index count, double* w, Index ldw)
-      : n_(n), count_(count), w_{w, 1, ldw}, wTransposed_{w, ldw, 1} {
-    for (Index l = 0; l < count; ++l) std::fill_n(w + l * ldw, l, 0.0);
-    std::fill_n(triangle_, count * count, 0.0);
-    kernels::active().dense->gemm(count, count, n, 1.0, wTransposed_, w_, triangle_, count);
-    formTriangle(w, ldw);
-  }
-
-  // Applies the reflections to the n by `columns` matrix C.
-  void apply(Index columns, double* c, Index ldc) const {
-    const auto gemm = kernels::active().dense->gemm;
-    double projection[kBlock * kChunk], product[kBlock * kChunk];
-    for (Index j = 0; j < columns; j += kChunk) {
-      const Index width = std::min(kChunk, columns - j);
-      double* chunk = c + j * ldc;
-      std::fill_n(projection, count_ * width, 0.0);
-      std::fill_n(product, count_ * width, 0.0);
-      gemm(count_, width, n_, 1.0, wTransposed_, {chunk, 1, ldc}, projection, count_);
-      gemm(count_, width, count_, 1.0, {triangle_, 1, count_}, {projection, 1, count_}, product,
-           count_);
-      gemm(n_, width, count_, -1.0, w_, {product, 1, count_}, chunk, ldc);
-    }
-  }
-
- private:
-  // Turns Wᵀ W into T, column by column: t = -τ T wᵀ W above the diagonal, τ = 1 / w₀ on it.
-  void formTriangle(const double* w, Index ldw) {
-    for (Index l = 0; l < count_; ++l) {
-      double* column = triangle_ + l * count_;
-      const double factor = reciprocalOrZero(w[l + l * ldw]);
-      for (Index i = 0; i < l; ++i) {
-        double sum = 0.0;
-        for (Index k = i; k < l; ++k) sum += triangle_[i + k * count_] * column[k];
-        column[i] = -factor * sum;
-      }
-      column[l] = factor;
-      std::fill(column + l + 1, column + count_, 0.0);
-    }
-  }
-
-  Index n_;
-  Index count_;
-  MatrixView w_;
-  MatrixView wTransposed_;
-  double triangle_[kBlock * kBlock];
-};
+// Applies the reflections whose vectors, v₀ in its place, stand in the panel.
+void applyReflections(const Columns& panel, const Columns& columns) {
+  double first[BlockReflector::kMostColumns];
+  for (Index j = 0; j < panel.count; ++j) first[j] = *panel.at(j, j);
+  BlockReflector(panel, first).apply(columns);
+}
 
 // The same as formOrthogonal, one reflection at a time, for columns from `reflectors` on that hold
 // the product's effect already.
@@ -122,8 +77,8 @@ void formOrthogonal(std::ptrdiff_t n, std::ptrdiff_t columns, std::ptrdiff_t ref
     double* corner = q + begin + begin * ldq;
     const Index count = end - begin;
     if (end < columns && block == kBlock)
-      AccumulatedReflections(n - begin, count, corner, ldq)
-          .apply(columns - end, corner + count * ldq, ldq);
+      applyReflections({corner, ldq, n - begin, count},
+                       {corner + count * ldq, ldq, n - begin, columns - end});
     formColumns(n - begin, block == kBlock ? count : columns - begin, count, corner, ldq);
     for (Index j = begin; j < end; ++j) std::fill_n(q + j * ldq, begin, 0.0);
     end = begin;
