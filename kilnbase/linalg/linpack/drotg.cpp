@@ -1,25 +1,13 @@
-#include <cmath>
-
 #include <kilnbase/linalg/linpack/drotg.h>
 
 namespace vxKilnBase::linpack {
 
-void drotg(double& a, double b, double& c, double& s) {
-  const double scale = std::fabs(a) + std::fabs(b);
-  if (scale == 0.0) {
-    c = 1.0;
-    s = 0.0;
-    a = 0.0;
-    return;
-  }
-  const double larger = std::fabs(a) > std::fabs(b) ? a : b;
-  const double scaledA = a / scale;
-  const double scaledB = b / scale;
-  const double norm = scale * std::sqrt(scaledA * scaledA + scaledB * scaledB);
-  const double r = std::copysign(norm, larger);
-  c = a / r;
-  s = b / r;
-  a = r;
+Rotation scaledRotationOf(double f, double g) {
+  const double scale = std::fabs(f) + std::fabs(g);
+  if (scale == 0.0) return {1.0, 0.0, 1.0, 0.0};
+  const double larger = std::fabs(f) > std::fabs(g) ? f : g;
+  const double r = std::copysign(std::hypot(f / scale, g / scale), larger);
+  return {f / scale / r, g / scale / r, 1.0, r * scale};
 }
 
 }  // namespace vxKilnBase::linpack

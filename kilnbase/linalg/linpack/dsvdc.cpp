@@ -8,6 +8,7 @@
 #include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/SweepBatch.h>
 #include <kilnbase/linalg/linpack/bidiagonalize.h>
+#include <kilnbase/linalg/linpack/drotg.h>
 #include <kilnbase/linalg/linpack/dsvdc.h>
 
 namespace vxKilnBase::linpack {
@@ -28,42 +29,6 @@ constexpr double kLateWeight = 0.125;
 // many as there are, must neither overflow nor lose digits.
 constexpr double kSmallElement = 0x1p-300;
 constexpr double kLargeElement = 0x1p300;
-
-// Between these, a sum of two squares has lost nothing to underflow or overflow.
-constexpr double kLeastSafeSquare = 0x1p-900;
-constexpr double kGreatestSafeSquare = 0x1p1000;
-
-// A plane rotation with cosine `length` a and sine `length` b. The factors stand apart because
-// `length`, a square root, is known last: whoever multiplies by it at the end waits for nothing
-// else.
-struct Rotation {
-  double a;
-  double b;
-  double length;
-  double r;  // what the pair that it was made for becomes
-
-  double cosine() const { return length * a; }
-  double sine() const { return length * b; }
-  // The elements that x and y become.
-  double first(double x, double y) const { return length * (a * x + b * y); }
-  double second(double x, double y) const { return length * (a * y - b * x); }
-};
-
-// The rotation with first(f, g) = r and second(f, g) = 0; r has the sign of the larger of f and g.
-// Source: the BLAS routine drotg.
-inline Rotation rotationOf(double f, double g) {
-  const double square = f * f + g * g;
-  const double larger = std::fabs(f) > std::fabs(g) ? f : g;
-  if (square > kLeastSafeSquare && square < kGreatestSafeSquare) [[likely]] {
-    const double length = std::sqrt(square);
-    const double inverse = std::copysign(1.0 / square, larger);
-    return {f * inverse, g * inverse, length, std::copysign(length, larger)};
-  }
-  const double scale = std::fabs(f) + std::fabs(g);
-  if (scale == 0.0) return {1.0, 0.0, 1.0, 0.0};
-  const double r = std::copysign(std::hypot(f / scale, g / scale), larger);
-  return {f / scale / r, g / scale / r, 1.0, r * scale};
-}
 
 // Keeps numbers that underflow from counting: rotations would only shift their rounded digits
 // about.
