@@ -3,7 +3,6 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -13,24 +12,14 @@
 #include "tests/support/MathErrors.h"
 #include "tests/support/Matrices.h"
 
-using kilntest::identity;
-using kilntest::norm1;
-using kilntest::norm2;
+using namespace kilntest;
 using testing::Each;
 using testing::ElementsAre;
 using testing::Gt;
 
 namespace {
 
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kRatioLimit = 30.0;
-
-template <class V>
-auto list(const V& v) {
-  const V dense = v.copy();
-  return std::vector(dense.data(), dense.data() + dense.length());
-}
 
 DoubleGenMat upper(const DoubleGenMat& a, double below = 0.0) {
   DoubleGenMat result = a.copy();
@@ -40,7 +29,7 @@ DoubleGenMat upper(const DoubleGenMat& a, double below = 0.0) {
 
 // A symmetric matrix with this many eigenvalues below 0 and the others above it.
 DoubleGenMat symmetricMatrix(unsigned n, double condition, unsigned negative = 0) {
-  const DoubleGenMat x = kilntest::matrixWithCondition(n, n, std::sqrt(condition), n + 1);
+  const DoubleGenMat x = matrixWithCondition(n, n, std::sqrt(condition), n + 1);
   DoubleGenMat y = x.copy();
   for (unsigned i = 0; i < negative; ++i) y.row(i) *= -1.0;
   return transposeProduct(x, y);
@@ -145,7 +134,7 @@ TEST(DoubleChDecomp, EqualElementsAndSpecifiedOnesMoveInAFixedOrder) {
   } cases[] = {{{1, 3, 2, 3, 1, 2}, {0, 0, 0, 0, 0, 0}, {1, 3, 2, 5, 4, 0}},
                {{1, 1, 1, 1, 1, 1}, {0, -1, 0, 1, 7, -5}, {3, 4, 2, 0, 1, 5}},
                {{1, 2, 3, 4, 5, 6}, {1, 0, -1, 0, 1, 0}, {0, 4, 5, 3, 1, 2}}};
-  kilntest::RecordedMathErrors errors;
+  RecordedMathErrors errors;
   for (auto each : cases) {
     for (const unsigned n : {6U, 100U}) {
       DoubleGenMat a = identity(n);
@@ -175,7 +164,7 @@ TEST(DoubleChDecomp, NaNEndsTheFactoring) {
 TEST(DoubleChDecomp, SolvesInTheOrderOfTheMatrix) {
   for (const unsigned n : {1U, 4U, 33U, 150U}) {
     const DoubleGenMat a = symmetricMatrix(n, 100.0);
-    const DoubleVec b = kilntest::randomVector(2 * n, 3).slice(0, n, 2);
+    const DoubleVec b = randomVector(2 * n, 3).slice(0, n, 2);
     for (const auto& factor : {decompose(a), decompose(a, std::vector(n, 0))}) {
       for (const unsigned k : {(n + 1) / 2, n}) {
         DoubleVec x = factor.partialSolve(b, k);
@@ -191,7 +180,7 @@ TEST(DoubleChDecomp, SolvesInTheOrderOfTheMatrix) {
 }
 
 TEST(DoubleChDecomp, ReportsHowFarItGotAndSolvesThatFar) {
-  kilntest::RecordedMathErrors errors;
+  RecordedMathErrors errors;
   const DoubleChDecomp none;
   EXPECT_TRUE(none.lastPosFactor() == -2 && !none.isPD() && none.good() && none.condition() == 0.0);
   EXPECT_EQ(0.0, DoubleChDecomp(identity(3)).condition());
@@ -240,7 +229,7 @@ TEST(DoubleChDecomp, StorageOfOtherShapesAndSharedStorage) {
   DoubleChDecomp factor(tall), plain(spread);
   EXPECT_TRUE(plain == DoubleChDecomp(a) && spread == a);
   EXPECT_TRUE(factor.lastPosFactor() == 19 && !factor.isPD() && factor(22, 0) == 5.0);
-  const DoubleVec b = kilntest::randomVector(20, 2);
+  const DoubleVec b = randomVector(20, 2);
   EXPECT_LT(norm2(factor.solve(b) - plain.solve(b)), 1e-13);
 
   // Factoring parts copies; assignment copies elements.
@@ -264,8 +253,7 @@ struct Regression {
   DoubleChDecomp r = decompose(identity(x.cols()));
   DoubleVec rho = DoubleVec(3U, 0.0);
 
-  Regression(int rows, int n)
-      : x(kilntest::randomMatrix(rows, n, n)), y(kilntest::randomMatrix(rows, 3, 7)) {
+  Regression(int rows, int n) : x(randomMatrix(rows, n, n)), y(randomMatrix(rows, 3, 7)) {
     for (int i = 0; i < n; ++i) x.row(i) = 0.0;
     for (int i = 0; i <= n; ++i) y.row(i) = 0.0;
     x.diagonal() = 1.0;
@@ -349,7 +337,7 @@ TEST(DoubleChDecomp, CosinesAndSinesAreToldApart) {
 }
 
 TEST(DoubleChDecomp, ArgumentsAreChecked) {
-  kilntest::RecordedMathErrors errors;
+  RecordedMathErrors errors;
   DoubleChDecomp factor = decompose(symmetricMatrix(4, 10.0));
   const DoubleGenMat before = composed(factor);
   DoubleGenMat z(3, 2, 1.0);

@@ -10,6 +10,7 @@
 #include "tests/support/MathErrors.h"
 #include "tests/support/Matrices.h"
 
+using kilntest::counting;
 using kilntest::list;
 using kilntest::RecordedMathErrors;
 using kilntest::vectorOf;
@@ -18,13 +19,6 @@ using vxKilnBase::GenMat;
 using vxKilnBase::Vec;
 
 namespace {
-
-template <class T>
-Vec<T> counting(unsigned n) {
-  Vec<T> v(n);
-  for (int i = 0; i < static_cast<int>(n); ++i) v(i) = static_cast<T>(i);
-  return v;
-}
 
 template <class T>
 class GenMatFamily : public testing::Test {

@@ -5,32 +5,18 @@
 #include <random>
 #include <sstream>
 #include <type_traits>
-#include <vector>
 
 #include <kilnbase/linalg/vecmath.h>
 
 #include "tests/support/MathErrors.h"
+#include "tests/support/Matrices.h"
 
-using kilntest::RecordedMathErrors;
+using namespace kilntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using vxKilnBase::VecNames;
 
 namespace {
-
-template <class T>
-std::vector<T> list(const vxKilnBase::Vec<T>& v) {
-  std::vector<T> values;
-  for (int i = 0; i < static_cast<int>(v.length()); ++i) values.push_back(v(i));
-  return values;
-}
-
-template <class T>
-vxKilnBase::Vec<T> counting(unsigned n) {
-  vxKilnBase::Vec<T> v(n);
-  for (int i = 0; i < static_cast<int>(n); ++i) v(i) = static_cast<T>(i);
-  return v;
-}
 
 // The members that only one family has.
 template <class V>
@@ -236,8 +222,7 @@ TYPED_TEST(VecFamily, ArithmeticOfAllStridesAndLengthsFollowsTheElements) {
 
 TYPED_TEST(VecFamily, QueriesAndPicks) {
   using T = TypeParam;
-  const T values[] = {5, 2, 7, 2, 9, 4};
-  vxKilnBase::Vec<T> v(values, 6);
+  auto v = vectorOf<T>({5, 2, 7, 2, 9, 4});
   EXPECT_EQ(3U, v.countValue(3, 1));
   EXPECT_THAT(list(v.valueIndex(3, 1)), ElementsAre(1, 3, 5));
   EXPECT_THAT(list(v.nonValueIndex(3, 1)), ElementsAre(0, 2, 4));
@@ -251,8 +236,7 @@ TYPED_TEST(VecFamily, QueriesAndPicks) {
   EXPECT_EQ(9, maxValue(v));
   EXPECT_EQ(2, minValue(v));
 
-  const int indices[] = {4, 0, 0};
-  auto pick = v.vecPick(IntVec(indices, 3));
+  auto pick = v.vecPick(vectorOf({4, 0, 0}));
   EXPECT_THAT(list(vxKilnBase::Vec<T>(pick)), ElementsAre(9, 5, 5));
   pick = reverse(v).slice(0, 3);
   EXPECT_THAT(list(v), ElementsAre(2, 2, 7, 2, 4, 4));
@@ -264,8 +248,7 @@ TYPED_TEST(VecFamily, QueriesAndPicks) {
   EXPECT_THAT(list(v), ElementsAre(0, 0, 0, 0, 0, 4));
 
   RecordedMathErrors errors;
-  const int bad[] = {0, 9, -1, 1};
-  v.vecPick(IntVec(bad, 4)).lengthCheck(3);
+  v.vecPick(vectorOf({0, 9, -1, 1})).lengthCheck(3);
   const std::string name = VecNames<T>::pick;
   const auto raised = errors.takeAll();
   ASSERT_EQ(3U, raised.size());
@@ -308,14 +291,14 @@ TEST(IntVec, WrapsAroundAndGuardsDivision) {
 }
 
 TEST(Vec, Conversions) {
-  const double numbers[] = {-2.7, 2.9, 3e9, std::nan(""), -2147483648.5};
   const int least = std::numeric_limits<int>::min();
-  EXPECT_THAT(list(toInt(DoubleVec(numbers, 5))), ElementsAre(-2, 2, least, least, least));
-  const int wide[] = {300, -1, 128};
-  const SCharVec narrow = toChar(reverse(IntVec(wide, 3)));
+  EXPECT_THAT(list(toInt(vectorOf({-2.7, 2.9, 3e9, kNaN, -2147483648.5}))),
+              ElementsAre(-2, 2, least, least, least));
+  const IntVec wide = vectorOf({300, -1, 128});
+  const SCharVec narrow = toChar(reverse(wide));
   EXPECT_THAT(list(narrow), ElementsAre(-128, -1, 44));
   EXPECT_THAT(list<int>(narrow), ElementsAre(-128, -1, 44));
-  EXPECT_THAT(list<double>(reverse(IntVec(wide, 3))), ElementsAre(128.0, -1.0, 300.0));
+  EXPECT_THAT(list<double>(reverse(wide)), ElementsAre(128.0, -1.0, 300.0));
   SCharVec tooWide(1U, 1);
   std::istringstream text("[5 300 6]");
   text >> tooWide;
@@ -361,7 +344,7 @@ TEST(DoubleVec, NormIsSafeAtAllScales) {
   EXPECT_DOUBLE_EQ(std::sqrt(5.0) * 1e200, DoubleVec(mixed, 5).vecLen());
   EXPECT_DOUBLE_EQ(1.0, DoubleVec(mixed, 3).vecLen());
   EXPECT_EQ(0.0, DoubleVec().vecLen());
-  EXPECT_TRUE(std::isnan(DoubleVec(3U, std::nan("")).vecLen()));
+  EXPECT_TRUE(std::isnan(DoubleVec(3U, kNaN).vecLen()));
 
   DoubleVec v(pattern, 4);
   EXPECT_EQ(1, v.normalise());
@@ -372,8 +355,7 @@ TEST(DoubleVec, NormIsSafeAtAllScales) {
 }
 
 TEST(DoubleVec, ZeroTolerancesAndNaN) {
-  const double values[] = {1e-8, -1e-10, 0.0, 1e-9, std::nan("")};
-  DoubleVec v(values, 5);
+  DoubleVec v = vectorOf({1e-8, -1e-10, 0.0, 1e-9, kNaN});
   EXPECT_EQ(3U, v.countZero(1e-9));
   EXPECT_THAT(list(v.zeroIndex(1e-9)), ElementsAre(1, 2, 3));
   EXPECT_THAT(list(v.nonZeroIndex(1e-9)), ElementsAre(0, 4));
@@ -387,9 +369,9 @@ TEST(DoubleVec, ZeroTolerancesAndNaN) {
 
   DoubleVec many(1000U, 0.0, 0.001);
   many(700) = many(300) = 5.0;
-  many(500) = std::nan("");
+  many(500) = kNaN;
   EXPECT_EQ(300, maxIndex(many));
   EXPECT_EQ(0, minIndex(many));
-  many(0) = std::nan("");
+  many(0) = kNaN;
   EXPECT_EQ(0, maxIndex(many));  // no element is larger than a NaN
 }

@@ -23,6 +23,14 @@ vxKilnBase::Vec<T> vectorOf(std::initializer_list<T> values) {
   return vxKilnBase::Vec<T>(values.begin(), static_cast<unsigned>(values.size()));
 }
 
+// 0, 1, 2, ...
+template <class T>
+vxKilnBase::Vec<T> counting(unsigned n) {
+  vxKilnBase::Vec<T> v(n);
+  for (int i = 0; i < static_cast<int>(n); ++i) v(i) = static_cast<T>(i);
+  return v;
+}
+
 // The elements in order, those of a matrix column by column.
 template <class T>
 std::vector<T> list(const vxKilnBase::Vec<T>& v) {
