@@ -119,6 +119,14 @@ TEST(DoubleQRDecomp, PivotsByTrueNormsWhereTheyCancel) {
   const DoubleQRDecomp qr = factored(a, 1);
   EXPECT_LT(factorRatio(qr, a), kMostRatio);
   expectPivoted(qr, 9.0);
+
+  // Nothing is left of column 1 after column 2, but its rounded norm says otherwise. It must be
+  // doubted by what column 1 was at first, not by what column 2 was, with which it changes places.
+  DoubleGenMat last(4, 4, 0.0);
+  last.row(0) = vectorOf({2.0, 1.0, 0.0, 0.0});
+  last.row(1) = vectorOf({0.0, std::sqrt(91.5 * kEpsilon), 2e-7, 0.0});
+  last(2, 3) = 1e-9;
+  EXPECT_THAT(list(DoubleQRDecomp(last).pivots()), ElementsAre(0, 2, 3, 1));
 }
 
 TEST(DoubleQRDecomp, LayoutIsTheHouseholderVectorsBelowR) {
