@@ -1,0 +1,34 @@
+// Calls of the framework's callbacks, and how its functions fail.
+#pragma once
+
+#include <kilnbase/util/mr_status.h>
+
+namespace vxKilnBase::detail {
+
+// What a function that fails returns: 0 or null.
+struct Failure {
+  operator int() const { return 0; }
+  template <class T>
+  operator T*() const {
+    return nullptr;
+  }
+};
+
+inline Failure fail(StatusCode* status, StatusCode code) {
+  if (status != nullptr) *status = code;
+  return {};
+}
+
+// The same function under another type. By way of void (*)(), as compilers warn about other casts.
+template <class To, class From>
+To functionCast(From* fn) {
+  return reinterpret_cast<To>(reinterpret_cast<void (*)()>(fn));
+}
+
+// Calls `fn` with the caller's pointer, or in its shorter form when there is none.
+template <class Result, class Item, class User>
+Result call(Result (*fn)(Item*, User*), Item* item, User* user) {
+  return user != nullptr ? fn(item, user) : functionCast<Result (*)(Item*)>(fn)(item);
+}
+
+}  // namespace vxKilnBase::detail
