@@ -1,0 +1,49 @@
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <windows.h>
+
+#include <vx/Process.h>
+#include <vx/SysInfo.h>
+
+#include "tests/support/Environment.h"
+
+namespace {
+
+std::optional<int> run(const vx::vector<vxString::CString>& command) {
+  return vxOS::ProcessManager::getInstance().startSync(command);
+}
+
+}  // namespace
+
+// Runs in the child of the next test.
+TEST(WindowsProcessChild, DISABLED_SetsTheEventsOfTheParentThatItHas) {
+  const char* handle = std::getenv("KILNTEST_EVENT");
+  ASSERT_NE(nullptr, handle);
+  SetEvent(reinterpret_cast<HANDLE>(std::strtoull(handle, nullptr, 10)));
+}
+
+TEST(WindowsProcess, NothingButTheStandardStreamsIsInherited) {
+  SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+  const HANDLE event = CreateEventW(&inheritable, TRUE, FALSE, nullptr);
+  kilntest::setEnvironment("KILNTEST_EVENT",
+                           std::to_string(reinterpret_cast<std::uintptr_t>(event)));
+  EXPECT_EQ(0, run({APP_getBinaryPath("vx_test"), "--gtest_also_run_disabled_tests",
+                    "--gtest_filter=WindowsProcessChild.*"}));
+  EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), WaitForSingleObject(event, 0));
+  CloseHandle(event);
+}
+
+TEST(WindowsProcess, BatchFilesAreRefused) {
+  const std::filesystem::path folder = std::filesystem::temp_directory_path();
+  for (const char* name : {"kilntest.bat", "kilntest.CMD"}) {
+    const std::filesystem::path path = folder / name;
+    std::ofstream(path) << "@exit 3\n";
+    EXPECT_EQ(std::nullopt, run({path.string().c_str()}));
+    std::filesystem::remove(path);
+  }
+}

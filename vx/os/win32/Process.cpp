@@ -1,0 +1,159 @@
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+#include <windows.h>
+
+#include <vx/os/Process.h>
+
+namespace vxOS::process {
+
+namespace {
+
+using vxString::CString;
+
+// Quotes as programs take their command line apart ("Parsing C command-line arguments" in the
+// Microsoft C documentation): backslashes are themselves but before a quote, where each takes two.
+void appendQuoted(std::wstring& line, std::wstring_view argument) {
+  line += L" \"";
+  std::size_t backslashes = 0;
+  for (const wchar_t c : argument) {
+    if (c == L'"') line.append(backslashes + 1, L'\\');
+    backslashes = c == L'\\' ? backslashes + 1 : 0;
+    line += c;
+  }
+  line.append(backslashes, L'\\') += L'"';
+}
+
+// The program's own name is read without escapes; no file name holds a quote.
+std::wstring commandLine(const vx::vector<CString>& command) {
+  std::wstring line = L'"' + std::wstring(command.front().asWide().view()) + L'"';
+  for (std::size_t i = 1; i < command.size(); ++i) appendQuoted(line, command[i].asWide().view());
+  return line;
+}
+
+class Handle {
+ public:
+  explicit Handle(HANDLE handle) : handle_(handle) {}
+  ~Handle() {
+    if (handle_ != nullptr) CloseHandle(handle_);
+  }
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+
+  HANDLE get() const { return handle_; }
+
+ private:
+  HANDLE handle_;
+};
+
+// A copy of a standard stream of this process that a child can inherit; null when there is no such
+// stream.
+HANDLE inheritableStream(DWORD stream) {
+  const HANDLE original = GetStdHandle(stream);
+  if (original == nullptr || original == INVALID_HANDLE_VALUE) return nullptr;
+  const HANDLE self = GetCurrentProcess();
+  HANDLE copy = nullptr;
+  DuplicateHandle(self, original, self, &copy, 0, TRUE, DUPLICATE_SAME_ACCESS);
+  return copy;
+}
+
+// How a child starts: with the standard streams of this process and no other handle.
+class Startup {
+ public:
+  Startup() {
+    info_.StartupInfo.cb = sizeof info_;
+    info_.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+    info_.StartupInfo.hStdInput = input_.get();
+    info_.StartupInfo.hStdOutput = output_.get();
+    info_.StartupInfo.hStdError = error_.get();
+    for (const HANDLE stream : {input_.get(), output_.get(), error_.get()})
+      if (stream != nullptr) inherited_.push_back(stream);
+    isComplete_ = inherited_.empty() || (makeList() && listInherited());
+  }
+  ~Startup() {
+    if (info_.lpAttributeList != nullptr) DeleteProcThreadAttributeList(info_.lpAttributeList);
+  }
+  Startup(const Startup&) = delete;
+  Startup& operator=(const Startup&) = delete;
+
+  bool isComplete() const { return isComplete_; }
+  bool inherits() const { return !inherited_.empty(); }
+  STARTUPINFOW* get() { return &info_.StartupInfo; }
+
+ private:
+  bool makeList() {
+    SIZE_T size = 0;
+    InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+    memory_ = std::make_unique<std::byte[]>(size);
+    auto* list = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(memory_.get());
+    if (InitializeProcThreadAttributeList(list, 1, 0, &size) == 0) return false;
+    info_.lpAttributeList = list;
+    return true;
+  }
+
+  bool listInherited() {
+    return UpdateProcThreadAttribute(info_.lpAttributeList, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST,
+                                     inherited_.data(), inherited_.size() * sizeof(HANDLE), nullptr,
+                                     nullptr) != 0;
+  }
+
+  Handle input_{inheritableStream(STD_INPUT_HANDLE)};
+  Handle output_{inheritableStream(STD_OUTPUT_HANDLE)};
+  Handle error_{inheritableStream(STD_ERROR_HANDLE)};
+  std::vector<HANDLE> inherited_;
+  std::unique_ptr<std::byte[]> memory_;
+  STARTUPINFOEXW info_ = {};
+  bool isComplete_ = false;
+};
+
+// A console program shares this process's console; where there is none, it gets one without a
+// window.
+DWORD creationFlags() {
+  const bool hasConsole = GetConsoleCP() != 0;
+  return EXTENDED_STARTUPINFO_PRESENT | (hasConsole ? 0U : CREATE_NO_WINDOW);
+}
+
+std::optional<int> waitFor(HANDLE process) {
+  DWORD exitCode = 0;
+  if (WaitForSingleObject(process, INFINITE) != WAIT_OBJECT_0 ||
+      GetExitCodeProcess(process, &exitCode) == 0)
+    return std::nullopt;
+  return static_cast<int>(exitCode);
+}
+
+bool isBatchFile(const CString& program) {
+  const CString name = program.toLower();
+  return name.endsWith(".bat") || name.endsWith(".cmd");
+}
+
+}  // namespace
+
+const char kSeparator[2] = "\\";
+const char kProgramEnding[5] = ".exe";
+
+CString ownProgram() {
+  std::wstring path(MAX_PATH, L'\0');
+  for (;; path.resize(2 * path.size())) {
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    if (length < path.size())
+      return vxString::IString(std::wstring_view(path).substr(0, length)).asMultibyte();
+  }
+}
+
+std::optional<int> run(const vx::vector<CString>& command) {
+  if (isBatchFile(command.front())) return std::nullopt;
+  Startup startup;
+  std::wstring line = commandLine(command);
+  PROCESS_INFORMATION created = {};
+  if (!startup.isComplete() || CreateProcessW(command.front().asWide().c_str(), line.data(),
+                                              nullptr, nullptr, startup.inherits(), creationFlags(),
+                                              nullptr, nullptr, startup.get(), &created) == 0)
+    return std::nullopt;
+  const Handle process(created.hProcess);
+  const Handle thread(created.hThread);
+  return waitFor(process.get());
+}
+
+}  // namespace vxOS::process
