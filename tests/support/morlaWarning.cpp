@@ -1,5 +1,5 @@
 // Stands in for programs that the library starts, the warning program among them: records its
-// arguments, says a word and exits with a chosen code. See RecordingProgram.h.
+// arguments and exits with a chosen code; without arguments it says a word. See RecordingProgram.h.
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -10,9 +10,9 @@ int main(int argc, char** argv) {
   const char* record = std::getenv("KILNTEST_RECORD");
   const char* exitCode = std::getenv("KILNTEST_EXIT_CODE");
   if (record == nullptr || exitCode == nullptr) return EXIT_FAILURE;
+  const std::vector<std::string> arguments = kilntest::receivedArguments(argc, argv);
   std::ofstream file(record, std::ios::binary);
-  for (const std::string& argument : kilntest::receivedArguments(argc, argv))
-    file << argument << '\0';
-  std::puts("recorded");
+  for (const std::string& argument : arguments) file << argument << '\0';
+  if (arguments.size() == 1) std::puts("recorded");
   return std::atoi(exitCode);
 }

@@ -1,0 +1,67 @@
+/* Modal warnings: a message with buttons, shown by the program "morlaWarning" that stands beside
+ * the application's own. The call waits until the user has chosen a button.
+ *
+ *     const char* answers[] = {"Save", "Discard"};
+ *     if (MR_warning_buttons(2, answers, MR_WARNING_MESSAGE, "The model has changed.",
+ *                            MR_WARNING_END) == 0)
+ *       save();
+ *
+ * All of them return the position of the chosen button, counted from 0. They return -1 when no
+ * button was chosen, when the program could not be run, or when there is nothing to show: neither a
+ * message line nor a non-empty extra text, or no button. Texts are UTF-8 and shown as they are; a
+ * null text is an empty one.
+ *
+ * C++ also has `MR_warning` for a list of tags without prepared buttons, and for a warning that has
+ * been put together in a `vxKilnBase::MorlaWarningParams`.
+ */
+#ifndef KILNBASE_UTIL_MR_WARNING_H
+#define KILNBASE_UTIL_MR_WARNING_H
+
+#include <kilnbase/export.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** The tags of a list that describes a warning. A `const char*` follows each but the last. */
+enum {
+  MR_WARNING_MESSAGE = 0, /**< One more line of the message. */
+  MR_WARNING_BUTTON = 1,  /**< One more button. */
+  MR_WARNING_EXTRA = 2,   /**< The extra text. */
+  MR_WARNING_TITLE = 3,   /**< The title. */
+  MR_WARNING_END = 4      /**< The end of the list. Any other number ends it too. */
+};
+
+/** Warns with `count` buttons (none when it is below 1), before those of the list that starts with
+ * `tag`. */
+KILNBASE_API int MR_warning_buttons(int count, const char** labels, int tag, ...);
+
+/** Warns with one line and one button, "OK". */
+KILNBASE_API int MR_warning_ok(const char* message);
+
+#ifdef __cplusplus
+}
+
+#include <vx/Containers.h>
+#include <vx/String.h>
+
+namespace vxKilnBase {
+
+/// One warning.
+struct MorlaWarningParams {
+  vxString::CString title;
+  vx::vector<vxString::CString> messages;  ///< A line each.
+  vx::vector<vxString::CString> buttons;
+  vxString::CString extra;
+};
+
+}  // namespace vxKilnBase
+
+KILNBASE_API int MR_warning(const vxKilnBase::MorlaWarningParams& warning);
+
+/// Warns with what the list that starts with `tag` describes.
+KILNBASE_API int MR_warning(int tag, ...);
+
+#endif
+
+#endif
