@@ -11,9 +11,11 @@
  * Insertion and searches take time logarithmic in the number of nodes, removal time linear in it:
  * it rebalances the whole tree. `MR_bt_remove` leaves plain binary trees of any height, down to
  * lists; everything here works on those too, and their balances are put right by `MR_avl_balance`.
- * No operation needs more than a fixed amount of stack.
+ * No operation needs more than a small fixed amount of stack.
  *
- * Threads may search and walk a tree at the same time as long as nobody changes it.
+ * Threads may search and walk a tree at the same time as long as nobody changes it and it has at
+ * most 128 levels: a walk hangs children below that level elsewhere while it is there, and puts
+ * them back. A balanced tree never has so many.
  */
 #ifndef KILNBASE_UTIL_MR_AVL_H
 #define KILNBASE_UTIL_MR_AVL_H
@@ -82,10 +84,7 @@ KILNBASE_API MrAvlNode* MR_avl_left(MrAvlNode* node);
 KILNBASE_API MrAvlNode* MR_avl_right(MrAvlNode* node);
 
 /** Calls `visit` for all nodes in order, or in post-order: both subtrees before their node, so that
- * `visit` may free it. Returns what ended the walk, or 0.
- *
- * In trees of more than 128 levels, which only unbalanced ones have, the nodes above the visited
- * one have other children while they are beyond that level; `visit` must not search there. */
+ * `visit` may free it. Returns what ended the walk, or 0. */
 KILNBASE_API int MR_avl_inorder(MrAvlNode* root, MrAvlVisit visit);
 KILNBASE_API int MR_avl_inorder_user(MrAvlNode* root, MrAvlVisitUser visit, void* user);
 KILNBASE_API int MR_avl_postorder(MrAvlNode* root, MrAvlVisit visit);
