@@ -51,6 +51,10 @@ SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
   const T* y = b.data();
   const std::ptrdiff_t strideX = a.stride();
   const std::ptrdiff_t strideY = b.stride();
+  if (strideX == 1 && strideY == 1) {
+    return static_cast<SumOf<T>>(
+        detail::shortSum(a.length(), [=](std::ptrdiff_t i) { return x[i] * y[i]; }));
+  }
   return static_cast<SumOf<T>>(detail::shortSum(
       a.length(), [=](std::ptrdiff_t i) { return x[i * strideX] * y[i * strideY]; }));
 }
