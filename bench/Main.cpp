@@ -136,6 +136,7 @@ int main(int argc, char** argv) {
   addLeastSquares(suite);
   addCholesky(suite);
   addSvd(suite);
+  addSmallContainers(suite);
   const std::string eigenNote = addEigen(suite);
   const std::vector<Case> cases = casesOf(suite, options);
   if (cases.empty()) {

@@ -11,6 +11,7 @@ void addQr(Suite& suite);
 void addLeastSquares(Suite& suite);
 void addCholesky(Suite& suite);
 void addSvd(Suite& suite);
+void addSmallContainers(Suite& suite);
 
 /// Adds Eigen to all of the above, or says that it is missing: the line for the table's head.
 std::string addEigen(Suite& suite);
