@@ -1,0 +1,205 @@
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <span>
+
+#include <kilnbase/anim/an_anim_list.h>
+#include <kilnbase/util/aa_debug.h>
+#include <vx/Memory.h>
+
+namespace {
+
+int fail(StatusCode code, StatusCode* status) {
+  if (status) *status = code;
+  return 0;
+}
+
+unsigned long long addressOf(const void* pointer) {
+  return reinterpret_cast<std::uintptr_t>(pointer);
+}
+
+int hasData(const void* item, const void* data) {
+  return item && static_cast<const AN_Item*>(item)->data == data ? 1 : 0;
+}
+
+AN_Item* findData(const void* data, const DS_Structure* list) {
+  const DS_Position found = list->methods->find(list, hasData, data, nullptr);
+  return found ? static_cast<AN_Item*>(list->methods->get_data(found, nullptr)) : nullptr;
+}
+
+bool isUsable(const void* data, const DS_Structure* list) {
+  return data && list && list->methods;
+}
+
+void printLine(const char* text) {
+  AA_indent();
+  AA_debug_print("%s\n", text);
+}
+
+void printPointer(const char* name, const void* pointer) {
+  AA_indent();
+  AA_debug_print("%s: %#llx\n", name, addressOf(pointer));
+}
+
+An_ItemNode* nodeOf(MR_LinkNode* link) {
+  return reinterpret_cast<An_ItemNode*>(link);
+}
+
+int addNode(const An_Record& record, MR_LinkList* list) {
+  if (!record.object || !list) return 0;
+  void* const memory = MA_malloc(sizeof(An_ItemNode), __LINE__, __FILE__);
+  if (!memory) return 0;
+  MR_ll_prepend(list, &(new (memory) An_ItemNode{{}, record})->link);
+  return 1;
+}
+
+int order(std::uint64_t a, std::uint64_t b) {
+  return a < b ? -1 : a > b ? 1 : 0;
+}
+
+// Null is last.
+int orderOfNulls(const void* a, const void* b) {
+  return !a ? (b ? 1 : 0) : -1;
+}
+
+int orderOfObjects(const An_Record& a, const An_Record& b) {
+  return order(addressOf(a.object), addressOf(b.object));
+}
+
+int orderOfRecords(const An_Record& a, const An_Record& b) {
+  const int objects = orderOfObjects(a, b);
+  if (objects != 0) return objects;
+  return order(std::bit_cast<std::uint64_t>(a.value), std::bit_cast<std::uint64_t>(b.value));
+}
+
+// Gives the records to the nodes from the head on and returns the first node that gets none.
+MR_LinkNode* writeBack(std::span<const An_Record> records, MR_LinkList* list) {
+  MR_LinkNode* node = list->head;
+  for (const An_Record& record : records) {
+    nodeOf(node)->record = record;
+    node = node->next;
+  }
+  return node;
+}
+
+void freeFrom(MR_LinkNode* node, MR_LinkList* list) {
+  while (node) {
+    MR_LinkNode* const next = node->next;
+    MR_ll_remove(list, node);
+    MA_free(node);
+    node = next;
+  }
+}
+
+}  // namespace
+
+AN_Item* AN_item_create_type(int type, void* data, int line, const char* file, StatusCode* status) {
+  void* const memory = MA_malloc(sizeof(AN_Item), line, file);
+  if (memory) return new (memory) AN_Item{type, data, nullptr};
+  fail(MR_MEMORY_FAULT, status);
+  return nullptr;
+}
+
+int AN_add_to_item_list(int type, void* data, DS_Structure* list, StatusCode* status) {
+  if (!isUsable(data, list)) return fail(MR_ARGUMENT_ERROR, status);
+  if (findData(data, list)) return 0;
+  StatusCode code = MR_NO_ERROR;
+  AN_Item* const item = AN_item_create_type(type, data, __LINE__, __FILE__, &code);
+  if (item && !list->methods->add(list, item, &code)) MA_free(item);
+  return code == MR_NO_ERROR ? 1 : fail(code, status);
+}
+
+AN_Item* AN_is_item_in_item_list(const void* data, const DS_Structure* list, StatusCode* status) {
+  if (isUsable(data, list)) return findData(data, list);
+  fail(MR_ARGUMENT_ERROR, status);
+  return nullptr;
+}
+
+int AN_remove_from_item_list(const void* data, DS_Structure* list, StatusCode* status) {
+  if (!isUsable(data, list)) return fail(MR_ARGUMENT_ERROR, status);
+  AN_Item* const item = findData(data, list);
+  if (!item) return fail(MR_ITEM_NOT_FOUND, status);
+  list->methods->remove(list, item, nullptr, nullptr, nullptr);
+  MA_free(item);
+  return 1;
+}
+
+int AN_ds_item_equal(const void* a, const void* b) {
+  const auto* const left = static_cast<const AN_Item*>(a);
+  const auto* const right = static_cast<const AN_Item*>(b);
+  return left && right && left->type == right->type && left->data == right->data ? 1 : 0;
+}
+
+int AN_item_free(AN_Item** item, StatusCode* status) {
+  if (!item) return fail(MR_ARGUMENT_ERROR, status);
+  MA_free(*item);
+  *item = nullptr;
+  return 1;
+}
+
+int AN_item_list_free(AN_Item** first, StatusCode* status) {
+  if (!first) return fail(MR_ARGUMENT_ERROR, status);
+  while (*first) {
+    AN_Item* const next = (*first)->next;
+    AN_item_free(first, status);
+    *first = next;
+  }
+  return 1;
+}
+
+int AN_print_item(const AN_Item* item, StatusCode*) {
+  if (!item) {
+    printLine("Item: NULL");
+    return 0;
+  }
+  printPointer("Item", item);
+  printLine("{");
+  AA_set_indent(-1);
+  AA_indent();
+  AA_debug_print("Type: %d\n", item->type);
+  printPointer("Data", item->data);
+  printPointer("Next", item->next);
+  AA_set_indent(-2);
+  printLine("}");
+  return 1;
+}
+
+int An_add_to_item_list(int type, void* object, std::int64_t value, MR_LinkList* list) {
+  return addNode({type, object, {.integer = value}}, list);
+}
+
+int An_addUnique_to_item_list(int type, void* object, double value, MR_LinkList* list) {
+  const An_ItemNode wanted = {{}, {type, object, {.number = value}}};
+  if (list && MR_ll_find(list->head, &wanted, An_compareItemList, 0)) return 1;
+  return addNode(wanted.record, list);
+}
+
+std::int32_t An_compareItemList(const void* a, const void* b) {
+  if (!a || !b) return orderOfNulls(a, b);
+  return orderOfRecords(static_cast<const An_ItemNode*>(a)->record,
+                        static_cast<const An_ItemNode*>(b)->record);
+}
+
+int An_compareItem(const void* a, const void* b) {
+  if (!a || !b) return orderOfNulls(a, b);
+  return orderOfObjects(*static_cast<const An_Record*>(a), *static_cast<const An_Record*>(b));
+}
+
+int An_sort_item_list(MR_LinkList* list, int unique) {
+  const std::size_t count = MR_ll_length(list ? list->head : nullptr);
+  const std::unique_ptr<An_Record[]> records(new (std::nothrow) An_Record[count]);
+  if (count == 0 || !records) return 0;
+  An_Record* end = records.get();
+  for (MR_LinkNode* node = list->head; node; node = node->next) *end++ = nodeOf(node)->record;
+  std::qsort(records.get(), count, sizeof(An_Record), An_compareItem);
+  const auto sameObject = [](const An_Record& a, const An_Record& b) {
+    return a.object == b.object;
+  };
+  if (unique) end = std::unique(records.get(), end, sameObject);
+  freeFrom(writeBack({records.get(), end}, list), list);
+  return 1;
+}

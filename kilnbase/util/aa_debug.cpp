@@ -1,0 +1,151 @@
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include <kilnbase/util/DS/ds_structures.h>
+#include <kilnbase/util/aa_debug.h>
+#include <vx/File.h>
+
+namespace {
+
+enum class FileState : std::int32_t { kOpen, kNeverOpened, kClosed, kCallers };
+
+struct FileEntry {
+  char* name;
+  FileState state;
+  std::FILE* stream;
+};
+
+constinit std::int32_t mode = AA_TO_ERROR;
+constinit FileEntry* current = nullptr;
+constinit DS_Structure* files = nullptr;  // every file ever named
+constinit FileEntry callersStream = {nullptr, FileState::kCallers, nullptr};
+constinit std::int32_t indentation = 0;
+
+void complain(const char* message) {
+  AA_indent();
+  AA_debug_print("%s", message);
+}
+
+std::FILE* streamOf(FileEntry& entry) {
+  const bool wasOpen = entry.state == FileState::kOpen || entry.state == FileState::kCallers;
+  if (!wasOpen) {
+    entry.stream = vxOS::openFile(entry.name, entry.state == FileState::kNeverOpened ? "w" : "a");
+    entry.state = FileState::kOpen;
+  }
+  return entry.stream ? entry.stream : stdout;
+}
+
+std::FILE* output() {
+  switch (mode) {
+    case AA_TO_OUTPUT:
+      return stdout;
+    case AA_TO_FILE:
+    case AA_TO_STREAM:
+      return streamOf(*current);
+    default:
+      return stderr;
+  }
+}
+
+void choose(std::int32_t newMode, FileEntry* entry) {
+  FileEntry* const previous = current;
+  mode = newMode;
+  current = entry;
+  if (!previous || previous->state != FileState::kOpen) return;
+  if (previous->stream) std::fclose(previous->stream);
+  previous->stream = nullptr;
+  previous->state = FileState::kClosed;
+}
+
+int hasName(const void* item, const void* name) {
+  const auto* const entry = static_cast<const FileEntry*>(item);
+  return std::strcmp(entry->name, static_cast<const char*>(name)) == 0 ? 1 : 0;
+}
+
+FileEntry* addEntry(const char* name) {
+  const std::size_t bytes = std::strlen(name) + 1;
+  auto* const copy = static_cast<char*>(std::malloc(bytes));
+  auto* const entry = new (std::nothrow) FileEntry{copy, FileState::kNeverOpened, nullptr};
+  if (copy && entry && files->methods->add(files, entry, nullptr)) {
+    std::memcpy(copy, name, bytes);
+    return entry;
+  }
+  std::free(copy);
+  delete entry;
+  return nullptr;
+}
+
+FileEntry* entryOf(const char* name) {
+  const DS_Position found = files->methods->find(files, hasName, name, nullptr);
+  return found ? static_cast<FileEntry*>(files->methods->get_data(found, nullptr)) : addEntry(name);
+}
+
+void chooseFile(const char* name) {
+  if (!name) return complain("Cannot open debug output file\n");
+  if (!files) files = DS_create_type(DS_SLIST, nullptr, __LINE__, __FILE__);
+  if (!files) return complain("Cannot create debug file list\n");
+  FileEntry* const entry = entryOf(name);
+  if (!entry) return complain("Cannot create debug file entry\n");
+  choose(AA_TO_FILE, entry);
+}
+
+void chooseStream(std::FILE* stream) {
+  if (!stream) return;
+  callersStream.stream = stream;
+  choose(AA_TO_STREAM, &callersStream);
+}
+
+}  // namespace
+
+int AA_debug_print(const char* format, ...) {
+  std::FILE* const stream = output();
+  std::va_list arguments;
+  va_start(arguments, format);
+  const int written = std::vfprintf(stream, format, arguments);
+  va_end(arguments);
+  std::fflush(stream);
+  return written;
+}
+
+void AA_set_print_out(int newMode, const void* name_or_stream) {
+  switch (newMode) {
+    case AA_TO_FILE:
+      return chooseFile(static_cast<const char*>(name_or_stream));
+    case AA_TO_STREAM:
+      return chooseStream(static_cast<std::FILE*>(const_cast<void*>(name_or_stream)));
+    default:
+      return choose(newMode, nullptr);
+  }
+}
+
+int AA_get_print_out(const char** name) {
+  if (mode == AA_TO_FILE && name) *name = current->name;
+  return mode;
+}
+
+void AA_set_indent(int level) {
+  switch (level) {
+    case -1:
+      ++indentation;
+      break;
+    case -2:
+      --indentation;
+      break;
+    default:
+      indentation = level;
+  }
+}
+
+int AA_indent() {
+  for (std::int32_t level = 0; level < indentation; ++level) AA_debug_print("   ");
+  return 1;
+}
+
+int Aa_print_assert(const char* file, int line, const char* message) {
+  AA_indent();
+  return AA_debug_print("ASSERT (file %s, line %d): %s", file, line, message);
+}
