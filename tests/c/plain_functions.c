@@ -3,7 +3,12 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <kilnbase/anim/an_anim_list.h>
+#include <kilnbase/util/DS/ds_structures.h>
+#include <kilnbase/util/DS/mr_register.h>
+#include <kilnbase/util/aa_debug.h>
 #include <kilnbase/util/mr_array.h>
+#include <kilnbase/util/mr_avl.h>
 #include <kilnbase/util/mr_bitfield.h>
 #include <kilnbase/util/mr_linklist.h>
 #include <kilnbase/util/mr_list.h>
@@ -12,6 +17,7 @@
 #include <kilnbase/util/mr_status.h>
 #include <kilnbase/util/mr_string.h>
 #include <kilnbase/util/mr_tolerance.h>
+#include <vx/Memory.h>
 #include <vx/Report.h>
 
 static int arrays(void) {
@@ -60,6 +66,24 @@ static int dataLists(void) {
   return right && !list.head;
 }
 
+static int debugChannel(void) {
+  AA_set_print_out(AA_TO_OUTPUT, NULL);
+  return AA_get_print_out(NULL) == AA_TO_OUTPUT && AA_debug_print("%d curves\n", 3) == 9;
+}
+
+static int items(void) {
+  StatusCode status = MR_NO_ERROR;
+  int data = 0;
+  DS_Structure* list = DS_create_type(DS_SLIST, &status, __LINE__, __FILE__);
+  const int added = AN_add_to_item_list(7, &data, list, &status);
+  const int removed = AN_remove_from_item_list(&data, list, &status);
+  DS_destructor(&list, NULL, NULL, &status);
+  MR_LinkList nodes = {NULL};
+  const int linked = An_addUnique_to_item_list(7, &data, 0.5, &nodes);
+  MA_free(nodes.head);
+  return added && removed && linked && status == MR_NO_ERROR;
+}
+
 static int pixels(void) {
   char rgba[] = "rgba";
   MR_SwapColourChannels(1, 1, 5121, rgba, NULL);
@@ -75,6 +99,21 @@ static int pools(void) {
   return right && !pool;
 }
 
+static int registries(void) {
+  StatusCode status = MR_NO_ERROR;
+  int tool = 0;
+  DS_Structure* tools = NULL;
+  MR_register_item(7, &tool, &tools, &status);
+  const int right = MR_get_id_registration(7, tools, &status) == &tool;
+  MR_clear_registrations(tools, &status);
+  DS_destructor(&tools, NULL, NULL, &status);
+  return right && status == MR_NO_ERROR;
+}
+
+static int reports(void) {
+  return rptCheckAbort() == 0;
+}
+
 static int statusCodes(void) {
   Mr_err_ignore = MR_ITEM_NOT_FOUND;
   return Mr_print_conditional(MR_NO_ERROR, __FILE__, __LINE__, "not shown") == 1;
@@ -86,23 +125,61 @@ static int strings(void) {
   return strcmp(number, "2.5") == 0;
 }
 
+static int structures(void) {
+  StatusCode status = MR_NO_ERROR;
+  char names[] = "ab";
+  DS_Structure* list = DS_create_type(DS_ARRAY, &status, __LINE__, __FILE__);
+  DS_set_comparator(list, Ds_filo_comparator, &status);
+  list->methods->add(list, &names[0], &status);
+  list->methods->add(list, &names[1], &status);
+  const DS_Position head = list->methods->head(list, &status);
+  const int right = list->methods->get_data(head, &status) == &names[1];
+  DS_destructor(&list, NULL, NULL, &status);
+  return right && status == MR_NO_ERROR;
+}
+
 static int tolerances(void) {
   set_cos_gap(0.002);
   return get_cos_gap() == 0.002 && MR_zIsUp() && MR_get_up_vector()[2] == 1.0;
 }
 
-static int reports(void) {
-  return rptCheckAbort() == 0;
+typedef struct Entry {
+  MrAvlNode node;
+  int key;
+} Entry;
+
+static int compareEntries(const void* a, const void* b) {
+  const Entry* const left = a;
+  const Entry* const right = b;
+  return left->key - right->key;
+}
+
+static int trees(void) {
+  Entry entries[3] = {{.key = 2}, {.key = 3}, {.key = 1}};
+  MrAvlNode* root = NULL;
+  for (int i = 0; i < 3; ++i) MR_avl_insert(&root, &entries[i].node, compareEntries);
+  return MR_avl_first(root) == &entries[2].node &&
+         MR_avl_find(root, &entries[1], compareEntries) == &entries[1].node;
 }
 
 static const struct {
   const char* name;
   int (*works)(void);
-} families[] = {{"arrays", arrays},        {"bit sets", bitSets},
-                {"data lists", dataLists}, {"link lists", linkLists},
-                {"pixels", pixels},        {"pools", pools},
-                {"reports", reports},      {"status codes", statusCodes},
-                {"strings", strings},      {"tolerances", tolerances}};
+} families[] = {{"arrays", arrays},
+                {"bit sets", bitSets},
+                {"data lists", dataLists},
+                {"debug channel", debugChannel},
+                {"items", items},
+                {"link lists", linkLists},
+                {"pixels", pixels},
+                {"pools", pools},
+                {"registries", registries},
+                {"reports", reports},
+                {"status codes", statusCodes},
+                {"strings", strings},
+                {"structures", structures},
+                {"tolerances", tolerances},
+                {"trees", trees}};
 
 int main(void) {
   int status = EXIT_SUCCESS;
