@@ -90,10 +90,10 @@ void settle(MrAvlNode*& link) {
   } while (true);
 }
 
-// The way from the root to a node, to go back on. The nodes of the first levels are noted here; the
-// tree has no room for those of deeper ones but their own link to the child on the way, which holds
-// the way to their parent until it is put back (link inversion; Schorr and Waite, Comm. ACM 10,
-// 1967).
+// The way from the root to a node, to go back on. The steps of the first levels are noted here; the
+// tree has no room for deeper ones but in the link that each goes down, which holds the step before
+// until it is put back (link inversion; Schorr and Waite, Comm. ACM 10, 1967). A step is the
+// address of its upper node plus its side.
 class Path {
  public:
   static constexpr unsigned kMostNoted = 128;
@@ -103,7 +103,7 @@ class Path {
   bool atRoot() const { return depth_ == 0; }
 
   void down(MrAvlNode*& node, Side side) {
-    const std::uintptr_t step = reinterpret_cast<std::uintptr_t>(node) | side;
+    char* const step = reinterpret_cast<char*>(node) + side;
     MrAvlNode*& link = child(node, side);
     node = link;
     if (depth_ < noted_) {
@@ -118,12 +118,12 @@ class Path {
   // Tells from which side it came up.
   Side up(MrAvlNode*& node) {
     --depth_;
-    const std::uintptr_t step = depth_ < noted_ ? steps_[depth_] : deepest_;
-    MrAvlNode* const parent = reinterpret_cast<MrAvlNode*>(step & ~kSideBits);
-    const Side side = static_cast<Side>(step & kSideBits);
+    char* const step = depth_ < noted_ ? steps_[depth_] : deepest_;
+    const Side side = static_cast<Side>(reinterpret_cast<std::uintptr_t>(step) & kSideBits);
+    MrAvlNode* const parent = reinterpret_cast<MrAvlNode*>(step - side);
     if (depth_ >= noted_) {
       MrAvlNode*& link = child(parent, side);
-      deepest_ = reinterpret_cast<std::uintptr_t>(link);
+      deepest_ = reinterpret_cast<char*>(link);
       link = node;
     }
     node = parent;
@@ -136,8 +136,8 @@ class Path {
 
   const unsigned noted_;
   unsigned depth_ = 0;
-  std::uintptr_t deepest_ = 0;
-  std::uintptr_t steps_[kMostNoted];
+  char* deepest_ = nullptr;
+  char* steps_[kMostNoted];
 };
 
 // Goes round the tree from its root and back to it, until a call returns anything but 0. Calls
