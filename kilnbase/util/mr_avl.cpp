@@ -21,11 +21,11 @@ std::int16_t leanTo(std::uint8_t direction) {
   return direction == kRight ? 1 : -1;
 }
 
-MrAvlNode*& child(MrAvlNode* node, std::uint8_t side) {
+MR_AvlNode*& child(MR_AvlNode* node, std::uint8_t side) {
   return side == kLeft ? node->left : node->right;
 }
 
-void clear(MrAvlNode* node) {
+void clear(MR_AvlNode* node) {
   node->left = nullptr;
   node->right = nullptr;
   node->balance = 0;
@@ -33,17 +33,17 @@ void clear(MrAvlNode* node) {
 }
 
 // The child on that side takes the node's place, and the node becomes the child's child.
-MrAvlNode* raise(MrAvlNode* node, Side side) {
-  MrAvlNode* const raised = child(node, side);
+MR_AvlNode* raise(MR_AvlNode* node, Side side) {
+  MR_AvlNode* const raised = child(node, side);
   child(node, side) = child(raised, opposite(side));
   child(raised, opposite(side)) = node;
   return raised;
 }
 
 // Raises the inner grandchild on that side to the node's place.
-MrAvlNode* raiseInner(MrAvlNode* node, Side side) {
-  MrAvlNode* const near = child(node, side);
-  MrAvlNode* const inner = child(near, opposite(side));
+MR_AvlNode* raiseInner(MR_AvlNode* node, Side side) {
+  MR_AvlNode* const near = child(node, side);
+  MR_AvlNode* const inner = child(near, opposite(side));
   const int lean = leanTo(side);
   node->balance = inner->balance == lean ? leanTo(opposite(side)) : std::int16_t{0};
   near->balance = inner->balance == -lean ? leanTo(side) : std::int16_t{0};
@@ -54,11 +54,11 @@ MrAvlNode* raiseInner(MrAvlNode* node, Side side) {
 
 // Rotates when the balance of the node at the link demands it; tells whether it did. It does not
 // where the balances, left over from a removal without rebalancing, claim nodes that are not there.
-bool rotate(MrAvlNode*& link) {
-  MrAvlNode* const node = link;
+bool rotate(MR_AvlNode*& link) {
+  MR_AvlNode* const node = link;
   if (node->balance >= -1 && node->balance <= 1) return false;
   const Side higher = sideOf(node->balance);
-  MrAvlNode* const near = child(node, higher);
+  MR_AvlNode* const near = child(node, higher);
   if (near == nullptr) return false;
   if (near->balance == leanTo(higher)) {
     node->balance = 0;
@@ -72,7 +72,7 @@ bool rotate(MrAvlNode*& link) {
 }
 
 // Of a tree whose balances are right.
-int heightOf(const MrAvlNode* node) {
+int heightOf(const MR_AvlNode* node) {
   int height = 0;
   for (; node != nullptr; node = node->balance < 0 ? node->left : node->right) ++height;
   return height;
@@ -80,7 +80,7 @@ int heightOf(const MrAvlNode* node) {
 
 // Balances the tree at the link, both of whose subtrees are balanced. Whatever stands before it in
 // post-order is balanced too, so that the first nodes to rotate are below the last rotation.
-void settle(MrAvlNode*& link) {
+void settle(MR_AvlNode*& link) {
   do {
     const int balance = heightOf(link->right) - heightOf(link->left);
     link->balance = static_cast<std::int16_t>(balance);
@@ -102,27 +102,27 @@ class Path {
 
   bool atRoot() const { return depth_ == 0; }
 
-  void down(MrAvlNode*& node, Side side) {
+  void down(MR_AvlNode*& node, Side side) {
     char* const step = reinterpret_cast<char*>(node) + side;
-    MrAvlNode*& link = child(node, side);
+    MR_AvlNode*& link = child(node, side);
     node = link;
     if (depth_ < noted_) {
       steps_[depth_] = step;
     } else {
-      link = reinterpret_cast<MrAvlNode*>(deepest_);
+      link = reinterpret_cast<MR_AvlNode*>(deepest_);
       deepest_ = step;
     }
     ++depth_;
   }
 
   // Tells from which side it came up.
-  Side up(MrAvlNode*& node) {
+  Side up(MR_AvlNode*& node) {
     --depth_;
     char* const step = depth_ < noted_ ? steps_[depth_] : deepest_;
     const Side side = static_cast<Side>(reinterpret_cast<std::uintptr_t>(step) & kSideBits);
-    MrAvlNode* const parent = reinterpret_cast<MrAvlNode*>(step - side);
+    MR_AvlNode* const parent = reinterpret_cast<MR_AvlNode*>(step - side);
     if (depth_ >= noted_) {
-      MrAvlNode*& link = child(parent, side);
+      MR_AvlNode*& link = child(parent, side);
       deepest_ = reinterpret_cast<char*>(link);
       link = node;
     }
@@ -132,7 +132,7 @@ class Path {
 
  private:
   static constexpr std::uintptr_t kSideBits = kLeft | kRight;
-  static_assert(alignof(MrAvlNode) > kSideBits);
+  static_assert(alignof(MR_AvlNode) > kSideBits);
 
   const unsigned noted_;
   unsigned depth_ = 0;
@@ -144,7 +144,7 @@ class Path {
 // `between` for each node between its subtrees and `after` behind both; the latter may put another
 // node in its place.
 template <class Between, class After>
-int tour(MrAvlNode*& node, unsigned noted, Between between, After after) {
+int tour(MR_AvlNode*& node, unsigned noted, Between between, After after) {
   if (node == nullptr) return 0;
   Path path(noted);
   Side done = kNeither;
@@ -168,34 +168,34 @@ int tour(MrAvlNode*& node, unsigned noted, Between between, After after) {
   return result;
 }
 
-int goOn(MrAvlNode*) {
+int goOn(MR_AvlNode*) {
   return 0;
 }
 
 template <class Visit>
-int walkInorder(MrAvlNode* root, Visit visit) {
+int walkInorder(MR_AvlNode* root, Visit visit) {
   return tour(root, Path::kMostNoted, visit, goOn);
 }
 
 template <class Visit>
-int walkPostorder(MrAvlNode* root, Visit visit) {
+int walkPostorder(MR_AvlNode* root, Visit visit) {
   return tour(root, Path::kMostNoted, goOn, visit);
 }
 
-MrAvlNode* outermost(MrAvlNode* node, Side side) {
+MR_AvlNode* outermost(MR_AvlNode* node, Side side) {
   if (node == nullptr) return nullptr;
   while (child(node, side) != nullptr) node = child(node, side);
   return node;
 }
 
 // The next node on that side of the one that compares equal to the key.
-MrAvlNode* neighbour(MrAvlNode* root, const void* key, MrAvlCompare compare, Side side) {
+MR_AvlNode* neighbour(MR_AvlNode* root, const void* key, MR_AvlCompare compare, Side side) {
   KILN_ASSERT(compare != nullptr);
-  MrAvlNode* turn = nullptr;  // the last node from which the search went away from that side
-  for (MrAvlNode* node = root; node != nullptr;) {
+  MR_AvlNode* turn = nullptr;  // the last node from which the search went away from that side
+  for (MR_AvlNode* node = root; node != nullptr;) {
     const int order = compare(key, node);
     if (order == 0) {
-      MrAvlNode* const next = child(node, side);
+      MR_AvlNode* const next = child(node, side);
       return next != nullptr ? outermost(next, opposite(side)) : turn;
     }
     const Side way = sideOf(order);
@@ -206,8 +206,8 @@ MrAvlNode* neighbour(MrAvlNode* root, const void* key, MrAvlCompare compare, Sid
 }
 
 // The link that points to the node, or null when the search for it ends elsewhere.
-MrAvlNode** linkTo(MrAvlNode** root, const MrAvlNode* node, MrAvlCompare compare) {
-  MrAvlNode** link = root;
+MR_AvlNode** linkTo(MR_AvlNode** root, const MR_AvlNode* node, MR_AvlCompare compare) {
+  MR_AvlNode** link = root;
   while (*link != node) {
     if (*link == nullptr) return nullptr;
     const int order = compare(node, *link);
@@ -218,7 +218,7 @@ MrAvlNode** linkTo(MrAvlNode** root, const MrAvlNode* node, MrAvlCompare compare
 }
 
 // What takes the place of a node that is removed.
-MrAvlNode* joined(MrAvlNode* left, MrAvlNode* right) {
+MR_AvlNode* joined(MR_AvlNode* left, MR_AvlNode* right) {
   if (right == nullptr) return left;
   outermost(right, kLeft)->left = left;
   return right;
@@ -226,11 +226,11 @@ MrAvlNode* joined(MrAvlNode* left, MrAvlNode* right) {
 
 }  // namespace
 
-int MR_avl_insert(MrAvlNode** root, MrAvlNode* node, MrAvlCompare compare) {
+int MR_avl_insert(MR_AvlNode** root, MR_AvlNode* node, MR_AvlCompare compare) {
   if (root == nullptr || node == nullptr || compare == nullptr) return -1;
-  MrAvlNode** link = root;
-  MrAvlNode** critical = root;  // the last link on the way to a node with a balance, or the root
-  while (MrAvlNode* const at = *link) {
+  MR_AvlNode** link = root;
+  MR_AvlNode** critical = root;  // the last link on the way to a node with a balance, or the root
+  while (MR_AvlNode* const at = *link) {
     if (at->balance != 0) critical = link;
     const int order = compare(node, at);
     if (order == 0) {
@@ -242,31 +242,31 @@ int MR_avl_insert(MrAvlNode** root, MrAvlNode* node, MrAvlCompare compare) {
   }
   clear(node);
   *link = node;
-  for (MrAvlNode* at = *critical; at != node; at = child(at, at->direction)) {
+  for (MR_AvlNode* at = *critical; at != node; at = child(at, at->direction)) {
     at->balance = static_cast<std::int16_t>(at->balance + leanTo(at->direction));
   }
   rotate(*critical);
   return 0;
 }
 
-int MR_avl_remove(MrAvlNode** root, MrAvlNode* node, MrAvlCompare compare) {
+int MR_avl_remove(MR_AvlNode** root, MR_AvlNode* node, MR_AvlCompare compare) {
   const int result = MR_bt_remove(root, node, compare);
   if (result == 0) MR_avl_balance(root);
   return result;
 }
 
-int MR_bt_remove(MrAvlNode** root, MrAvlNode* node, MrAvlCompare compare) {
+int MR_bt_remove(MR_AvlNode** root, MR_AvlNode* node, MR_AvlCompare compare) {
   const bool given = root != nullptr && node != nullptr && compare != nullptr;
   KILN_ASSERT(given);
-  MrAvlNode** const link = given ? linkTo(root, node, compare) : nullptr;
+  MR_AvlNode** const link = given ? linkTo(root, node, compare) : nullptr;
   if (link == nullptr) return 1;
   *link = joined(node->left, node->right);
   return 0;
 }
 
-int MR_avl_balance(MrAvlNode** root) {
+int MR_avl_balance(MR_AvlNode** root) {
   KILN_ASSERT(root != nullptr);
-  const auto settleOne = [](MrAvlNode*& link) {
+  const auto settleOne = [](MR_AvlNode*& link) {
     settle(link);
     return 0;
   };
@@ -274,9 +274,9 @@ int MR_avl_balance(MrAvlNode** root) {
   return 1;
 }
 
-MrAvlNode* MR_avl_find(MrAvlNode* root, const void* key, MrAvlCompare compare) {
+MR_AvlNode* MR_avl_find(MR_AvlNode* root, const void* key, MR_AvlCompare compare) {
   KILN_ASSERT(compare != nullptr);
-  MrAvlNode* node = root;
+  MR_AvlNode* node = root;
   while (node != nullptr) {
     const int order = compare(key, node);
     if (order == 0) break;
@@ -285,42 +285,42 @@ MrAvlNode* MR_avl_find(MrAvlNode* root, const void* key, MrAvlCompare compare) {
   return node;
 }
 
-MrAvlNode* MR_avl_first(MrAvlNode* root) {
+MR_AvlNode* MR_avl_first(MR_AvlNode* root) {
   return outermost(root, kLeft);
 }
 
-MrAvlNode* MR_avl_last(MrAvlNode* root) {
+MR_AvlNode* MR_avl_last(MR_AvlNode* root) {
   return outermost(root, kRight);
 }
 
-MrAvlNode* MR_avl_next(MrAvlNode* root, const void* key, MrAvlCompare compare) {
+MR_AvlNode* MR_avl_next(MR_AvlNode* root, const void* key, MR_AvlCompare compare) {
   return neighbour(root, key, compare, kRight);
 }
 
-MrAvlNode* MR_avl_prev(MrAvlNode* root, const void* key, MrAvlCompare compare) {
+MR_AvlNode* MR_avl_prev(MR_AvlNode* root, const void* key, MR_AvlCompare compare) {
   return neighbour(root, key, compare, kLeft);
 }
 
-MrAvlNode* MR_avl_left(MrAvlNode* node) {
+MR_AvlNode* MR_avl_left(MR_AvlNode* node) {
   return node != nullptr ? node->left : nullptr;
 }
 
-MrAvlNode* MR_avl_right(MrAvlNode* node) {
+MR_AvlNode* MR_avl_right(MR_AvlNode* node) {
   return node != nullptr ? node->right : nullptr;
 }
 
-int MR_avl_inorder(MrAvlNode* root, MrAvlVisit visit) {
+int MR_avl_inorder(MR_AvlNode* root, MR_AvlVisit visit) {
   return walkInorder(root, visit);
 }
 
-int MR_avl_inorder_user(MrAvlNode* root, MrAvlVisitUser visit, void* user) {
-  return walkInorder(root, [=](MrAvlNode* node) { return visit(node, user); });
+int MR_avl_inorder_user(MR_AvlNode* root, MR_AvlVisitUser visit, void* user) {
+  return walkInorder(root, [=](MR_AvlNode* node) { return visit(node, user); });
 }
 
-int MR_avl_postorder(MrAvlNode* root, MrAvlVisit visit) {
+int MR_avl_postorder(MR_AvlNode* root, MR_AvlVisit visit) {
   return walkPostorder(root, visit);
 }
 
-int MR_avl_postorder_user(MrAvlNode* root, MrAvlVisitUser visit, void* user) {
-  return walkPostorder(root, [=](MrAvlNode* node) { return visit(node, user); });
+int MR_avl_postorder_user(MR_AvlNode* root, MR_AvlVisitUser visit, void* user) {
+  return walkPostorder(root, [=](MR_AvlNode* node) { return visit(node, user); });
 }

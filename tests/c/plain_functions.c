@@ -144,7 +144,7 @@ static int tolerances(void) {
 }
 
 typedef struct Entry {
-  MrAvlNode node;
+  MR_AvlNode node;
   int key;
 } Entry;
 
@@ -156,7 +156,7 @@ static int compareEntries(const void* a, const void* b) {
 
 static int trees(void) {
   Entry entries[3] = {{.key = 2}, {.key = 3}, {.key = 1}};
-  MrAvlNode* root = NULL;
+  MR_AvlNode* root = NULL;
   for (int i = 0; i < 3; ++i) MR_avl_insert(&root, &entries[i].node, compareEntries);
   return MR_avl_first(root) == &entries[2].node &&
          MR_avl_find(root, &entries[1], compareEntries) == &entries[1].node;

@@ -14,7 +14,7 @@ namespace {
 struct Item {
   explicit Item(int number = 0) : key(number) { std::memset(&node, 0x5a, sizeof node); }
 
-  MrAvlNode node;
+  MR_AvlNode node;
   int key;
 };
 
@@ -31,7 +31,7 @@ int compareKey(const void* key, const void* node) {
 }
 
 // "(left) key:balance:direction (right)"
-std::string text(const MrAvlNode* node) {
+std::string text(const MR_AvlNode* node) {
   if (node == nullptr) return "";
   const std::string left = node->left != nullptr ? "(" + text(node->left) + ") " : "";
   const std::string right = node->right != nullptr ? " (" + text(node->right) + ")" : "";
@@ -42,21 +42,21 @@ std::string text(const MrAvlNode* node) {
 // The definition of the operations, word by word: heights anew for each pass, a rotation a pass.
 namespace plain {
 
-int height(const MrAvlNode* node) {
+int height(const MR_AvlNode* node) {
   return node == nullptr ? 0 : 1 + std::max(height(node->left), height(node->right));
 }
 
-void setBalances(MrAvlNode* node) {
+void setBalances(MR_AvlNode* node) {
   if (node == nullptr) return;
   setBalances(node->left);
   setBalances(node->right);
   node->balance = static_cast<std::int16_t>(height(node->right) - height(node->left));
 }
 
-bool rotateLeftHeavy(MrAvlNode*& link) {
-  MrAvlNode *const n = link, *const l = n->left;
+bool rotateLeftHeavy(MR_AvlNode*& link) {
+  MR_AvlNode *const n = link, *const l = n->left;
   if (l == nullptr) return false;
-  MrAvlNode* const g = l->right;
+  MR_AvlNode* const g = l->right;
   if (l->balance == -1) {
     n->left = l->right, l->right = n, link = l;
     n->balance = l->balance = 0;
@@ -69,10 +69,10 @@ bool rotateLeftHeavy(MrAvlNode*& link) {
   return true;
 }
 
-bool rotateRightHeavy(MrAvlNode*& link) {
-  MrAvlNode *const n = link, *const r = n->right;
+bool rotateRightHeavy(MR_AvlNode*& link) {
+  MR_AvlNode *const n = link, *const r = n->right;
   if (r == nullptr) return false;
-  MrAvlNode* const g = r->left;
+  MR_AvlNode* const g = r->left;
   if (r->balance == 1) {
     n->right = r->left, r->left = n, link = r;
     n->balance = r->balance = 0;
@@ -85,24 +85,24 @@ bool rotateRightHeavy(MrAvlNode*& link) {
   return true;
 }
 
-bool rotate(MrAvlNode*& link) {
+bool rotate(MR_AvlNode*& link) {
   if (link->balance < -1) return rotateLeftHeavy(link);
   return link->balance > 1 && rotateRightHeavy(link);
 }
 
-bool rotateFirst(MrAvlNode*& link) {
+bool rotateFirst(MR_AvlNode*& link) {
   return link != nullptr && (rotateFirst(link->left) || rotateFirst(link->right) || rotate(link));
 }
 
-void balance(MrAvlNode*& root) {
+void balance(MR_AvlNode*& root) {
   do setBalances(root);
   while (rotateFirst(root));
 }
 
-int insert(MrAvlNode*& root, MrAvlNode* node) {
+int insert(MR_AvlNode*& root, MR_AvlNode* node) {
   node->left = node->right = nullptr;
   node->balance = node->direction = 0;
-  MrAvlNode **link = &root, **critical = &root;
+  MR_AvlNode **link = &root, **critical = &root;
   while (*link != nullptr) {
     if ((*link)->balance != 0) critical = link;
     const int order = compareItems(node, *link);
@@ -112,7 +112,7 @@ int insert(MrAvlNode*& root, MrAvlNode* node) {
   }
   *link = node;
   if (root == node) return 0;
-  MrAvlNode* below = *critical;
+  MR_AvlNode* below = *critical;
   const auto goDown = [&] { below = below->direction == 1 ? below->left : below->right; };
   below->balance = static_cast<std::int16_t>(below->balance + (below->direction == 2 ? 1 : -1));
   for (goDown(); below != node; goDown()) below->balance = below->direction == 2 ? 1 : -1;
@@ -120,15 +120,15 @@ int insert(MrAvlNode*& root, MrAvlNode* node) {
   return 0;
 }
 
-int unlink(MrAvlNode*& root, const MrAvlNode* node) {
-  MrAvlNode** link = &root;
+int unlink(MR_AvlNode*& root, const MR_AvlNode* node) {
+  MR_AvlNode** link = &root;
   while (*link != node) {
     if (*link == nullptr || compareItems(node, *link) == 0) return 1;
     link = compareItems(node, *link) < 0 ? &(*link)->left : &(*link)->right;
   }
   *link = node->right != nullptr ? node->right : node->left;
   if (node->right == nullptr) return 0;
-  MrAvlNode* leftmost = node->right;
+  MR_AvlNode* leftmost = node->right;
   while (leftmost->left != nullptr) leftmost = leftmost->left;
   leftmost->left = node->left;
   return 0;
@@ -154,11 +154,11 @@ class Twins {
   }
 
   void remove(std::size_t i, bool balancing) {
-    const MrAvlNode before = ours_[i].node;
+    const MR_AvlNode before = ours_[i].node;
     const auto remove = balancing ? MR_avl_remove : MR_bt_remove;
     const int result = remove(&root_, &ours_[i].node, compareItems);
     EXPECT_EQ(in_.erase(i) != 0 ? 0 : 1, result);
-    const auto fields = [](const MrAvlNode& node) {
+    const auto fields = [](const MR_AvlNode& node) {
       return std::tuple(node.left, node.right, node.balance, node.direction);
     };
     EXPECT_TRUE(result != 0 || fields(before) == fields(ours_[i].node));
@@ -182,16 +182,16 @@ class Twins {
 
  private:
   std::vector<Item> ours_, plain_;
-  MrAvlNode *root_ = nullptr, *plainRoot_ = nullptr;
+  MR_AvlNode *root_ = nullptr, *plainRoot_ = nullptr;
   std::set<std::size_t> in_;
 };
 
 // Links items[first, last) to a tree; `pick` chooses the root of each range.
 template <class Pick>
-MrAvlNode* treeOf(std::vector<Item>& items, int first, int last, const Pick& pick) {
+MR_AvlNode* treeOf(std::vector<Item>& items, int first, int last, const Pick& pick) {
   if (first == last) return nullptr;
   const int root = pick(first, last);
-  MrAvlNode* const node = &items[static_cast<std::size_t>(root)].node;
+  MR_AvlNode* const node = &items[static_cast<std::size_t>(root)].node;
   node->left = treeOf(items, first, root, pick);
   node->right = treeOf(items, root + 1, last, pick);
   return node;
@@ -206,12 +206,12 @@ std::vector<Item> numbered(int count) {
 // Chains go, from the root down, always left, always right, or to the middle from both sides.
 enum class Chain { left, right, zigzag };
 
-MrAvlNode* chained(std::vector<Item>& items, Chain chain) {
-  MrAvlNode* root = nullptr;
-  MrAvlNode** link = &root;
+MR_AvlNode* chained(std::vector<Item>& items, Chain chain) {
+  MR_AvlNode* root = nullptr;
+  MR_AvlNode** link = &root;
   for (std::size_t first = 0, last = items.size(); first != last;) {
     const bool right = chain == Chain::right || (chain == Chain::zigzag && (last - first) % 2 != 0);
-    MrAvlNode* const node = &items[right ? first++ : --last].node;
+    MR_AvlNode* const node = &items[right ? first++ : --last].node;
     node->left = node->right = nullptr;
     *link = node;
     link = right ? &node->right : &node->left;
@@ -219,12 +219,12 @@ MrAvlNode* chained(std::vector<Item>& items, Chain chain) {
   return root;
 }
 
-int append(MrAvlNode* node, void* user) {
+int append(MR_AvlNode* node, void* user) {
   static_cast<std::vector<int>*>(user)->push_back(keyOf(node));
   return 0;
 }
 
-std::vector<int> inorder(MrAvlNode* root) {
+std::vector<int> inorder(MR_AvlNode* root) {
   std::vector<int> keys;
   EXPECT_EQ(0, MR_avl_inorder_user(root, append, &keys));
   return keys;
@@ -251,7 +251,7 @@ TEST(Avl, RandomOperationsGiveTheDefinedTrees) {
 
 TEST(Avl, EqualKeysAndNullsAreRefused) {
   Item one(1), two(2), three(3), otherOne(1);
-  MrAvlNode* root = nullptr;
+  MR_AvlNode* root = nullptr;
   EXPECT_EQ(-1, MR_avl_insert(nullptr, &one.node, compareItems));
   EXPECT_EQ(-1, MR_avl_insert(&root, nullptr, compareItems));
   EXPECT_EQ(-1, MR_avl_insert(&root, &one.node, nullptr));
@@ -269,7 +269,7 @@ TEST(Avl, EqualKeysAndNullsAreRefused) {
 
 TEST(Avl, ALevelChildIsRaisedByItsInnerChild) {
   std::vector<Item> items = numbered(6);
-  MrAvlNode* root = nullptr;
+  MR_AvlNode* root = nullptr;
   for (const std::size_t i : {4, 2, 5, 1, 3}) {
     MR_avl_insert(&root, &items[i].node, compareItems);
   }
@@ -288,9 +288,9 @@ TEST(Avl, AnyShapeIsBalancedAsDefined) {
       return random() % 2 != 0 ? first + step : last - 1 - step;
     };
     std::vector<Item> items = numbered(count), twins = items;
-    MrAvlNode* root = treeOf(items, 0, count, pick);
+    MR_AvlNode* root = treeOf(items, 0, count, pick);
     random.seed(static_cast<unsigned>(seed));
-    MrAvlNode* plainRoot = treeOf(twins, 0, count, pick);
+    MR_AvlNode* plainRoot = treeOf(twins, 0, count, pick);
     ASSERT_EQ(text(plainRoot), text(root));
     MR_avl_balance(&root);
     plain::balance(plainRoot);
@@ -301,7 +301,7 @@ TEST(Avl, AnyShapeIsBalancedAsDefined) {
 TEST(Avl, ChainsTooLongForTheStackAreBalancedAndWalked) {
   std::vector<Item> items = numbered(300000);
   for (const Chain chain : {Chain::left, Chain::right, Chain::zigzag}) {
-    MrAvlNode* root = chained(items, chain);
+    MR_AvlNode* root = chained(items, chain);
     std::vector<int> post;
     EXPECT_EQ(0, MR_avl_postorder_user(root, append, &post));
     EXPECT_EQ(keyOf(root), post.back());
@@ -319,14 +319,14 @@ TEST(Avl, WalksStopWhereTheyAreToldAndLeaveTheTreeAsItWas) {
     std::size_t after;
     std::vector<int> keys;
   };
-  const auto visit = [](MrAvlNode* node, void* user) {
+  const auto visit = [](MR_AvlNode* node, void* user) {
     Stop& stop = *static_cast<Stop*>(user);
     stop.keys.push_back(keyOf(node));
     return stop.keys.size() == stop.after ? 7 : 0;
   };
   std::vector<Item> items = numbered(300);  // deeper than the walks note the way
   for (const Chain chain : {Chain::left, Chain::right, Chain::zigzag}) {
-    MrAvlNode* const root = chained(items, chain);
+    MR_AvlNode* const root = chained(items, chain);
     const std::string before = text(root);
     for (const auto walk : {MR_avl_inorder_user, MR_avl_postorder_user}) {
       Stop all = {0, {}};
@@ -348,11 +348,11 @@ TEST(Avl, APostorderWalkMayFreeTheNodes) {
   static int freed;
   freed = 0;
   for (const int count : {0, 1, 100}) {
-    MrAvlNode* root = nullptr;
+    MR_AvlNode* root = nullptr;
     for (int key = 0; key < count; ++key) {
       MR_avl_insert(&root, &(new Item(key))->node, compareItems);
     }
-    const auto release = [](MrAvlNode* node) {
+    const auto release = [](MR_AvlNode* node) {
       delete reinterpret_cast<Item*>(node);
       return ++freed, 0;
     };
@@ -365,7 +365,7 @@ TEST(Avl, SearchesAndNeighboursAreThoseOfASortedSet) {
   std::mt19937 random(1);
   std::vector<Item> items;
   for (int i = 0; i < 200; ++i) items.emplace_back(static_cast<int>(random() % 400));
-  MrAvlNode* root = nullptr;
+  MR_AvlNode* root = nullptr;
   std::set<int> keys;
   EXPECT_EQ(nullptr, MR_avl_first(root));
   EXPECT_EQ(nullptr, MR_avl_last(root));
@@ -373,7 +373,7 @@ TEST(Avl, SearchesAndNeighboursAreThoseOfASortedSet) {
     MR_avl_insert(&root, &item.node, compareItems);
     keys.insert(item.key);
   }
-  const auto keyOrNone = [](const MrAvlNode* node) { return node != nullptr ? keyOf(node) : -1; };
+  const auto keyOrNone = [](const MR_AvlNode* node) { return node != nullptr ? keyOf(node) : -1; };
   EXPECT_EQ(*keys.begin(), keyOf(MR_avl_first(root)));
   EXPECT_EQ(*keys.rbegin(), keyOf(MR_avl_last(root)));
   for (int key = -1; key <= 400; ++key) {
