@@ -1,0 +1,47 @@
+// Growable arrays of elements that can be moved as plain bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+
+#include <kilnbase/auto/containers/detail/GrowableArray.h>
+#include <kilnbase/export.h>
+
+/// A growable array of elements of any fixed size, which are copied and moved as plain bytes: no
+/// constructor and no destructor runs, and new elements have any value. Elements that need more go
+/// into a `TobjArray`; users take an array of their type (`TdoubleArray`, `TcharPtrArray`), which
+/// has calls to insert, find and read elements.
+///
+/// All results are 0, but for 2 when `create` or `changePhysicalSizeTo` cannot get memory and for
+/// 150 when an element is not found. Nothing is checked against the length; see
+/// vxKilnBase::detail::GrowableArray for the operations.
+///
+///     TdoubleArray heights(32);  // takes 32 slots at first, then 32, 41, 52, ... more
+///     heights.addLast(0.5);
+///     heights.removeAt(0, 1);
+class KILNBASE_API Tarray : public vxKilnBase::detail::GrowableArray<Tarray, long> {
+ public:
+  using Result = long;
+
+  /// No elements and no block yet. Elements of `elementSize` bytes, at most 65535 where they are to
+  /// be found again.
+  constexpr Tarray(std::size_t elementSize, std::size_t sizeIncrement) noexcept
+      : GrowableArray(elementSize, sizeIncrement) {}
+  ~Tarray() override;
+
+ private:
+  friend GrowableArray;
+  using Distance = std::ptrdiff_t;
+
+  void construct(std::size_t, std::size_t) {}
+  void destruct(std::size_t, std::size_t) {}
+  void initialize(char* to, const char* from, std::size_t count) {
+    std::memcpy(to, from, count * elementSize_);
+  }
+  void shuffle(std::size_t first, std::ptrdiff_t distance, std::size_t count) {
+    char* const from = slot(first);
+    std::memmove(from + distance * static_cast<std::ptrdiff_t>(elementSize_), from,
+                 count * elementSize_);
+  }
+  char* moveElements(std::size_t n);
+};

@@ -1,0 +1,3 @@
+#include <kilnbase/auto/containers/TcharPtrArray.h>
+
+TcharPtrArray::~TcharPtrArray() = default;

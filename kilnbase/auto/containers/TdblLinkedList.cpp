@@ -1,0 +1,143 @@
+#include <kilnbase/auto/containers/TdblLinkedList.h>
+#include <kilnbase/detail/assert.h>
+
+static_assert(sizeof(TdblLinkedListElement) == 3 * sizeof(void*));
+static_assert(sizeof(TdblLinkedList) == 10 * sizeof(void*));
+
+namespace {
+
+// Of a linked element; true in every view of a chain, whatever sentinels it has of its own.
+bool isSentinel(const TdblLinkedListElement* e) {
+  return e->next() == nullptr || e->prev() == nullptr;
+}
+
+}  // namespace
+
+TdblLinkedListElement::~TdblLinkedListElement() = default;
+
+void TdblLinkedListElement::append(TdblLinkedListElement* e) {
+  KILN_ASSERT(next_ != nullptr);
+  e->next_ = next_;
+  e->prev_ = this;
+  next_->prev_ = e;
+  next_ = e;
+}
+
+void TdblLinkedListElement::insert(TdblLinkedListElement* e) {
+  KILN_ASSERT(prev_ != nullptr);
+  e->prev_ = prev_;
+  e->next_ = this;
+  prev_->next_ = e;
+  prev_ = e;
+}
+
+void TdblLinkedListElement::remove() {
+  KILN_ASSERT(!isSentinel(this));
+  next_->prev_ = prev_;
+  prev_->next_ = next_;
+  next_ = nullptr;
+  prev_ = nullptr;
+}
+
+TrestrictedLinkedList::TrestrictedLinkedList() : cursor_(&head_), cursorRef_(&cursor_) {
+  head_.next_ = &tail_;
+  tail_.prev_ = &head_;
+}
+
+TrestrictedLinkedList::~TrestrictedLinkedList() {
+  for (first(); !beyondEnds();) delete remove();
+}
+
+TrestrictedLinkedList::Element* TrestrictedLinkedList::remove(Element* e) {
+  if (length_ == 0) return nullptr;
+  Element* const removed = e != nullptr ? e : *cursorRef_;
+  KILN_ASSERT(!isSentinel(removed));
+  if (isSentinel(removed)) return nullptr;
+  *cursorRef_ = removed->next_;
+  removed->remove();
+  --length_;
+  return removed;
+}
+
+TrestrictedLinkedList::Element* TrestrictedLinkedList::first() const {
+  return length_ == 0 ? nullptr : *cursorRef_ = head_.next_;
+}
+
+TrestrictedLinkedList::Element* TrestrictedLinkedList::last() const {
+  return length_ == 0 ? nullptr : *cursorRef_ = tail_.prev_;
+}
+
+TrestrictedLinkedList::Element* TrestrictedLinkedList::next(const Element* e) const {
+  if (length_ == 0) return nullptr;
+  Element* const successor = (e != nullptr ? e : *cursorRef_)->next_;
+  if (successor == nullptr) return nullptr;
+  *cursorRef_ = successor;
+  return successor->next_ != nullptr ? successor : nullptr;
+}
+
+TrestrictedLinkedList::Element* TrestrictedLinkedList::prev(const Element* e) const {
+  if (length_ == 0) return nullptr;
+  Element* const predecessor = (e != nullptr ? e : *cursorRef_)->prev_;
+  if (predecessor == nullptr) return nullptr;
+  *cursorRef_ = predecessor;
+  return predecessor->prev_ != nullptr ? predecessor : nullptr;
+}
+
+int TrestrictedLinkedList::atStart() const {
+  return length_ == 0 || *cursorRef_ == head_.next_ ? 1 : 0;
+}
+
+int TrestrictedLinkedList::atEnd() const {
+  return length_ == 0 || *cursorRef_ == tail_.prev_ ? 1 : 0;
+}
+
+int TrestrictedLinkedList::beyondEnds() const {
+  return length_ == 0 || isSentinel(*cursorRef_) ? 1 : 0;
+}
+
+TrestrictedLinkedList::Element* TrestrictedLinkedList::getElement(int i) const {
+  if (first() == nullptr) return nullptr;
+  while (i > 0 && next() != nullptr) --i;
+  return *cursorRef_;
+}
+
+int TrestrictedLinkedList::elementIndex(const Element* e) const {
+  if (length_ == 0) return 1;
+  const Element* const wanted = e != nullptr ? e : *cursorRef_;
+  int index = 0;
+  for (const Element* each = first(); each != nullptr && each != wanted; each = next()) ++index;
+  return index;
+}
+
+int TrestrictedLinkedList::inList(const Element* e) const {
+  if (length_ == 0) return 0;
+  const Element* each = &head_;
+  while (each != nullptr && each != e) each = each->next_;
+  return each != nullptr ? 1 : 0;
+}
+
+int TrestrictedLinkedList::validate(const Element*, const Element* b) const {
+  return b != nullptr ? 1 : 0;
+}
+
+TrestrictedLinkedList::Element* TrestrictedLinkedList::protAppend(Element* e, Element* where) {
+  KILN_ASSERT(e != nullptr);
+  if (e == nullptr) return nullptr;
+  (where != nullptr ? where : tail_.prev_)->append(e);
+  return linked(e);
+}
+
+TrestrictedLinkedList::Element* TrestrictedLinkedList::protInsert(Element* e, Element* where) {
+  KILN_ASSERT(e != nullptr);
+  if (e == nullptr) return nullptr;
+  (where != nullptr ? where : head_.next_)->insert(e);
+  return linked(e);
+}
+
+TrestrictedLinkedList::Element* TrestrictedLinkedList::linked(Element* e) {
+  ++length_;
+  *cursorRef_ = e;
+  return e;
+}
+
+TdblLinkedList::~TdblLinkedList() = default;

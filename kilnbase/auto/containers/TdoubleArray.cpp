@@ -1,0 +1,3 @@
+#include <kilnbase/auto/containers/TdoubleArray.h>
+
+TdoubleArray::~TdoubleArray() = default;

@@ -1,0 +1,69 @@
+#include <algorithm>
+#include <new>
+
+#include <kilnbase/auto/containers/TgroupDLLists.h>
+#include <kilnbase/detail/assert.h>
+
+static_assert(sizeof(TgroupDLLists) == 2 * sizeof(void*) + sizeof(IntVec));
+
+namespace {
+
+IntVec run(int first, int count) {
+  IntVec indices(static_cast<unsigned>(std::max(count, 0)));
+  for (int i = 0; i < static_cast<int>(indices.length()); ++i) indices(i) = first + i;
+  return indices;
+}
+
+}  // namespace
+
+TgroupDLLists::TgroupDLLists(int n) : count_(n), usingIndices_(run(0, n)) {
+  if (n < 1) return;
+  lists_ = new (std::nothrow) TrestrictedLinkedList*[static_cast<std::size_t>(n)]();
+  if (lists_ == nullptr) clear();
+}
+
+TgroupDLLists::TgroupDLLists(int n, const IntVec& indices) : TgroupDLLists(n) {
+  KILN_ASSERT(count_ < 0 || areSlots(indices));
+  if (areSlots(indices)) usingIndices_.reference(indices.copy());
+}
+
+TgroupDLLists& TgroupDLLists::operator=(const TgroupDLLists& other) {
+  lists_ = other.lists_;
+  count_ = other.count_;
+  usingIndices_.reference(other.usingIndices_);
+  return *this;
+}
+
+int TgroupDLLists::setUsing(const IntVec& indices) {
+  if (indices.length() == 0 || !areSlots(indices)) return 0;
+  usingIndices_.reference(indices.copy());
+  return 1;
+}
+
+int TgroupDLLists::setUsing(int first, int last) {
+  if (first < 0 || first > last || last >= count_) return 0;
+  usingIndices_.reference(run(first, last - first + 1));
+  return 1;
+}
+
+int TgroupDLLists::totalActiveLength() const {
+  int total = 0;
+  for (int i = 0; i < static_cast<int>(usingIndices_.length()); ++i) {
+    total += listB(usingIndices_(i))->length();
+  }
+  return total;
+}
+
+void TgroupDLLists::clear() {
+  for (int i = 0; lists_ != nullptr && i < count_; ++i) delete lists_[i];
+  delete[] lists_;
+  lists_ = nullptr;
+  count_ = -1;
+}
+
+bool TgroupDLLists::areSlots(const IntVec& indices) const {
+  for (int i = 0; i < static_cast<int>(indices.length()); ++i) {
+    if (indices(i) < 0 || indices(i) >= count_) return false;
+  }
+  return true;
+}

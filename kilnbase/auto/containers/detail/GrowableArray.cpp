@@ -1,0 +1,245 @@
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+
+#include <kilnbase/auto/containers/Tarray.h>
+#include <kilnbase/auto/containers/TobjArray.h>
+#include <kilnbase/auto/containers/detail/GrowableArray.h>
+#include <kilnbase/detail/assert.h>
+
+namespace vxKilnBase::detail {
+
+namespace {
+
+constexpr int kDone = 0;
+constexpr int kNoMemory = 2;
+
+// The range of the 16-bit counters.
+constexpr std::size_t kCounterRange = 65536;
+
+// A growth step from here on stays as it is.
+constexpr std::size_t kLargestStep = 0x7fffffff;
+
+}  // namespace
+
+template <class Array, class Result>
+GrowableArray<Array, Result>::~GrowableArray() {
+  std::free(buffer_);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::create(std::size_t n, std::size_t increment) {
+  sizeIncrement_ = increment;
+  return allocateArray(n);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::removeAt(std::size_t index, std::size_t count) {
+  if (index >= length_) return Result(kDone);
+  const std::size_t rest = length_ - index;
+  const std::size_t removed = rest == 1 ? 1 : std::min(count, rest);
+  moveBy(index + removed, -static_cast<std::ptrdiff_t>(removed), rest - removed);
+  return expandArray(length_ - removed);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::removeLast(std::size_t count) {
+  return length_ <= count ? reset() : removeAt(length_ - count, count);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::setSizeIncrement(std::size_t increment) {
+  sizeIncrement_ = increment;
+  return Result(kDone);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::changeLogicalSizeTo(std::size_t n) {
+  return expandArray(n);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::changeLogicalSizeBy(long difference) {
+  KILN_ASSERT(difference >= 0 || length_ + static_cast<std::size_t>(difference) < length_);
+  return expandArray(length_ + static_cast<std::size_t>(difference));
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::changePhysicalSizeTo(std::size_t n) {
+  if (n > 0) return Result(resizeBlock(n) ? kDone : kNoMemory);
+  setLength(0);
+  std::free(buffer_);
+  buffer_ = nullptr;
+  capacity_ = 0;
+  return Result(kDone);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::buffer(std::size_t n) {
+  return length_ + n > capacity_ ? changePhysicalSizeTo(length_ + n) : Result(kDone);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::pack() {
+  return capacity_ > length_ ? changePhysicalSizeTo(length_) : Result(kDone);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::reset() {
+  return changeLogicalSizeTo(0);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::createAndInitialise(void* value, std::size_t n,
+                                                         std::size_t increment) {
+  KILN_ASSERT(n < kCounterRange && !holds(value));
+  const char* const oldBlock = buffer_;
+  create(n, increment);
+  if (n > 0 && buffer_ == oldBlock) return Result(kNoMemory);
+  const std::size_t reached = std::min(capacity_, kCounterRange);
+  for (std::size_t i = 0; i < reached; ++i) replace(i, static_cast<const char*>(value), 1);
+  return Result(kDone);
+}
+
+// Elements of this array that stand behind the new ones have moved by the time they are copied.
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::insertElement(const void* source, std::size_t index,
+                                                   std::size_t count) {
+  const char* const values = static_cast<const char*>(source);
+  const bool own = holds(source);
+  const std::size_t first = own ? static_cast<std::size_t>(values - buffer_) / elementSize_ : 0;
+  index = std::min(index, length_);
+  if (!insertSlots(index, count)) return Result(kDone);
+  if (!own) {
+    replace(index, values, count);
+    return Result(kDone);
+  }
+  const std::size_t before = first < index ? std::min(count, index - first) : 0;
+  replace(index, slot(first), before);
+  replace(index + before, slot(first + before + count), count - before);
+  return Result(kDone);
+}
+
+template <class Array, class Result>
+bool GrowableArray<Array, Result>::insertSlots(std::size_t index, std::size_t count) {
+  const std::size_t behind = length_ - index;
+  const std::size_t n = length_ + count;
+  if (n < length_) return false;
+  expandArray(n);
+  if (length_ != n) return false;
+  moveBy(index, static_cast<std::ptrdiff_t>(count), behind);
+  return true;
+}
+
+template <class Array, class Result>
+long GrowableArray<Array, Result>::findElement(const void* element, std::size_t& index) const {
+  KILN_ASSERT(elementSize_ < kCounterRange);
+  const std::size_t compared = std::min(elementSize_, kCounterRange);
+  std::size_t i = 0;
+  while (i < length_ && std::memcmp(slot(i), element, compared) != 0) ++i;
+  index = i;
+  return i < length_ ? kDone : kNotFound;
+}
+
+template <class Array, class Result>
+long GrowableArray<Array, Result>::removeElement(const void* element) {
+  std::size_t index = 0;
+  const long result = findElement(element, index);
+  if (result == kDone) removeAt(index, 1);
+  return result;
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::copyElements(std::size_t index, const void* source,
+                                                  std::size_t count) {
+  KILN_ASSERT(!holds(source));
+  const std::size_t n = index + count;
+  if (n < index || holds(source)) return Result(kDone);
+  expandArray(n);
+  if (length_ == n) replace(index, static_cast<const char*>(source), count);
+  return Result(kDone);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::allocateArray(std::size_t n) {
+  char* const block = n > 0 ? newBlock(n) : buffer_;
+  if (n > 0 && block == nullptr) return Result(kNoMemory);
+  setLength(0);
+  if (block != buffer_) std::free(buffer_);
+  buffer_ = block;
+  capacity_ = n;
+  setLength(n);
+  return Result(kDone);
+}
+
+template <class Array, class Result>
+Result GrowableArray<Array, Result>::expandArray(std::size_t n) {
+  if (n <= capacity_ || grow(n)) setLength(n);
+  return Result(kDone);
+}
+
+template <class Array, class Result>
+bool GrowableArray<Array, Result>::holds(const void* element) const {
+  const std::less<> before;
+  return !before(element, buffer_) && before(element, slot(length_));
+}
+
+template <class Array, class Result>
+bool GrowableArray<Array, Result>::fits(std::size_t n) const {
+  return elementSize_ > 0 && n <= PTRDIFF_MAX / elementSize_ &&
+         n <= static_cast<std::size_t>(std::numeric_limits<typename Array::Distance>::max());
+}
+
+template <class Array, class Result>
+char* GrowableArray<Array, Result>::newBlock(std::size_t n) const {
+  return fits(n) ? static_cast<char*>(std::malloc(n * elementSize_)) : nullptr;
+}
+
+template <class Array, class Result>
+bool GrowableArray<Array, Result>::resizeBlock(std::size_t n) {
+  char* const block = !fits(n) || buffer_ == nullptr ? newBlock(n) : self().moveElements(n);
+  if (block == nullptr) return false;
+  buffer_ = block;
+  capacity_ = n;
+  length_ = std::min(length_, n);
+  return true;
+}
+
+template <class Array, class Result>
+bool GrowableArray<Array, Result>::grow(std::size_t n) {
+  const bool isFirstBlock = buffer_ == nullptr;
+  const std::size_t grown = capacity_ + missingSlots(n);
+  if (grown < n || !resizeBlock(grown)) return false;
+  if (!isFirstBlock && sizeIncrement_ < kLargestStep) sizeIncrement_ += sizeIncrement_ / 4 + 1;
+  return true;
+}
+
+// One step, or as many as make up for the slots that n elements lack.
+template <class Array, class Result>
+std::size_t GrowableArray<Array, Result>::missingSlots(std::size_t n) const {
+  KILN_ASSERT(sizeIncrement_ > 0);
+  if (sizeIncrement_ >= n) return sizeIncrement_;
+  const std::size_t step = std::max<std::size_t>(sizeIncrement_, 1);
+  return ((n - capacity_ - 1) / step + 1) * step;
+}
+
+template <class Array, class Result>
+void GrowableArray<Array, Result>::moveBy(std::size_t first, std::ptrdiff_t distance,
+                                          std::size_t count) {
+  if (count > 0) self().shuffle(first, static_cast<typename Array::Distance>(distance), count);
+}
+
+template <class Array, class Result>
+void GrowableArray<Array, Result>::replace(std::size_t index, const char* source,
+                                           std::size_t count) {
+  if (count == 0) return;
+  self().destruct(index, count);
+  self().initialize(slot(index), const_cast<char*>(source), count);
+}
+
+template class GrowableArray<Tarray, long>;
+template class GrowableArray<TobjArray, void>;
+
+}  // namespace vxKilnBase::detail

@@ -1,0 +1,96 @@
+// What the arrays of one type add to the arrays of elements of a size.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <new>
+
+#include <kilnbase/auto/containers/TobjArray.h>
+
+namespace vxKilnBase::detail {
+
+/// Typed calls on top of `Base`, which is Tarray or TobjArray and gives its results. Elements are
+/// equal when their bytes are: to a search 0.0 and -0.0 differ, and a NaN is found.
+template <class Base, class T>
+class TypedArray : public Base {
+ public:
+  using Element = T;
+  using Result = typename Base::Result;
+
+  explicit constexpr TypedArray(std::size_t sizeIncrement) noexcept
+      : Base(sizeof(T), sizeIncrement) {}
+
+  Result addLast(T element) {
+    if (this->addSlot()) *last() = element;
+    return Result(0);
+  }
+  /// Adds `count` elements, which may be elements of this array.
+  Result addLast(const T* elements, std::size_t count) {
+    return this->insertElement(elements, this->length(), count);
+  }
+  /// Inserts before `index`; at the end when that lies beyond it.
+  Result insert(T element, std::size_t index) { return this->insertElement(&element, index, 1); }
+
+  /// The first place of `element`: 0, or 150 and `index` is the length.
+  long find(T element, std::size_t& index) const { return this->findElement(&element, index); }
+  /// Removes `element` from its first place: 0, or 150 when it is absent.
+  long remove(T element) { return this->removeElement(&element); }
+
+  /// Element i, not checked. Valid until the array grows.
+  T& element(std::size_t i) { return elements()[i]; }
+  const T& element(std::size_t i) const { return elements()[i]; }
+  T& operator[](std::size_t i) { return elements()[i]; }
+  const T& operator[](std::size_t i) const { return elements()[i]; }
+  /// The last element, of which there must be one.
+  T* last() { return elements() + this->length() - 1; }
+  const T* last() const { return elements() + this->length() - 1; }
+
+  /// Adds the elements of `other`, which may be this array.
+  Result catenate(const TypedArray& other) { return addLast(other.elements(), other.length()); }
+  /// Makes the elements copies of those of `other`. The growth step stays.
+  Result copy(const TypedArray& other) {
+    if (this == &other) return Result(0);
+    return this->copyElements(0, other.elements(), other.length());
+  }
+  Result copyTo(TypedArray& other) const { return other.copy(*this); }
+
+ private:
+  T* elements() const { return reinterpret_cast<T*>(this->block()); }
+};
+
+/// An array of objects of type T, which are default constructed where a new one has no value yet.
+template <class T>
+class TypedObjArray : public TypedArray<TobjArray, T> {
+  static_assert(alignof(T) <= alignof(std::max_align_t));
+
+ public:
+  using TypedArray<TobjArray, T>::TypedArray;
+  ~TypedObjArray() override { this->changePhysicalSizeTo(0); }
+
+ protected:
+  void construct(std::size_t first, std::size_t count) override {
+    std::uninitialized_value_construct_n(at(this->block()) + first, count);
+  }
+  void destruct(std::size_t first, std::size_t count) override {
+    std::destroy_n(at(this->block()) + first, count);
+  }
+  void destroy(char* elements, std::size_t count) override { std::destroy_n(at(elements), count); }
+  void initialize(char* to, char* from, std::size_t count) override {
+    std::uninitialized_copy_n(at(from), count, at(to));
+  }
+  void shuffle(std::size_t first, int distance, std::size_t count) override {
+    T* const begin = at(this->block()) + first;
+    T* const end = begin + count;
+    if (distance < 0) {
+      std::move(begin, end, begin + distance);
+    } else {
+      std::move_backward(begin, end, end + distance);
+    }
+  }
+
+ private:
+  static T* at(char* elements) { return reinterpret_cast<T*>(elements); }
+};
+
+}  // namespace vxKilnBase::detail

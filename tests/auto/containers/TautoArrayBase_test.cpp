@@ -1,0 +1,72 @@
+#include <cstdint>
+#include <gtest/gtest.h>
+
+#include <kilnbase/auto/containers/TautoArrayBase.h>
+
+namespace {
+
+class Scratch : public TautoArrayBase {
+ public:
+  using TautoArrayBase::base;
+  using TautoArrayBase::count;
+
+  Scratch(unsigned short size, std::size_t count) : TautoArrayBase(size, count) {}
+
+  void fill(unsigned char value, std::size_t bytes) {
+    for (std::size_t i = 0; i < bytes; ++i) static_cast<unsigned char*>(base())[i] = value;
+  }
+};
+
+}  // namespace
+
+TEST(TautoArrayBase, PlacesElementsAtMultiplesOfTheirSize) {
+  {
+    const Scratch bytes(1, 3);
+    const Scratch ints(4, 1);
+    EXPECT_EQ(8U, TautoArrayBase::currentUse());
+    const Scratch none(8, 0);
+    EXPECT_EQ(nullptr, none.base());
+    const Scratch points(24, 2);
+    EXPECT_EQ(24U + 48U, TautoArrayBase::currentUse());
+    const Scratch lanes(64, 1);
+    EXPECT_EQ(128U + 64U, TautoArrayBase::currentUse());
+    EXPECT_EQ(static_cast<char*>(bytes.base()) + 24, points.base());
+    EXPECT_EQ(0U, reinterpret_cast<std::uintptr_t>(lanes.base()) % 64);
+  }
+  EXPECT_EQ(0U, TautoArrayBase::currentUse());
+}
+
+TEST(TautoArrayBase, GrowsByStepsAndKeepsArraysInUseWhereTheyAre) {
+  EXPECT_EQ(8192U, TautoArrayBase::incrementalSize());
+  TautoArrayBase::setIncrementSize(1000);
+  {
+    const std::size_t before = TautoArrayBase::bufferSize();
+    Scratch first(8, before / 8 + 1);  // nothing is in use: the old block is given up
+    EXPECT_EQ(before + 1000, TautoArrayBase::bufferSize());
+    const std::size_t free = TautoArrayBase::bufferSize() - TautoArrayBase::currentUse();
+    const std::size_t size = TautoArrayBase::bufferSize();
+    first.fill(1, 8);
+    Scratch second(1, free + 1000);  // a whole step short takes one step more
+    EXPECT_EQ(size + 2000, TautoArrayBase::bufferSize());
+    second.fill(2, free + 1000);
+    Scratch third(2, 3000);
+    third.fill(3, 6000);
+    EXPECT_EQ(1, *static_cast<char*>(first.base()));
+    EXPECT_EQ(2, static_cast<char*>(second.base())[free + 999]);
+    EXPECT_EQ(3, *static_cast<char*>(third.base()));
+  }
+  EXPECT_EQ(0U, TautoArrayBase::currentUse());
+  TautoArrayBase::setIncrementSize(8192);
+}
+
+TEST(TautoArrayBase, ReservesNothingWithoutMemory) {
+  const std::size_t before = TautoArrayBase::bufferSize();
+  for (const std::size_t count : {SIZE_MAX, SIZE_MAX / 24, SIZE_MAX / 48 - 1}) {
+    const Scratch scratch(24, count);
+    EXPECT_EQ(nullptr, scratch.base());
+    EXPECT_EQ(0U, scratch.count());
+  }
+  EXPECT_EQ(0U, TautoArrayBase::currentUse());
+  EXPECT_EQ(before, TautoArrayBase::bufferSize());
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, Scratch(0, 1).base()), "size > 0");
+}

@@ -1,0 +1,236 @@
+#include <algorithm>
+#include <cstring>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include <kilnbase/auto/containers/TdblLinkedList.h>
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+namespace {
+
+using Element = TdblLinkedListElement;
+
+struct Item : Element {
+  Item() { ++living; }
+  ~Item() override { --living; }
+
+  static inline int living = 0;
+};
+
+// The words of a list, in the order of its fields.
+struct Words {
+  explicit Words(const TdblLinkedList& list) {
+    static_assert(sizeof *this == sizeof list);
+    std::memcpy(static_cast<void*>(this), static_cast<const void*>(&list), sizeof list);
+  }
+
+  const void* table;
+  const void* head[3];
+  const void* tail[3];
+  const Element* cursor;
+  const void* cursorRef;
+  int length;
+};
+
+const Element* atWord(const TdblLinkedList& list, int word) {
+  return reinterpret_cast<const Element*>(reinterpret_cast<void* const*>(&list) + word);
+}
+const Element* headOf(const TdblLinkedList& list) {
+  return atWord(list, 1);
+}
+const Element* tailOf(const TdblLinkedList& list) {
+  return atWord(list, 4);
+}
+
+// What a list must hold: the elements, and the cursor as an index from -1 to their number.
+class Model {
+ public:
+  explicit Model(TdblLinkedList& list) : list_(list) {}
+
+  int size() const { return static_cast<int>(items_.size()); }
+  int cursor() const { return cursor_; }
+  Element* at(int i) const { return i < 0 || i >= size() ? nullptr : items_[indexOf(i)]; }
+
+  Element* moveTo(int i) {
+    if (size() > 0) cursor_ = std::clamp(i, -1, size());
+    return size() > 0 ? at(cursor_) : nullptr;
+  }
+  Element* put(Element* e, int i) {
+    items_.insert(items_.begin() + i, e);
+    cursor_ = i;
+    return e;
+  }
+  Element* take(int i) {
+    Element* const taken = at(i);
+    if (taken != nullptr) items_.erase(items_.begin() + i);
+    if (taken != nullptr) cursor_ = i;
+    return taken;
+  }
+
+  void check() const {
+    std::vector<const Element*> forward;
+    for (const Element* e = headOf(list_)->next(); e != tailOf(list_); e = e->next()) {
+      ASSERT_EQ(e, e->next()->prev());
+      forward.push_back(e);
+    }
+    ASSERT_THAT(forward, ElementsAreArray(items_));
+    ASSERT_EQ(size(), list_.length());
+    if (size() > 0) {
+      const Element* const sentinel = cursor_ < 0 ? headOf(list_) : tailOf(list_);
+      ASSERT_EQ(at(cursor_) != nullptr ? at(cursor_) : sentinel, Words(list_).cursor);
+    }
+    ASSERT_EQ(size() == 0 || cursor_ == 0, list_.atStart());
+    ASSERT_EQ(size() == 0 || cursor_ == size() - 1, list_.atEnd());
+    ASSERT_EQ(size() == 0 || at(cursor_) == nullptr, list_.beyondEnds());
+  }
+
+ private:
+  static std::size_t indexOf(int i) { return static_cast<std::size_t>(i); }
+
+  TdblLinkedList& list_;
+  std::vector<Element*> items_;
+  int cursor_ = -1;
+};
+
+}  // namespace
+
+TEST(TdblLinkedList, FollowsAModelThroughRandomOperations) {
+  TdblLinkedList list;
+  Model model(list);
+  std::mt19937 random(62);
+  const auto below = [&random](int n) {
+    return static_cast<int>(random() % static_cast<unsigned>(n));
+  };
+  for (int step = 0; step < 20000; ++step) {
+    const int i = below(model.size() + 1);
+    Element* const e = model.at(i);  // sometimes null: then the cursor's or the outermost counts
+    const int from = e != nullptr ? i : model.cursor();
+    switch (below(model.size() > 30 ? 12 : 10)) {
+      case 0: {
+        Element* const added = new Item;
+        ASSERT_EQ(model.put(added, e != nullptr ? i + 1 : model.size()), list.append(added, e));
+        break;
+      }
+      case 1: {
+        Element* const added = new Item;
+        ASSERT_EQ(model.put(added, e != nullptr ? i : 0), list.insert(added, e));
+        break;
+      }
+      case 2:
+        ASSERT_EQ(model.moveTo(0), list.first());
+        break;
+      case 3:
+        ASSERT_EQ(model.moveTo(model.size() - 1), list.last());
+        break;
+      case 4:
+        ASSERT_EQ(model.moveTo(from + 1), list.next(e));
+        break;
+      case 5:
+        ASSERT_EQ(model.moveTo(from - 1), list.prev(e));
+        break;
+      case 6: {
+        model.moveTo(i);
+        const Element* const there = model.size() == 0 ? nullptr : tailOf(list);
+        ASSERT_EQ(e != nullptr ? e : there, list.getElement(i));
+        break;
+      }
+      case 7: {
+        const int index = model.at(from) != nullptr ? from : model.size();
+        ASSERT_EQ(model.size() == 0 ? 1 : index, list.elementIndex(e));
+        model.moveTo(index);
+        break;
+      }
+      case 8:
+        ASSERT_EQ(e != nullptr, list.inList(e));
+        break;
+      default: {
+        if (model.size() > 0 && model.at(from) == nullptr) break;  // on a sentinel
+        const std::unique_ptr<Element> removed(list.remove(e));
+        ASSERT_EQ(model.take(from), removed.get());
+        if (removed == nullptr) break;
+        ASSERT_EQ(nullptr, removed->next());
+        ASSERT_EQ(nullptr, removed->prev());
+      }
+    }
+    ASSERT_NO_FATAL_FAILURE(model.check()) << step;
+    ASSERT_EQ(model.size(), Item::living);
+  }
+}
+
+TEST(TdblLinkedList, AnEmptyListAnswersAtOnce) {
+  TdblLinkedList list;
+  Item item;
+  for (const Element* e : {list.first(), list.last(), list.next(), list.prev(&item), list.remove(),
+                           list.remove(&item), list.getElement(0)}) {
+    EXPECT_EQ(nullptr, e);
+  }
+  EXPECT_THAT((std::vector{list.atStart(), list.atEnd(), list.beyondEnds(), list.elementIndex()}),
+              testing::Each(1));
+  EXPECT_EQ(0, list.inList(headOf(list)));
+  EXPECT_EQ(0, list.validate(&item, nullptr));
+  EXPECT_EQ(1, list.validate(nullptr, &item));
+}
+
+TEST(TdblLinkedList, TheCursorStaysOnASentinelAndComesBackFromThere) {
+  TdblLinkedList list;
+  Element* const first = list.append(new Item);
+  Element* const last = list.append(new Item);
+  EXPECT_EQ(tailOf(list), list.getElement(5));
+  EXPECT_EQ(nullptr, list.next());
+  EXPECT_EQ(2, list.elementIndex());
+  EXPECT_EQ(last, list.prev());
+  EXPECT_EQ(nullptr, list.prev(first));
+  EXPECT_EQ(nullptr, list.prev());
+  EXPECT_EQ(first, list.next());
+  EXPECT_EQ(first, list.getElement(-1));
+  Item stranger;
+  EXPECT_EQ(2, list.elementIndex(&stranger));
+  EXPECT_THAT((std::vector{list.inList(headOf(list)), list.inList(tailOf(list)),
+                           list.inList(&stranger), list.inList(nullptr)}),
+              ElementsAre(1, 1, 0, 0));
+  EXPECT_EQ(1, list.beyondEnds());
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, list.remove()), "isSentinel");
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, list.append(nullptr)), "nullptr");
+}
+
+TEST(TdblLinkedList, ACopyIsASecondViewOfTheSameChain) {
+  TdblLinkedList list;
+  Element* const items[] = {list.append(new Item), list.append(new Item), list.append(new Item)};
+  TdblLinkedList copy = list;
+  EXPECT_EQ(Words(list).cursorRef, Words(copy).cursorRef);
+  EXPECT_EQ(static_cast<const void*>(atWord(list, 7)), Words(copy).cursorRef);
+  copy.first();
+  for (const auto* view : {&list, &copy}) {
+    EXPECT_EQ(items[0], Words(list).cursor);
+    EXPECT_EQ(items[1], view->next());
+    EXPECT_EQ(items[2], view->next());
+    EXPECT_EQ(nullptr, view->next());
+    EXPECT_EQ(1, view->beyondEnds());
+    EXPECT_EQ(items[0], view->first());
+  }
+  for (Element* item : items) {
+    delete copy.remove(item);
+  }
+  EXPECT_EQ(0, copy.length());
+  EXPECT_EQ(3, list.length());
+  EXPECT_EQ(0, Item::living);
+}
+
+TEST(TdblLinkedList, DeletesTheElementsThatAreStillLinked) {
+  Item kept;
+  {
+    TdblLinkedList list;
+    for (int i = 0; i < 2; ++i) list.append(new Item);
+    list.insert(&kept, list.last());
+    list.next();
+    EXPECT_EQ(&kept, list.remove(&kept));
+    EXPECT_EQ(1, list.atEnd());
+    EXPECT_EQ(3, Item::living);
+  }
+  EXPECT_EQ(1, Item::living);
+}
