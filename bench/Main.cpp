@@ -137,6 +137,7 @@ int main(int argc, char** argv) {
   addCholesky(suite);
   addSvd(suite);
   addSmallContainers(suite);
+  addArrays(suite);
   const std::string eigenNote = addEigen(suite);
   const std::vector<Case> cases = casesOf(suite, options);
   if (cases.empty()) {

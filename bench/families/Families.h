@@ -12,8 +12,9 @@ void addLeastSquares(Suite& suite);
 void addCholesky(Suite& suite);
 void addSvd(Suite& suite);
 void addSmallContainers(Suite& suite);
+void addArrays(Suite& suite);
 
-/// Adds Eigen to all of the above, or says that it is missing: the line for the table's head.
+/// Adds Eigen to the above that it has, or says that it is missing: the line for the table's head.
 std::string addEigen(Suite& suite);
 
 }  // namespace bench

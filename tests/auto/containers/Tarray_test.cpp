@@ -297,6 +297,7 @@ TYPED_TEST(Arrays, FollowAModelThroughRandomOperations) {
           array.reset();
           model.clear();
         }
+        array.setSizeIncrement(1 + below(4));
         array.pack();
     }
     ASSERT_EQ(model, listed(array)) << step;

@@ -41,7 +41,8 @@ Result GrowableArray<Array, Result>::removeAt(std::size_t index, std::size_t cou
   const std::size_t rest = length_ - index;
   const std::size_t removed = rest == 1 ? 1 : std::min(count, rest);
   moveBy(index + removed, -static_cast<std::ptrdiff_t>(removed), rest - removed);
-  return expandArray(length_ - removed);
+  setLength(length_ - removed);
+  return Result(kDone);
 }
 
 template <class Array, class Result>
@@ -123,17 +124,6 @@ Result GrowableArray<Array, Result>::insertElement(const void* source, std::size
 }
 
 template <class Array, class Result>
-bool GrowableArray<Array, Result>::insertSlots(std::size_t index, std::size_t count) {
-  const std::size_t behind = length_ - index;
-  const std::size_t n = length_ + count;
-  if (n < length_) return false;
-  expandArray(n);
-  if (length_ != n) return false;
-  moveBy(index, static_cast<std::ptrdiff_t>(count), behind);
-  return true;
-}
-
-template <class Array, class Result>
 long GrowableArray<Array, Result>::findElement(const void* element, std::size_t& index) const {
   KILN_ASSERT(elementSize_ < kCounterRange);
   const std::size_t compared = std::min(elementSize_, kCounterRange);
@@ -157,8 +147,7 @@ Result GrowableArray<Array, Result>::copyElements(std::size_t index, const void*
   KILN_ASSERT(!holds(source));
   const std::size_t n = index + count;
   if (n < index || holds(source)) return Result(kDone);
-  expandArray(n);
-  if (length_ == n) replace(index, static_cast<const char*>(source), count);
+  if (changeLength(n)) replace(index, static_cast<const char*>(source), count);
   return Result(kDone);
 }
 
@@ -223,12 +212,6 @@ std::size_t GrowableArray<Array, Result>::missingSlots(std::size_t n) const {
   if (sizeIncrement_ >= n) return sizeIncrement_;
   const std::size_t step = std::max<std::size_t>(sizeIncrement_, 1);
   return ((n - capacity_ - 1) / step + 1) * step;
-}
-
-template <class Array, class Result>
-void GrowableArray<Array, Result>::moveBy(std::size_t first, std::ptrdiff_t distance,
-                                          std::size_t count) {
-  if (count > 0) self().shuffle(first, static_cast<typename Array::Distance>(distance), count);
 }
 
 template <class Array, class Result>

@@ -84,10 +84,13 @@ class KILNBASE_API GrowableArray {
   /// Inserts copies of `count` elements before `index` (beyond the end: at the end). They may be
   /// elements of this array. Returns 0.
   Result insertElement(const void* source, std::size_t index, std::size_t count);
-  /// Adds an element without a value of its own. Returns whether there was memory.
-  bool addSlot() {
-    if (length_ >= capacity_) return insertSlots(length_, 1);
-    setLength(length_ + 1);
+  /// Makes room for `count` elements before `index`, which must not lie beyond the end: the new
+  /// elements have begun, with any value. Returns whether there was memory.
+  bool insertSlots(std::size_t index, std::size_t count) {
+    const std::size_t behind = length_ - index;
+    const std::size_t n = length_ + count;
+    if (n < length_ || !changeLength(n)) return false;
+    moveBy(index, static_cast<std::ptrdiff_t>(count), behind);
     return true;
   }
   /// Finds the first element with the same bytes: `index` is its place and the result 0, or, when
@@ -118,14 +121,23 @@ class KILNBASE_API GrowableArray {
     if (n < length_) self().destruct(n, length_ - n);
     length_ = n;
   }
-  // Makes room before `index`: the new elements have begun, with any value.
-  bool insertSlots(std::size_t index, std::size_t count);
+  // What `expandArray` does, without a call where the block need not grow.
+  bool changeLength(std::size_t n) {
+    if (n <= capacity_) {
+      setLength(n);
+    } else {
+      expandArray(n);
+    }
+    return length_ == n;
+  }
   bool fits(std::size_t n) const;
   char* newBlock(std::size_t n) const;
   bool resizeBlock(std::size_t n);
   bool grow(std::size_t n);
   std::size_t missingSlots(std::size_t n) const;
-  void moveBy(std::size_t first, std::ptrdiff_t distance, std::size_t count);
+  void moveBy(std::size_t first, std::ptrdiff_t distance, std::size_t count) {
+    if (count > 0) self().shuffle(first, static_cast<typename Array::Distance>(distance), count);
+  }
   void replace(std::size_t index, const char* source, std::size_t count);
 
   std::size_t length_ = 0;

@@ -22,7 +22,7 @@ class TypedArray : public Base {
       : Base(sizeof(T), sizeIncrement) {}
 
   Result addLast(T element) {
-    if (this->addSlot()) *last() = element;
+    if (this->insertSlots(this->length(), 1)) *last() = element;
     return Result(0);
   }
   /// Adds `count` elements, which may be elements of this array.
@@ -30,7 +30,11 @@ class TypedArray : public Base {
     return this->insertElement(elements, this->length(), count);
   }
   /// Inserts before `index`; at the end when that lies beyond it.
-  Result insert(T element, std::size_t index) { return this->insertElement(&element, index, 1); }
+  Result insert(T element, std::size_t index) {
+    const std::size_t place = std::min(index, this->length());
+    if (this->insertSlots(place, 1)) (*this)[place] = element;
+    return Result(0);
+  }
 
   /// The first place of `element`: 0, or 150 and `index` is the length.
   long find(T element, std::size_t& index) const { return this->findElement(&element, index); }
