@@ -1,6 +1,5 @@
 #include <cstdarg>
 #include <new>
-#include <optional>
 
 #include <kilnbase/detail/assert.h>
 #include <kilnbase/util/mr_warning.h>
@@ -33,10 +32,9 @@ Command commandFor(const MorlaWarningParams& warning) {
 int show(const MorlaWarningParams& warning) {
   const bool hasText = !warning.messages.empty() || !warning.extra.isEmpty();
   if (!hasText || warning.buttons.empty()) return kNoButton;
-  const std::optional<int> button =
-      vxOS::ProcessManager::getInstance().startSync(commandFor(warning));
-  const bool isChosen = button >= 1 && static_cast<std::size_t>(*button) <= warning.buttons.size();
-  return isChosen ? *button - 1 : kNoButton;
+  const int button = vxOS::ProcessManager::getInstance().startSync(commandFor(warning)).value_or(0);
+  const auto count = static_cast<int>(warning.buttons.size());
+  return button >= 1 && button <= count ? button - 1 : kNoButton;
 }
 
 void addTagged(MorlaWarningParams& warning, int tag, std::va_list values) {

@@ -17,6 +17,7 @@
 #include <kilnbase/util/mr_status.h>
 #include <kilnbase/util/mr_string.h>
 #include <kilnbase/util/mr_tolerance.h>
+#include <kilnbase/util/mr_warning.h>
 #include <vx/Memory.h>
 #include <vx/Report.h>
 
@@ -82,6 +83,13 @@ static int items(void) {
   const int linked = An_addUnique_to_item_list(7, &data, 0.5, &nodes);
   MA_free(nodes.head);
   return added && removed && linked && status == MR_NO_ERROR;
+}
+
+static int memory(void) {
+  const size_t before = MA_outstanding().blocks;
+  int* const number = MA_malloc(sizeof *number, __LINE__, __FILE__);
+  MA_free(number);
+  return number && MA_outstanding().blocks == before;
 }
 
 static int pixels(void) {
@@ -162,24 +170,22 @@ static int trees(void) {
          MR_avl_find(root, &entries[1], compareEntries) == &entries[1].node;
 }
 
+static int warnings(void) {
+  return MR_warning_buttons(0, NULL, MR_WARNING_MESSAGE, "not shown", MR_WARNING_END) == -1;
+}
+
 static const struct {
   const char* name;
   int (*works)(void);
-} families[] = {{"arrays", arrays},
-                {"bit sets", bitSets},
-                {"data lists", dataLists},
-                {"debug channel", debugChannel},
-                {"items", items},
-                {"link lists", linkLists},
-                {"pixels", pixels},
-                {"pools", pools},
-                {"registries", registries},
-                {"reports", reports},
-                {"status codes", statusCodes},
-                {"strings", strings},
-                {"structures", structures},
-                {"tolerances", tolerances},
-                {"trees", trees}};
+} families[] = {{"arrays", arrays},         {"bit sets", bitSets},
+                {"data lists", dataLists},  {"debug channel", debugChannel},
+                {"items", items},           {"link lists", linkLists},
+                {"memory", memory},         {"pixels", pixels},
+                {"pools", pools},           {"registries", registries},
+                {"reports", reports},       {"status codes", statusCodes},
+                {"strings", strings},       {"structures", structures},
+                {"tolerances", tolerances}, {"trees", trees},
+                {"warnings", warnings}};
 
 int main(void) {
   int status = EXIT_SUCCESS;

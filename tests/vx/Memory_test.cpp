@@ -11,9 +11,6 @@
 
 #include "tests/support/Reports.h"
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 TEST(Memory, BlocksAreAlignedAndOfTheirOwn) {
   std::vector<unsigned char*> blocks;
   for (const std::size_t bytes : {0U, 1U, 0U, 24U, 4096U, 100000U}) {
@@ -46,15 +43,15 @@ TEST(Memory, OutstandingBlocksAreReportedPlaceByPlace) {
   EXPECT_EQ(before.bytes + 19, MA_outstanding().bytes);
   MA_reportOutstanding();
   EXPECT_THAT(reports.takeAll(),
-              ElementsAre("error: Not freed: 3 bytes in 1 blocks (file ?, line 1)\n",
-                          "error: Not freed: 0 bytes in 1 blocks (file a.c, line 9)\n",
-                          "error: Not freed: 1 bytes in 1 blocks (file b.c, line 6)\n",
-                          "error: Not freed: 15 bytes in 2 blocks (file b.c, line 7)\n"));
+              testing::ElementsAre("error: Not freed: 3 bytes in 1 blocks (file ?, line 1)\n",
+                                   "error: Not freed: 0 bytes in 1 blocks (file a.c, line 9)\n",
+                                   "error: Not freed: 1 bytes in 1 blocks (file b.c, line 6)\n",
+                                   "error: Not freed: 15 bytes in 2 blocks (file b.c, line 7)\n"));
   for (const int i : {1, 0, 4, 2, 3}) MA_free(blocks[i]);
   EXPECT_EQ(before.blocks, MA_outstanding().blocks);
   EXPECT_EQ(before.bytes, MA_outstanding().bytes);
   MA_reportOutstanding();
-  EXPECT_THAT(reports.takeAll(), IsEmpty());
+  EXPECT_THAT(reports.takeAll(), testing::IsEmpty());
 }
 
 TEST(MemoryDeathTest, WhatIsLeftAtTheEndOfTheProcessIsReported) {

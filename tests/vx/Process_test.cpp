@@ -11,7 +11,6 @@
 #include "tests/support/RecordingProgram.h"
 
 using kilntest::RecordingProgram;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using vxString::CString;
 
@@ -26,32 +25,32 @@ std::optional<int> run(const vx::vector<CString>& command) {
 TEST(Process, ArgumentsArriveAsTheyAre) {
   RecordingProgram program;
   const std::string path = APP_getBinaryPath("morlaWarning").c_str();
-  const std::vector<std::string> arguments = {"",
-                                              " ",
-                                              "two words",
-                                              "-t",
-                                              "\"",
-                                              "\"\"",
-                                              "say \"a b\"",
-                                              "\\",
-                                              "C:\\",
-                                              "C:\\My Files\\",
-                                              "\\\\server\\share",
-                                              "a\\\\b c\\\\",
-                                              "\\\"",
-                                              "a\\\"b",
-                                              "\\\\\" \\\\",
-                                              "'",
-                                              "tab\t",
-                                              "line\nline",
-                                              "%PATH%",
-                                              "$HOME",
-                                              "*",
-                                              "^&|<>",
-                                              "a;b",
-                                              "Gr\xC3\xB6\xC3\x9F"
-                                              "e \xE4\xB8\xAD\xE6\x96\x87 \xF0\x9F\x98\x80",
-                                              ""};
+  const std::vector<std::string> arguments = {
+      "",
+      " ",
+      "two words",
+      "-t",
+      "\"",
+      "\"\"",
+      "say \"a b\"",
+      "\\",
+      "C:\\",
+      "C:\\My Files\\",
+      "\\\\server\\share",
+      "a\\\\b c\\\\",
+      "\\\"",
+      "a\\\"b",
+      "\\\\\" \\\\",
+      "'",
+      "tab\t",
+      "line\nline",
+      "%PATH%",
+      "$HOME",
+      "*",
+      "^&|<>",
+      "a;b",
+      "K\xC3\xB6ln \xE4\xB8\xAD\xE6\x96\x87 \xF0\x9F\x98\x80",
+      ""};
   vx::vector<CString> command = {path.c_str()};
   for (const std::string& argument : arguments) command.push_back(argument.c_str());
   EXPECT_EQ(0, run(command));
