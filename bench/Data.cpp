@@ -1,6 +1,8 @@
 #include "Data.h"
 
+#include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <random>
 
 namespace bench {
@@ -28,6 +30,13 @@ Values gaussian(int count, unsigned seed) {
   Values values(static_cast<std::size_t>(count));
   for (double& value : values) value = normal(generator);
   return values;
+}
+
+std::vector<int> shuffledNumbers(int count, unsigned seed) {
+  std::vector<int> numbers(static_cast<std::size_t>(count));
+  std::iota(numbers.begin(), numbers.end(), 0);
+  std::shuffle(numbers.begin(), numbers.end(), std::mt19937(seed));
+  return numbers;
 }
 
 Values randomMatrix(const Shape& shape, unsigned seed) {

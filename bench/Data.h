@@ -11,6 +11,9 @@ inline constexpr double kScalar = -1.0;
 /// Independent normally distributed numbers, the same for the same count and seed.
 Values gaussian(int count, unsigned seed);
 
+/// The numbers from 0 on in random order, the same for the same count and seed.
+std::vector<int> shuffledNumbers(int count, unsigned seed);
+
 /// The elements of a random matrix, column by column.
 Values randomMatrix(const Shape& shape, unsigned seed = 1);
 

@@ -74,8 +74,8 @@ class Progress {
   std::size_t done_ = 0;
 };
 
-void printConditions(const std::string& eigenNote) {
-  std::cout << eigenNote << "\n";
+void printConditions(const std::vector<std::string>& notes) {
+  for (const std::string& note : notes) std::cout << note << "\n";
   for (const std::string& note : fortranNotes()) std::cout << note << "\n";
   double load = 0.0;
   if (getloadavg(&load, 1) == 1 && load > 0.5) {
@@ -139,6 +139,10 @@ int main(int argc, char** argv) {
   addSmallContainers(suite);
   addArrays(suite);
   const std::string eigenNote = addEigen(suite);
+  addTrees(suite);
+  addLists(suite);
+  addStructures(suite);
+  const std::vector<std::string> notes = {addEigen(suite), addBoost(suite), addGlib(suite)};
   const std::vector<Case> cases = casesOf(suite, options);
   if (cases.empty()) {
     std::cerr << "kiln_bench: nothing of that name and size; --list tells what there is\n";
@@ -150,6 +154,6 @@ int main(int argc, char** argv) {
     }
     return 0;
   }
-  printConditions(eigenNote);
+  printConditions(notes);
   return run(cases, options.seconds);
 }
