@@ -15,32 +15,91 @@ int T4dDblMatrix::equivalent(const T4dDblMatrix& m, double tol) const {
   return 1;
 }
 
+namespace {
+
+// A row during Gauss-Jordan elimination. The matrix and its companion share the storage: in the
+// columns that are cleared already, where the matrix is the identity, stands the companion, whose
+// other columns are still those of the identity. Rows are written out, and passed one by one, so
+// that compilers keep all of them in registers.
+struct Row {
+  Row(const double* elements, int number)
+      : element{elements[0], elements[1], elements[2], elements[3]}, source(number) {}
+
+  double element[4];
+  int source;  // the number of this row before rows were swapped: its column of the companion
+};
+
+template <int kColumn>
+double square(const Row& row) {
+  return row.element[kColumn] * row.element[kColumn];
+}
+
+// Swaps the row of the greatest square in the column, the uppermost of equals, with the top row.
+template <int kColumn, class... Rows>
+void movePivotUp(Row& top, Rows&... below) {
+  double greatest = square<kColumn>(top);
+  int pivot = 0;
+  int i = 0;
+  const auto compare = [&](const Row& row) {
+    ++i;
+    if (square<kColumn>(row) > greatest) {
+      greatest = square<kColumn>(row);
+      pivot = i;
+    }
+  };
+  (compare(below), ...);
+  i = 0;
+  ((++i == pivot ? std::swap(top, below) : void()), ...);
+}
+
+// Divides the pivot row by the pivot and clears the column in the other rows.
+template <int kColumn, class... Rows>
+void eliminate(Row& pivotRow, Rows&... others) {
+  auto& p = pivotRow.element;
+  const double pivot = std::exchange(p[kColumn], 1.0);
+  p[0] /= pivot;
+  p[1] /= pivot;
+  p[2] /= pivot;
+  p[3] /= pivot;
+  const auto clear = [&](double(&element)[4]) {
+    const double factor = std::exchange(element[kColumn], 0.0);
+    element[0] -= factor * p[0];
+    element[1] -= factor * p[1];
+    element[2] -= factor * p[2];
+    element[3] -= factor * p[3];
+  };
+  (clear(others.element), ...);
+}
+
+}  // namespace
+
 T4dDblMatrix& T4dDblMatrix::invertIt() {
-  T4dDblMatrix companion;
-  for (int column = 0; column < 4; ++column) {
-    int pivotRow = column;
-    for (int r = column + 1; r < 4; ++r) {
-      const double candidate = element_[r][column];
-      const double pivot = element_[pivotRow][column];
-      if (candidate * candidate > pivot * pivot) pivotRow = r;
-    }
-    std::swap(element_[column], element_[pivotRow]);
-    std::swap(companion.element_[column], companion.element_[pivotRow]);
-    const double pivot = element_[column][column];
-    for (int c = 0; c < 4; ++c) {
-      element_[column][c] /= pivot;
-      companion.element_[column][c] /= pivot;
-    }
-    for (int r = 0; r < 4; ++r) {
-      if (r == column) continue;
-      const double factor = element_[r][column];
-      for (int c = 0; c < 4; ++c) {
-        element_[r][c] -= factor * element_[column][c];
-        companion.element_[r][c] -= factor * companion.element_[column][c];
-      }
-    }
-  }
-  return *this = companion;
+  Row a{element_[0], 0}, b{element_[1], 1}, c{element_[2], 2}, d{element_[3], 3};
+  movePivotUp<0>(a, b, c, d);
+  eliminate<0>(a, b, c, d);
+  movePivotUp<1>(b, c, d);
+  eliminate<1>(b, a, c, d);
+  movePivotUp<2>(c, d);
+  eliminate<2>(c, a, b, d);
+  eliminate<3>(d, a, b, c);
+
+  const auto store = [&](double* row, const Row& result) {
+    row[a.source] = result.element[0];
+    row[b.source] = result.element[1];
+    row[c.source] = result.element[2];
+    row[d.source] = result.element[3];
+  };
+  store(element_[0], a);
+  store(element_[1], b);
+  store(element_[2], c);
+  store(element_[3], d);
+  return *this;
+}
+
+T4dDblMatrix T4dDblMatrix::inverse() const {
+  T4dDblMatrix m = *this;
+  m.invertIt();
+  return m;
 }
 
 T4dDblMatrix& T4dDblMatrix::setToAxisRotate(const T4dDblVector& axis, double angle) {
@@ -53,11 +112,9 @@ T4dDblMatrix& T4dDblMatrix::setToAxisTurn(const T4dDblVector& axis, double cosin
   const double c = cosine;
   const double s = sine;
   const double t = 1.0 - c;
-  const double elements[4][4] = {{t * x * x + c, t * x * y + s * z, t * x * z - s * y, 0.0},
-                                 {t * x * y - s * z, t * y * y + c, t * y * z + s * x, 0.0},
-                                 {t * x * z + s * y, t * y * z - s * x, t * z * z + c, 0.0},
-                                 {0.0, 0.0, 0.0, 1.0}};
-  return setFromDouble(elements);
+  return *this = {t * x * x + c,     t * x * y + s * z, t * x * z - s * y,
+                  t * x * y - s * z, t * y * y + c,     t * y * z + s * x,
+                  t * x * z + s * y, t * y * z - s * x, t * z * z + c};
 }
 
 T4dDblMatrix& T4dDblMatrix::axisRotateIt(const T4dDblVector& axis, double angle) {

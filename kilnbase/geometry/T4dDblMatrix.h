@@ -25,7 +25,7 @@ class T4dDblMatrix {
   KILNBASE_API static const T4dDblMatrix identity;
 
   /// The identity.
-  constexpr T4dDblMatrix() : T4dDblMatrix(1.0, 1.0, 1.0) {}
+  constexpr T4dDblMatrix() : T4dDblMatrix(1, 0, 0, 0, 1, 0, 0, 0, 1) {}
 
   constexpr double& operator()(short r, short c) { return element_[r][c]; }
   constexpr const double& operator()(short r, short c) const { return element_[r][c]; }
@@ -51,7 +51,7 @@ class T4dDblMatrix {
   /// Inverts by Gauss-Jordan elimination with partial pivoting. The inverse of a singular matrix
   /// has infinite or NaN elements.
   KILNBASE_API T4dDblMatrix& invertIt();
-  T4dDblMatrix inverse() const { return T4dDblMatrix(*this).invertIt(); }
+  KILNBASE_API T4dDblMatrix inverse() const;
   /// The determinant of the upper left 3x3.
   constexpr double det3x3() const;
 
@@ -72,9 +72,14 @@ class T4dDblMatrix {
   T4dDblMatrix& setToAxisTurn(const T4dDblVector& axis, double cosine, double sine);
 
  private:
+  friend class Tquaternion;
   friend class Tscale;
-  constexpr T4dDblMatrix(double x, double y, double z)
-      : element_{{x, 0, 0, 0}, {0, y, 0, 0}, {0, 0, z, 0}, {0, 0, 0, 1}} {}
+  // The upper left 3x3, row by row; the rest is that of the identity.
+  constexpr T4dDblMatrix(double xx, double xy, double xz, double yx, double yy, double yz,
+                         double zx, double zy, double zz)
+      : element_{{xx, xy, xz, 0}, {yx, yy, yz, 0}, {zx, zy, zz, 0}, {0, 0, 0, 1}} {}
+
+  constexpr void setRowToProduct(std::size_t r, const T4dDblMatrix& a, const T4dDblMatrix& b);
 
   double element_[4][4];
 };
@@ -88,18 +93,26 @@ constexpr int T4dDblMatrix::operator==(const T4dDblMatrix& m) const {
   return 1;
 }
 
+// Written out, and from a copy of the right factor, so that compilers keep that in registers.
+constexpr void T4dDblMatrix::setRowToProduct(std::size_t r, const T4dDblMatrix& a,
+                                             const T4dDblMatrix& b) {
+  const auto& m = b.element_;
+  const double x = a.element_[r][0];
+  const double y = a.element_[r][1];
+  const double z = a.element_[r][2];
+  const double w = a.element_[r][3];
+  element_[r][0] = x * m[0][0] + y * m[1][0] + z * m[2][0] + w * m[3][0];
+  element_[r][1] = x * m[0][1] + y * m[1][1] + z * m[2][1] + w * m[3][1];
+  element_[r][2] = x * m[0][2] + y * m[1][2] + z * m[2][2] + w * m[3][2];
+  element_[r][3] = x * m[0][3] + y * m[1][3] + z * m[2][3] + w * m[3][3];
+}
+
 constexpr T4dDblMatrix& T4dDblMatrix::setToProduct(const T4dDblMatrix& a, const T4dDblMatrix& b) {
-  if (this == &b) return *this = a * T4dDblMatrix(b);
-  for (int r = 0; r < 4; ++r) {
-    const double a0 = a.element_[r][0];
-    const double a1 = a.element_[r][1];
-    const double a2 = a.element_[r][2];
-    const double a3 = a.element_[r][3];
-    for (int c = 0; c < 4; ++c) {
-      element_[r][c] = a0 * b.element_[0][c] + a1 * b.element_[1][c] + a2 * b.element_[2][c] +
-                       a3 * b.element_[3][c];
-    }
-  }
+  const T4dDblMatrix right = b;
+  setRowToProduct(0, a, right);
+  setRowToProduct(1, a, right);
+  setRowToProduct(2, a, right);
+  setRowToProduct(3, a, right);
   return *this;
 }
 

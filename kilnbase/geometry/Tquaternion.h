@@ -78,7 +78,7 @@ class Tquaternion {
   /// The exponential of the vector part (x, y, z); `w` is not used.
   KILNBASE_API TunitQuaternion exp() const;
 
-  constexpr void convertToMatrix(T4dDblMatrix& m) const;
+  constexpr void convertToMatrix(T4dDblMatrix& m) const { m = *this; }
   constexpr operator T4dDblMatrix() const;  // NOLINT(google-explicit-constructor)
 
  protected:
@@ -93,22 +93,9 @@ class Tquaternion {
   constexpr double norm() const { return w * w + x * x + y * y + z * z; }
 };
 
-constexpr void Tquaternion::convertToMatrix(T4dDblMatrix& m) const {
-  const double s = 2.0 / norm();
-  m.setToIdentity();
-  m(0, 0) = 1.0 - (y * y + z * z) * s;
-  m(0, 1) = (x * y + w * z) * s;
-  m(0, 2) = (x * z - w * y) * s;
-  m(1, 0) = (x * y - w * z) * s;
-  m(1, 1) = 1.0 - (x * x + z * z) * s;
-  m(1, 2) = (y * z + w * x) * s;
-  m(2, 0) = (x * z + w * y) * s;
-  m(2, 1) = (y * z - w * x) * s;
-  m(2, 2) = 1.0 - (x * x + y * y) * s;
-}
-
 constexpr Tquaternion::operator T4dDblMatrix() const {
-  T4dDblMatrix m;
-  convertToMatrix(m);
-  return m;
+  const double s = 2.0 / norm();
+  return {1.0 - (y * y + z * z) * s, (x * y + w * z) * s,       (x * z - w * y) * s,
+          (x * y - w * z) * s,       1.0 - (x * x + z * z) * s, (y * z + w * x) * s,
+          (x * z + w * y) * s,       (y * z - w * x) * s,       1.0 - (x * x + y * y) * s};
 }

@@ -34,7 +34,7 @@ class Tscale {
 
   /// The identity with the clamped components on the diagonal.
   constexpr operator T4dDblMatrix() const {  // NOLINT(google-explicit-constructor)
-    return {clamped(x), clamped(y), clamped(z)};
+    return {clamped(x), 0, 0, 0, clamped(y), 0, 0, 0, clamped(z)};
   }
 
   /// The reciprocals of the clamped components, clamped themselves.
