@@ -133,8 +133,8 @@ struct BinaryTree {
   static Slot remove(void* data, Slot before, Slot slot, Slot later) {
     Tree& tree = *treeOf(data);
     Node* node = nodeOf(slot);
-    if (node == tree.ends[kRight]) tree.ends[kRight] = nodeOf(before);
     if (node == tree.ends[kLeft]) tree.ends[kLeft] = nodeOf(next(data, slot));
+    if (node == tree.ends[kRight]) tree.ends[kRight] = nodeOf(before);
     takeOut(node);
     if (--tree.count == 0) tree.comparator = nullptr;
     return later;

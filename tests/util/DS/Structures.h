@@ -1,0 +1,73 @@
+// Structures of small numbers.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include <kilnbase/util/DS/ds_structures.h>
+
+namespace kilntest {
+
+using Numbers = std::vector<std::intptr_t>;
+
+inline void* item(std::intptr_t number) {
+  return reinterpret_cast<void*>(number);
+}
+
+inline std::intptr_t number(const void* item) {
+  return reinterpret_cast<std::intptr_t>(item);
+}
+
+inline std::intptr_t numberAt(const void* slot) {
+  return number(*static_cast<void* const*>(slot));
+}
+
+struct Destroy {
+  void operator()(DS_Structure* structure) const {
+    DS_destructor(&structure, nullptr, nullptr, nullptr);
+  }
+};
+using Owned = std::unique_ptr<DS_Structure, Destroy>;
+
+inline Owned makeStructure(int kind, const Numbers& numbers = {},
+                           DS_Comparator comparator = Ds_fifo_comparator) {
+  StatusCode status = MR_NO_ERROR;
+  Owned structure(DS_create_type(kind, &status, __LINE__, __FILE__));
+  structure->comparator = comparator;
+  for (const std::intptr_t n : numbers) {
+    structure->methods->add(structure.get(), item(n), &status);
+  }
+  return structure;
+}
+
+// What a filter lets through, from head to tail.
+inline Numbers contents(const DS_Structure* structure) {
+  Numbers numbers;
+  const DS_Methods& methods = *structure->methods;
+  for (DS_Position position = methods.head(structure, nullptr); position != nullptr;
+       position = methods.next(structure, position, nullptr)) {
+    numbers.push_back(number(methods.get_data(position, nullptr)));
+  }
+  return numbers;
+}
+
+inline Numbers contents(const Owned& structure) {
+  return contents(structure.get());
+}
+
+inline int isEven(void* item) {
+  return number(item) % 2 == 0 ? 1 : 0;
+}
+
+inline int isSmall(void* item) {
+  return number(item) < 100 ? 1 : 0;
+}
+
+// A callback of the shorter form as one of the longer.
+template <class To, class From>
+To longForm(From* fn) {
+  return reinterpret_cast<To>(reinterpret_cast<void (*)()>(fn));
+}
+
+}  // namespace kilntest
