@@ -114,7 +114,7 @@ struct BinaryTree {
   static void reordered(Slot slot) {
     Node* node = nodeOf(slot);
     while (node->parent != nullptr) node = node->parent;
-    reinterpret_cast<Tree*>(node)->comparator = nullptr;
+    forgetOrder(*reinterpret_cast<Tree*>(node));
   }
 
   static bool insert(void*& data, Gap gap, void* item) {
@@ -136,7 +136,7 @@ struct BinaryTree {
     if (node == tree.ends[kLeft]) tree.ends[kLeft] = nodeOf(next(data, slot));
     if (node == tree.ends[kRight]) tree.ends[kRight] = nodeOf(before);
     takeOut(node);
-    if (--tree.count == 0) tree.comparator = nullptr;
+    if (--tree.count == 0) forgetOrder(tree);
     return later;
   }
 
@@ -161,6 +161,11 @@ struct BinaryTree {
   // The number of items up to which a comparator is asked about all of them and its answers are
   // compared. One that does not order items, or has other answers, shows it here.
   static constexpr std::size_t kProbation = 32;
+
+  static void forgetOrder(Tree& tree) {
+    tree.comparator = nullptr;
+    tree.consistent = false;
+  }
 
   static Slot end(const void* data, Side side) {
     return data != nullptr ? slotOf(static_cast<const Tree*>(data)->ends[side]) : nullptr;

@@ -7,6 +7,8 @@
 #include <kilnbase/util/DS/detail/Callback.h>
 #include <kilnbase/util/DS/ds_structures.h>
 #include <kilnbase/util/DS/mr_register.h>
+#include <vx/Memory.h>
+#include <vx/Report.h>
 
 using vxKilnBase::detail::fail;
 
@@ -39,11 +41,11 @@ StatusCode* ignored() {
   return &Mr_err_ignore;
 }
 
-DS_Structure* newHeader(const DS_Methods* methods, DS_Comparator comparator, DS_Filter filter,
-                        StatusCode* status) {
-  void* memory = std::malloc(sizeof(DS_Structure));
+DS_Structure* newHeader(const DS_Structure& content, StatusCode* status, int line,
+                        const char* file) {
+  void* memory = MA_malloc(sizeof(DS_Structure), line, file);
   if (memory == nullptr) return fail(status, MR_MEMORY_FAULT);
-  return new (memory) DS_Structure{1, nullptr, comparator, filter, methods};
+  return new (memory) DS_Structure(content);
 }
 
 const DS_Methods* builtInMethods(int kind) {
@@ -83,11 +85,11 @@ bool lacksMethods(const DS_Structure* structure) {
 // A structure like `model` with storage that `make` returns; null when that fails.
 template <class Make>
 DS_Structure* resultLike(const DS_Structure& model, Outcome& outcome, Make make) {
-  DS_Structure* result = newHeader(model.methods, model.comparator, model.filter, outcome);
+  DS_Structure* result = newHeader(model, outcome, __LINE__, __FILE__);
   if (result == nullptr) return nullptr;
   result->data = make();
   if (result->data == nullptr && !outcome.is(MR_NO_ERROR)) {
-    std::free(result);
+    MA_free(result);
     return nullptr;
   }
   return result;
@@ -151,6 +153,28 @@ Fn install(Fn& field, Fn fn, const DS_Structure* registry, StatusCode* status) {
   return previous;
 }
 
+template <class T>
+unsigned long long address(T* pointer) {
+  return reinterpret_cast<std::uintptr_t>(pointer);
+}
+
+void printMembers(const DS_Structure& structure, DS_PrintFn printItem, void* user,
+                  StatusCode* status) {
+  const DS_Methods& methods = *structure.methods;
+  for (DS_Position position = methods.head(&structure, status); position != nullptr;
+       position = methods.next(&structure, position, status)) {
+    void* item = methods.get_data(position, status);
+    rptDebug(0, "Item %#llx:\n", address(position));
+    if (printItem != nullptr) {
+      rptDebug(0, ">>>");
+      printItem(item, user);
+      rptDebug(0, "<<<");
+    } else {
+      rptDebug(0, "0x%llx\n", address(item));
+    }
+  }
+}
+
 int isNotNull(void* item) {
   return item != nullptr ? 1 : 0;
 }
@@ -166,7 +190,8 @@ int Ds_register_structure(int id, const DS_Methods* methods, StatusCode* status)
   if (methods == nullptr) return fail(outcome, MR_ARGUMENT_ERROR);
   if (!isComplete(*methods)) return fail(outcome, MR_INVALID_DATA);
   if (objectTable == nullptr) {
-    objectTable = newHeader(methods, Ds_default_comparator, nullptr, outcome);
+    objectTable = newHeader({1, nullptr, Ds_default_comparator, nullptr, methods}, outcome,
+                            __LINE__, __FILE__);
     if (objectTable == nullptr) return 0;
     if (methods->allocate != nullptr) objectTable->data = methods->allocate(objectTable, ignored());
   }
@@ -177,9 +202,10 @@ DS_Structure* Ds_get_object_table() {
   return objectTable;
 }
 
-DS_Structure* DS_create_type(int kind, StatusCode* status, int, const char*) {
+DS_Structure* DS_create_type(int kind, StatusCode* status, int line, const char* file) {
   Outcome outcome(status);
-  DS_Structure* structure = newHeader(nullptr, Ds_fifo_comparator, nullptr, outcome);
+  DS_Structure* structure =
+      newHeader({1, nullptr, Ds_fifo_comparator, nullptr, nullptr}, outcome, line, file);
   if (structure == nullptr) return nullptr;
   structure->methods = methodsOf(kind, outcome);
   if (!lacksMethods(structure) && structure->methods->allocate != nullptr) {
@@ -229,11 +255,9 @@ DS_Structure* DS_duplicate(const DS_Structure* structure, DS_CopyFn copy_fn, voi
                            StatusCode* status) {
   Outcome outcome(status);
   if (lacksMethods(structure)) return fail(outcome, MR_ARGUMENT_ERROR);
-  DS_Structure* copy = resultLike(*structure, outcome, [&] {
+  return resultLike(*structure, outcome, [&] {
     return structure->methods->duplicate(structure, copy_fn, user, outcome);
   });
-  if (copy != nullptr) copy->ordered = structure->ordered;
-  return copy;
 }
 
 DS_Structure* DS_difference(const DS_Structure* a, const DS_Structure* b, StatusCode* status) {
@@ -293,7 +317,8 @@ int DS_destructor(DS_Structure** structure, DS_FreeFn free_fn, void* user, Statu
   Outcome outcome(status);
   if (structure == nullptr) return fail(outcome, MR_ARGUMENT_ERROR);
   if (DS_empty_list(*structure, free_fn, user, outcome) == 0) return 0;
-  return DS_memory_free(structure);
+  MA_free(std::exchange(*structure, nullptr));
+  return 1;
 }
 
 int DS_memory_free(void* variable) {
@@ -303,10 +328,31 @@ int DS_memory_free(void* variable) {
   return 1;
 }
 
+void DS_print(const DS_Structure* structure, DS_PrintFn print_fn, void* user, StatusCode* status) {
+  Outcome outcome(status);
+  if (structure == nullptr) {
+    rptDebug(0, "Null structure\n");
+    return;
+  }
+  rptDebug(0, "Structure 0x%llx\n", address(structure));
+  rptDebug(0, ">>>");
+  rptDebug(0, "Filter = 0x%llx\n", address(structure->filter));
+  rptDebug(0, "Comparator = 0x%llx\n", address(structure->comparator));
+  rptDebug(0, "Ordered = %s\n", structure->ordered != 0 ? "TRUE" : "FALSE");
+  rptDebug(0, "Filtered Member list =\n");
+  rptDebug(0, ">>>");
+  if (structure->methods != nullptr) printMembers(*structure, print_fn, user, outcome);
+  rptDebug(0, "<<<");
+}
+
+void DS_print_structure(const DS_Structure* structure, DS_PrintFn print_fn, void* user,
+                        StatusCode* status) {
+  DS_print(structure, print_fn, user, status);
+}
+
 int Ds_default_comparator(const void* a, const void* b) {
   if (a == nullptr || b == nullptr) return 0;
-  const auto left = reinterpret_cast<std::uintptr_t>(itemAt(a));
-  const auto right = reinterpret_cast<std::uintptr_t>(itemAt(b));
+  const unsigned long long left = address(itemAt(a)), right = address(itemAt(b));
   return static_cast<int>(left > right) - static_cast<int>(left < right);
 }
 

@@ -200,9 +200,9 @@ KILNBASE_API int Ds_register_structure(int id, const DS_Methods* methods, Status
 KILNBASE_API DS_Structure* Ds_get_object_table(void);
 
 /** A new structure of a registered or built-in kind: `ordered`, with `Ds_fifo_comparator`, without
- * a filter. Of an unknown kind it has no methods, and the status tells why; such a header is freed
- * with `DS_memory_free`. Null with `MR_MEMORY_FAULT` when there is no memory. `line` and `file`
- * tell where the caller stands. */
+ * a filter. Null with `MR_MEMORY_FAULT` when there is no memory. Of an unknown kind it has no
+ * methods, and the status tells why; such a header is freed with `MA_free`. `line` and `file` are
+ * what the report of unfreed memory (vx/Memory.h) names. */
 KILNBASE_API DS_Structure* DS_create_type(int kind, StatusCode* status, int line, const char* file);
 
 /** Registers a comparator or a filter under an id, as `MR_register_item` does. The functions below
@@ -267,9 +267,9 @@ KILNBASE_API int DS_destructor(DS_Structure** structure, DS_FreeFn free_fn, void
 KILNBASE_API int DS_memory_free(void* variable);
 
 /** Prints the header and the visible items through `rptDebug`, level 0. */
-KILNBASE_API void DS_print(DS_Structure* structure, DS_PrintFn print_fn, void* user,
+KILNBASE_API void DS_print(const DS_Structure* structure, DS_PrintFn print_fn, void* user,
                            StatusCode* status);
-KILNBASE_API void DS_print_structure(DS_Structure* structure, DS_PrintFn print_fn, void* user,
+KILNBASE_API void DS_print_structure(const DS_Structure* structure, DS_PrintFn print_fn, void* user,
                                      StatusCode* status);
 
 /** Compares the items themselves as unsigned numbers: 1, 0 or -1. */

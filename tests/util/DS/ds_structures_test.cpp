@@ -4,7 +4,9 @@
 
 #include <kilnbase/util/DS/ds_structures.h>
 #include <kilnbase/util/DS/mr_register.h>
+#include <vx/Memory.h>
 
+#include "tests/support/Reports.h"
 #include "tests/util/DS/Structures.h"
 
 using kilntest::contents;
@@ -215,6 +217,43 @@ TEST(Structures, SuppliedComparatorsTakeItemsForNumbersAndStrings) {
   EXPECT_EQ(1, Ds_enumerate(nullptr, nullptr, nullptr));
 }
 
+TEST_P(Operations, PrintingShowsTheHeaderAndTheVisibleItems) {
+  const auto hex = [](const char* before, auto* pointer, const char* after) {
+    char text[80];
+    std::snprintf(text, sizeof text, "debug 0: %s%#llx%s\n", before,
+                  static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pointer)),
+                  after);
+    return std::string(text);
+  };
+  const Owned s = make({6, 7});
+  s->filter = isEven;
+  const std::string position = hex("Item ", s->methods->head(s.get(), nullptr), ":");
+  const std::string structure = hex("Structure ", s.get(), "");
+  const std::string filter = hex("Filter = ", isEven, "");
+  const std::string comparator = hex("Comparator = ", Ds_fifo_comparator, "");
+  kilntest::RecordedReports reports;
+  DS_print(s.get(), nullptr, nullptr, nullptr);
+  EXPECT_THAT(reports.takeAll(),
+              ElementsAre(structure, "debug 0: >>>", filter, comparator,
+                          "debug 0: Ordered = TRUE\n", "debug 0: Filtered Member list =\n",
+                          "debug 0: >>>", position, "debug 0: 0x6\n", "debug 0: <<<"));
+  s->ordered = 0;
+  const DS_PrintFn print = [](void* it, void* user) {
+    rptDebug(0, "%s%d", static_cast<const char*>(user), static_cast<int>(number(it)));
+    return 1;
+  };
+  char user[] = "it's ";
+  DS_print_structure(s.get(), print, user, &status_);
+  EXPECT_THAT(
+      reports.takeAll(),
+      ElementsAre(structure, "debug 0: >>>", filter, comparator, "debug 0: Ordered = FALSE\n",
+                  "debug 0: Filtered Member list =\n", "debug 0: >>>", position, "debug 0: >>>",
+                  "debug 0: it's 6", "debug 0: <<<", "debug 0: <<<"));
+  DS_print(nullptr, nullptr, nullptr, &status_);
+  EXPECT_THAT(reports.takeAll(), ElementsAre("debug 0: Null structure\n"));
+  EXPECT_EQ(MR_NO_ERROR, status_);
+}
+
 // The one test that registers structures: there is one table in the process.
 TEST(Structures, TheFirstRegisteredTableMakesTheObjectTable) {
   StatusCode status = MR_NO_ERROR;
@@ -222,8 +261,7 @@ TEST(Structures, TheFirstRegisteredTableMakesTheObjectTable) {
   EXPECT_EQ(nullptr, s->methods);
   EXPECT_EQ(MR_ARGUMENT_ERROR, status) << "nothing is registered";
   EXPECT_EQ(0, DS_destructor(&s, nullptr, nullptr, &status));
-  EXPECT_EQ(1, DS_memory_free(&s));
-  EXPECT_EQ(nullptr, s);
+  MA_free(s);
 
   static DS_Methods array = *Ds_array_get_methods();
   EXPECT_EQ(0, Ds_register_structure(77, nullptr, &status));
@@ -251,7 +289,7 @@ TEST(Structures, TheFirstRegisteredTableMakesTheObjectTable) {
   EXPECT_EQ(Ds_slist_get_methods(), makeStructure(DS_SLIST)->methods) << "built in";
   s = DS_create_type(78, &status, __LINE__, __FILE__);
   EXPECT_EQ(MR_ITEM_NOT_FOUND, status);
-  EXPECT_EQ(1, DS_memory_free(&s));
+  MA_free(s);
 
   array.intersect = Ds_array_intersect;
   EXPECT_EQ(1, MR_deregister_item(&array, Ds_get_object_table(), nullptr));
