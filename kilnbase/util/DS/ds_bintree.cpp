@@ -114,7 +114,9 @@ struct BinaryTree {
   static void reordered(Slot slot) {
     Node* node = nodeOf(slot);
     while (node->parent != nullptr) node = node->parent;
-    forgetOrder(*reinterpret_cast<Tree*>(node));
+    Tree& tree = *reinterpret_cast<Tree*>(node);
+    tree.comparator = nullptr;
+    tree.consistent = false;
   }
 
   static bool insert(void*& data, Gap gap, void* item) {
@@ -136,7 +138,7 @@ struct BinaryTree {
     if (node == tree.ends[kLeft]) tree.ends[kLeft] = nodeOf(next(data, slot));
     if (node == tree.ends[kRight]) tree.ends[kRight] = nodeOf(before);
     takeOut(node);
-    if (--tree.count == 0) forgetOrder(tree);
+    --tree.count;
     return later;
   }
 
@@ -161,11 +163,6 @@ struct BinaryTree {
   // The number of items up to which a comparator is asked about all of them and its answers are
   // compared. One that does not order items, or has other answers, shows it here.
   static constexpr std::size_t kProbation = 32;
-
-  static void forgetOrder(Tree& tree) {
-    tree.comparator = nullptr;
-    tree.consistent = false;
-  }
 
   static Slot end(const void* data, Side side) {
     return data != nullptr ? slotOf(static_cast<const Tree*>(data)->ends[side]) : nullptr;
@@ -234,11 +231,10 @@ struct BinaryTree {
   // The gap by binary search; nothing when the comparator answers anything but -1, 0 and 1. One
   // that answers with differences shows it best at the far end, which is asked first.
   static std::optional<Gap> search(const Tree& tree, void* item) {
-    Gap gap{nullptr, first(&tree)};
-    int answer = tree.comparator(&item, gap.after);
-    if (answer == 0 || answer == -1) return gap;
-    gap.after = nullptr;
-    for (Node* node = tree.top.children[kLeft]; node != nullptr && answer <= 1 && answer >= -1;) {
+    Gap gap{};
+    Node* node = tree.top.children[kLeft];
+    int answer = tree.comparator(&item, first(&tree));
+    while (node != nullptr && answer <= 1 && answer >= -1) {
       answer = tree.comparator(&item, slotOf(node));
       (answer == 1 ? gap.before : gap.after) = slotOf(node);
       node = node->children[answer == 1 ? kRight : kLeft];

@@ -205,14 +205,16 @@ TEST_P(Kinds, BehaveLikeASequenceUnderRandomOperations) {
   const DS_Filter filters[] = {nullptr, nullptr, isEven, isSmall};
   std::mt19937 random(1);
   const auto below = [&](std::size_t n) { return random() % n; };
-  const auto anyNumber = [&] { return static_cast<std::intptr_t>(1 + below(200)); };
+  std::size_t range = 200;
+  const auto anyNumber = [&] { return static_cast<std::intptr_t>(1 + below(range)); };
   Model model(GetParam());
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < 2000; ++round) {
     if (below(8) == 0) model.clear();
+    if (below(4) == 0) range = below(2) == 0 ? 40 : 1000;
     if (below(3) == 0) model.use(comparators[below(std::size(comparators))]);
     if (below(4) == 0) model.use(filters[below(std::size(filters))]);
     if (below(4) == 0) model.sort();
-    if (below(4) == 0) model.replace(anyNumber(), anyNumber());
+    for (std::size_t i = below(40); i > 30; --i) model.replace(anyNumber(), anyNumber());
     for (std::size_t i = below(80); i > 0; --i) model.add(anyNumber());
     for (std::size_t i = below(60); i > 0; --i) model.remove(anyNumber());
     model.check();
