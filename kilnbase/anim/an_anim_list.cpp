@@ -27,7 +27,7 @@ int hasData(const void* item, const void* data) {
 }
 
 AN_Item* findData(const void* data, const DS_Structure* list) {
-  const DS_Position found = list->methods->find(list, hasData, data, nullptr);
+  void* const found = list->methods->find(list, hasData, data, nullptr);
   return found ? static_cast<AN_Item*>(list->methods->get_data(found, nullptr)) : nullptr;
 }
 

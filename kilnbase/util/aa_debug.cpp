@@ -80,7 +80,7 @@ FileEntry* addEntry(const char* name) {
 }
 
 FileEntry* entryOf(const char* name) {
-  const DS_Position found = files->methods->find(files, hasName, name, nullptr);
+  void* const found = files->methods->find(files, hasName, name, nullptr);
   return found ? static_cast<FileEntry*>(files->methods->get_data(found, nullptr)) : addEntry(name);
 }
 

@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <new>
 
 #include <kilnbase/detail/assert.h>
 #include <kilnbase/util/mr_array.h>
@@ -32,7 +31,9 @@ void* grow(MR_Array& array, int n) {
 
 MR_Array* MR_array_new(int element_size, int start_count, int growth) {
   KILN_ASSERT(element_size > 0 && start_count >= 0 && growth >= 0);
-  auto* const array = new (std::nothrow) MR_Array{0, element_size, growth, nullptr};
+  auto* const array = static_cast<MR_Array*>(std::malloc(sizeof(MR_Array)));
+  if (!array) return nullptr;
+  *array = {0, element_size, growth, nullptr};
   MR_array_size(array, start_count);
   return array;
 }
@@ -58,6 +59,6 @@ void MR_array_put(MR_Array* array, int i, const void* element) {
 void MR_array_free(MR_Array** array) {
   if (!array || !*array) return;
   std::free((*array)->elements);
-  delete *array;
+  std::free(*array);
   *array = nullptr;
 }

@@ -1,3 +1,4 @@
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -39,7 +40,7 @@ void MR_string_number_de_zero(char* s) {
 }
 
 void* MR_int2ptr(int value) {
-  return reinterpret_cast<void*>(std::uintptr_t{static_cast<unsigned>(value)});
+  return std::bit_cast<void*>(std::uintptr_t{static_cast<unsigned>(value)});
 }
 
 int MR_ptr2int(const void* pointer) {

@@ -1,3 +1,4 @@
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <gmock/gmock.h>
@@ -29,7 +30,7 @@ class ItemStructure : public testing::TestWithParam<int> {
   }
 
   AN_Item* first() {
-    const DS_Position head = list_->methods->head(list_, nullptr);
+    void* const head = list_->methods->head(list_, nullptr);
     return head ? static_cast<AN_Item*>(list_->methods->get_data(head, nullptr)) : nullptr;
   }
   int count() { return list_->methods->enumerate(list_, nullptr); }
@@ -182,7 +183,7 @@ TEST_F(ItemNodes, AreUniqueByObjectAndBitsOfTheValue) {
 
 TEST_F(ItemNodes, CompareAsUnsignedNumbersWithNullLast) {
   const auto node = [](std::uintptr_t object, std::int64_t value) {
-    return An_ItemNode{{}, {0, reinterpret_cast<void*>(object), {value}}};
+    return An_ItemNode{{}, {0, std::bit_cast<void*>(object), {value}}};
   };
   const An_ItemNode ascending[] = {node(1, -1), node(2, 0), node(2, 1), node(2, -1),
                                    node(UINTPTR_MAX, 0)};

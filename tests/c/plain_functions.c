@@ -140,7 +140,7 @@ static int structures(void) {
   DS_set_comparator(list, Ds_filo_comparator, &status);
   list->methods->add(list, &names[0], &status);
   list->methods->add(list, &names[1], &status);
-  const DS_Position head = list->methods->head(list, &status);
+  void* const head = list->methods->head(list, &status);
   const int right = list->methods->get_data(head, &status) == &names[1];
   DS_destructor(&list, NULL, NULL, &status);
   return right && status == MR_NO_ERROR;
