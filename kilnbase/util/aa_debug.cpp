@@ -66,14 +66,16 @@ int hasName(const void* item, const void* name) {
   return std::strcmp(entry->name, static_cast<const char*>(name)) == 0 ? 1 : 0;
 }
 
+char* copyOf(const char* text) {
+  const std::size_t bytes = std::strlen(text) + 1;
+  void* const copy = std::malloc(bytes);
+  return copy ? static_cast<char*>(std::memcpy(copy, text, bytes)) : nullptr;
+}
+
 FileEntry* addEntry(const char* name) {
-  const std::size_t bytes = std::strlen(name) + 1;
-  auto* const copy = static_cast<char*>(std::malloc(bytes));
+  char* const copy = copyOf(name);
   auto* const entry = new (std::nothrow) FileEntry{copy, FileState::kNeverOpened, nullptr};
-  if (copy && entry && files->methods->add(files, entry, nullptr)) {
-    std::memcpy(copy, name, bytes);
-    return entry;
-  }
+  if (copy && entry && files->methods->add(files, entry, nullptr)) return entry;
   std::free(copy);
   delete entry;
   return nullptr;
