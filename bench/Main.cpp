@@ -138,7 +138,6 @@ int main(int argc, char** argv) {
   addSvd(suite);
   addSmallContainers(suite);
   addArrays(suite);
-  const std::string eigenNote = addEigen(suite);
   addTrees(suite);
   addLists(suite);
   addStructures(suite);

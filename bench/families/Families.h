@@ -13,13 +13,11 @@ void addCholesky(Suite& suite);
 void addSvd(Suite& suite);
 void addSmallContainers(Suite& suite);
 void addArrays(Suite& suite);
-
-/// Adds Eigen to the above that it has, or says that it is missing: the line for the table's head.
 void addTrees(Suite& suite);
 void addLists(Suite& suite);
 void addStructures(Suite& suite);
 
-/// Adds Eigen to the numeric families, or says that it is missing: the line for the table's head.
+/// Adds Eigen to the above that it has, or says that it is missing: the line for the table's head.
 std::string addEigen(Suite& suite);
 
 /// The same for the trees of Boost and GLib.
