@@ -39,10 +39,8 @@ class AvlSet {
  public:
   explicit AvlSet(const std::vector<int>& numbers) : records_(numbers.begin(), numbers.end()) {}
 
-  void fill() {
-    set_.clear();
-    for (Record& record : records_) set_.insert(record);
-  }
+  void clear() { set_.clear(); }
+  void insert(std::size_t i) { set_.insert(records_[i]); }
 
   int find(int number) const { return set_.find(number, set_.value_comp())->number; }
 

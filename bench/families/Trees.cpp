@@ -40,10 +40,8 @@ class Ours {
     for (const int number : numbers) records_.push_back({{}, number});
   }
 
-  void fill() {
-    root_ = nullptr;
-    for (Record& record : records_) MR_avl_insert(&root_, &record.node, compareRecords);
-  }
+  void clear() { root_ = nullptr; }
+  void insert(std::size_t i) { MR_avl_insert(&root_, &records_[i].node, compareRecords); }
 
   int find(int number) const { return *numberOf(MR_avl_find(root_, &number, compareToRecord)); }
 
@@ -58,10 +56,8 @@ class StandardSet {
  public:
   explicit StandardSet(std::vector<int> numbers) : numbers_(std::move(numbers)) {}
 
-  void fill() {
-    set_.clear();
-    for (const int number : numbers_) set_.insert(number);
-  }
+  void clear() { set_.clear(); }
+  void insert(std::size_t i) { set_.insert(numbers_[i]); }
 
   int find(int number) const { return *set_.find(number); }
 

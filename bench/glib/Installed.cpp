@@ -11,10 +11,8 @@ class Tree {
  public:
   explicit Tree(std::vector<int> numbers) : numbers_(std::move(numbers)) {}
 
-  void fill() {
-    tree_.reset(g_tree_new(compareNumbers()));
-    for (int& number : numbers_) g_tree_insert(tree_.get(), &number, &number);
-  }
+  void clear() { tree_.reset(g_tree_new(compareNumbers())); }
+  void insert(std::size_t i) { g_tree_insert(tree_.get(), &numbers_[i], &numbers_[i]); }
 
   int find(int number) const {
     return *static_cast<const int*>(g_tree_lookup(tree_.get(), &number));
@@ -34,7 +32,7 @@ class Tree {
   };
 
   std::vector<int> numbers_;
-  std::unique_ptr<GTree, Release> tree_;
+  std::unique_ptr<GTree, Release> tree_{g_tree_new(compareNumbers())};
 };
 
 }  // namespace

@@ -280,7 +280,8 @@ MR_AvlNode* MR_avl_find(MR_AvlNode* root, const void* key, MR_AvlCompare compare
   while (node != nullptr) {
     const int order = compare(key, node);
     if (order == 0) break;
-    node = child(node, sideOf(order));
+    MR_AvlNode* const children[] = {node->left, node->right};
+    node = children[order > 0];  // a jump would be foreseen wrongly every other time
   }
   return node;
 }
