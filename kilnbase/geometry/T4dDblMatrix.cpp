@@ -1,10 +1,20 @@
-#include <algorithm>
 #include <cmath>
 #include <utility>
 
 #include <kilnbase/geometry/T4dDblMatrix.h>
 
 constinit const T4dDblMatrix T4dDblMatrix::identity;
+
+namespace {
+
+template <class From, class To>
+void copyElements(const From (*from)[4], To (*to)[4]) {
+  for (int r = 0; r < 4; ++r) {
+    for (int c = 0; c < 4; ++c) to[r][c] = static_cast<To>(from[r][c]);
+  }
+}
+
+}  // namespace
 
 int T4dDblMatrix::equivalent(const T4dDblMatrix& m, double tol) const {
   for (int r = 0; r < 4; ++r) {
@@ -123,18 +133,17 @@ T4dDblMatrix& T4dDblMatrix::axisRotateIt(const T4dDblVector& axis, double angle)
 }
 
 T4dDblMatrix& T4dDblMatrix::setFromDouble(const double elements[4][4]) {
-  std::copy_n(elements[0], 16, element_[0]);
+  copyElements(elements, element_);
   return *this;
 }
 
 T4dDblMatrix& T4dDblMatrix::setFromFloat(const float elements[4][4]) {
-  std::copy_n(elements[0], 16, element_[0]);
+  copyElements(elements, element_);
   return *this;
 }
 
 void T4dDblMatrix::copyToFloat(float elements[4][4]) const {
-  std::transform(element_[0], element_[0] + 16, elements[0],
-                 [](double element) { return static_cast<float>(element); });
+  copyElements(element_, elements);
 }
 
 void T4dDblMatrix::print(std::FILE* file) const {

@@ -1,0 +1,287 @@
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+
+#include <kilnbase/geometry/T4dDblMatrix.h>
+#include <kilnbase/geometry/TgenXformMatrix.h>
+#include <kilnbase/geometry/Tscale.h>
+
+#include "tests/geometry/Values.h"
+
+using kilntest::distance;
+using kilntest::elements;
+using kilntest::kPi;
+using kilntest::kRounding;
+using kilntest::RandomValues;
+
+namespace {
+
+T4dDblMatrix productOfSums(const T4dDblMatrix& a, const T4dDblMatrix& b) {
+  T4dDblMatrix result;
+  for (std::size_t r = 0; r < 4; ++r) {
+    for (std::size_t c = 0; c < 4; ++c) {
+      result[r][c] = 0.0;
+      for (std::size_t k = 0; k < 4; ++k) result[r][c] += a[r][k] * b[k][c];
+    }
+  }
+  return result;
+}
+
+// Gauss-Jordan elimination with the companion and the swaps written down.
+T4dDblMatrix inverseByDefinition(T4dDblMatrix m) {
+  T4dDblMatrix companion;
+  for (std::size_t k = 0; k < 4; ++k) {
+    std::size_t pivotRow = k;
+    for (std::size_t r = k + 1; r < 4; ++r) {
+      if (m[r][k] * m[r][k] > m[pivotRow][k] * m[pivotRow][k]) pivotRow = r;
+    }
+    const double pivot = m[pivotRow][k];
+    for (std::size_t c = 0; c < 4; ++c) {
+      std::swap(m[k][c], m[pivotRow][c]);
+      std::swap(companion[k][c], companion[pivotRow][c]);
+      m[k][c] /= pivot;
+      companion[k][c] /= pivot;
+    }
+    for (std::size_t r = 0; r < 4; ++r) {
+      const double factor = r == k ? 0.0 : m[r][k];
+      for (std::size_t c = 0; c < 4; ++c) {
+        m[r][c] -= factor * m[k][c];
+        companion[r][c] -= factor * companion[k][c];
+      }
+    }
+  }
+  return companion;
+}
+
+T4dDblMatrix diagonal(double x, double y, double z) {
+  T4dDblMatrix m;
+  m(0, 0) = x;
+  m(1, 1) = y;
+  m(2, 2) = z;
+  return m;
+}
+
+}  // namespace
+
+TEST(Matrix, ProductsMayBeTheirOwnFactors) {
+  RandomValues random(1);
+  for (int i = 0; i < 20; ++i) {
+    const T4dDblMatrix a = random.matrix(), b = random.matrix();
+    const T4dDblMatrix ab = productOfSums(a, b);
+    T4dDblMatrix left = a, right = b, square = a, assigned = a;
+    EXPECT_LT(distance(ab, a * b), kRounding);
+    EXPECT_LT(distance(ab, left.setToProduct(left, b)), kRounding);
+    EXPECT_LT(distance(ab, right.setToProduct(a, right)), kRounding);
+    EXPECT_LT(distance(productOfSums(a, a), square.postmultBy(square)), kRounding);
+    EXPECT_LT(distance(ab, assigned *= b), kRounding);
+    EXPECT_LT(distance(productOfSums(b, a), T4dDblMatrix(a).premultBy(b)), kRounding);
+    EXPECT_LT(distance((a * b).transpose(), b.transpose() * T4dDblMatrix(a).transposeIt()),
+              kRounding);
+  }
+}
+
+// Pivots with many ties: the upper row must win, or rounding tells. Element by element, since a
+// wrong choice still inverts.
+TEST(Matrix, TheInverseIsThatOfGaussJordan) {
+  RandomValues random(2);
+  for (int i = 0; i < 1000; ++i) {
+    T4dDblMatrix m = random.matrix();
+    if (i % 2 == 0) {
+      for (int k = 0; k < 16; ++k)
+        elements(m)[k] = std::round(2.0 * elements(m)[k]) + (k % 5 == 0 ? 0.1 : 0.0);
+    }
+    const T4dDblMatrix expected = inverseByDefinition(m);
+    if (!std::isfinite(distance(expected, T4dDblMatrix()))) continue;
+    const T4dDblMatrix inverse = m.inverse();
+    const double size = distance(expected, diagonal(0, 0, 0));
+    EXPECT_LT(distance(expected, inverse) / size, 1e-12);
+    EXPECT_LT(distance(T4dDblMatrix::identity, m * inverse), 1e-13 * size * 4);
+  }
+}
+
+TEST(Matrix, EveryOrderOfPivotsIsExact) {
+  int order[] = {0, 1, 2, 3};
+  do {
+    T4dDblMatrix permutation = diagonal(0, 0, 0);
+    permutation(3, 3) = 0.0;
+    for (std::size_t r = 0; r < 4; ++r) permutation[r][order[r]] = r % 2 == 0 ? 2.0 : -4.0;
+    EXPECT_EQ(inverseByDefinition(permutation), permutation.inverse());
+    EXPECT_EQ(T4dDblMatrix::identity, permutation * permutation.inverse());
+  } while (std::next_permutation(order, order + 4));
+}
+
+TEST(Matrix, SingularOnesHaveInfiniteInverses) {
+  T4dDblMatrix ones;
+  for (int i = 0; i < 16; ++i) elements(ones)[i] = 1.0;
+  for (T4dDblMatrix singular : {diagonal(1, 0, 1), diagonal(1, 1, 0), ones}) {
+    singular.invertIt();
+    bool isFinite = true;
+    for (int i = 0; i < 16; ++i) isFinite = isFinite && std::isfinite(elements(singular)[i]);
+    EXPECT_FALSE(isFinite);
+  }
+}
+
+TEST(Matrix, DeterminantsOfTheUpperLeftMultiply) {
+  RandomValues random(3);
+  for (int i = 0; i < 20; ++i) {
+    T4dDblMatrix a = random.matrix(), b = random.matrix();
+    for (short k = 0; k < 3; ++k) a(k, 3) = 0.0;
+    EXPECT_NEAR(a.det3x3() * b.det3x3(), (a * b).det3x3(), kRounding);
+    EXPECT_NEAR(a.det3x3(), a.transpose().det3x3(), kRounding);
+  }
+  EXPECT_EQ(-24.0, diagonal(2, 3, -4).det3x3());
+}
+
+TEST(Matrix, AxisRotationsAreRightHandedAndActFirst) {
+  T4dDblMatrix turn;
+  turn.setToAxisRotate(T4dDblVector(0, 0, 1), kPi / 2);
+  EXPECT_LT(distance(T4dDblVector(0, 1, 0), T4dDblVector(1, 0, 0) * turn), kRounding);
+  RandomValues random(4);
+  for (int i = 0; i < 20; ++i) {
+    const T4dDblVector axis = random.direction();
+    const double angle = random.number();
+    turn.setToAxisRotate(axis, angle);
+    EXPECT_LT(distance(axis, axis * turn), kRounding);
+    EXPECT_LT(distance(turn.transpose(), turn.inverse()), kRounding);
+    EXPECT_NEAR(1.0 + 2.0 * std::cos(angle), turn(0, 0) + turn(1, 1) + turn(2, 2), kRounding);
+    const T4dDblMatrix m = random.matrix();
+    EXPECT_LT(distance(turn * m, T4dDblMatrix(m).axisRotateIt(axis, angle)), kRounding);
+    EXPECT_EQ(m, T4dDblMatrix(m).axisRotateIt(axis, 0.0));
+  }
+  EXPECT_EQ(T4dDblMatrix::identity, turn.setToAxisRotate(T4dDblVector(9, 9, 9), 0.0));
+}
+
+TEST(Matrix, FloatsAndDoublesGoInAndOutRowByRow) {
+  double doubles[4][4];
+  float floats[4][4];
+  for (int i = 0; i < 16; ++i) {
+    doubles[i / 4][i % 4] = 1.0 / (i + 1);
+    floats[i / 4][i % 4] = 1.0F / static_cast<float>(i + 1);
+  }
+  T4dDblMatrix m, rounded;
+  m.setFromDouble(doubles);
+  rounded.setFromFloat(floats);
+  EXPECT_EQ(1.0 / 7, m(1, 2));
+  EXPECT_EQ(1.0F / 7, rounded(1, 2));
+  EXPECT_NE(m, rounded);
+  const double tolerance = std::fabs(1.0F / 3 - 1.0 / 3);  // the largest of the differences
+  EXPECT_TRUE(m.equivalent(rounded, tolerance));
+  EXPECT_FALSE(m.equivalent(rounded, 0.999 * tolerance));
+  float back[4][4];
+  m.copyToFloat(back);
+  EXPECT_EQ(0, std::memcmp(floats, back, sizeof back));
+}
+
+TEST(Matrix, PrintsFourLines) {
+  std::FILE* file = std::tmpfile();
+  ASSERT_NE(nullptr, file);
+  T4dDblMatrix m;
+  m(3, 1) = -1.0 / 3;
+  m.print(file);
+  std::rewind(file);
+  char text[100] = {};
+  const std::string written(text, std::fread(text, 1, sizeof text, file));
+  std::fclose(file);
+  EXPECT_EQ("1 0 0 0\n0 1 0 0\n0 0 1 0\n0 -0.333333 0 1\n", written);
+}
+
+TEST(Scale, TinyValuesBecomeOneTenThousandth) {
+  const Tscale clamped(0, 2, -0.00005);
+  EXPECT_EQ(T4dDblMatrix(clamped), diagonal(0.0001, 2, 0.0001));
+  EXPECT_EQ(0.0001, clamped.x);
+  EXPECT_EQ(0.0001, clamped.z);
+  const Tscale kept(-3, 0.0001, -0.0001);
+  EXPECT_EQ(T4dDblMatrix(kept), diagonal(-3, 0.0001, -0.0001));
+  Tscale s;
+  EXPECT_EQ(T4dDblMatrix(s.set(0)), diagonal(0.0001, 0.0001, 0.0001));
+  EXPECT_EQ(T4dDblMatrix(s.set(-2)), diagonal(-2, -2, -2));
+  EXPECT_EQ(T4dDblMatrix(Tscale(2, 4, 0.5).inverse()), diagonal(0.5, 0.25, 2));
+  // Only one of the two inversions clamps what it makes of large scales.
+  EXPECT_EQ(0.0001, Tscale(1e6, 1, 1).inverse().x);
+  EXPECT_EQ(1e-6, s.set(1e6, 1, 1).invertIt().x);
+  s.x = 0.0;
+  EXPECT_EQ(1e4, s.invertIt().x);
+}
+
+TEST(Scale, TolerancesAreClampedToo) {
+  const Tscale s(1, 1, 1);
+  EXPECT_TRUE(s.equivalent(Tscale(1, 1, 1.00005), 0.0));
+  EXPECT_FALSE(s.equivalent(Tscale(1, 1.0002, 1), 0.0));
+  EXPECT_TRUE(s.equivalent(Tscale(1.25, 1, 1), 0.25));
+  EXPECT_FALSE(s.equivalent(s, -1.0));
+  EXPECT_TRUE(Tscale(1, 1, 1 + 1e-10).proportionalScale());
+  EXPECT_FALSE(Tscale(1, 1, 1.001).proportionalScale());
+  EXPECT_FALSE(Tscale(1, 1 + 8e-10, 1 - 8e-10).proportionalScale());
+}
+
+TEST(GenXform, LaterCallsActFirst) {
+  TgenXformMatrix m;
+  m.translate(1, 0, 0).scale(2);
+  double p[4] = {1, 0, 0, 1};
+  m.transformPoint(p);
+  EXPECT_EQ(3.0, p[0]);
+  EXPECT_EQ(1.0, p[3]);
+}
+
+TEST(GenXform, MultipliesElementaryTransformsOnTheLeft) {
+  RandomValues random(5);
+  for (int i = 0; i < 20; ++i) {
+    TgenXformMatrix start;
+    start.multiplyBy(random.matrix());
+    const T4dDblVector v = random.vector();
+    const double angle = random.number();
+    Tangle turn;
+    turn.radians(angle);
+    const auto about = [&](const T4dDblVector& axis) {
+      return T4dDblMatrix().setToAxisRotate(axis, angle);
+    };
+    using M = TgenXformMatrix;
+    const std::pair<T4dDblMatrix, T4dDblMatrix> cases[] = {
+        {v, M(start).translate(v.x, v.y, v.z)},
+        {v, M(start).translate(v.array())},
+        {diagonal(v.x, v.y, v.z), M(start).scale(v.x, v.y, v.z)},
+        {diagonal(v.x, v.y, v.z), M(start).scale(v.array())},
+        {diagonal(1e-9, 1e-9, 1e-9), M(start).scale(1e-9)},
+        {about({1, 0, 0}), M(start).rotatex(turn)},
+        {about({0, 1, 0}), M(start).rotatey(turn)},
+        {about({0, 0, 1}), M(start).rotatez(turn)},
+        {about(v.getNormal()), M(start).rotateAxis(v.array(), turn)},
+        {about(v.getNormal()), M(start).rotateAxis((1e-200 * v).array(), turn)},
+        {T4dDblMatrix::identity, M(start).rotateAxis(T4dDblVector().array(), turn)}};
+    for (const auto& [elementary, result] : cases) {
+      EXPECT_LT(distance(elementary * start, result), kRounding);
+    }
+  }
+}
+
+TEST(GenXform, AligningTurnsVectorsToTheZAxisAndBack) {
+  RandomValues random(6);
+  for (const T4dDblVector& v : {random.vector(), random.vector(), T4dDblVector(0, 2, 0),
+                                T4dDblVector(0, 0, -1), T4dDblVector()}) {
+    TgenXformMatrix m;
+    const T4dDblVector aligned = v * m.alignVectorWithZAxis(v.array());
+    EXPECT_LT(distance(T4dDblVector(0, 0, v.length()), aligned), kRounding);
+    TgenXformMatrix back;
+    EXPECT_LT(distance(v, aligned * back.alignZAxisWithVector(v.array())), kRounding);
+    EXPECT_LT(distance(T4dDblMatrix::identity, m * back), kRounding);
+  }
+}
+
+TEST(GenXform, PointsAndVectorsAreBothMoved) {
+  TgenXformMatrix m;
+  const double a[] = {1, 2, 3}, b[] = {4, 5, 6}, c[] = {7, 8, 9};
+  m.translate(10, 20, 30).setOrientation(a, b, c);
+  m(0, 3) = 5.0;  // ignored
+  EXPECT_EQ(4.0, m(0, 1));
+  EXPECT_EQ(30.0, m(3, 2));
+  const double in[] = {1, 1, 1, 2};
+  double out[3];
+  m.transformPoint(in, out);
+  EXPECT_EQ(T4dDblVector(26, 55, 84), T4dDblVector(out[0], out[1], out[2]));
+  double v[] = {1, 1, 1};
+  m.transformVector(v);
+  EXPECT_EQ(T4dDblVector(16, 35, 54), T4dDblVector(v[0], v[1], v[2]));
+}

@@ -1,0 +1,70 @@
+// Seeded random values, and how far apart two values are.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+
+#include <kilnbase/geometry/T4dDblMatrix.h>
+#include <kilnbase/geometry/Tscale.h>
+#include <kilnbase/geometry/TunitQuaternion.h>
+
+namespace kilntest {
+
+constexpr double kPi = 3.14159265358979323846;
+// For the results of up to a few dozen operations on numbers around 1.
+constexpr double kRounding = 200 * std::numeric_limits<double>::epsilon();
+
+inline double* elements(T4dDblMatrix& m) {
+  return reinterpret_cast<double*>(&m);
+}
+inline const double* elements(const T4dDblMatrix& m) {
+  return reinterpret_cast<const double*>(&m);
+}
+
+class RandomValues {
+ public:
+  explicit RandomValues(std::uint64_t seed) : engine_(seed) {}
+
+  // In (-1, 1).
+  double number() { return std::ldexp(static_cast<double>(engine_() >> 11U) + 0.5, -52) - 1.0; }
+  T4dDblVector vector() {
+    const double x = number();
+    const double y = number();
+    return {x, y, number()};
+  }
+  T4dDblVector direction() { return vector().getNormal(); }
+  T4dDblPoint point() { return T4dDblPoint::origin + vector(); }
+  TunitQuaternion rotation() { return TunitQuaternion().setToPivotAxis(kPi * number(), vector()); }
+  // Each in +-(0.5, 2).
+  Tscale scale() { return {factor(), factor(), factor()}; }
+  T4dDblMatrix matrix() {
+    T4dDblMatrix m;
+    for (int i = 0; i < 16; ++i) elements(m)[i] = number();
+    return m;
+  }
+
+ private:
+  double factor() { return std::copysign(std::exp2(number()), number()); }
+
+  std::mt19937_64 engine_;
+};
+
+inline double distance(const T4dDblVector& a, const T4dDblVector& b) {
+  return (a - b).length();
+}
+
+// The largest difference of two elements; NaN counts as infinite.
+inline double distance(const T4dDblMatrix& a, const T4dDblMatrix& b) {
+  double largest = 0.0;
+  for (int i = 0; i < 16; ++i) {
+    const double difference = std::fabs(elements(a)[i] - elements(b)[i]);
+    if (!(difference <= largest)) largest = difference;
+    if (std::isnan(difference)) return std::numeric_limits<double>::infinity();
+  }
+  return largest;
+}
+
+}  // namespace kilntest
