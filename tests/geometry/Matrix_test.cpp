@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -13,7 +14,6 @@
 
 using kilntest::distance;
 using kilntest::elements;
-using kilntest::kPi;
 using kilntest::kRounding;
 using kilntest::RandomValues;
 
@@ -71,35 +71,36 @@ TEST(Matrix, ProductsMayBeTheirOwnFactors) {
   for (int i = 0; i < 20; ++i) {
     const T4dDblMatrix a = random.matrix(), b = random.matrix();
     const T4dDblMatrix ab = productOfSums(a, b);
-    T4dDblMatrix left = a, right = b, square = a, assigned = a;
+    T4dDblMatrix square = a, left = a;
     EXPECT_LT(distance(ab, a * b), kRounding);
-    EXPECT_LT(distance(ab, left.setToProduct(left, b)), kRounding);
-    EXPECT_LT(distance(ab, right.setToProduct(a, right)), kRounding);
-    EXPECT_LT(distance(productOfSums(a, a), square.postmultBy(square)), kRounding);
-    EXPECT_LT(distance(ab, assigned *= b), kRounding);
-    EXPECT_LT(distance(productOfSums(b, a), T4dDblMatrix(a).premultBy(b)), kRounding);
-    EXPECT_LT(distance((a * b).transpose(), b.transpose() * T4dDblMatrix(a).transposeIt()),
-              kRounding);
+    EXPECT_LT(distance(ab, T4dDblMatrix(a).postmultBy(b)), kRounding);
+    EXPECT_LT(distance(ab, T4dDblMatrix(b).premultBy(a)), kRounding);
+    EXPECT_LT(distance(ab, left *= b), kRounding);
+    EXPECT_LT(distance(productOfSums(a, a), square.setToProduct(square, square)), kRounding);
+    EXPECT_LT(distance(ab.transpose(), b.transpose() * T4dDblMatrix(a).transposeIt()), kRounding);
   }
 }
 
-// Pivots with many ties: the upper row must win, or rounding tells. Element by element, since a
-// wrong choice still inverts.
+// Small integers make many ties, in which the upper row must win: another pivot rounds otherwise.
 TEST(Matrix, TheInverseIsThatOfGaussJordan) {
   RandomValues random(2);
+  int singular = 0;
   for (int i = 0; i < 1000; ++i) {
     T4dDblMatrix m = random.matrix();
     if (i % 2 == 0) {
-      for (int k = 0; k < 16; ++k)
-        elements(m)[k] = std::round(2.0 * elements(m)[k]) + (k % 5 == 0 ? 0.1 : 0.0);
+      for (int k = 0; k < 16; ++k) elements(m)[k] = std::round(3.0 * elements(m)[k]);
     }
     const T4dDblMatrix expected = inverseByDefinition(m);
-    if (!std::isfinite(distance(expected, T4dDblMatrix()))) continue;
-    const T4dDblMatrix inverse = m.inverse();
     const double size = distance(expected, diagonal(0, 0, 0));
-    EXPECT_LT(distance(expected, inverse) / size, 1e-12);
-    EXPECT_LT(distance(T4dDblMatrix::identity, m * inverse), 1e-13 * size * 4);
+    if (size < 1e10) {
+      EXPECT_LT(distance(expected, m.inverse()), size * size * kRounding);
+      EXPECT_LT(distance(T4dDblMatrix::identity, m * m.inverse()), size * kRounding);
+    } else {
+      ++singular;
+      EXPECT_GT(distance(m.inverse(), T4dDblMatrix()), 1e10);
+    }
   }
+  EXPECT_GT(singular, 10);
 }
 
 TEST(Matrix, EveryOrderOfPivotsIsExact) {
@@ -108,40 +109,30 @@ TEST(Matrix, EveryOrderOfPivotsIsExact) {
     T4dDblMatrix permutation = diagonal(0, 0, 0);
     permutation(3, 3) = 0.0;
     for (std::size_t r = 0; r < 4; ++r) permutation[r][order[r]] = r % 2 == 0 ? 2.0 : -4.0;
-    EXPECT_EQ(inverseByDefinition(permutation), permutation.inverse());
     EXPECT_EQ(T4dDblMatrix::identity, permutation * permutation.inverse());
   } while (std::next_permutation(order, order + 4));
-}
-
-TEST(Matrix, SingularOnesHaveInfiniteInverses) {
-  T4dDblMatrix ones;
-  for (int i = 0; i < 16; ++i) elements(ones)[i] = 1.0;
-  for (T4dDblMatrix singular : {diagonal(1, 0, 1), diagonal(1, 1, 0), ones}) {
-    singular.invertIt();
-    bool isFinite = true;
-    for (int i = 0; i < 16; ++i) isFinite = isFinite && std::isfinite(elements(singular)[i]);
-    EXPECT_FALSE(isFinite);
-  }
+  const T4dDblMatrix zero = T4dDblMatrix(diagonal(0, 0, 0)).invertIt();
+  EXPECT_FALSE(std::isfinite(zero(0, 0)));
 }
 
 TEST(Matrix, DeterminantsOfTheUpperLeftMultiply) {
   RandomValues random(3);
   for (int i = 0; i < 20; ++i) {
-    T4dDblMatrix a = random.matrix(), b = random.matrix();
+    T4dDblMatrix a = random.matrix();
+    const T4dDblMatrix b = random.matrix();
     for (short k = 0; k < 3; ++k) a(k, 3) = 0.0;
     EXPECT_NEAR(a.det3x3() * b.det3x3(), (a * b).det3x3(), kRounding);
-    EXPECT_NEAR(a.det3x3(), a.transpose().det3x3(), kRounding);
   }
   EXPECT_EQ(-24.0, diagonal(2, 3, -4).det3x3());
 }
 
 TEST(Matrix, AxisRotationsAreRightHandedAndActFirst) {
   T4dDblMatrix turn;
-  turn.setToAxisRotate(T4dDblVector(0, 0, 1), kPi / 2);
+  turn.setToAxisRotate(T4dDblVector(0, 0, 1), kilntest::kPi / 2);
   EXPECT_LT(distance(T4dDblVector(0, 1, 0), T4dDblVector(1, 0, 0) * turn), kRounding);
   RandomValues random(4);
   for (int i = 0; i < 20; ++i) {
-    const T4dDblVector axis = random.direction();
+    const T4dDblVector axis = random.vector().getNormal();
     const double angle = random.number();
     turn.setToAxisRotate(axis, angle);
     EXPECT_LT(distance(axis, axis * turn), kRounding);
@@ -149,30 +140,25 @@ TEST(Matrix, AxisRotationsAreRightHandedAndActFirst) {
     EXPECT_NEAR(1.0 + 2.0 * std::cos(angle), turn(0, 0) + turn(1, 1) + turn(2, 2), kRounding);
     const T4dDblMatrix m = random.matrix();
     EXPECT_LT(distance(turn * m, T4dDblMatrix(m).axisRotateIt(axis, angle)), kRounding);
-    EXPECT_EQ(m, T4dDblMatrix(m).axisRotateIt(axis, 0.0));
   }
   EXPECT_EQ(T4dDblMatrix::identity, turn.setToAxisRotate(T4dDblVector(9, 9, 9), 0.0));
 }
 
 TEST(Matrix, FloatsAndDoublesGoInAndOutRowByRow) {
   double doubles[4][4];
-  float floats[4][4];
+  float floats[4][4], back[4][4];
   for (int i = 0; i < 16; ++i) {
     doubles[i / 4][i % 4] = 1.0 / (i + 1);
     floats[i / 4][i % 4] = 1.0F / static_cast<float>(i + 1);
   }
   T4dDblMatrix m, rounded;
   m.setFromDouble(doubles);
-  rounded.setFromFloat(floats);
+  rounded.setFromFloat(floats).copyToFloat(back);
   EXPECT_EQ(1.0 / 7, m(1, 2));
   EXPECT_EQ(1.0F / 7, rounded(1, 2));
-  EXPECT_NE(m, rounded);
-  const double tolerance = std::fabs(1.0F / 3 - 1.0 / 3);  // the largest of the differences
-  EXPECT_TRUE(m.equivalent(rounded, tolerance));
-  EXPECT_FALSE(m.equivalent(rounded, 0.999 * tolerance));
-  float back[4][4];
-  m.copyToFloat(back);
   EXPECT_EQ(0, std::memcmp(floats, back, sizeof back));
+  EXPECT_TRUE(m.equivalent(rounded, distance(m, rounded)));
+  EXPECT_FALSE(m.equivalent(rounded, 0.999 * distance(m, rounded)));
 }
 
 TEST(Matrix, PrintsFourLines) {
@@ -189,41 +175,24 @@ TEST(Matrix, PrintsFourLines) {
 }
 
 TEST(Scale, TinyValuesBecomeOneTenThousandth) {
-  const Tscale clamped(0, 2, -0.00005);
-  EXPECT_EQ(T4dDblMatrix(clamped), diagonal(0.0001, 2, 0.0001));
-  EXPECT_EQ(0.0001, clamped.x);
-  EXPECT_EQ(0.0001, clamped.z);
-  const Tscale kept(-3, 0.0001, -0.0001);
-  EXPECT_EQ(T4dDblMatrix(kept), diagonal(-3, 0.0001, -0.0001));
-  Tscale s;
-  EXPECT_EQ(T4dDblMatrix(s.set(0)), diagonal(0.0001, 0.0001, 0.0001));
-  EXPECT_EQ(T4dDblMatrix(s.set(-2)), diagonal(-2, -2, -2));
-  EXPECT_EQ(T4dDblMatrix(Tscale(2, 4, 0.5).inverse()), diagonal(0.5, 0.25, 2));
+  EXPECT_EQ(diagonal(0.0001, 2, 0.0001), Tscale(0, 2, -0.00005));
+  EXPECT_EQ(diagonal(-3, 0.0001, -0.0001), Tscale(-3, 0.0001, -0.0001));
+  EXPECT_EQ(diagonal(0.0001, 0.0001, 0.0001), Tscale().set(0));
+  EXPECT_EQ(diagonal(0.5, 0.25, -2), Tscale(2, 4, -0.5).inverse());
   // Only one of the two inversions clamps what it makes of large scales.
-  EXPECT_EQ(0.0001, Tscale(1e6, 1, 1).inverse().x);
-  EXPECT_EQ(1e-6, s.set(1e6, 1, 1).invertIt().x);
-  s.x = 0.0;
+  Tscale s(1e6, 1, 1);
+  EXPECT_EQ(0.0001, s.inverse().x);
+  EXPECT_EQ(1e-6, s.invertIt().x);
   EXPECT_EQ(1e4, s.invertIt().x);
 }
 
 TEST(Scale, TolerancesAreClampedToo) {
-  const Tscale s(1, 1, 1);
-  EXPECT_TRUE(s.equivalent(Tscale(1, 1, 1.00005), 0.0));
-  EXPECT_FALSE(s.equivalent(Tscale(1, 1.0002, 1), 0.0));
-  EXPECT_TRUE(s.equivalent(Tscale(1.25, 1, 1), 0.25));
-  EXPECT_FALSE(s.equivalent(s, -1.0));
+  EXPECT_TRUE(Tscale().equivalent(Tscale(1, 1, 1.00005), 0.0));
+  EXPECT_FALSE(Tscale().equivalent(Tscale(1, 1.0002, 1), 0.0));
+  EXPECT_TRUE(Tscale().equivalent(Tscale(1.25, 1, 1), 0.25));
+  EXPECT_FALSE(Tscale().equivalent(Tscale(), -1.0));
   EXPECT_TRUE(Tscale(1, 1, 1 + 1e-10).proportionalScale());
-  EXPECT_FALSE(Tscale(1, 1, 1.001).proportionalScale());
   EXPECT_FALSE(Tscale(1, 1 + 8e-10, 1 - 8e-10).proportionalScale());
-}
-
-TEST(GenXform, LaterCallsActFirst) {
-  TgenXformMatrix m;
-  m.translate(1, 0, 0).scale(2);
-  double p[4] = {1, 0, 0, 1};
-  m.transformPoint(p);
-  EXPECT_EQ(3.0, p[0]);
-  EXPECT_EQ(1.0, p[3]);
 }
 
 TEST(GenXform, MultipliesElementaryTransformsOnTheLeft) {
@@ -240,9 +209,7 @@ TEST(GenXform, MultipliesElementaryTransformsOnTheLeft) {
     };
     using M = TgenXformMatrix;
     const std::pair<T4dDblMatrix, T4dDblMatrix> cases[] = {
-        {v, M(start).translate(v.x, v.y, v.z)},
         {v, M(start).translate(v.array())},
-        {diagonal(v.x, v.y, v.z), M(start).scale(v.x, v.y, v.z)},
         {diagonal(v.x, v.y, v.z), M(start).scale(v.array())},
         {diagonal(1e-9, 1e-9, 1e-9), M(start).scale(1e-9)},
         {about({1, 0, 0}), M(start).rotatex(turn)},
@@ -261,12 +228,11 @@ TEST(GenXform, AligningTurnsVectorsToTheZAxisAndBack) {
   RandomValues random(6);
   for (const T4dDblVector& v : {random.vector(), random.vector(), T4dDblVector(0, 2, 0),
                                 T4dDblVector(0, 0, -1), T4dDblVector()}) {
-    TgenXformMatrix m;
-    const T4dDblVector aligned = v * m.alignVectorWithZAxis(v.array());
+    TgenXformMatrix align, back;
+    const T4dDblVector aligned = v * align.alignVectorWithZAxis(v.array());
     EXPECT_LT(distance(T4dDblVector(0, 0, v.length()), aligned), kRounding);
-    TgenXformMatrix back;
-    EXPECT_LT(distance(v, aligned * back.alignZAxisWithVector(v.array())), kRounding);
-    EXPECT_LT(distance(T4dDblMatrix::identity, m * back), kRounding);
+    EXPECT_LT(distance(T4dDblMatrix::identity, align * back.alignZAxisWithVector(v.array())),
+              kRounding);
   }
 }
 
@@ -275,12 +241,9 @@ TEST(GenXform, PointsAndVectorsAreBothMoved) {
   const double a[] = {1, 2, 3}, b[] = {4, 5, 6}, c[] = {7, 8, 9};
   m.translate(10, 20, 30).setOrientation(a, b, c);
   m(0, 3) = 5.0;  // ignored
-  EXPECT_EQ(4.0, m(0, 1));
-  EXPECT_EQ(30.0, m(3, 2));
-  const double in[] = {1, 1, 1, 2};
-  double out[3];
-  m.transformPoint(in, out);
-  EXPECT_EQ(T4dDblVector(26, 55, 84), T4dDblVector(out[0], out[1], out[2]));
+  double p[] = {1, 1, 1, 2};
+  m.transformPoint(p);
+  EXPECT_EQ(T4dDblPoint(26, 55, 84, 2), T4dDblPoint(p[0], p[1], p[2], p[3]));
   double v[] = {1, 1, 1};
   m.transformVector(v);
   EXPECT_EQ(T4dDblVector(16, 35, 54), T4dDblVector(v[0], v[1], v[2]));

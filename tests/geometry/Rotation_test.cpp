@@ -93,38 +93,22 @@ TEST(Angle, ClampingSnapsCosineAndSine) {
   EXPECT_EQ(1.1e-5, angle.sin());
 }
 
-TEST(Plane, KeepsItsOwnTolerance) {
+TEST(Plane, LinesMeetItAheadBehindOrNever) {
   const Tplane plane(T4dDblPoint(0, 0, 5, 2), T4dDblVector(0, 0, 2), 0.5);
   EXPECT_EQ(T4dDblVector(0, 0, 1), plane.normal());
   EXPECT_EQ(-5.0, plane.d);  // the weight of the point does not matter
   EXPECT_EQ(1e-9, plane.tolerance);
   EXPECT_EQ(0.5, Tplane(0.5).tolerance);
-  EXPECT_EQ(T4dDblVector(0, 0, 1), Tplane(0.5).normal());
   EXPECT_EQ(1e-10, Tplane(T4dDblPoint(), T4dDblVector(1e-10, 0, 0), 0.5).a);
-}
 
-TEST(Plane, LinesMeetItAheadBehindOrNever) {
-  const Tplane plane(T4dDblPoint(0, 0, 5, 1), T4dDblVector(0, 0, 2), 0.5);
   T4dDblPoint out(9, 9, 9, 9);
   EXPECT_EQ(1, plane.intersection(T4dDblPoint(), T4dDblVector(1, 0, 9e-10), out));
   EXPECT_EQ(T4dDblPoint(9, 9, 9, 9), out);
-  EXPECT_EQ(2, plane.intersection(T4dDblPoint(), T4dDblVector(0, 0, 1), out));
-  EXPECT_EQ(T4dDblPoint(0, 0, 5, 1), out);
+  EXPECT_EQ(2, plane.intersection(T4dDblPoint(), T4dDblVector(1, 0, 1), out));
+  EXPECT_EQ(T4dDblPoint(5, 0, 5, 1), out);
   EXPECT_EQ(3, plane.intersection(T4dDblPoint(), T4dDblVector(1, 0, -1), out));
   EXPECT_EQ(T4dDblPoint(-5, 0, 5, 1), out);
   EXPECT_EQ(2, plane.intersection(out, T4dDblVector(0, 0, -1), out));
-
-  RandomValues random(1);
-  for (int i = 0; i < 100; ++i) {
-    const T4dDblPoint p = random.point(), through = random.point();
-    const T4dDblVector v = random.vector();
-    const Tplane any(through, random.vector(), 0.0);
-    if (std::fabs(any.normal().dotProduct(v)) < 1e-3) continue;
-    const int side = any.intersection(p, v, out);
-    EXPECT_NEAR(0.0, any.normal().dotProduct(out - through), 1e-12);
-    EXPECT_TRUE((out - p).parallel(v, 1e-9));
-    EXPECT_EQ((out - p).dotProduct(v) >= 0.0 ? 2 : 3, side);
-  }
 }
 
 TEST(Quaternion, ProductsAreHamiltons) {
@@ -153,7 +137,7 @@ TEST(Quaternion, ProductsAreHamiltons) {
 TEST(Quaternion, RotatesLikeItsMatrix) {
   RandomValues random(3);
   for (int n = 0; n < 100; ++n) {
-    const T4dDblVector axis = random.direction(), v = random.vector();
+    const T4dDblVector axis = random.vector().getNormal(), v = random.vector();
     const double angle = kPi * random.number();
     TunitQuaternion q;
     q.setToPivotAxis(angle, 3.0 * axis);
@@ -182,32 +166,22 @@ TEST(Quaternion, ComesBackFromItsMatrix) {
   }
 }
 
+// The first of equal elements leads and is positive.
 TEST(Quaternion, HalfTurnsFindTheLargestDiagonalElement) {
-  const struct {
-    double diagonal[3];
-    Tquaternion expected;
-  } cases[] = {{{1, -1, -1}, quaternion(0, 1, 0, 0)},
-               {{-1, 1, -1}, quaternion(0, 0, 1, 0)},
-               {{-1, -1, 1}, quaternion(0, 0, 0, 1)}};
-  for (const auto& test : cases) {
-    T4dDblMatrix m;
-    for (short i = 0; i < 3; ++i) m(i, i) = test.diagonal[i];
-    Tquaternion q;
-    EXPECT_EQ(test.expected, q = m);
-  }
-  // Half a turn about the diagonal of a face: the first of equal elements leads and is positive.
-  T4dDblMatrix swap;
-  swap(0, 0) = swap(1, 1) = 0.0;
-  swap(0, 1) = swap(1, 0) = swap(2, 2) = -1.0;
   Tquaternion q;
-  q = swap;
-  EXPECT_LT(distance(quaternion(0, std::sqrt(0.5), -std::sqrt(0.5), 0), q), kRounding);
+  EXPECT_EQ(quaternion(0, 1, 0, 0), q = Tscale(1, -1, -1));
+  EXPECT_EQ(quaternion(0, 0, 1, 0), q = Tscale(-1, 1, -1));
+  EXPECT_EQ(quaternion(0, 0, 0, 1), q = Tscale(-1, -1, 1));
+  T4dDblMatrix swap = Tscale(1, 1, -1);
+  swap(0, 0) = swap(1, 1) = 0.0;
+  swap(0, 1) = swap(1, 0) = -1.0;
+  EXPECT_LT(distance(quaternion(0, std::sqrt(0.5), -std::sqrt(0.5), 0), q = swap), kRounding);
 }
 
 TEST(Quaternion, AnglesAndAxesComeBack) {
   RandomValues random(5);
   for (int n = 0; n < 100; ++n) {
-    const T4dDblVector axis = random.direction();
+    const T4dDblVector axis = random.vector().getNormal();
     const double angle = kPi * (1.001 + random.number());
     double foundAngle = 0.0;
     T4dDblVector foundAxis;

@@ -35,7 +35,6 @@ class RandomValues {
     const double y = number();
     return {x, y, number()};
   }
-  T4dDblVector direction() { return vector().getNormal(); }
   T4dDblPoint point() { return T4dDblPoint::origin + vector(); }
   TunitQuaternion rotation() { return TunitQuaternion().setToPivotAxis(kPi * number(), vector()); }
   // Each in +-(0.5, 2).
