@@ -23,8 +23,7 @@ class KILNBASE_API Tarray : public vxKilnBase::detail::GrowableArray<Tarray, lon
  public:
   using Result = long;
 
-  /// No elements and no block yet. Elements of `elementSize` bytes, at most 65535 where they are to
-  /// be found again.
+  /// No elements and no block yet; neither size must be 0.
   constexpr Tarray(std::size_t elementSize, std::size_t sizeIncrement) noexcept
       : GrowableArray(elementSize, sizeIncrement) {}
   ~Tarray() override;

@@ -17,6 +17,7 @@ class KILNBASE_API TobjArray : public vxKilnBase::detail::GrowableArray<TobjArra
  public:
   using Result = void;
 
+  /// No elements and no block yet; neither size must be 0.
   constexpr TobjArray(std::size_t elementSize, std::size_t sizeIncrement) noexcept
       : GrowableArray(elementSize, sizeIncrement) {}
   /// There must be no elements any more: the hooks that end them are gone by now. The destructor of

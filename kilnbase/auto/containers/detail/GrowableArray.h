@@ -29,7 +29,6 @@ namespace vxKilnBase::detail {
 template <class Array, class Result>
 class KILNBASE_API GrowableArray {
  public:
-  GrowableArray(const GrowableArray&) = delete;
   GrowableArray& operator=(const GrowableArray&) = delete;
   /// Frees the block.
   virtual ~GrowableArray();
@@ -73,10 +72,6 @@ class KILNBASE_API GrowableArray {
   /// What `findElement` and `removeElement` give for an element that is absent.
   static constexpr long kNotFound = 150;
 
-  /// No elements and no block. Neither size must be 0.
-  constexpr GrowableArray(std::size_t elementSize, std::size_t sizeIncrement) noexcept
-      : sizeIncrement_(sizeIncrement), elementSize_(elementSize) {}
-
   /// `create`, then every slot becomes a copy of `value`. The slots are counted with 16 bits: `n`
   /// must be below 65536, as slots from there on are not reached and stay as `create` left them.
   virtual Result createAndInitialise(void* value, std::size_t n, std::size_t increment);
@@ -108,6 +103,10 @@ class KILNBASE_API GrowableArray {
 
  private:
   friend Array;
+
+  constexpr GrowableArray(std::size_t elementSize, std::size_t sizeIncrement) noexcept
+      : sizeIncrement_(sizeIncrement), elementSize_(elementSize) {}
+  GrowableArray(const GrowableArray&) = delete;
 
   virtual Result allocateArray(std::size_t n);
   virtual Result expandArray(std::size_t n);

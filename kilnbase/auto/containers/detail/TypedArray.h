@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
-#include <new>
+#include <utility>
 
 #include <kilnbase/auto/containers/TobjArray.h>
 
@@ -21,8 +21,9 @@ class TypedArray : public Base {
   explicit constexpr TypedArray(std::size_t sizeIncrement) noexcept
       : Base(sizeof(T), sizeIncrement) {}
 
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): may be ours
   Result addLast(T element) {
-    if (this->insertSlots(this->length(), 1)) *last() = element;
+    if (this->insertSlots(this->length(), 1)) *last() = std::move(element);
     return Result(0);
   }
   /// Adds `count` elements, which may be elements of this array.
@@ -30,16 +31,19 @@ class TypedArray : public Base {
     return this->insertElement(elements, this->length(), count);
   }
   /// Inserts before `index`; at the end when that lies beyond it.
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): may be ours
   Result insert(T element, std::size_t index) {
     const std::size_t place = std::min(index, this->length());
-    if (this->insertSlots(place, 1)) (*this)[place] = element;
+    if (this->insertSlots(place, 1)) (*this)[place] = std::move(element);
     return Result(0);
   }
 
   /// The first place of `element`: 0, or 150 and `index` is the length.
-  long find(T element, std::size_t& index) const { return this->findElement(&element, index); }
+  long find(const T& element, std::size_t& index) const {
+    return this->findElement(static_cast<const void*>(&element), index);
+  }
   /// Removes `element` from its first place: 0, or 150 when it is absent.
-  long remove(T element) { return this->removeElement(&element); }
+  long remove(const T& element) { return this->removeElement(static_cast<const void*>(&element)); }
 
   /// Element i, not checked. Valid until the array grows.
   T& element(std::size_t i) { return elements()[i]; }
