@@ -1,6 +1,7 @@
 #include <cstdlib>
 
 #include <kilnbase/util/DS/detail/Callback.h>
+#include <kilnbase/util/DS/detail/LinkedList.h>
 #include <kilnbase/util/DS/mr_register.h>
 
 using vxKilnBase::detail::fail;
@@ -8,34 +9,42 @@ using vxKilnBase::detail::functionCast;
 
 namespace {
 
-const MR_Registration* entryOf(const void* item) {
-  return static_cast<const MR_Registration*>(item);
+using SinglyLinkedKind = vxKilnBase::detail::Kind<vxKilnBase::detail::SinglyLinked>;
+
+MR_Registration* entryAt(DS_Position position, const DS_Structure* registry) {
+  return static_cast<MR_Registration*>(registry->methods->get_data(position, nullptr));
 }
 
-int hasId(const void* item, const void* id) {
-  return item != nullptr && entryOf(item)->id == *static_cast<const int*>(id) ? 1 : 0;
-}
-
-// Compares by address of a pointer, as a null value is looked for, too.
-int hasValue(const void* item, const void* value) {
-  return item != nullptr && entryOf(item)->value == *static_cast<const void* const*>(value) ? 1 : 0;
-}
-
-DS_Position findEntry(const DS_Structure* registry, DS_MatchFn match, const void* wanted,
-                      StatusCode* status) {
+// The place of the first entry that `matches`. Look-ups go through all entries before it, which in
+// a list of the built-in kind takes no calls.
+template <class Predicate>
+DS_Position findEntry(const DS_Structure* registry, Predicate matches, StatusCode* status) {
   if (registry == nullptr) return fail(status, MR_ARGUMENT_ERROR);
-  return registry->methods->find(registry, match, wanted, status);
+  const auto matchesItem = [=](const void* item) {
+    return item != nullptr && matches(*static_cast<const MR_Registration*>(item));
+  };
+  if (registry->methods == Ds_slist_get_methods()) {
+    return SinglyLinkedKind::findWhere(*registry, matchesItem, status);
+  }
+  const DS_MatchFn match = [](const void* item, const void* user) {
+    return static_cast<int>((*static_cast<decltype(&matchesItem)>(user))(item));
+  };
+  return registry->methods->find(registry, match, &matchesItem, status);
 }
 
-const MR_Registration* getEntry(const DS_Structure* registry, DS_MatchFn match, const void* wanted,
-                                StatusCode* status) {
-  const DS_Position position = findEntry(registry, match, wanted, status);
-  return position != nullptr ? entryOf(registry->methods->get_data(position, status)) : nullptr;
+DS_Position findId(int id, const DS_Structure* registry, StatusCode* status) {
+  const auto hasId = [=](const MR_Registration& entry) { return entry.id == id; };
+  return findEntry(registry, hasId, status);
+}
+
+DS_Position findValue(const void* value, const DS_Structure* registry, StatusCode* status) {
+  const auto hasValue = [=](const MR_Registration& entry) { return entry.value == value; };
+  return findEntry(registry, hasValue, status);
 }
 
 bool isRegistered(int id, const DS_Structure* registry) {
   StatusCode miss = MR_NO_ERROR;
-  return getEntry(registry, hasId, &id, &miss) != nullptr;
+  return findId(id, registry, &miss) != nullptr;
 }
 
 int addEntry(int id, void* value, DS_Structure* registry, StatusCode* status) {
@@ -62,21 +71,21 @@ int MR_register_item(int id, void* value, DS_Structure** registry, StatusCode* s
 }
 
 void* MR_get_id_registration(int id, const DS_Structure* registry, StatusCode* status) {
-  const MR_Registration* entry = getEntry(registry, hasId, &id, status);
-  return entry != nullptr ? entry->value : nullptr;
+  const DS_Position position = findId(id, registry, status);
+  return position != nullptr ? entryAt(position, registry)->value : nullptr;
 }
 
 int MR_get_items_registration_id(const void* value, const DS_Structure* registry,
                                  StatusCode* status) {
-  const MR_Registration* entry = getEntry(registry, hasValue, &value, status);
-  return entry != nullptr ? entry->id : -1;
+  const DS_Position position = findValue(value, registry, status);
+  return position != nullptr ? entryAt(position, registry)->id : -1;
 }
 
 int MR_deregister_item(void* value, DS_Structure* registry, StatusCode* status) {
   if (value == nullptr) return fail(status, MR_ARGUMENT_ERROR);
-  const DS_Position position = findEntry(registry, hasValue, &value, status);
+  const DS_Position position = findValue(value, registry, status);
   if (position == nullptr) return 0;
-  std::free(registry->methods->get_data(position, status));
+  std::free(entryAt(position, registry));
   registry->methods->set_data(position, nullptr, status);
   StatusCode code = MR_NO_ERROR;
   DS_remove_nulls(registry, &code);

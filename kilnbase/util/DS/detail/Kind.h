@@ -14,6 +14,7 @@
 //     Gap place(void* data, DS_Comparator, void* item)     where an item goes
 //     void reordered(Slot)     tells that items have changed places behind its back
 //     std::span<void*> items(const void* data)     all slots, side by side
+//     Slot firstWhere(const void* data, Predicate)     the first whose item matches
 #pragma once
 
 #include <algorithm>
@@ -206,6 +207,14 @@ struct Kind {
     return 1;
   }
 
+  // The first visible item for which `matches` returns true.
+  template <class Predicate>
+  static Slot findWhere(const DS_Structure& s, Predicate matches, StatusCode* status) {
+    const Slot slot = firstMatch(s, matches);
+    if (slot == nullptr) fail(status, MR_ITEM_NOT_FOUND);
+    return slot;
+  }
+
  private:
   static bool shows(const DS_Structure& s, Slot slot) {
     return s.filter == nullptr || s.filter(*slot) != 0;
@@ -242,10 +251,12 @@ struct Kind {
   }
 
   template <class Predicate>
-  static Slot findWhere(const DS_Structure& s, Predicate matches, StatusCode* status) {
+  static Slot firstMatch(const DS_Structure& s, Predicate matches) {
+    if constexpr (requires { Storage::firstWhere(s.data, matches); }) {
+      if (s.filter == nullptr) return Storage::firstWhere(s.data, matches);
+    }
     Slot slot = firstVisible(s);
     while (slot != nullptr && !matches(*slot)) slot = nextVisible(s, slot);
-    if (slot == nullptr) fail(status, MR_ITEM_NOT_FOUND);
     return slot;
   }
 

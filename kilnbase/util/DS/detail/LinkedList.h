@@ -1,0 +1,108 @@
+// Linked lists as storages of structures.
+#pragma once
+
+#include <new>
+
+#include <kilnbase/util/DS/detail/Kind.h>
+#include <kilnbase/util/DS/detail/NodeBlocks.h>
+
+namespace vxKilnBase::detail {
+
+struct SingleNode {
+  void* item;
+  SingleNode* next;
+};
+
+struct DoubleNode {
+  void* item;
+  DoubleNode* next;
+  DoubleNode* previous;
+};
+
+template <class Node, int kTypeNumber>
+struct LinkedList {
+  static constexpr int kType = kTypeNumber;
+
+  static Slot first(const void* data) {
+    return data != nullptr ? slotOf(ends(data).first) : nullptr;
+  }
+
+  static Slot last(const void* data) { return data != nullptr ? slotOf(ends(data).last) : nullptr; }
+
+  static Slot next(const void*, Slot slot) { return slotOf(nodeOf(slot)->next); }
+
+  static Slot previous(const void* data, Slot slot) {
+    if constexpr (kBothWays) {
+      return slotOf(nodeOf(slot)->previous);
+    } else {
+      Slot before = nullptr;
+      for (Slot at = first(data); at != slot; at = next(data, at)) before = at;
+      return before;
+    }
+  }
+
+  static bool insert(void*& data, Gap gap, void* item) {
+    if (data == nullptr) data = new (std::nothrow) Ends{};
+    Node* node = data != nullptr ? ends(data).nodes.take() : nullptr;
+    if (node == nullptr) return false;
+    node->item = item;
+    join(data, gap.before, slotOf(node));
+    join(data, slotOf(node), gap.after);
+    return true;
+  }
+
+  static Slot remove(void* data, Slot before, Slot slot, Slot later) {
+    join(data, before, next(data, slot));
+    ends(data).nodes.giveBack(nodeOf(slot));
+    return later;
+  }
+
+  static void clear(void*& data) {
+    delete static_cast<Ends*>(data);
+    data = nullptr;
+  }
+
+  // Nodes that were added one after another mostly lie side by side; going on to the neighbour does
+  // not wait for the link to arrive.
+  template <class Predicate>
+  static Slot firstWhere(const void* data, Predicate matches) {
+    Node* node = nodeOf(first(data));
+    while (node != nullptr) {
+      for (;; ++node) {
+        if (matches(node->item)) return slotOf(node);
+        if (node->next != node + 1) break;
+      }
+      node = node->next;
+    }
+    return nullptr;
+  }
+
+ private:
+  static constexpr bool kBothWays = requires(Node node) { node.previous; };
+
+  struct Ends {
+    Node* first = nullptr;
+    Node* last = nullptr;
+    NodeBlocks<Node> nodes;
+  };
+
+  static const Ends& ends(const void* data) { return *static_cast<const Ends*>(data); }
+  static Ends& ends(void* data) { return *static_cast<Ends*>(data); }
+
+  static Node* nodeOf(Slot slot) { return reinterpret_cast<Node*>(slot); }
+  static Slot slotOf(Node* node) { return reinterpret_cast<Slot>(node); }
+
+  // Makes two nodes neighbours; null stands for the list's end on that side.
+  static void join(void* data, Slot before, Slot after) {
+    (before != nullptr ? nodeOf(before)->next : ends(data).first) = nodeOf(after);
+    if (after == nullptr) ends(data).last = nodeOf(before);
+    if constexpr (kBothWays) {
+      if (after != nullptr) nodeOf(after)->previous = nodeOf(before);
+    }
+  }
+};
+
+using SinglyLinked = LinkedList<SingleNode, DS_SLIST>;
+using DoublyLinked = LinkedList<DoubleNode, DS_DLIST>;
+
+}  // namespace vxKilnBase::detail

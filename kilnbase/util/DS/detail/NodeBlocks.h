@@ -1,0 +1,59 @@
+// Memory for the nodes of one list.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace vxKilnBase::detail {
+
+// Hands out nodes from blocks of growing size, those of a block one behind the other. Nodes that
+// are given back, chained by their `next`, serve first; the blocks live as long as this object.
+template <class Node>
+class NodeBlocks {
+ public:
+  NodeBlocks() = default;
+  NodeBlocks(const NodeBlocks&) = delete;
+  NodeBlocks& operator=(const NodeBlocks&) = delete;
+
+  ~NodeBlocks() {
+    while (blocks_ != nullptr) delete std::exchange(blocks_, blocks_->older);
+  }
+
+  // Null when there is no memory.
+  Node* take() {
+    if (free_ != nullptr) return std::exchange(free_, free_->next);
+    if (used_ == size() && !addBlock()) return nullptr;
+    return &blocks_->nodes[used_++];
+  }
+
+  void giveBack(Node* node) { node->next = std::exchange(free_, node); }
+
+ private:
+  struct Block {
+    Block* older;
+    std::size_t size;
+    std::unique_ptr<Node[]> nodes;
+  };
+
+  std::size_t size() const { return blocks_ != nullptr ? blocks_->size : 0; }
+
+  bool addBlock() {
+    const std::size_t size = std::clamp<std::size_t>(2 * this->size(), 8, 512);
+    std::unique_ptr<Node[]> nodes(new (std::nothrow) Node[size]);
+    if (nodes == nullptr) return false;
+    Block* block = new (std::nothrow) Block{blocks_, size, std::move(nodes)};
+    if (block == nullptr) return false;
+    blocks_ = block;
+    used_ = 0;
+    return true;
+  }
+
+  Block* blocks_ = nullptr;  // The newest first.
+  std::size_t used_ = 0;     // Nodes of the newest block that have been handed out.
+  Node* free_ = nullptr;
+};
+
+}  // namespace vxKilnBase::detail
