@@ -16,19 +16,23 @@ namespace {
 
 const std::vector<Shape> kShapes = {{1000, 1}, {100000, 1}, {1000000, 1}};
 
-constexpr int kBlockBytes = 1 << 20;
 constexpr int kPieceBytes = 32;
+
+// One or two blocks hold all pieces, so that the heap counts for little.
+int blockBytes(int pieces) {
+  return std::min(kPieceBytes * pieces, 1 << 24);
+}
 
 // Each way makes a pool, takes as many pieces as there are rows, and gives everything back.
 double takeFromPool(int pieces) {
-  MR_Pool* pool = MR_pool_new(kBlockBytes);
+  MR_Pool* pool = MR_pool_new(blockBytes(pieces));
   for (int i = 0; i < pieces; ++i) benchmark::DoNotOptimize(MR_pool_alloc(pool, kPieceBytes));
   MR_pool_free(&pool);
   return pieces;
 }
 
 double takeFromResource(int pieces) {
-  std::pmr::monotonic_buffer_resource resource(kBlockBytes);
+  std::pmr::monotonic_buffer_resource resource(static_cast<std::size_t>(blockBytes(pieces)));
   std::pmr::memory_resource* handedOver = &resource;  // as those know it who allocate
   benchmark::DoNotOptimize(handedOver);
   for (int i = 0; i < pieces; ++i) benchmark::DoNotOptimize(handedOver->allocate(kPieceBytes));

@@ -15,14 +15,6 @@ struct Gap {
   MR_LinkNode* after;
 };
 
-void moveOn(Gap& gap) {
-  if (gap.after) gap = {gap.after, gap.after->next};
-}
-
-Gap endFrom(const Gap& gap) {
-  return {gap.after ? MR_ll_last(gap.after) : gap.before, nullptr};
-}
-
 void linkInto(const Gap& gap, MR_LinkList* list, MR_LinkNode* node) {
   *node = {gap.before, gap.after};
   if (gap.before) gap.before->next = node;
@@ -44,7 +36,7 @@ MR_LinkNode* copyOf(const MR_LinkNode* node, std::size_t size) {
 }  // namespace
 
 void MR_ll_append(MR_LinkList* list, MR_LinkNode* node) {
-  if (list && node) linkInto(endFrom({nullptr, list->head}), list, node);
+  if (list && node) linkInto({MR_ll_last(list->head), nullptr}, list, node);
 }
 
 void MR_ll_prepend(MR_LinkList* list, MR_LinkNode* node) {
@@ -67,16 +59,13 @@ void MR_ll_insert_sorted(MR_LinkList* list, MR_LinkNode* node, MR_LinkCompare cm
 void MR_ll_insert_sorted2(MR_LinkList* list, MR_LinkNode* node, MR_LinkList* list2,
                           MR_LinkNode* node2, MR_LinkCompare cmp) {
   if (!list || !node || !cmp) return;
-  const bool paired = list2 && node2;
   Gap gap = {nullptr, list->head};
-  Gap gap2 = {nullptr, paired ? list2->head : nullptr};
-  while (gap.after && cmp(node, gap.after) > 0) {
-    moveOn(gap);
-    moveOn(gap2);
-  }
-  const bool atEnd = !gap.after;
+  int passed = 0;
+  for (; gap.after && cmp(node, gap.after) > 0; ++passed) gap = {gap.after, gap.after->next};
   linkInto(gap, list, node);
-  if (paired && (atEnd || gap2.after)) linkInto(atEnd ? endFrom(gap2) : gap2, list2, node2);
+  if (!list2 || !node2) return;
+  MR_LinkNode* const after2 = gap.after ? MR_ll_nth(list2->head, passed) : nullptr;
+  if (after2 || !gap.after) MR_ll_insert(list2, after2, node2);
 }
 
 void MR_ll_merge(MR_LinkList* list, MR_LinkNode* chain) {

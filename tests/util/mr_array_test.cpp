@@ -65,10 +65,3 @@ TEST(Array, StaysAsItIsWhenItCannotGrow) {
   EXPECT_EQ(0, array->count);
   EXPECT_DEBUG_DEATH(arrayOf(-8, -5, -1), "element_size > 0");
 }
-
-TEST(Array, FreeingClearsTheHandle) {
-  MR_Array* array = MR_array_new(8, 1, 1);
-  MR_array_free(&array);
-  EXPECT_EQ(nullptr, array);
-  MR_array_free(&array);
-}

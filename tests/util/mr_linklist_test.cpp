@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <gmock/gmock.h>
@@ -7,6 +8,7 @@
 #include <iterator>
 #include <optional>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include <kilnbase/util/mr_linklist.h>
@@ -20,10 +22,10 @@ struct Record {
   int key;
 };
 
-Record* newRecord(int key) {
+MR_LinkNode* newNode(int key) {
   auto* const record = static_cast<Record*>(std::malloc(sizeof(Record)));
   *record = {{}, key};
-  return record;
+  return &record->link;
 }
 
 int keyOf(const void* record) {
@@ -38,29 +40,29 @@ std::int32_t compareKeys(const void* a, const void* b) {
   return b ? keyOf(a) - keyOf(b) : 0;
 }
 
+using Nodes = std::vector<MR_LinkNode*>;
+
 // A list that frees its records.
 struct Records : MR_LinkList {
   Records(std::initializer_list<int> keys = {}) : MR_LinkList{nullptr} {
-    for (const int key : keys) MR_ll_append(this, &newRecord(key)->link);
+    for (const int key : keys) MR_ll_append(this, newNode(key));
   }
   Records(const Records&) = delete;
   Records& operator=(const Records&) = delete;
   ~Records() {
-    while (head) take(0);
+    while (head) remove(head);
   }
 
-  void take(int n) {
-    MR_LinkNode* const node = MR_ll_nth(head, n);
+  void remove(MR_LinkNode* node) {
     MR_ll_remove(this, node);
     std::free(node);
   }
 
   // In order, once it is sure that the links back agree.
-  std::vector<const void*> records() const {
-    std::vector<const void*> all;
-    const MR_LinkNode* prev = nullptr;
-    for (const MR_LinkNode* node = head; node; prev = node, node = node->next) {
-      EXPECT_EQ(prev, node->prev);
+  Nodes nodes() const {
+    Nodes all;
+    for (MR_LinkNode* node = head; node; node = node->next) {
+      EXPECT_EQ(all.empty() ? nullptr : all.back(), node->prev);
       all.push_back(node);
     }
     return all;
@@ -68,124 +70,80 @@ struct Records : MR_LinkList {
 
   std::vector<int> keys() const {
     std::vector<int> all;
-    for (const void* record : records()) all.push_back(keyOf(record));
+    for (const MR_LinkNode* node : nodes()) all.push_back(keyOf(node));
     return all;
   }
 };
 
-// What the sorted insertion promises, on vectors. A companion without a place is freed.
-struct PairModel {
-  void insertSorted(Record* record, Record* companion) {
-    const auto place = std::find_if(first.begin(), first.end(),
-                                    [&](const void* each) { return record->key <= keyOf(each); });
-    const auto position = std::distance(first.begin(), place);
-    const bool atEnd = place == first.end();
-    comparisons += static_cast<std::size_t>(position) + (atEnd ? 0 : 1);
-    first.insert(place, record);
-    if (!companion) return;
-    if (atEnd || position < std::ssize(second)) {
-      second.insert(atEnd ? second.end() : second.begin() + position, companion);
-    } else {
-      unplaced.push_back(companion);
-    }
+// Inserts a node and its companion, with the model's nodes telling where they go.
+void insertSorted(Records& list, Nodes& model, Records& list2, Nodes& model2, int key) {
+  MR_LinkNode* const node = newNode(key);
+  MR_LinkNode* const node2 = newNode(-key);
+  const auto place = std::find_if(model.begin(), model.end(),
+                                  [key](const void* each) { return key <= keyOf(each); });
+  const auto position = std::distance(model.begin(), place);
+  const bool atEnd = place == model.end();
+  compared.clear();
+  MR_ll_insert_sorted2(&list, node, &list2, node2, compareKeys);
+  EXPECT_EQ(position + (atEnd ? 0 : 1), std::ssize(compared));
+  model.insert(place, node);
+  if (atEnd || position < std::ssize(model2)) {
+    model2.insert(atEnd ? model2.end() : model2.begin() + position, node2);
+  } else {
+    std::free(node2);
   }
-
-  std::vector<const void*> first;
-  std::vector<const void*> second;
-  std::vector<Record*> unplaced;
-  std::size_t comparisons = 0;
-};
-
-// Two lists and their model go through the same random operations.
-class RandomOperations {
- public:
-  ~RandomOperations() {
-    for (Record* record : model_.unplaced) std::free(record);
-  }
-
-  void insertBefore() {
-    Record* const record = newRecord(below(20));
-    const int n = below(size() + 1);  // at the size: append
-    model_.first.insert(model_.first.begin() + n, record);
-    MR_ll_insert(&list_, n == size() ? nullptr : MR_ll_nth(list_.head, n), &record->link);
-  }
-
-  void insertSorted() {
-    Record* const record = newRecord(below(20));
-    Record* const companion = newRecord(-record->key);
-    model_.insertSorted(record, companion);
-    MR_ll_insert_sorted2(&list_, &record->link, &companions_, &companion->link, compareKeys);
-  }
-
-  void mergeSorted() {
-    MR_LinkList chain = {};
-    MR_LinkList chain2 = {};
-    for (int left = below(4), left2 = below(4); left > 0 || left2 > 0; --left, --left2) {
-      Record* const record = left > 0 ? newRecord(below(20)) : nullptr;
-      Record* const companion = left2 > 0 ? newRecord(99) : nullptr;
-      if (record) MR_ll_append(&chain, &record->link);
-      if (companion) MR_ll_append(&chain2, &companion->link);
-      if (record) model_.insertSorted(record, companion);
-      if (!record) model_.unplaced.push_back(companion);
-    }
-    MR_ll_merge_sorted(&list_, chain.head, &companions_, chain2.head, compareKeys);
-  }
-
-  void remove() {
-    const int n = below(size());
-    if (size() > 0) model_.first.erase(model_.first.begin() + n);
-    list_.take(n);
-    if (below(2) == 0 || model_.second.empty()) return;
-    model_.second.pop_back();
-    companions_.take(static_cast<int>(model_.second.size()));
-  }
-
-  void replace() {
-    if (size() == 0) return;
-    const int n = below(size());
-    MR_LinkNode* const old = MR_ll_nth(list_.head, n);
-    Record* const record = newRecord(below(20));
-    model_.first[static_cast<std::size_t>(n)] = record;
-    MR_ll_replace(&list_, old, &record->link);
-    EXPECT_TRUE(!old->prev && !old->next);
-    std::free(old);
-  }
-
-  void check() const {
-    ASSERT_EQ(model_.first, list_.records());
-    ASSERT_EQ(model_.second, companions_.records());
-    ASSERT_EQ(model_.comparisons, compared.size());
-    ASSERT_EQ(model_.first.size(), MR_ll_length(list_.head));
-    for (std::size_t i = 0; i < model_.first.size(); ++i) {
-      const auto* const node = static_cast<const MR_LinkNode*>(model_.first[i]);
-      ASSERT_EQ(static_cast<int>(i), MR_ll_find_item_number(list_.head, node));
-    }
-  }
-
-  int below(int limit) { return limit > 0 ? static_cast<int>(random_() % unsigned(limit)) : 0; }
-
- private:
-  int size() const { return static_cast<int>(model_.first.size()); }
-
-  std::mt19937 random_{12};
-  Records list_;
-  Records companions_;
-  PairModel model_;
-};
+}
 
 }  // namespace
 
 TEST(LinkList, BehavesLikeAVectorOfNodes) {
-  compared.clear();
-  RandomOperations operations;
-  void (RandomOperations::*const kinds[])() = {
-      &RandomOperations::insertBefore, &RandomOperations::insertSorted,
-      &RandomOperations::mergeSorted,  &RandomOperations::remove,
-      &RandomOperations::remove,       &RandomOperations::replace};
-  for (int step = 0; step < 2000; ++step) {
-    (operations.*kinds[operations.below(6)])();
-    ASSERT_NO_FATAL_FAILURE(operations.check()) << step;
+  std::mt19937 random(12);
+  Records list;
+  Records list2;
+  Nodes model;
+  Nodes model2;
+  for (int step = 0; step < 1000; ++step) {
+    const int key = static_cast<int>(random() % 20);
+    const auto at = model.begin() + static_cast<std::ptrdiff_t>(random() % (model.size() + 1));
+    MR_LinkNode* const there = at != model.end() ? *at : nullptr;
+    const auto kind = random() % 8;
+    if (kind < 2) {
+      MR_LinkNode* const node = newNode(key);
+      MR_ll_insert(&list, there, node);
+      model.insert(at, node);
+    } else if (kind < 4) {
+      insertSorted(list, model, list2, model2, key);
+    } else if (kind == 4 && there) {
+      *at = newNode(key);
+      MR_ll_replace(&list, there, *at);
+      EXPECT_TRUE(!there->prev && !there->next);
+      std::free(there);
+    } else if (kind == 5 && !model2.empty()) {
+      list2.remove(model2.back());
+      model2.pop_back();
+    } else if (there) {
+      list.remove(there);
+      model.erase(at);
+    }
+    ASSERT_EQ(model, list.nodes()) << step;
+    ASSERT_EQ(model2, list2.nodes()) << step;
   }
+  for (std::size_t i = 0; i < model.size(); ++i) {
+    EXPECT_EQ(static_cast<int>(i), MR_ll_find_item_number(list.head, model[i]));
+    EXPECT_EQ(model[i], MR_ll_nth(list.head, static_cast<int>(i)));
+  }
+  EXPECT_EQ(model.size(), MR_ll_length(list.head));
+}
+
+TEST(LinkList, MergesASortedChainWithItsCompanions) {
+  Records list = {1, 5, 9};
+  Records list2 = {10, 50};
+  Records chain = {5, 20, 0};
+  Records chain2 = {55, 200};
+  MR_ll_merge_sorted(&list, std::exchange(chain.head, nullptr), &list2,
+                     std::exchange(chain2.head, nullptr), compareKeys);
+  EXPECT_THAT(list.keys(), ElementsAre(0, 1, 5, 5, 9, 20));
+  EXPECT_THAT(list2.keys(), ElementsAre(10, 55, 50, 200));
 }
 
 // The last comparison is with no node at all.
@@ -271,14 +229,10 @@ TEST(LinkList, RemovingANodeOfAnotherListLeavesTheHeads) {
 TEST(LinkList, IgnoresNullArguments) {
   Records list = {1, 2};
   Record spare = {};
-  MR_LinkNode* const node = &spare.link;
-  MR_ll_append(&list, nullptr);
-  MR_ll_append(nullptr, node);
-  MR_ll_prepend(nullptr, node);
+  MR_ll_append(nullptr, &spare.link);
   MR_ll_insert(&list, list.head, nullptr);
-  MR_ll_insert_sorted(&list, node, nullptr);
+  MR_ll_insert_sorted(&list, &spare.link, nullptr);
   MR_ll_merge(&list, nullptr);
-  MR_ll_merge_sorted(nullptr, node, nullptr, nullptr, compareKeys);
   MR_ll_remove(nullptr, list.head);
   MR_ll_replace(&list, list.head, nullptr);
   EXPECT_EQ(0, MR_ll_remove_match(&list, nullptr));
