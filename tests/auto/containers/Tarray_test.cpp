@@ -9,6 +9,7 @@
 #include <tuple>
 #include <vector>
 
+#include <kilnbase/auto/containers/T3dDblPointArray.h>
 #include <kilnbase/auto/containers/TcharPtrArray.h>
 #include <kilnbase/auto/containers/TdoubleArray.h>
 #include <kilnbase/auto/containers/TobjArray.h>
@@ -364,6 +365,20 @@ TEST(Tarray, TellsResultsByCodes) {
   EXPECT_DOUBLE_EQ(2.0, *array.last());
   EXPECT_EQ(0, array.removeAt(99, 1));
   EXPECT_EQ(0, array.pack());
+}
+
+TEST(T3dDblPointArray, HoldsPointsThatStartAtTheOrigin) {
+  T3dDblPointArray array(1);
+  array.changeLogicalSizeTo(2);
+  array.addLast({1, 2, 3});
+  array.insert(array[2], 1);
+  EXPECT_EQ(24U, array.elementSize());
+  EXPECT_TRUE(array[0] == T3dDblPoint::origin && array[2] == T3dDblPoint::origin);
+  EXPECT_TRUE(array[1] == T3dDblPoint(1, 2, 3) && *array.last() == array[1]);
+  std::size_t index = 0;
+  EXPECT_EQ(0, array.find({1, 2, 3}, index));
+  EXPECT_EQ(1U, index);
+  EXPECT_EQ(150, array.remove({1, 2, 4}));
 }
 
 TEST(TcharPtrArray, HoldsPointersNotStrings) {

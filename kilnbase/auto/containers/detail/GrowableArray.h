@@ -108,7 +108,9 @@ class KILNBASE_API GrowableArray {
       : sizeIncrement_(sizeIncrement), elementSize_(elementSize) {}
   GrowableArray(const GrowableArray&) = delete;
 
+  // Takes a new block of `n` slots, all in use.
   virtual Result allocateArray(std::size_t n);
+  // Changes the length to `n`, growing the block where it must.
   virtual Result expandArray(std::size_t n);
 
   Array& self() { return static_cast<Array&>(*this); }
