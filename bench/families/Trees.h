@@ -57,7 +57,8 @@ Contestant treeInsert(const Shape& shape) {
   for (int done = 0; done < kSteps; done += shape.rows) {
     orders.push_back(shuffledNumbers(shape.rows, static_cast<unsigned>(done)));
   }
-  const auto refill = [tree = filledTree<Tree>(shape), orders] {
+  const auto tree = std::make_shared<Tree>(shuffledNumbers(shape.rows, 1));
+  const auto refill = [tree, orders] {
     for (const std::vector<int>& order : orders) {
       tree->clear();
       for (const int i : order) tree->insert(static_cast<std::size_t>(i));

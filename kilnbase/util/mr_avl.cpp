@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <cstdint>
 
 #include <kilnbase/detail/assert.h>
@@ -21,8 +22,14 @@ std::int16_t leanTo(std::uint8_t direction) {
   return direction == kRight ? 1 : -1;
 }
 
+// The left or the right link, found without a jump: nobody can foresee which way a search goes.
+MR_AvlNode** linkBelow(MR_AvlNode* node, bool right) {
+  char* const bytes = reinterpret_cast<char*>(node);
+  return reinterpret_cast<MR_AvlNode**>(bytes + right * offsetof(MR_AvlNode, right));
+}
+
 MR_AvlNode*& child(MR_AvlNode* node, std::uint8_t side) {
-  return side == kLeft ? node->left : node->right;
+  return *linkBelow(node, side == kRight);
 }
 
 void clear(MR_AvlNode* node) {
@@ -237,8 +244,9 @@ int MR_avl_insert(MR_AvlNode** root, MR_AvlNode* node, MR_AvlCompare compare) {
       if (at != node) clear(node);
       return 1;
     }
-    at->direction = sideOf(order);
-    link = &child(at, sideOf(order));
+    const bool right = order > 0;
+    at->direction = static_cast<std::uint8_t>(kLeft + right);
+    link = linkBelow(at, right);
   }
   clear(node);
   *link = node;
@@ -280,8 +288,7 @@ MR_AvlNode* MR_avl_find(MR_AvlNode* root, const void* key, MR_AvlCompare compare
   while (node != nullptr) {
     const int order = compare(key, node);
     if (order == 0) break;
-    MR_AvlNode* const children[] = {node->left, node->right};
-    node = children[order > 0];  // a jump would be foreseen wrongly every other time
+    node = *linkBelow(node, order > 0);
   }
   return node;
 }
