@@ -65,7 +65,7 @@ Contestant treeInsert(const Shape& shape) {
     }
     return tree.get();
   };
-  return contestant(refill, [](const Tree* tree) { return Values{walked(*tree)}; });
+  return contestant(refill, [](const Tree* filled) { return Values{walked(*filled)}; });
 }
 
 template <class Tree>
