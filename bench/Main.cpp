@@ -141,7 +141,8 @@ int main(int argc, char** argv) {
   addTrees(suite);
   addLists(suite);
   addStructures(suite);
-  const std::vector<std::string> notes = {addEigen(suite), addBoost(suite), addGlib(suite)};
+  std::vector<std::string> notes = {addEigen(suite), addBoost(suite), addGlib(suite)};
+  std::ranges::move(addGeometry(suite), std::back_inserter(notes));
   const std::vector<Case> cases = casesOf(suite, options);
   if (cases.empty()) {
     std::cerr << "kiln_bench: nothing of that name and size; --list tells what there is\n";

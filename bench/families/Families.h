@@ -24,4 +24,8 @@ std::string addEigen(Suite& suite);
 std::string addBoost(Suite& suite);
 std::string addGlib(Suite& suite);
 
+/// Adds geometry with all of its peers. Returns a line for the table's head for each that is
+/// missing.
+std::vector<std::string> addGeometry(Suite& suite);
+
 }  // namespace bench
