@@ -79,8 +79,6 @@ class T4dDblMatrix {
                          double zx, double zy, double zz)
       : element_{{xx, xy, xz, 0}, {yx, yy, yz, 0}, {zx, zy, zz, 0}, {0, 0, 0, 1}} {}
 
-  constexpr void setRowToProduct(std::size_t r, const T4dDblMatrix& a, const T4dDblMatrix& b);
-
   double element_[4][4];
 };
 
@@ -93,32 +91,26 @@ constexpr int T4dDblMatrix::operator==(const T4dDblMatrix& m) const {
   return 1;
 }
 
-// Written out, and from a copy of the right factor, so that compilers keep that in registers.
-constexpr void T4dDblMatrix::setRowToProduct(std::size_t r, const T4dDblMatrix& a,
-                                             const T4dDblMatrix& b) {
-  const auto& m = b.element_;
-  const double x = a.element_[r][0];
-  const double y = a.element_[r][1];
-  const double z = a.element_[r][2];
-  const double w = a.element_[r][3];
-  element_[r][0] = x * m[0][0] + y * m[1][0] + z * m[2][0] + w * m[3][0];
-  element_[r][1] = x * m[0][1] + y * m[1][1] + z * m[2][1] + w * m[3][1];
-  element_[r][2] = x * m[0][2] + y * m[1][2] + z * m[2][2] + w * m[3][2];
-  element_[r][3] = x * m[0][3] + y * m[1][3] + z * m[2][3] + w * m[3][3];
-}
-
 constexpr T4dDblMatrix& T4dDblMatrix::setToProduct(const T4dDblMatrix& a, const T4dDblMatrix& b) {
-  const T4dDblMatrix right = b;
-  setRowToProduct(0, a, right);
-  setRowToProduct(1, a, right);
-  setRowToProduct(2, a, right);
-  setRowToProduct(3, a, right);
-  return *this;
+  return *this = a * b;
 }
 
 constexpr T4dDblMatrix T4dDblMatrix::operator*(const T4dDblMatrix& m) const {
+  // From copies, which writing the product cannot change, and two columns at a time: so compilers
+  // keep what they need in registers, of which some have few.
+  const T4dDblMatrix left = *this;
+  const T4dDblMatrix right = m;
+  const auto& a = left.element_;
+  const auto& b = right.element_;
   T4dDblMatrix product;
-  product.setToProduct(*this, m);
+  for (int half = 0; half < 4; half += 2) {
+    for (int r = 0; r < 4; ++r) {
+      for (int c = half; c < half + 2; ++c) {
+        product.element_[r][c] =
+            a[r][0] * b[0][c] + a[r][1] * b[1][c] + a[r][2] * b[2][c] + a[r][3] * b[3][c];
+      }
+    }
+  }
   return product;
 }
 

@@ -49,8 +49,8 @@ class Tquaternion {
   constexpr Tquaternion& negateIt() { return *this = -*this; }
   constexpr Tquaternion& scaleIt(double s) { return *this = {w * s, x * s, y * s, z * s}; }
   constexpr Tquaternion operator*(const Tquaternion& q) const {
-    return {w * q.w - (x * q.x + y * q.y + z * q.z), x * q.w + w * q.x + y * q.z - z * q.y,
-            y * q.w + w * q.y + z * q.x - x * q.z, z * q.w + w * q.z + x * q.y - y * q.x};
+    return {(w * q.w - x * q.x) - (y * q.y + z * q.z), (w * q.x + x * q.w) + (y * q.z - z * q.y),
+            (w * q.y - x * q.z) + (y * q.w + z * q.x), (w * q.z + x * q.y) + (z * q.w - y * q.x)};
   }
 
   constexpr Tquaternion conjugate() const { return {w, -x, -y, -z}; }
@@ -90,7 +90,7 @@ class Tquaternion {
   constexpr Tquaternion(double w_, double x_, double y_, double z_) : w(w_), x(x_), y(y_), z(z_) {}
 
   Tquaternion& setFromLargestDiagonal(const T4dDblMatrix& m);
-  constexpr double norm() const { return w * w + x * x + y * y + z * z; }
+  constexpr double norm() const { return (w * w + x * x) + (y * y + z * z); }
 };
 
 constexpr Tquaternion::operator T4dDblMatrix() const {
