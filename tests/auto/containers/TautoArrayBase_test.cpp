@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 #include <gtest/gtest.h>
 
@@ -12,9 +13,7 @@ class Scratch : public TautoArrayBase {
 
   Scratch(unsigned short size, std::size_t count) : TautoArrayBase(size, count) {}
 
-  void fill(unsigned char value, std::size_t bytes) {
-    for (std::size_t i = 0; i < bytes; ++i) static_cast<unsigned char*>(base())[i] = value;
-  }
+  char* bytes() const { return static_cast<char*>(base()); }
 };
 
 }  // namespace
@@ -30,7 +29,7 @@ TEST(TautoArrayBase, PlacesElementsAtMultiplesOfTheirSize) {
     EXPECT_EQ(24U + 48U, TautoArrayBase::currentUse());
     const Scratch lanes(64, 1);
     EXPECT_EQ(128U + 64U, TautoArrayBase::currentUse());
-    EXPECT_EQ(static_cast<char*>(bytes.base()) + 24, points.base());
+    EXPECT_EQ(bytes.bytes() + 24, points.base());
     EXPECT_EQ(0U, reinterpret_cast<std::uintptr_t>(lanes.base()) % 64);
   }
   EXPECT_EQ(0U, TautoArrayBase::currentUse());
@@ -41,19 +40,18 @@ TEST(TautoArrayBase, GrowsByStepsAndKeepsArraysInUseWhereTheyAre) {
   TautoArrayBase::setIncrementSize(1000);
   {
     const std::size_t before = TautoArrayBase::bufferSize();
-    Scratch first(8, before / 8 + 1);  // nothing is in use: the old block is given up
+    const Scratch first(8, before / 8 + 1);  // nothing is in use: the old block is given up
     EXPECT_EQ(before + 1000, TautoArrayBase::bufferSize());
     const std::size_t free = TautoArrayBase::bufferSize() - TautoArrayBase::currentUse();
     const std::size_t size = TautoArrayBase::bufferSize();
-    first.fill(1, 8);
-    Scratch second(1, free + 1000);  // a whole step short takes one step more
+    *first.bytes() = 1;
+    const Scratch second(1, free + 1000);  // a whole step short takes one step more
     EXPECT_EQ(size + 2000, TautoArrayBase::bufferSize());
-    second.fill(2, free + 1000);
-    Scratch third(2, 3000);
-    third.fill(3, 6000);
-    EXPECT_EQ(1, *static_cast<char*>(first.base()));
-    EXPECT_EQ(2, static_cast<char*>(second.base())[free + 999]);
-    EXPECT_EQ(3, *static_cast<char*>(third.base()));
+    std::fill_n(second.bytes(), free + 1000, '2');
+    const Scratch third(2, 3000);
+    std::fill_n(third.bytes(), 6000, '3');
+    EXPECT_EQ(1, *first.bytes());
+    EXPECT_EQ('2', second.bytes()[free + 999]);
   }
   EXPECT_EQ(0U, TautoArrayBase::currentUse());
   TautoArrayBase::setIncrementSize(8192);
