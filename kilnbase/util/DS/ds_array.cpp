@@ -15,44 +15,49 @@ using vxKilnBase::detail::Slot;
 struct Buffer {
   std::size_t count;
   std::size_t capacity;
-  void** items;
+  Slot* items;
 };
 
 struct Array {
   static constexpr int kType = DS_ARRAY;
 
-  static std::span<void*> items(const void* data) {
+  static std::span<Slot> items(const void* data) {
     if (data == nullptr) return {};
     const Buffer& buffer = *static_cast<const Buffer*>(data);
     return {buffer.items, buffer.count};
   }
 
-  static Slot first(const void* data) {
+  static Slot* first(const void* data) {
     return items(data).empty() ? nullptr : &items(data).front();
   }
 
-  static Slot last(const void* data) { return items(data).empty() ? nullptr : &items(data).back(); }
+  static Slot* last(const void* data) {
+    return items(data).empty() ? nullptr : &items(data).back();
+  }
 
-  static Slot next(const void* data, Slot slot) { return slot != last(data) ? slot + 1 : nullptr; }
+  static Slot* next(const void* data, Slot* slot) {
+    return slot != last(data) ? slot + 1 : nullptr;
+  }
 
-  static Slot previous(const void* data, Slot slot) {
+  static Slot* previous(const void* data, Slot* slot) {
     return slot != first(data) ? slot - 1 : nullptr;
   }
 
   static bool insert(void*& data, Gap gap, void* item) {
-    if (data == nullptr) data = new (std::nothrow) Buffer{};
-    if (data == nullptr) return false;
-    Buffer& buffer = *static_cast<Buffer*>(data);
+    Buffer* made = data != nullptr ? static_cast<Buffer*>(data) : new (std::nothrow) Buffer{};
+    if (made == nullptr) return false;
+    data = made;
+    Buffer& buffer = *made;
     const std::ptrdiff_t index = gap.before != nullptr ? gap.before + 1 - buffer.items : 0;
     if (buffer.count == buffer.capacity && !grow(buffer)) return false;
-    const Slot slot = buffer.items + index;
+    Slot* const slot = buffer.items + index;
     std::copy_backward(slot, buffer.items + buffer.count, buffer.items + buffer.count + 1);
-    *slot = item;
+    slot->item = item;
     ++buffer.count;
     return true;
   }
 
-  static Slot remove(void* data, Slot, Slot slot, Slot later) {
+  static Slot* remove(void* data, Slot*, Slot* slot, Slot* later) {
     Buffer& buffer = *static_cast<Buffer*>(data);
     std::copy(slot + 1, buffer.items + buffer.count, slot);
     --buffer.count;
@@ -69,9 +74,9 @@ struct Array {
   static bool grow(Buffer& buffer) {
     constexpr std::size_t kSmallest = 8;
     const std::size_t capacity = std::max(kSmallest, 2 * buffer.capacity);
-    void* items = std::realloc(buffer.items, capacity * sizeof(void*));
+    void* items = std::realloc(buffer.items, capacity * sizeof(Slot));
     if (items == nullptr) return false;
-    buffer.items = static_cast<void**>(items);
+    buffer.items = static_cast<Slot*>(items);
     buffer.capacity = capacity;
     return true;
   }

@@ -19,8 +19,7 @@ Side other(Side side) {
   return side == kLeft ? kRight : kLeft;
 }
 
-struct Node {
-  void* item;
+struct Node : Slot {
   Node* parent;
   std::array<Node*, 2> children;
   std::uint32_t priority;
@@ -29,8 +28,7 @@ struct Node {
 // A treap (R. Seidel and C. R. Aragon, "Randomized search trees", Algorithmica 16, 1996): the items
 // are in order from left to right, and no node has a smaller priority than its children. Random
 // priorities keep the depth logarithmic whatever the order of adding.
-struct Tree {
-  Node top;  // Above the root, which is its left child.
+struct Tree : Node {  // The node above the root, which is its left child.
   std::array<Node*, 2> ends;
   std::size_t count;
   std::uint32_t random;
@@ -38,12 +36,8 @@ struct Tree {
   bool consistent;           // So far, all answers were those of one order of all items.
 };
 
-Node* nodeOf(Slot slot) {
-  return reinterpret_cast<Node*>(slot);
-}
-
-Slot slotOf(Node* node) {
-  return reinterpret_cast<Slot>(node);
+Node* nodeOf(Slot* slot) {
+  return static_cast<Node*>(slot);
 }
 
 Tree* treeOf(void* data) {
@@ -89,12 +83,12 @@ std::uint32_t nextRandom(std::uint32_t& state) {
 struct BinaryTree {
   static constexpr int kType = DS_BINTREE;
 
-  static Slot first(const void* data) { return end(data, kLeft); }
-  static Slot last(const void* data) { return end(data, kRight); }
-  static Slot next(const void* data, Slot slot) { return step(data, slot, kRight); }
-  static Slot previous(const void* data, Slot slot) { return step(data, slot, kLeft); }
+  static Slot* first(const void* data) { return end(data, kLeft); }
+  static Slot* last(const void* data) { return end(data, kRight); }
+  static Slot* next(const void* data, Slot* slot) { return step(data, slot, kRight); }
+  static Slot* previous(const void* data, Slot* slot) { return step(data, slot, kLeft); }
 
-  // The stated place is found by asking in order. Under a comparator that orders the items and
+  // The promised place is found by asking in order. Under a comparator that orders the items and
   // answers -1, 0 or 1 a binary search finds the same one.
   static Gap place(void* data, DS_Comparator comparator, void* item) {
     if (first(data) == nullptr) return {};
@@ -111,10 +105,10 @@ struct BinaryTree {
     return gapInOrder<BinaryTree>(data, comparator, item);
   }
 
-  static void reordered(Slot slot) {
+  static void reordered(Slot* slot) {
     Node* node = nodeOf(slot);
     while (node->parent != nullptr) node = node->parent;
-    Tree& tree = *reinterpret_cast<Tree*>(node);
+    Tree& tree = *static_cast<Tree*>(node);
     tree.comparator = nullptr;
     tree.consistent = false;
   }
@@ -127,12 +121,12 @@ struct BinaryTree {
     node->item = item;
     node->priority = nextRandom(tree.random);
     hang(tree, gap, node);
-    while (node->parent != &tree.top && node->parent->priority < node->priority) rotateUp(node);
+    while (node->parent != &tree && node->parent->priority < node->priority) rotateUp(node);
     ++tree.count;
     return true;
   }
 
-  static Slot remove(void* data, Slot before, Slot slot, Slot later) {
+  static Slot* remove(void* data, Slot* before, Slot* slot, Slot* later) {
     Tree& tree = *treeOf(data);
     Node* node = nodeOf(slot);
     if (node == tree.ends[kLeft]) tree.ends[kLeft] = nodeOf(next(data, slot));
@@ -144,7 +138,7 @@ struct BinaryTree {
 
   static void clear(void*& data) {
     if (data == nullptr) return;
-    Node* top = &treeOf(data)->top;
+    Node* top = treeOf(data);
     for (Node* node = top; node != nullptr;) {
       Node*& branch = node->children[node->children[kLeft] != nullptr ? kLeft : kRight];
       if (branch != nullptr) {
@@ -164,12 +158,12 @@ struct BinaryTree {
   // compared. One that does not order items, or has other answers, shows it here.
   static constexpr std::size_t kProbation = 32;
 
-  static Slot end(const void* data, Side side) {
-    return data != nullptr ? slotOf(static_cast<const Tree*>(data)->ends[side]) : nullptr;
+  static Slot* end(const void* data, Side side) {
+    return data != nullptr ? static_cast<const Tree*>(data)->ends[side] : nullptr;
   }
 
-  static Slot step(const void* data, Slot slot, Side side) {
-    return slot == end(data, side) ? nullptr : slotOf(neighbour(nodeOf(slot), side));
+  static Slot* step(const void* data, Slot* slot, Side side) {
+    return slot == end(data, side) ? nullptr : neighbour(nodeOf(slot), side);
   }
 
   static Tree* makeTree() {
@@ -187,7 +181,7 @@ struct BinaryTree {
     if (before != nullptr && before->children[kRight] == nullptr) {
       attach(before, kRight, node);
     } else {
-      attach(after != nullptr ? after : &tree.top, kLeft, node);
+      attach(after != nullptr ? after : &tree, kLeft, node);
     }
   }
 
@@ -208,8 +202,8 @@ struct BinaryTree {
 
   // Whether no item is less than the one before it, by answers of 0 and 1.
   static bool isInOrder(const Tree& tree) {
-    Slot slot = first(&tree);
-    for (Slot later = next(&tree, slot); later != nullptr; later = next(&tree, later)) {
+    Slot* slot = first(&tree);
+    for (Slot* later = next(&tree, slot); later != nullptr; later = next(&tree, later)) {
       const int answer = tree.comparator(later, slot);
       if (answer != 0 && answer != 1) return false;
       slot = later;
@@ -219,9 +213,10 @@ struct BinaryTree {
 
   // Whether the answers about an item go from 1 by way of 0 to -1 along the order.
   static bool answersFall(const Tree& tree, void* item) {
+    const Slot added{item};
     int last = 1;
-    for (Slot slot = first(&tree); slot != nullptr; slot = next(&tree, slot)) {
-      const int answer = tree.comparator(&item, slot);
+    for (Slot* slot = first(&tree); slot != nullptr; slot = next(&tree, slot)) {
+      const int answer = tree.comparator(&added, slot);
       if (answer > last || answer < -1) return false;
       last = answer;
     }
@@ -231,12 +226,13 @@ struct BinaryTree {
   // The gap by binary search; nothing when the comparator answers anything but -1, 0 and 1. One
   // that answers with differences shows it best at the far end, which is asked first.
   static std::optional<Gap> search(const Tree& tree, void* item) {
+    const Slot added{item};
     Gap gap{};
-    Node* node = tree.top.children[kLeft];
-    int answer = tree.comparator(&item, first(&tree));
+    Node* node = tree.children[kLeft];
+    int answer = tree.comparator(&added, first(&tree));
     while (node != nullptr && answer <= 1 && answer >= -1) {
-      answer = tree.comparator(&item, slotOf(node));
-      (answer == 1 ? gap.before : gap.after) = slotOf(node);
+      answer = tree.comparator(&added, node);
+      (answer == 1 ? gap.before : gap.after) = node;
       node = node->children[answer == 1 ? kRight : kLeft];
     }
     if (answer > 1 || answer < -1) return std::nullopt;

@@ -71,19 +71,19 @@ int MR_register_item(int id, void* value, DS_Structure** registry, StatusCode* s
 }
 
 void* MR_get_id_registration(int id, const DS_Structure* registry, StatusCode* status) {
-  const DS_Position position = findId(id, registry, status);
+  DS_Position position = findId(id, registry, status);
   return position != nullptr ? entryAt(position, registry)->value : nullptr;
 }
 
 int MR_get_items_registration_id(const void* value, const DS_Structure* registry,
                                  StatusCode* status) {
-  const DS_Position position = findValue(value, registry, status);
+  DS_Position position = findValue(value, registry, status);
   return position != nullptr ? entryAt(position, registry)->id : -1;
 }
 
 int MR_deregister_item(void* value, DS_Structure* registry, StatusCode* status) {
   if (value == nullptr) return fail(status, MR_ARGUMENT_ERROR);
-  const DS_Position position = findValue(value, registry, status);
+  DS_Position position = findValue(value, registry, status);
   if (position == nullptr) return 0;
   std::free(entryAt(position, registry));
   registry->methods->set_data(position, nullptr, status);

@@ -19,6 +19,7 @@ using kilntest::number;
 using kilntest::numberAt;
 using kilntest::Numbers;
 using kilntest::Owned;
+using kilntest::Slot;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -196,20 +197,21 @@ TEST_P(Operations, DestructionHandsOverTheItemsAndClearsTheHandle) {
 }
 
 TEST(Structures, SuppliedComparatorsTakeItemsForNumbersAndStrings) {
-  const void *small = item(1), *large = item(-1), *none = nullptr;
+  const Slot small{item(1)}, large{item(-1)}, none{nullptr};
   EXPECT_EQ(-1, Ds_default_comparator(&small, &large)) << "unsigned";
   EXPECT_EQ(1, Ds_default_comparator(&large, &small));
   EXPECT_EQ(0, Ds_default_comparator(&small, &small));
   EXPECT_EQ(0, Ds_default_comparator(nullptr, &small));
-  const char *a = "a", *umlaut = "\xe4", *longer = "ab";
+  char aText[] = "a", umlautText[] = "\xe4", longerText[] = "ab";
+  const Slot a{aText}, umlaut{umlautText}, longer{longerText};
   EXPECT_EQ(-1, Ds_string_comparator(&a, &umlaut)) << "unsigned";
   EXPECT_EQ(1, Ds_string_comparator(&umlaut, &longer));
   EXPECT_EQ(-1, Ds_string_comparator(&a, &longer));
   EXPECT_EQ(0, Ds_string_comparator(&a, &none));
   EXPECT_EQ(0, Ds_string_comparator(&a, nullptr));
-  EXPECT_EQ(1, Ds_string_find(longer, std::string("ab").c_str()));
-  EXPECT_EQ(0, Ds_string_find(a, longer));
-  EXPECT_EQ(0, Ds_string_find(a, nullptr));
+  EXPECT_EQ(1, Ds_string_find(longerText, "ab"));
+  EXPECT_EQ(0, Ds_string_find(aText, longerText));
+  EXPECT_EQ(0, Ds_string_find(aText, nullptr));
   int count = 0;
   const Owned s = makeStructure(DS_DLIST, {1, 2, 3});
   EXPECT_EQ(1, s->methods->walk(s.get(), Ds_enumerate, &count, -1, 0, nullptr));

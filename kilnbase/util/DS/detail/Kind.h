@@ -3,18 +3,18 @@
 // A storage is a struct of static functions over the `data` of a structure:
 //
 //     constexpr int kType;
-//     Slot first(const void* data), last(const void* data)     null when there are no items
-//     Slot next(const void* data, Slot), previous(const void* data, Slot)     null at the ends
+//     Slot* first(const void* data), last(const void* data)     null when there are no items
+//     Slot* next(const void* data, Slot*), previous(const void* data, Slot*)     null at the ends
 //     bool insert(void*& data, Gap, void* item)     false when there is no memory; makes storage
-//     Slot remove(void* data, Slot before, Slot, Slot later)     returns where `later` is then
+//     Slot* remove(void* data, Slot* before, Slot*, Slot* later)     where `later` is from now on
 //     void clear(void*& data)     frees everything
 //
 // and, where it can do better than the rest:
 //
 //     Gap place(void* data, DS_Comparator, void* item)     where an item goes
-//     void reordered(Slot)     tells that items have changed places behind its back
-//     std::span<void*> items(const void* data)     all slots, side by side
-//     Slot firstWhere(const void* data, Predicate)     the first whose item matches
+//     void reordered(Slot*)     tells that items have changed places behind its back
+//     std::span<Slot> items(const void* data)     all slots, side by side
+//     Slot* firstWhere(const void* data, Predicate)     the first whose item matches
 #pragma once
 
 #include <algorithm>
@@ -29,13 +29,15 @@
 
 namespace vxKilnBase::detail {
 
-// A position of the built-in kinds: the address of what holds the item.
-using Slot = void**;
+// What a position of the built-in kinds points to: the base of the nodes.
+struct Slot {
+  void* item;
+};
 
 // Neighbours between which an item goes; null at the ends.
 struct Gap {
-  Slot before;
-  Slot after;
+  Slot* before;
+  Slot* after;
 };
 
 // The gap in front of the first item for which the comparator returns anything but exactly 1. The
@@ -47,7 +49,8 @@ Gap gapInOrder(const void* data, DS_Comparator comparator, void* item) {
   }
   Gap gap{nullptr, Storage::first(data)};
   if (comparator == Ds_filo_comparator) return gap;
-  while (gap.after != nullptr && comparator(&item, gap.after) == 1) {
+  const Slot added{item};
+  while (gap.after != nullptr && comparator(&added, gap.after) == 1) {
     gap = {gap.after, Storage::next(data, gap.after)};
   }
   return gap;
@@ -63,9 +66,9 @@ struct Kind {
       return fail(status, MR_ARGUMENT_ERROR);
     }
     bool allWell = true;
-    Slot slot = backward ? lastVisible(*s) : firstVisible(*s);
+    Slot* slot = backward ? lastVisible(*s) : firstVisible(*s);
     for (int visits = 0; slot != nullptr && (limit == -1 || visits < limit); ++visits) {
-      allWell = visit(fn, *slot, user, status) && allWell;
+      allWell = visit(fn, slot->item, user, status) && allWell;
       slot = backward ? previousVisible(*s, slot) : nextVisible(*s, slot);
     }
     if (!allWell) return fail(status, MR_WALK_TERMINATED);
@@ -78,7 +81,7 @@ struct Kind {
       return -1;
     }
     int count = 0;
-    forEachVisible(*s, [&](Slot) { return ++count; });
+    forEachVisible(*s, [&](Slot*) { return ++count; });
     return count;
   }
 
@@ -94,14 +97,14 @@ struct Kind {
   static DS_Position remove(DS_Structure* s, void* item, DS_FreeFn freeItem, void* user,
                             StatusCode* status) {
     if (s == nullptr) return fail(status, MR_ARGUMENT_ERROR);
-    Slot before = nullptr;
-    Slot slot = Storage::first(s->data);
-    while (slot != nullptr && !(*slot == item && shows(*s, slot))) {
+    Slot* before = nullptr;
+    Slot* slot = Storage::first(s->data);
+    while (slot != nullptr && !(slot->item == item && shows(*s, slot))) {
       before = slot;
       slot = Storage::next(s->data, slot);
     }
     if (slot == nullptr) return fail(status, MR_ITEM_NOT_FOUND);
-    const Slot later = nextVisible(*s, slot);
+    Slot* const later = nextVisible(*s, slot);
     if (freeItem != nullptr) dispose(freeItem, slot, user);
     return Storage::remove(s->data, before, slot, later);
   }
@@ -121,7 +124,9 @@ struct Kind {
       return fail(status, MR_ARGUMENT_ERROR);
     }
     return build(*model, model->filter, [&](DS_Structure& result) {
-      const auto add = [&](Slot slot) { return result.methods->add(&result, *slot, status) != 0; };
+      const auto add = [&](Slot* slot) {
+        return result.methods->add(&result, slot->item, status) != 0;
+      };
       return (a == nullptr || forEachVisible(*a, add)) && (b == nullptr || forEachVisible(*b, add));
     });
   }
@@ -151,7 +156,7 @@ struct Kind {
 
   static void* getData(DS_Position position, StatusCode* status) {
     if (position == nullptr) return fail(status, MR_ARGUMENT_ERROR);
-    return *static_cast<Slot>(position);
+    return static_cast<Slot*>(position)->item;
   }
 
   static void setData(DS_Position position, void* item, StatusCode* status) {
@@ -159,16 +164,16 @@ struct Kind {
       fail(status, MR_ARGUMENT_ERROR);
       return;
     }
-    const Slot slot = static_cast<Slot>(position);
-    *slot = item;
+    Slot* const slot = static_cast<Slot*>(position);
+    slot->item = item;
     noteReordered(slot);
   }
 
   static void* duplicate(const DS_Structure* s, DS_CopyFn copy, void* user, StatusCode* status) {
     if (lacksMethods(s)) return fail(status, MR_ARGUMENT_ERROR);
     return build(*s, nullptr, [&](DS_Structure& result) {
-      return forEachVisible(*s, [&](Slot slot) {
-        void* item = copy != nullptr ? call(copy, *slot, user) : *slot;
+      return forEachVisible(*s, [&](Slot* slot) {
+        void* item = copy != nullptr ? call(copy, slot->item, user) : slot->item;
         return result.methods->add(&result, item, status) != 0;
       });
     });
@@ -187,18 +192,18 @@ struct Kind {
 
   static DS_Position next(const DS_Structure* s, DS_Position position, StatusCode* status) {
     if (s == nullptr || position == nullptr) return fail(status, MR_ARGUMENT_ERROR);
-    return nextVisible(*s, static_cast<Slot>(position));
+    return nextVisible(*s, static_cast<Slot*>(position));
   }
 
   static DS_Position prev(const DS_Structure* s, DS_Position position, StatusCode* status) {
     if (s == nullptr || position == nullptr) return fail(status, MR_ARGUMENT_ERROR);
-    return previousVisible(*s, static_cast<Slot>(position));
+    return previousVisible(*s, static_cast<Slot*>(position));
   }
 
   static int destructor(DS_Structure* s, DS_FreeFn freeItem, void* user, StatusCode* status) {
     if (s == nullptr) return fail(status, MR_ARGUMENT_ERROR);
     if (freeItem != nullptr) {
-      for (Slot slot = Storage::first(s->data); slot != nullptr;
+      for (Slot* slot = Storage::first(s->data); slot != nullptr;
            slot = Storage::next(s->data, slot)) {
         dispose(freeItem, slot, user);
       }
@@ -209,34 +214,34 @@ struct Kind {
 
   // The first visible item for which `matches` returns true.
   template <class Predicate>
-  static Slot findWhere(const DS_Structure& s, Predicate matches, StatusCode* status) {
-    const Slot slot = firstMatch(s, matches);
+  static Slot* findWhere(const DS_Structure& s, Predicate matches, StatusCode* status) {
+    Slot* const slot = firstMatch(s, matches);
     if (slot == nullptr) fail(status, MR_ITEM_NOT_FOUND);
     return slot;
   }
 
  private:
-  static bool shows(const DS_Structure& s, Slot slot) {
-    return s.filter == nullptr || s.filter(*slot) != 0;
+  static bool shows(const DS_Structure& s, Slot* slot) {
+    return s.filter == nullptr || s.filter(slot->item) != 0;
   }
 
-  static Slot firstVisible(const DS_Structure& s) {
-    const Slot slot = Storage::first(s.data);
+  static Slot* firstVisible(const DS_Structure& s) {
+    Slot* const slot = Storage::first(s.data);
     return slot == nullptr || shows(s, slot) ? slot : nextVisible(s, slot);
   }
 
-  static Slot lastVisible(const DS_Structure& s) {
-    const Slot slot = Storage::last(s.data);
+  static Slot* lastVisible(const DS_Structure& s) {
+    Slot* const slot = Storage::last(s.data);
     return slot == nullptr || shows(s, slot) ? slot : previousVisible(s, slot);
   }
 
-  static Slot nextVisible(const DS_Structure& s, Slot slot) {
+  static Slot* nextVisible(const DS_Structure& s, Slot* slot) {
     do slot = Storage::next(s.data, slot);
     while (slot != nullptr && !shows(s, slot));
     return slot;
   }
 
-  static Slot previousVisible(const DS_Structure& s, Slot slot) {
+  static Slot* previousVisible(const DS_Structure& s, Slot* slot) {
     do slot = Storage::previous(s.data, slot);
     while (slot != nullptr && !shows(s, slot));
     return slot;
@@ -245,22 +250,22 @@ struct Kind {
   // Stops where `fn` returns 0 or false; whether it never did.
   template <class Fn>
   static bool forEachVisible(const DS_Structure& s, Fn fn) {
-    Slot slot = firstVisible(s);
+    Slot* slot = firstVisible(s);
     while (slot != nullptr && fn(slot)) slot = nextVisible(s, slot);
     return slot == nullptr;
   }
 
   template <class Predicate>
-  static Slot firstMatch(const DS_Structure& s, Predicate matches) {
+  static Slot* firstMatch(const DS_Structure& s, Predicate matches) {
     if constexpr (requires { Storage::firstWhere(s.data, matches); }) {
       if (s.filter == nullptr) return Storage::firstWhere(s.data, matches);
     }
-    Slot slot = firstVisible(s);
-    while (slot != nullptr && !matches(*slot)) slot = nextVisible(s, slot);
+    Slot* slot = firstVisible(s);
+    while (slot != nullptr && !matches(slot->item)) slot = nextVisible(s, slot);
     return slot;
   }
 
-  static Slot findItem(const DS_Structure& s, const void* wanted, StatusCode* status) {
+  static Slot* findItem(const DS_Structure& s, const void* wanted, StatusCode* status) {
     return findWhere(
         s, [=](const void* item) { return item == wanted; }, status);
   }
@@ -270,7 +275,7 @@ struct Kind {
     return user != nullptr ? fn(item, user, status) : functionCast<ShortFn>(fn)(item, status);
   }
 
-  static void dispose(DS_FreeFn freeItem, Slot slot, void* user) {
+  static void dispose(DS_FreeFn freeItem, Slot* slot, void* user) {
     call(freeItem, static_cast<DS_Position>(slot), user);
   }
 
@@ -282,14 +287,14 @@ struct Kind {
     }
   }
 
-  static void noteReordered(Slot slot) {
+  static void noteReordered(Slot* slot) {
     if constexpr (requires { Storage::reordered(slot); }) Storage::reordered(slot);
   }
 
   static bool sortItems(void* data, DS_Comparator comparator) {
     if constexpr (requires { Storage::items(data); }) {
-      const std::span<void*> items = Storage::items(data);
-      std::qsort(items.data(), items.size(), sizeof(void*), comparator);
+      const std::span<Slot> items = Storage::items(data);
+      std::qsort(items.data(), items.size(), sizeof(Slot), comparator);
       return true;
     } else {
       return sortCopies(data, comparator);
@@ -298,14 +303,14 @@ struct Kind {
 
   static bool sortCopies(void* data, DS_Comparator comparator) {
     std::size_t count = 0;
-    for (Slot slot = Storage::first(data); slot != nullptr; slot = Storage::next(data, slot)) {
+    for (Slot* slot = Storage::first(data); slot != nullptr; slot = Storage::next(data, slot)) {
       ++count;
     }
-    const std::unique_ptr<void*[]> items(new (std::nothrow) void*[count]);
+    const std::unique_ptr<Slot[]> items(new (std::nothrow) Slot[count]);
     if (items == nullptr) return false;
-    Slot slot = Storage::first(data);
+    Slot* slot = Storage::first(data);
     for (std::size_t i = 0; i < count; ++i, slot = Storage::next(data, slot)) items[i] = *slot;
-    std::qsort(items.get(), count, sizeof(void*), comparator);
+    std::qsort(items.get(), count, sizeof(Slot), comparator);
     slot = Storage::first(data);
     for (std::size_t i = 0; i < count; ++i, slot = Storage::next(data, slot)) *slot = items[i];
     return true;
@@ -329,10 +334,10 @@ struct Kind {
                       StatusCode* status) {
     if (lacksMethods(a) || lacksMethods(b)) return fail(status, MR_ARGUMENT_ERROR);
     return build(*a, nullptr, [&](DS_Structure& result) {
-      return forEachVisible(*a, [&](Slot slot) {
+      return forEachVisible(*a, [&](Slot* slot) {
         StatusCode miss = MR_NO_ERROR;
-        const bool isThere = b->methods->contains_item(b, *slot, &miss) != 0;
-        return isThere != contained || result.methods->add(&result, *slot, status) != 0;
+        const bool isThere = b->methods->contains_item(b, slot->item, &miss) != 0;
+        return isThere != contained || result.methods->add(&result, slot->item, status) != 0;
       });
     });
   }

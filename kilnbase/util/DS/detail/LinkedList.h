@@ -3,18 +3,17 @@
 
 #include <new>
 
+#include <kilnbase/detail/assert.h>
 #include <kilnbase/util/DS/detail/Kind.h>
 #include <kilnbase/util/DS/detail/NodeBlocks.h>
 
 namespace vxKilnBase::detail {
 
-struct SingleNode {
-  void* item;
+struct SingleNode : Slot {
   SingleNode* next;
 };
 
-struct DoubleNode {
-  void* item;
+struct DoubleNode : Slot {
   DoubleNode* next;
   DoubleNode* previous;
 };
@@ -23,35 +22,38 @@ template <class Node, int kTypeNumber>
 struct LinkedList {
   static constexpr int kType = kTypeNumber;
 
-  static Slot first(const void* data) {
-    return data != nullptr ? slotOf(ends(data).first) : nullptr;
-  }
+  static Slot* first(const void* data) { return data != nullptr ? ends(data).first : nullptr; }
 
-  static Slot last(const void* data) { return data != nullptr ? slotOf(ends(data).last) : nullptr; }
+  static Slot* last(const void* data) { return data != nullptr ? ends(data).last : nullptr; }
 
-  static Slot next(const void*, Slot slot) { return slotOf(nodeOf(slot)->next); }
+  static Slot* next(const void*, Slot* slot) { return nodeOf(slot)->next; }
 
-  static Slot previous(const void* data, Slot slot) {
+  static Slot* previous(const void* data, Slot* slot) {
     if constexpr (kBothWays) {
-      return slotOf(nodeOf(slot)->previous);
+      return nodeOf(slot)->previous;
     } else {
-      Slot before = nullptr;
-      for (Slot at = first(data); at != slot; at = next(data, at)) before = at;
+      Slot* before = nullptr;
+      for (Slot* at = first(data); at != slot; at = next(data, at)) {
+        KILN_ASSERT(at != nullptr);
+        before = at;
+      }
       return before;
     }
   }
 
   static bool insert(void*& data, Gap gap, void* item) {
-    if (data == nullptr) data = new (std::nothrow) Ends{};
-    Node* node = data != nullptr ? ends(data).nodes.take() : nullptr;
+    Ends* made = data != nullptr ? static_cast<Ends*>(data) : new (std::nothrow) Ends{};
+    if (made == nullptr) return false;
+    data = made;
+    Node* node = made->nodes.take();
     if (node == nullptr) return false;
     node->item = item;
-    join(data, gap.before, slotOf(node));
-    join(data, slotOf(node), gap.after);
+    join(data, gap.before, node);
+    join(data, node, gap.after);
     return true;
   }
 
-  static Slot remove(void* data, Slot before, Slot slot, Slot later) {
+  static Slot* remove(void* data, Slot* before, Slot* slot, Slot* later) {
     join(data, before, next(data, slot));
     ends(data).nodes.giveBack(nodeOf(slot));
     return later;
@@ -65,11 +67,11 @@ struct LinkedList {
   // Nodes that were added one after another mostly lie side by side; going on to the neighbour does
   // not wait for the link to arrive.
   template <class Predicate>
-  static Slot firstWhere(const void* data, Predicate matches) {
+  static Slot* firstWhere(const void* data, Predicate matches) {
     Node* node = nodeOf(first(data));
     while (node != nullptr) {
       for (;; ++node) {
-        if (matches(node->item)) return slotOf(node);
+        if (matches(node->item)) return node;
         if (node->next != node + 1) break;
       }
       node = node->next;
@@ -89,11 +91,10 @@ struct LinkedList {
   static const Ends& ends(const void* data) { return *static_cast<const Ends*>(data); }
   static Ends& ends(void* data) { return *static_cast<Ends*>(data); }
 
-  static Node* nodeOf(Slot slot) { return reinterpret_cast<Node*>(slot); }
-  static Slot slotOf(Node* node) { return reinterpret_cast<Slot>(node); }
+  static Node* nodeOf(Slot* slot) { return static_cast<Node*>(slot); }
 
   // Makes two nodes neighbours; null stands for the list's end on that side.
-  static void join(void* data, Slot before, Slot after) {
+  static void join(void* data, Slot* before, Slot* after) {
     (before != nullptr ? nodeOf(before)->next : ends(data).first) = nodeOf(after);
     if (after == nullptr) ends(data).last = nodeOf(before);
     if constexpr (kBothWays) {
