@@ -13,9 +13,9 @@ using vxKilnBase::detail::Gap;
 using vxKilnBase::detail::Slot;
 
 struct Buffer {
-  std::size_t count;
-  std::size_t capacity;
-  Slot* items;
+  std::size_t count = 0;
+  std::size_t capacity = 0;
+  Slot* items = nullptr;
 };
 
 struct Array {
@@ -44,7 +44,7 @@ struct Array {
   }
 
   static bool insert(void*& data, Gap gap, void* item) {
-    Buffer* made = data != nullptr ? static_cast<Buffer*>(data) : new (std::nothrow) Buffer{};
+    Buffer* made = data != nullptr ? static_cast<Buffer*>(data) : new (std::nothrow) Buffer;
     if (made == nullptr) return false;
     data = made;
     Buffer& buffer = *made;
@@ -85,7 +85,7 @@ struct Array {
 }  // namespace
 
 void* Ds_array_allocate(DS_Structure*, StatusCode* status) {
-  Buffer* buffer = new (std::nothrow) Buffer{};
+  Buffer* buffer = new (std::nothrow) Buffer;
   if (buffer == nullptr) return fail(status, MR_MEMORY_FAULT);
   return buffer;
 }

@@ -42,7 +42,7 @@ struct LinkedList {
   }
 
   static bool insert(void*& data, Gap gap, void* item) {
-    Ends* made = data != nullptr ? static_cast<Ends*>(data) : new (std::nothrow) Ends{};
+    Ends* made = data != nullptr ? static_cast<Ends*>(data) : new (std::nothrow) Ends;
     if (made == nullptr) return false;
     data = made;
     Node* node = made->nodes.take();
