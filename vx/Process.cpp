@@ -1,17 +1,12 @@
 #include <algorithm>
+#include <cstdio>
 
 #include <vx/Process.h>
+#include <vx/Report.h>
 #include <vx/os/Process.h>
+#include <vx/os/Text.h>
 
 namespace vxOS {
-
-namespace {
-
-bool holdsZero(const vxString::CString& text) {
-  return text.view().find('\0') != std::string_view::npos;
-}
-
-}  // namespace
 
 ProcessManager& ProcessManager::getInstance() {
   static ProcessManager instance;
@@ -20,7 +15,10 @@ ProcessManager& ProcessManager::getInstance() {
 
 std::optional<int> ProcessManager::startSync(const vx::vector<vxString::CString>& command) {
   if (command.empty() || command.front().isEmpty()) return std::nullopt;
-  if (std::any_of(command.begin(), command.end(), holdsZero)) return std::nullopt;
+  const auto isCut = [](const vxString::CString& text) { return holdsZero(text.view()); };
+  if (std::any_of(command.begin(), command.end(), isCut)) return std::nullopt;
+  rptReleaseKeys();
+  std::fflush(nullptr);
   return process::run(command);
 }
 

@@ -125,7 +125,12 @@ void confirmOK(const char* text) {
   if (!console::mayReadInput()) return;
   rptReleaseKeys();
   console::writeError("(press Return) ");
-  for (int c = std::getchar(); c != '\n' && c != EOF;) c = std::getchar();
+  std::clearerr(stdin);  // Ctrl-D, pressed for an earlier one, does not end the input
+  int c;
+  do {
+    c = std::getchar();
+  } while (c != '\n' && c != EOF);
+  if (c == EOF) lastLine = LastLine::kText;
 }
 
 void writeDebug(int, const char* text) {

@@ -1,9 +1,9 @@
-#include <vx/File.h>
+#include <vx/os/File.h>
 
-namespace vxOS {
+namespace vxOS::file {
 
-std::FILE* openFile(const vxString::CString& path, const char* mode) {
+std::FILE* open(const vxString::CString& path, const char* mode) {
   return std::fopen(path.replaced("\\", "/").c_str(), mode);
 }
 
-}  // namespace vxOS
+}  // namespace vxOS::file

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <io.h>
+#include <new>
 #include <windows.h>
 
 #include <vx/String.h>
@@ -25,13 +26,24 @@ bool isEscapeKey(const INPUT_RECORD& input) {
 }
 
 // The console takes texts of limited length, and perhaps a part of one.
-void writeToConsole(HANDLE console, std::wstring_view text) {
+void writeWide(HANDLE console, std::wstring_view text) {
   constexpr std::size_t kPiece = 8192;
   while (!text.empty()) {
     const auto count = static_cast<DWORD>(std::min(text.size(), kPiece));
     DWORD written = 0;
     if (WriteConsoleW(console, text.data(), count, &written, nullptr) == 0 || written == 0) return;
     text.remove_prefix(std::min<std::size_t>(written, count));
+  }
+}
+
+// False when there is no memory for the wide text.
+bool writeToConsole(HANDLE console, std::string_view text) {
+  try {
+    const vxString::IString wide = vxString::CString(text).asWide();
+    writeWide(console, wide.view());
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
   }
 }
 
@@ -47,13 +59,9 @@ bool errorIsTerminal() {
 
 void writeError(std::string_view text) {
   const HANDLE handle = errorHandle();
-  if (isConsole(handle)) {
-    const vxString::IString wide = vxString::CString(text).asWide();
-    writeToConsole(handle, wide.view());
-  } else {
-    std::fwrite(text.data(), 1, text.size(), stderr);
-    std::fflush(stderr);
-  }
+  if (isConsole(handle) && writeToConsole(handle, text)) return;
+  std::fwrite(text.data(), 1, text.size(), stderr);
+  std::fflush(stderr);
 }
 
 bool mayReadInput() {

@@ -1,9 +1,27 @@
-#include <vx/File.h>
+#include <string>
+#include <windows.h>
 
-namespace vxOS {
+#include <vx/os/File.h>
 
-std::FILE* openFile(const vxString::CString& path, const char* mode) {
-  return _wfopen(path.asWide().c_str(), vxString::CString(mode).asWide().c_str());
+namespace vxOS::file {
+
+namespace {
+
+// The complete path as the system's functions take it: marked when it is longer than MAX_PATH
+// ("Maximum Path Length Limitation" in the Windows documentation). Empty when the system refuses.
+std::wstring systemPath(const vxString::CString& path) {
+  const vxString::IString given = path.asWide();
+  const DWORD size = GetFullPathNameW(given.c_str(), 0, nullptr, nullptr);
+  std::wstring full(size, L'\0');
+  full.resize(GetFullPathNameW(given.c_str(), size, full.data(), nullptr));
+  if (full.size() < MAX_PATH || full.starts_with(L"\\\\?\\")) return full;
+  return full.starts_with(L"\\\\") ? L"\\\\?\\UNC" + full.substr(1) : L"\\\\?\\" + full;
 }
 
-}  // namespace vxOS
+}  // namespace
+
+std::FILE* open(const vxString::CString& path, const char* mode) {
+  return _wfopen(systemPath(path).c_str(), vxString::CString(mode).asWide().c_str());
+}
+
+}  // namespace vxOS::file

@@ -123,8 +123,10 @@ std::optional<int> waitFor(HANDLE process) {
   return static_cast<int>(exitCode);
 }
 
+// The system overlooks blanks and dots at the end of a file's name.
 bool isBatchFile(const CString& program) {
-  const CString name = program.toLower();
+  const std::size_t length = program.view().find_last_not_of(" .") + 1;
+  const CString name = program.substring(0, length).toLower();
   return name.endsWith(".bat") || name.endsWith(".cmd");
 }
 

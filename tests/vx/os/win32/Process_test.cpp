@@ -3,8 +3,6 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <optional>
-#include <string>
 #include <windows.h>
 
 #include <vx/Process.h>
@@ -39,11 +37,10 @@ TEST(WindowsProcess, NothingButTheStandardStreamsIsInherited) {
 }
 
 TEST(WindowsProcess, BatchFilesAreRefused) {
-  const std::filesystem::path folder = std::filesystem::temp_directory_path();
-  for (const char* name : {"kilntest.bat", "kilntest.CMD"}) {
-    const std::filesystem::path path = folder / name;
-    std::ofstream(path) << "@exit 3\n";
-    EXPECT_EQ(std::nullopt, run({path.string().c_str()}));
-    std::filesystem::remove(path);
-  }
+  const std::filesystem::path file = std::filesystem::temp_directory_path() / "kilntest.bat";
+  std::ofstream(file) << "@exit 3\n";
+  const vxString::CString path = file.string().c_str();
+  for (const char* end : {"", ".", " ", ". ."}) EXPECT_EQ(std::nullopt, run({path + end})) << end;
+  EXPECT_EQ(std::nullopt, run({path.toUpper()}));
+  std::filesystem::remove(file);
 }
