@@ -35,7 +35,7 @@ KILNBASE_API AN_Item* AN_item_create_type(int type, void* data, int line, const 
 KILNBASE_API int AN_add_to_item_list(int type, void* data, DS_Structure* list, StatusCode* status);
 
 /** The first item with this data, or null, which is no failure. Null arguments are
- *  `MR_ARGUMENT_ERROR`. */
+ * `MR_ARGUMENT_ERROR`. */
 KILNBASE_API AN_Item* AN_is_item_in_item_list(const void* data, const DS_Structure* list,
                                               StatusCode* status);
 
@@ -47,7 +47,7 @@ KILNBASE_API int AN_remove_from_item_list(const void* data, DS_Structure* list, 
 KILNBASE_API int AN_ds_item_equal(const void* a, const void* b);
 
 /** Frees the item and sets the handle to null. Returns 1, or 0 with `MR_ARGUMENT_ERROR` for a null
- *  handle. */
+ * handle. */
 KILNBASE_API int AN_item_free(AN_Item** item, StatusCode* status);
 
 /** `AN_item_free` for all items of the chain that begins here. */
@@ -77,7 +77,7 @@ typedef struct An_ItemNode {
 KILNBASE_API int An_add_to_item_list(int type, void* object, int64_t value, MR_LinkList* list);
 
 /** As `An_add_to_item_list`, unless a node has the same object and the very same value, to the last
- *  bit: then nothing is added, and the result is 1 as well. */
+ * bit: then nothing is added, and the result is 1 as well. */
 KILNBASE_API int An_addUnique_to_item_list(int type, void* object, double value, MR_LinkList* list);
 
 /** Orders nodes by their objects and then by the bits of their values, both as unsigned numbers:
@@ -88,7 +88,7 @@ KILNBASE_API int32_t An_compareItemList(const void* a, const void* b);
 KILNBASE_API int An_compareItem(const void* a, const void* b);
 
 /** Sorts by object. The nodes stay in their places and exchange their records. With `unique` one
- *  record for each object is kept, and the nodes left over at the end are freed. Returns 1, or 0
+ * record for each object is kept, and the nodes left over at the end are freed. Returns 1, or 0
  * for a null or empty list, and when there is no memory to sort, which leaves it as it is. */
 KILNBASE_API int An_sort_item_list(MR_LinkList* list, int unique);
 

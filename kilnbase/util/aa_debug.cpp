@@ -95,10 +95,17 @@ void chooseFile(const char* name) {
   choose(AA_TO_FILE, entry);
 }
 
+// Without a stream the output stays what it is, though a file is closed until it is written to.
 void chooseStream(std::FILE* stream) {
-  if (!stream) return;
+  if (!stream) return choose(mode, current);
   callersStream.stream = stream;
   choose(AA_TO_STREAM, &callersStream);
+}
+
+// The level wraps around at its limits.
+void shiftIndentation(std::int32_t levels) {
+  indentation = static_cast<std::int32_t>(static_cast<std::uint32_t>(indentation) +
+                                          static_cast<std::uint32_t>(levels));
 }
 
 }  // namespace
@@ -132,11 +139,9 @@ int AA_get_print_out(const char** name) {
 void AA_set_indent(int level) {
   switch (level) {
     case -1:
-      ++indentation;
-      break;
+      return shiftIndentation(1);
     case -2:
-      --indentation;
-      break;
+      return shiftIndentation(-1);
     default:
       indentation = level;
   }

@@ -33,7 +33,7 @@ KILNBASE_API int MR_bitfield_is_any_set(const uint8_t* bytes, const int32_t* lis
 KILNBASE_API int MR_bitfield_is_clear(const uint8_t* bytes, int byte_count);
 
 /** Stores `value`, least significant byte first, in as many bytes as it needs (at least one); bytes
- *  beyond those stay. `value` must not be negative; nothing is stored if it is. */
+ * beyond those stay. `value` must not be negative; nothing is stored if it is. */
 KILNBASE_API void MR_bitfield_set_from_int(uint8_t* bytes, int value);
 
 #ifdef __cplusplus

@@ -21,12 +21,12 @@ KILNBASE_API void MR_string_trailing_remove(char* s, char c);
 KILNBASE_API void MR_string_stripchar(char* s, char c);
 
 /** Copies `src` without any `c` into `dst`, which holds at least as many bytes as `src` and may be
- *  `src`. `dst` becomes empty for a null `src`. */
+ * `src`. `dst` becomes empty for a null `src`. */
 KILNBASE_API void MR_string_strcpy_stripchar(char* dst, const char* src, char c);
 
 /** Shortens a decimal number: 1.500 to 1.5, 2.000 to 2.0, 000 to 0. The zeros at the end go whether
- *  or not a decimal point stands before them: 100 becomes 1. An empty string becomes 0, and a point
- *  at the end is given a zero, so those two need room for one character more. */
+ * or not a decimal point stands before them: 100 becomes 1. An empty string becomes 0, and a point
+ * at the end is given a zero, so those two need room for one character more. */
 KILNBASE_API void MR_string_number_de_zero(char* s);
 
 /** A pointer whose value is the integer, zero-extended; and its low 32 bits. */

@@ -61,7 +61,7 @@ KILNBASE_API void set_continuity_angle_tolerance(double radians);
 KILNBASE_API double get_curvature_tolerance(void);
 KILNBASE_API void set_curvature_tolerance(double tolerance);
 /** Saves the curvature tolerance and multiplies it by `factor`. One value is saved: a second call
- *  before `unscale_curvature_tolerance` saves the one already scaled. */
+ * before `unscale_curvature_tolerance` saves the one already scaled. */
 KILNBASE_API void scale_curvature_tolerance(double factor);
 /** Puts the saved curvature tolerance back (0.1 when none was saved). */
 KILNBASE_API void unscale_curvature_tolerance(void);

@@ -42,6 +42,9 @@ KILNBASE_API int MR_warning_ok(const char* message);
 #ifdef __cplusplus
 }
 
+#include <cstddef>
+#include <type_traits>
+
 #include <vx/Containers.h>
 #include <vx/String.h>
 
@@ -61,6 +64,15 @@ KILNBASE_API int MR_warning(const vxKilnBase::MorlaWarningParams& warning);
 
 /// Warns with what the list that starts with `tag` describes.
 KILNBASE_API int MR_warning(int tag, ...);
+
+// What a list cannot hold, and compilers may let pass: strings other than `const char*`. And `{}`,
+// which is no warning, but could be taken for a tag.
+template <class... Values>
+int MR_warning(int tag, const Values&... values) requires(std::is_class_v<Values> || ...) = delete;
+template <class... Values>
+int MR_warning_buttons(int count, const char** labels, int tag,
+                       const Values&... values) requires(std::is_class_v<Values> || ...) = delete;
+int MR_warning(std::nullptr_t) = delete;
 
 #endif
 

@@ -97,8 +97,12 @@ TEST_F(DebugChannel, AFileIsEmptiedTheFirstTimeAndThenAppendedTo) {
   AA_debug_print("3\n");
   AA_set_print_out(AA_TO_FILE, first.c_str());
   AA_debug_print("4\n");
-  AA_set_print_out(AA_TO_OUTPUT, nullptr);
+  AA_set_print_out(AA_TO_STREAM, nullptr);
   EXPECT_EQ("1\n2\n3\n4\n", contents(first));
+  EXPECT_TRUE(std::filesystem::remove(pathOf(first))) << "still open";
+  AA_debug_print("5\n");
+  AA_set_print_out(AA_TO_OUTPUT, nullptr);
+  EXPECT_EQ("5\n", contents(first));
   EXPECT_EQ("other\n", contents(second));
   EXPECT_TRUE(std::filesystem::remove(pathOf(first))) << "still open";
   EXPECT_TRUE(std::filesystem::remove(pathOf(second)));
@@ -136,6 +140,9 @@ TEST_F(DebugChannel, IndentsThreeBlanksALevelAndNothingBelowOne) {
   AA_set_indent(-1);
   AA_set_indent(-1);
   EXPECT_EQ(34, Aa_print_assert("a.c", 12, "no\n50%"));
+  AA_set_indent(INT_MAX);
+  AA_set_indent(-1);  // wraps around to INT_MIN
+  EXPECT_EQ(1, AA_indent());
   AA_set_indent(3);
   AA_set_indent(-1);
   AA_set_print_out(AA_TO_FILE, nullptr);
