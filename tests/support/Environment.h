@@ -8,7 +8,7 @@ namespace kilntest {
 
 void setEnvironment(const std::string& name, const std::string& value);
 
-// The arguments of main as the system passed them, the program's name first.
+// The arguments of main as the system passed them, without the program's name.
 std::vector<std::string> receivedArguments(int count, char** arguments);
 
 }  // namespace kilntest

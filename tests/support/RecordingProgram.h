@@ -2,25 +2,38 @@
 #pragma once
 
 #include <filesystem>
+#include <fstream>
+#include <random>
 #include <string>
 #include <vector>
+
+#include "tests/support/Environment.h"
 
 namespace kilntest {
 
 class RecordingProgram {
  public:
-  explicit RecordingProgram(int exitCode = 0);
-  ~RecordingProgram();
-  RecordingProgram(const RecordingProgram&) = delete;
-  RecordingProgram& operator=(const RecordingProgram&) = delete;
+  explicit RecordingProgram(int exitCode = 0) {
+    setEnvironment("KILNTEST_RECORD", record_.string());
+    exitWith(exitCode);
+  }
+  ~RecordingProgram() { takeArguments(); }
 
-  void exitWith(int exitCode);
+  void exitWith(int code) { setEnvironment("KILNTEST_EXIT_CODE", std::to_string(code)); }
 
-  // The arguments of the last run, the program's path first; nothing when it has not run since.
-  std::vector<std::string> takeArguments();
+  // The arguments of the last run; nothing when it has not run since.
+  std::vector<std::string> takeArguments() {
+    std::vector<std::string> arguments;
+    std::ifstream file(record_, std::ios::binary);
+    for (std::string argument; std::getline(file, argument, '\0');) arguments.push_back(argument);
+    file.close();
+    std::filesystem::remove(record_);
+    return arguments;
+  }
 
  private:
-  std::filesystem::path record_;
+  std::filesystem::path record_ = std::filesystem::temp_directory_path() /
+                                  ("kilntest-record-" + std::to_string(std::random_device()()));
 };
 
 }  // namespace kilntest

@@ -2,14 +2,10 @@
 
 #include <cstdlib>
 
-namespace kilntest {
-
-void setEnvironment(const std::string& name, const std::string& value) {
+void kilntest::setEnvironment(const std::string& name, const std::string& value) {
   setenv(name.c_str(), value.c_str(), 1);
 }
 
-std::vector<std::string> receivedArguments(int count, char** arguments) {
-  return {arguments, arguments + count};
+std::vector<std::string> kilntest::receivedArguments(int count, char** arguments) {
+  return {arguments + 1, arguments + count};
 }
-
-}  // namespace kilntest
