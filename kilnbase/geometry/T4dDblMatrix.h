@@ -16,10 +16,13 @@
 /// is this := this * M, `premultBy(M)` this := M * this. Indices are not checked. Comparisons
 /// answer 0 or 1.
 ///
-///     T4dDblMatrix turn;
-///     turn.setToAxisRotate(T4dDblVector(0, 0, 1), pi / 2);
-///     T4dDblMatrix m = turn * T4dDblVector(1, 0, 0);    // wrong: a column product, a vector
-///     T4dDblMatrix m = turn * T4dDblMatrix(T4dDblVector(1, 0, 0));    // turns, then moves
+///     T4dDblMatrix m;
+///     m.setToAxisRotate(T4dDblVector(0, 0, 1), pi / 2);
+///     m *= T4dDblVector(5, 0, 0);                 // turns, then moves
+///     T3dDblPoint p = T3dDblPoint(1, 0, 0) * m;   // (5, 1, 0)
+///
+/// Vectors, scales and quaternions convert to matrices, as in the example. Beware of `m * v` with a
+/// vector: that is the column product, a vector.
 class T4dDblMatrix {
  public:
   KILNBASE_API static const T4dDblMatrix identity;

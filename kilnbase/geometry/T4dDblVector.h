@@ -12,6 +12,7 @@ class T4dDblPoint;
 class Tangle;
 class TunitQuaternion;
 
+/// An axis, by the index of its component.
 enum class Taxis { X, Y, Z };
 
 /// A direction or displacement: three contiguous doubles, whatever the name says. In products with
@@ -123,7 +124,9 @@ class T4dDblVector {
   T4dDblVector& rotateItY(const Tangle& angle);
   T4dDblVector& rotateItZ(const Tangle& angle);
   /// The rotation that turns this direction into the target's; the identity when the product of
-  /// their lengths is below 1e-9. Opposite directions turn about an axis perpendicular to both.
+  /// their lengths is below 1e-9. Opposite directions turn about an axis perpendicular to both, if
+  /// their cosine comes out as exactly -1; one ulp off and the turn is about the rounding errors of
+  /// their cross product, or none at all.
   KILNBASE_API TunitQuaternion rotateTo(const T4dDblVector& target) const;
 
   /// this := v * M and this := M * v, by the upper left 3x3 of M only.
