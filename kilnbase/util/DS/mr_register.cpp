@@ -11,6 +11,10 @@ namespace {
 
 using SinglyLinkedKind = vxKilnBase::detail::Kind<vxKilnBase::detail::SinglyLinked>;
 
+bool isUsable(const DS_Structure* registry) {
+  return registry != nullptr && registry->methods != nullptr;
+}
+
 MR_Registration* entryAt(DS_Position position, const DS_Structure* registry) {
   return static_cast<MR_Registration*>(registry->methods->get_data(position, nullptr));
 }
@@ -19,7 +23,7 @@ MR_Registration* entryAt(DS_Position position, const DS_Structure* registry) {
 // a list of the built-in kind takes no calls.
 template <class Predicate>
 DS_Position findEntry(const DS_Structure* registry, Predicate matches, StatusCode* status) {
-  if (registry == nullptr) return fail(status, MR_ARGUMENT_ERROR);
+  if (!isUsable(registry)) return fail(status, MR_ARGUMENT_ERROR);
   const auto matchesItem = [=](const void* item) {
     return item != nullptr && matches(*static_cast<const MR_Registration*>(item));
   };
@@ -67,6 +71,7 @@ int MR_register_item(int id, void* value, DS_Structure** registry, StatusCode* s
     *registry = DS_create_type(DS_SLIST, &code, __LINE__, __FILE__);
     if (code != MR_NO_ERROR) return fail(status, code);
   }
+  if (!isUsable(*registry)) return fail(status, MR_ARGUMENT_ERROR);
   return addEntry(id, value, *registry, status);
 }
 

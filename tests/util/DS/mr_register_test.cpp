@@ -64,6 +64,10 @@ TEST(Register, NullArgumentsAreToldApart) {
   EXPECT_EQ(MR_ARGUMENT_ERROR, code());
   EXPECT_EQ(0, MR_clear_registrations(nullptr, &status));
   EXPECT_EQ(MR_ARGUMENT_ERROR, code());
+  DS_Structure bare{1, nullptr, nullptr, nullptr, nullptr};
+  DS_Structure* ofUnknownKind = &bare;
+  EXPECT_EQ(0, MR_register_item(1, item(1), &ofUnknownKind, &status));
+  EXPECT_EQ(MR_ARGUMENT_ERROR, code());
   const Owned registry = kilntest::makeStructure(DS_SLIST);
   EXPECT_EQ(0, MR_deregister_item(nullptr, registry.get(), &status));
   EXPECT_EQ(MR_ARGUMENT_ERROR, code());
