@@ -223,13 +223,22 @@ struct BinaryTree {
     return true;
   }
 
+  // Whether an item equals both ends although these differ, as a NaN does among numbers.
+  static bool equalsAll(const Tree& tree, const Slot& added) {
+    const Slot* const back = last(&tree);
+    return tree.comparator(&added, back) == 0 && tree.comparator(back, first(&tree)) != 0;
+  }
+
   // The gap by binary search; nothing when the comparator answers anything but -1, 0 and 1. One
   // that answers with differences shows it best at the far end, which is asked first.
   static std::optional<Gap> search(const Tree& tree, void* item) {
     const Slot added{item};
+    Slot* const front = first(&tree);
+    int answer = tree.comparator(&added, front);
+    if (answer == 0 && equalsAll(tree, added)) return std::nullopt;
+    if (answer == 0 || answer == -1) return Gap{nullptr, front};
     Gap gap{};
     Node* node = tree.children[kLeft];
-    int answer = tree.comparator(&added, first(&tree));
     while (node != nullptr && answer <= 1 && answer >= -1) {
       answer = tree.comparator(&added, node);
       (answer == 1 ? gap.before : gap.after) = node;

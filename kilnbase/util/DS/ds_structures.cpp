@@ -11,6 +11,8 @@
 #include <vx/Report.h>
 
 using vxKilnBase::detail::fail;
+using vxKilnBase::detail::ignored;
+using vxKilnBase::detail::lacksMethods;
 
 namespace {
 
@@ -34,12 +36,6 @@ class Outcome {
   StatusCode standIn_ = MR_NO_ERROR;
   StatusCode* code_;
 };
-
-// Where the codes go of what is only tidied up.
-StatusCode* ignored() {
-  Mr_err_ignore = MR_NO_ERROR;
-  return &Mr_err_ignore;
-}
 
 DS_Structure* newHeader(const DS_Structure& content, StatusCode* status, int line,
                         const char* file) {
@@ -76,10 +72,6 @@ bool isComplete(const DS_Methods& m) {
   return m.walk && m.enumerate && m.add && m.remove && m.sort && m.merge && m.find &&
          m.difference && m.contains_item && m.get_data && m.set_data && m.duplicate && m.head &&
          m.tail && m.next && m.prev && m.destructor && m.get_type;
-}
-
-bool lacksMethods(const DS_Structure* structure) {
-  return structure == nullptr || structure->methods == nullptr;
 }
 
 // A structure like `model` with storage that `make` returns; null when that fails.

@@ -76,10 +76,10 @@ typedef int (*DS_PrintFn)(void* item, void* user);
  * `MR_ARGUMENT_ERROR` everywhere. */
 typedef struct DS_Methods {
   /** Calls `fn` for each item, forward (`direction` 0) or backward (1), at most `limit` times
-   * unless that is -1. A `fn` that returns 0 does not stop the walk. Returns 1 when all calls
-   * returned non-zero, otherwise 0 with `MR_WALK_TERMINATED`. A null `fn`, a structure without
-   * items, another direction and a limited backward walk are `MR_ARGUMENT_ERROR`. Walking backward
-   * in a singly linked list takes quadratic time. */
+   * unless that is -1 (not at all for less). A `fn` that returns 0 does not stop the walk. Returns
+   * 1 when all calls returned non-zero, otherwise 0 with `MR_WALK_TERMINATED`. A null `fn`, a
+   * structure without items, another direction and a limited backward walk are `MR_ARGUMENT_ERROR`.
+   * Walking backward in a singly linked list takes quadratic time. */
   int (*walk)(const DS_Structure* structure, DS_WalkFn fn, void* user, int limit, int direction,
               StatusCode* status);
   /** The number of items that pass the filter, or -1 for a null structure. */
@@ -95,7 +95,8 @@ typedef struct DS_Methods {
   DS_Position (*remove)(DS_Structure* structure, void* item, DS_FreeFn free_fn, void* user,
                         StatusCode* status);
   /** Sorts all items, hidden ones too, by the comparator with qsort, and sets `ordered`. Positions
-   * stay and get other items. A structure without items is `MR_ARGUMENT_ERROR`. */
+   * stay and get other items. The comparator must order the items, which `Ds_fifo_comparator` and
+   * `Ds_filo_comparator` do not. A structure without items is `MR_ARGUMENT_ERROR`. */
   int (*sort)(DS_Structure* structure, StatusCode* status);
   /** New storage with the visible items of `a`, then those of `b`, each added by the comparator and
    * the filter of `a`; either may be null. */
@@ -145,7 +146,8 @@ struct DS_Structure {
 enum {
   DS_DLIST = 1,   /**< Doubly linked list. */
   DS_SLIST = 2,   /**< Singly linked list. */
-  DS_BINTREE = 3, /**< Binary tree. Adding takes logarithmic time under a consistent comparator. */
+  DS_BINTREE = 3, /**< Binary tree. Adding takes logarithmic time under a comparator that orders the
+                       items, which then must not change their order while they are in. */
   DS_ARRAY = 4    /**< Array, which grows in proportion to its size. */
 };
 
@@ -190,13 +192,13 @@ DS_DECLARE_KIND(array);
 #undef DS_DECLARE_KIND
 KILNBASE_API void* Ds_array_allocate(DS_Structure* structure, StatusCode* status);
 
-/** Registers a kind of structure under an id of at least 0; the table is kept, not copied. A table
- * without methods is `MR_ARGUMENT_ERROR` when null and `MR_INVALID_DATA` when any but `intersect`
- * and `allocate` is missing. A negative or used id is `MR_INVALID_FUNCTION`. Returns 1 or 0. */
+/** Registers a kind of structure under an id of at least 0; the table is kept, not copied. A null
+ * table is `MR_ARGUMENT_ERROR`, one that lacks any method but `intersect` and `allocate` is
+ * `MR_INVALID_DATA`. A negative or used id is `MR_INVALID_FUNCTION`. Returns 1 or 0. */
 KILNBASE_API int Ds_register_structure(int id, const DS_Methods* methods, StatusCode* status);
 
 /** The registered kinds: a structure of the kind that was registered first, with entries as in
- * mr_register.h. Null until then. */
+ * mr_register.h. Null until a complete table is handed in for registration. */
 KILNBASE_API DS_Structure* Ds_get_object_table(void);
 
 /** A new structure of a registered or built-in kind: `ordered`, with `Ds_fifo_comparator`, without
@@ -246,7 +248,8 @@ KILNBASE_API DS_Structure* DS_merge(const DS_Structure* a, const DS_Structure* b
                                     StatusCode* status);
 
 /** Removes every item, hidden or not, for which `keep` returns 0, or all when `keep` is null.
- * Returns 1, or 0 for a null structure. */
+ * Null items are shown to `keep`, too. Each removal looks for its item from the head, so many of
+ * them in a long structure take quadratic time. Returns 1, or 0 for a null structure. */
 KILNBASE_API int DS_remove_unfiltered_items(DS_Structure* structure, DS_Filter keep,
                                             DS_FreeFn free_fn, void* user, StatusCode* status);
 
@@ -285,7 +288,8 @@ KILNBASE_API int Ds_string_comparator(const void* a, const void* b);
 /** A `DS_MatchFn`: whether two strings are equal; a null one never is. */
 KILNBASE_API int Ds_string_find(const void* s1, const void* s2);
 
-/** A `DS_WalkFn` that adds 1 to the `int` at `counter`, if there is one, and returns 1. */
+/** A `DS_WalkFn` that adds 1 to the `int` at `counter`, if there is one, and returns 1. In a walk
+ * without `user` the status stands in the counter's place and is counted up. */
 KILNBASE_API int Ds_enumerate(void* item, void* counter, StatusCode* status);
 
 #ifdef __cplusplus

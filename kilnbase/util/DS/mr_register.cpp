@@ -6,14 +6,11 @@
 
 using vxKilnBase::detail::fail;
 using vxKilnBase::detail::functionCast;
+using vxKilnBase::detail::lacksMethods;
 
 namespace {
 
 using SinglyLinkedKind = vxKilnBase::detail::Kind<vxKilnBase::detail::SinglyLinked>;
-
-bool isUsable(const DS_Structure* registry) {
-  return registry != nullptr && registry->methods != nullptr;
-}
 
 MR_Registration* entryAt(DS_Position position, const DS_Structure* registry) {
   return static_cast<MR_Registration*>(registry->methods->get_data(position, nullptr));
@@ -23,7 +20,7 @@ MR_Registration* entryAt(DS_Position position, const DS_Structure* registry) {
 // a list of the built-in kind takes no calls.
 template <class Predicate>
 DS_Position findEntry(const DS_Structure* registry, Predicate matches, StatusCode* status) {
-  if (!isUsable(registry)) return fail(status, MR_ARGUMENT_ERROR);
+  if (lacksMethods(registry)) return fail(status, MR_ARGUMENT_ERROR);
   const auto matchesItem = [=](const void* item) {
     return item != nullptr && matches(*static_cast<const MR_Registration*>(item));
   };
@@ -56,9 +53,10 @@ int addEntry(int id, void* value, DS_Structure* registry, StatusCode* status) {
   if (entry == nullptr) return fail(status, MR_MEMORY_FAULT);
   *entry = {id, value};
   StatusCode code = MR_NO_ERROR;
-  if (registry->methods->add(registry, entry, &code) == 0) std::free(entry);
+  const int added = registry->methods->add(registry, entry, status != nullptr ? &code : nullptr);
+  if (added == 0) std::free(entry);
   if (code != MR_NO_ERROR) return fail(status, code);
-  return 1;
+  return added;
 }
 
 }  // namespace
@@ -71,7 +69,7 @@ int MR_register_item(int id, void* value, DS_Structure** registry, StatusCode* s
     *registry = DS_create_type(DS_SLIST, &code, __LINE__, __FILE__);
     if (code != MR_NO_ERROR) return fail(status, code);
   }
-  if (!isUsable(*registry)) return fail(status, MR_ARGUMENT_ERROR);
+  if (lacksMethods(*registry)) return fail(status, MR_ARGUMENT_ERROR);
   return addEntry(id, value, *registry, status);
 }
 

@@ -1,6 +1,7 @@
 // Calls of the framework's callbacks, and how its functions fail.
 #pragma once
 
+#include <kilnbase/util/DS/ds_structures.h>
 #include <kilnbase/util/mr_status.h>
 
 namespace vxKilnBase::detail {
@@ -17,6 +18,16 @@ struct Failure {
 inline Failure fail(StatusCode* status, StatusCode code) {
   if (status != nullptr) *status = code;
   return {};
+}
+
+// Where the codes go of what is only tidied up.
+inline StatusCode* ignored() {
+  Mr_err_ignore = MR_NO_ERROR;
+  return &Mr_err_ignore;
+}
+
+inline bool lacksMethods(const DS_Structure* structure) {
+  return structure == nullptr || structure->methods == nullptr;
 }
 
 // The same function under another type. By way of void (*)(), as compilers warn about other casts.

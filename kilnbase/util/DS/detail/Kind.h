@@ -4,7 +4,8 @@
 //
 //     constexpr int kType;
 //     Slot* first(const void* data), last(const void* data)     null when there are no items
-//     Slot* next(const void* data, Slot*), previous(const void* data, Slot*)     null at the ends
+//     Slot* next(const void* data, Slot*), previous(const void* data, Slot*)     null at the ends;
+//         a storage that only goes forward has no `previous`
 //     bool insert(void*& data, Gap, void* item)     false when there is no memory; makes storage
 //     Slot* remove(void* data, Slot* before, Slot*, Slot* later)     where `later` is from now on
 //     void clear(void*& data)     frees everything
@@ -123,12 +124,19 @@ struct Kind {
     if (lacksMethods(model) || (b != nullptr && lacksMethods(b))) {
       return fail(status, MR_ARGUMENT_ERROR);
     }
-    return build(*model, model->filter, [&](DS_Structure& result) {
-      const auto add = [&](Slot* slot) {
-        return result.methods->add(&result, slot->item, status) != 0;
-      };
-      return (a == nullptr || forEachVisible(*a, add)) && (b == nullptr || forEachVisible(*b, add));
-    });
+    if (b != nullptr && b->methods->merge != model->methods->merge) {
+      return fail(status, MR_INCOMPATIBILITY);
+    }
+    return build(
+        *model, model->filter,
+        [&](DS_Structure& result) {
+          const auto add = [&](Slot* slot) {
+            return result.methods->add(&result, slot->item, status) != 0;
+          };
+          return (a == nullptr || forEachVisible(*a, add)) &&
+                 (b == nullptr || forEachVisible(*b, add));
+        },
+        status);
   }
 
   static DS_Position find(const DS_Structure* s, DS_MatchFn match, const void* user,
@@ -171,12 +179,15 @@ struct Kind {
 
   static void* duplicate(const DS_Structure* s, DS_CopyFn copy, void* user, StatusCode* status) {
     if (lacksMethods(s)) return fail(status, MR_ARGUMENT_ERROR);
-    return build(*s, nullptr, [&](DS_Structure& result) {
-      return forEachVisible(*s, [&](Slot* slot) {
-        void* item = copy != nullptr ? call(copy, slot->item, user) : slot->item;
-        return result.methods->add(&result, item, status) != 0;
-      });
-    });
+    return build(
+        *s, nullptr,
+        [&](DS_Structure& result) {
+          return forEachVisible(*s, [&](Slot* slot) {
+            void* item = copy != nullptr ? call(copy, slot->item, user) : slot->item;
+            return result.methods->add(&result, item, status) != 0;
+          });
+        },
+        status);
   }
 
   static DS_Position head(const DS_Structure* s, StatusCode* status) {
@@ -242,9 +253,18 @@ struct Kind {
   }
 
   static Slot* previousVisible(const DS_Structure& s, Slot* slot) {
-    do slot = Storage::previous(s.data, slot);
-    while (slot != nullptr && !shows(s, slot));
-    return slot;
+    if constexpr (requires { Storage::previous(s.data, slot); }) {
+      do slot = Storage::previous(s.data, slot);
+      while (slot != nullptr && !shows(s, slot));
+      return slot;
+    } else {
+      Slot* found = nullptr;
+      for (Slot* at = Storage::first(s.data); at != nullptr && at != slot;
+           at = Storage::next(s.data, at)) {
+        if (shows(s, at)) found = at;
+      }
+      return found;
+    }
   }
 
   // Stops where `fn` returns 0 or false; whether it never did.
@@ -316,15 +336,13 @@ struct Kind {
     return true;
   }
 
-  static bool lacksMethods(const DS_Structure* s) { return s == nullptr || s->methods == nullptr; }
-
-  // The storage of a structure like `model` after `fill`; null when that fails.
+  // The storage of a structure like `model` after `fill`; null, with a code, when that fails.
   template <class Fill>
-  static void* build(const DS_Structure& model, DS_Filter filter, Fill fill) {
+  static void* build(const DS_Structure& model, DS_Filter filter, Fill fill, StatusCode* status) {
     DS_Structure result{1, nullptr, model.comparator, filter, model.methods};
     if (!fill(result)) {
-      Mr_err_ignore = MR_NO_ERROR;
-      destructor(&result, nullptr, nullptr, &Mr_err_ignore);
+      if (status != nullptr && *status == MR_NO_ERROR) *status = MR_UNKNOWN;
+      destructor(&result, nullptr, nullptr, ignored());
     }
     return result.data;
   }
@@ -333,13 +351,16 @@ struct Kind {
   static void* select(const DS_Structure* a, const DS_Structure* b, bool contained,
                       StatusCode* status) {
     if (lacksMethods(a) || lacksMethods(b)) return fail(status, MR_ARGUMENT_ERROR);
-    return build(*a, nullptr, [&](DS_Structure& result) {
-      return forEachVisible(*a, [&](Slot* slot) {
-        StatusCode miss = MR_NO_ERROR;
-        const bool isThere = b->methods->contains_item(b, slot->item, &miss) != 0;
-        return isThere != contained || result.methods->add(&result, slot->item, status) != 0;
-      });
-    });
+    return build(
+        *a, nullptr,
+        [&](DS_Structure& result) {
+          return forEachVisible(*a, [&](Slot* slot) {
+            StatusCode miss = MR_NO_ERROR;
+            const bool isThere = b->methods->contains_item(b, slot->item, &miss) != 0;
+            return isThere != contained || result.methods->add(&result, slot->item, status) != 0;
+          });
+        },
+        status);
   }
 };
 

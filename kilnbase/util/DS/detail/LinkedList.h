@@ -21,6 +21,7 @@ struct DoubleNode : Slot {
 template <class Node, int kTypeNumber>
 struct LinkedList {
   static constexpr int kType = kTypeNumber;
+  static constexpr bool kBothWays = requires(Node node) { node.previous; };
 
   static Slot* first(const void* data) { return data != nullptr ? ends(data).first : nullptr; }
 
@@ -28,17 +29,8 @@ struct LinkedList {
 
   static Slot* next(const void*, Slot* slot) { return nodeOf(slot)->next; }
 
-  static Slot* previous(const void* data, Slot* slot) {
-    if constexpr (kBothWays) {
-      return nodeOf(slot)->previous;
-    } else {
-      Slot* before = nullptr;
-      for (Slot* at = first(data); at != slot; at = next(data, at)) {
-        KILN_ASSERT(at != nullptr);
-        before = at;
-      }
-      return before;
-    }
+  static Slot* previous(const void*, Slot* slot) requires kBothWays {
+    return nodeOf(slot)->previous;
   }
 
   static bool insert(void*& data, Gap gap, void* item) {
@@ -80,8 +72,6 @@ struct LinkedList {
   }
 
  private:
-  static constexpr bool kBothWays = requires(Node node) { node.previous; };
-
   struct Ends {
     Node* first = nullptr;
     Node* last = nullptr;
