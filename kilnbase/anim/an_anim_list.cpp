@@ -8,19 +8,14 @@
 #include <span>
 
 #include <kilnbase/anim/an_anim_list.h>
+#include <kilnbase/util/DS/detail/Callback.h>
 #include <kilnbase/util/aa_debug.h>
 #include <vx/Memory.h>
 
 namespace {
 
-int fail(StatusCode code, StatusCode* status) {
-  if (status) *status = code;
-  return 0;
-}
-
-unsigned long long addressOf(const void* pointer) {
-  return reinterpret_cast<std::uintptr_t>(pointer);
-}
+using vxKilnBase::detail::addressOf;
+using vxKilnBase::detail::fail;
 
 int hasData(const void* item, const void* data) {
   return item && static_cast<const AN_Item*>(item)->data == data ? 1 : 0;
@@ -99,30 +94,30 @@ void freeFrom(MR_LinkNode* node, MR_LinkList* list) {
 
 AN_Item* AN_item_create_type(int type, void* data, int line, const char* file, StatusCode* status) {
   void* const memory = MA_malloc(sizeof(AN_Item), line, file);
-  if (memory) return new (memory) AN_Item{type, data, nullptr};
-  fail(MR_MEMORY_FAULT, status);
-  return nullptr;
+  if (!memory) return fail(status, MR_MEMORY_FAULT);
+  return new (memory) AN_Item{type, data, nullptr};
 }
 
 int AN_add_to_item_list(int type, void* data, DS_Structure* list, StatusCode* status) {
-  if (!isUsable(data, list)) return fail(MR_ARGUMENT_ERROR, status);
+  if (!isUsable(data, list)) return fail(status, MR_ARGUMENT_ERROR);
   if (findData(data, list)) return 0;
   StatusCode code = MR_NO_ERROR;
   AN_Item* const item = AN_item_create_type(type, data, __LINE__, __FILE__, &code);
-  if (item && !list->methods->add(list, item, &code)) MA_free(item);
-  return code == MR_NO_ERROR ? 1 : fail(code, status);
+  if (!item) return fail(status, code);
+  const bool added = list->methods->add(list, item, status ? &code : nullptr) != 0;
+  if (!added) MA_free(item);
+  return added && code == MR_NO_ERROR ? 1 : fail(status, code);
 }
 
 AN_Item* AN_is_item_in_item_list(const void* data, const DS_Structure* list, StatusCode* status) {
-  if (isUsable(data, list)) return findData(data, list);
-  fail(MR_ARGUMENT_ERROR, status);
-  return nullptr;
+  if (!isUsable(data, list)) return fail(status, MR_ARGUMENT_ERROR);
+  return findData(data, list);
 }
 
 int AN_remove_from_item_list(const void* data, DS_Structure* list, StatusCode* status) {
-  if (!isUsable(data, list)) return fail(MR_ARGUMENT_ERROR, status);
+  if (!isUsable(data, list)) return fail(status, MR_ARGUMENT_ERROR);
   AN_Item* const item = findData(data, list);
-  if (!item) return fail(MR_ITEM_NOT_FOUND, status);
+  if (!item) return fail(status, MR_ITEM_NOT_FOUND);
   list->methods->remove(list, item, nullptr, nullptr, nullptr);
   MA_free(item);
   return 1;
@@ -135,14 +130,14 @@ int AN_ds_item_equal(const void* a, const void* b) {
 }
 
 int AN_item_free(AN_Item** item, StatusCode* status) {
-  if (!item) return fail(MR_ARGUMENT_ERROR, status);
+  if (!item) return fail(status, MR_ARGUMENT_ERROR);
   MA_free(*item);
   *item = nullptr;
   return 1;
 }
 
 int AN_item_list_free(AN_Item** first, StatusCode* status) {
-  if (!first) return fail(MR_ARGUMENT_ERROR, status);
+  if (!first) return fail(status, MR_ARGUMENT_ERROR);
   while (*first) {
     AN_Item* const next = (*first)->next;
     AN_item_free(first, status);

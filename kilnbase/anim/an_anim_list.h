@@ -8,6 +8,9 @@
 #define KILNBASE_ANIM_AN_ANIM_LIST_H
 
 #include <stdint.h>
+#ifdef __cplusplus
+#include <concepts>
+#endif
 
 #include <kilnbase/export.h>
 #include <kilnbase/util/DS/ds_structures.h>
@@ -29,9 +32,10 @@ typedef struct AN_Item {
 KILNBASE_API AN_Item* AN_item_create_type(int type, void* data, int line, const char* file,
                                           StatusCode* status);
 
-/** Adds a new item to the structure. Returns 1 when that went without a code. When the structure
- * has an item with this data, whatever its type, nothing is added and the result is 0, without a
- * code. Null arguments are `MR_ARGUMENT_ERROR`. */
+/** Adds a new item to the structure. Returns 1 when that went without a code. Without a status
+ * variable the structure is no longer `ordered`, as after any addition without one. When the
+ * structure has an item with this data, whatever its type, nothing is added and the result is 0,
+ * without a code. Null arguments are `MR_ARGUMENT_ERROR`. */
 KILNBASE_API int AN_add_to_item_list(int type, void* data, DS_Structure* list, StatusCode* status);
 
 /** The first item with this data, or null, which is no failure. Null arguments are
@@ -73,7 +77,8 @@ typedef struct An_ItemNode {
   An_Record record;
 } An_ItemNode;
 
-/** Puts a new node at the head. Returns 1, or 0 for a null object or list or without memory. */
+/** Puts a new node at the head. The value is an integer: C turns a number given here into one, in
+ * C++ it does not compile. Returns 1, or 0 for a null object or list or without memory. */
 KILNBASE_API int An_add_to_item_list(int type, void* object, int64_t value, MR_LinkList* list);
 
 /** As `An_add_to_item_list`, unless a node has the same object and the very same value, to the last
@@ -94,6 +99,9 @@ KILNBASE_API int An_sort_item_list(MR_LinkList* list, int unique);
 
 #ifdef __cplusplus
 }
+
+template <std::floating_point Value>
+int An_add_to_item_list(int type, void* object, Value value, MR_LinkList* list) = delete;
 #endif
 
 #endif

@@ -31,10 +31,11 @@ void* grow(MR_Array& array, int n) {
 
 MR_Array* MR_array_new(int element_size, int start_count, int growth) {
   KILN_ASSERT(element_size > 0 && start_count >= 0 && growth >= 0);
-  auto* const array = static_cast<MR_Array*>(std::malloc(sizeof(MR_Array)));
+  auto* array = static_cast<MR_Array*>(std::malloc(sizeof(MR_Array)));
   if (!array) return nullptr;
   *array = {0, element_size, growth, nullptr};
   MR_array_size(array, start_count);
+  if (array->count < start_count) MR_array_free(&array);
   return array;
 }
 

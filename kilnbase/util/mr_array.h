@@ -30,7 +30,7 @@ typedef struct MR_Array {
 } MR_Array;
 
 /** An array for elements of `element_size` bytes, sized to `start_count` unless that is 0. Null
- * when the memory runs out. */
+ * when there is no memory for it or for its elements. */
 KILNBASE_API MR_Array* MR_array_new(int element_size, int start_count, int growth);
 
 /** Makes the array `n` + growth elements long when it has fewer than `n`; never shortens it. */

@@ -15,7 +15,8 @@
  *
  * Threads may search and walk a tree at the same time as long as nobody changes it and it has at
  * most 128 levels: a walk hangs children below that level elsewhere while it is there, and puts
- * them back. A balanced tree never has so many.
+ * them back. A balanced tree never has so many. In a higher tree a callback must not search or walk
+ * that tree, nor ever throw, since its links are not all in place.
  */
 #ifndef KILNBASE_UTIL_MR_AVL_H
 #define KILNBASE_UTIL_MR_AVL_H

@@ -45,10 +45,10 @@ void MR_ll_prepend(MR_LinkList* list, MR_LinkNode* node) {
 
 void MR_ll_insert(MR_LinkList* list, MR_LinkNode* before, MR_LinkNode* node) {
   if (!list || !node) return;
-  if (list->head && before) {
-    linkInto({before->prev, before}, list, node);
-  } else {
+  if (!list->head || !before) {
     MR_ll_append(list, node);
+  } else if (before != node) {
+    linkInto({before->prev, before}, list, node);
   }
 }
 
@@ -59,7 +59,7 @@ void MR_ll_insert_sorted(MR_LinkList* list, MR_LinkNode* node, MR_LinkCompare cm
 void MR_ll_insert_sorted2(MR_LinkList* list, MR_LinkNode* node, MR_LinkList* list2,
                           MR_LinkNode* node2, MR_LinkCompare cmp) {
   if (!list || !node || !cmp) return;
-  Gap gap = {nullptr, list->head};
+  Gap gap = {MR_ll_prev(list->head), list->head};
   int passed = 0;
   for (; gap.after && cmp(node, gap.after) > 0; ++passed) gap = {gap.after, gap.after->next};
   linkInto(gap, list, node);
@@ -128,7 +128,7 @@ std::int32_t MR_ll_remove_duplicates(MR_LinkList* list, MR_LinkList* list2, doub
 }
 
 void MR_ll_replace(MR_LinkList* list, MR_LinkNode* oldNode, MR_LinkNode* newNode) {
-  if (!list || !oldNode || !newNode) return;
+  if (!list || !oldNode || !newNode || oldNode == newNode) return;
   *newNode = *oldNode;
   if (newNode->prev) newNode->prev->next = newNode;
   if (newNode->next) newNode->next->prev = newNode;

@@ -32,19 +32,29 @@
 extern "C" {
 #endif
 
+/* Records that begin with two links of their own type, and lists of them, are seen as these types,
+ * too; their accesses must not be taken to be apart. */
+#ifdef __GNUC__
+#define MR_LINK_ALIAS __attribute__((may_alias))
+#else
+#define MR_LINK_ALIAS
+#endif
+
 /** What a record in a list begins with; null at the ends. */
-typedef struct MR_LinkNode {
+typedef struct MR_LINK_ALIAS MR_LinkNode {
   struct MR_LinkNode* prev;
   struct MR_LinkNode* next;
 } MR_LinkNode;
 
 /** An empty list has a null head. */
-typedef struct MR_LinkList {
+typedef struct MR_LINK_ALIAS MR_LinkList {
   MR_LinkNode* head;
 } MR_LinkList;
 
+#undef MR_LINK_ALIAS
+
 /** Negative when `a` sorts before `b`, 0 when they are equal, positive after. In sorted insertions
- *  `a` is the new node and `b` one of the list; in `MR_ll_find` `a` is the key and `b` a node,
+ * `a` is the new node and `b` one of the list; in `MR_ll_find` `a` is the key and `b` a node,
  * which may be null. */
 typedef int32_t (*MR_LinkCompare)(const void* a, const void* b);
 
@@ -61,17 +71,17 @@ KILNBASE_API void MR_ll_append(MR_LinkList* list, MR_LinkNode* node);
 KILNBASE_API void MR_ll_prepend(MR_LinkList* list, MR_LinkNode* node);
 
 /** Links `node` in front of `before`, a node of the list; appends it when `before` is null or the
- *  list is empty. */
+ * list is empty. In front of itself a node stays where it is. */
 KILNBASE_API void MR_ll_insert(MR_LinkList* list, MR_LinkNode* before, MR_LinkNode* node);
 
 /** Links `node` in front of the first node that does not sort before it, so in front of its equals,
- *  or behind the last node. One comparison for each node passed, and one for that it stops at. */
+ * or behind the last node. One comparison for each node passed, and one for that it stops at. */
 KILNBASE_API void MR_ll_insert_sorted(MR_LinkList* list, MR_LinkNode* node, MR_LinkCompare cmp);
 
 /** `MR_ll_insert_sorted` that keeps a companion list in step: `node2` takes the same position in
- *  `list2`. Where `list2` is too short to have a node at the position that `node` takes, `node2` is
- *  not linked and keeps its links; when `node` goes to the end, `node2` does so too. A null `list2`
- *  or `node2`: no companion. */
+ * `list2`. Where `list2` is too short to have a node at the position that `node` takes, `node2` is
+ * not linked and keeps its links; when `node` goes to the end, `node2` does so too. A null `list2`
+ * or `node2`: no companion. */
 KILNBASE_API void MR_ll_insert_sorted2(MR_LinkList* list, MR_LinkNode* node, MR_LinkList* list2,
                                        MR_LinkNode* node2, MR_LinkCompare cmp);
 
@@ -79,8 +89,8 @@ KILNBASE_API void MR_ll_insert_sorted2(MR_LinkList* list, MR_LinkNode* node, MR_
 KILNBASE_API void MR_ll_merge(MR_LinkList* list, MR_LinkNode* chain);
 
 /** Moves the nodes of `chain` one by one into the list with `MR_ll_insert_sorted2`, each with the
- *  node of `chain2` at its position as companion (none once `chain2` has ended). Every node is
- *  inserted from the head: about n * m / 2 comparisons for random chains of n nodes into m. */
+ * node of `chain2` at its position as companion (none once `chain2` has ended). Every node is
+ * inserted from the head: about n * m / 2 comparisons for random chains of n nodes into m. */
 KILNBASE_API void MR_ll_merge_sorted(MR_LinkList* list, MR_LinkNode* chain, MR_LinkList* list2,
                                      MR_LinkNode* chain2, MR_LinkCompare cmp);
 
@@ -92,19 +102,20 @@ KILNBASE_API void MR_ll_remove(MR_LinkList* list, MR_LinkNode* node);
 KILNBASE_API int32_t MR_ll_remove_match(MR_LinkList* list, MR_LinkPredicate pred);
 
 /** Removes each node that equals the last one kept before it, and the node of `list2` at the same
- *  position, where there is one; both are released with `free`. Neighbours alone are compared, so
- *  equal nodes that stand apart stay: sort the list first. `tolerance` goes to `cmp` as it is.
- *  Returns how many nodes left the first list. */
+ * position, where there is one; both are released with `free`. Neighbours alone are compared, so
+ * equal nodes that stand apart stay: sort the list first. `tolerance` goes to `cmp` as it is.
+ * Returns how many nodes left the first list. */
 KILNBASE_API int32_t MR_ll_remove_duplicates(MR_LinkList* list, MR_LinkList* list2,
                                              double tolerance, MR_LinkCompareWithin cmp);
 
-/** Puts `newNode` into the place of `oldNode`, whose links are cleared. */
+/** Puts `newNode` into the place of `oldNode`, whose links are cleared. A node replaces itself by
+ * staying. */
 KILNBASE_API void MR_ll_replace(MR_LinkList* list, MR_LinkNode* oldNode, MR_LinkNode* newNode);
 
 /** The first node from `start` on for which `cmp` (`key`, node) is 0, or null. With `sorted` other
- *  than 0 the search ends at the first node that does not sort before the key. When it comes to the
- *  end of the chain, `cmp` is called once more with a null node and its answer ignored: comparators
- *  for searches must accept that. */
+ * than 0 the search ends at the first node that does not sort before the key. When it comes to the
+ * end of the chain, `cmp` is called once more with a null node and its answer ignored: comparators
+ * for searches must accept that. */
 KILNBASE_API MR_LinkNode* MR_ll_find(MR_LinkNode* start, const void* key, MR_LinkCompare cmp,
                                      int sorted);
 

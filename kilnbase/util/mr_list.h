@@ -42,17 +42,17 @@ KILNBASE_API MR_ListNode* MR_list_prepend(MR_List* list, void* data);
 /** In front of `before`; at the end when that is null or the list is empty. */
 KILNBASE_API MR_ListNode* MR_list_insert(MR_List* list, MR_ListNode* before, void* data);
 /** At the place that `MR_ll_insert_sorted` chooses. `cmp` is given two `MR_ListNode`s, not their
- *  data. With a null `cmp` the new node is returned without being in the list. */
+ * data. With a null `cmp` the new node is returned without being in the list. */
 KILNBASE_API MR_ListNode* MR_list_insert_sorted(MR_List* list, void* data, MR_LinkCompare cmp);
 
 /** The first node from `start` on with this `data` pointer, or null. */
 KILNBASE_API MR_ListNode* MR_list_find(MR_ListNode* start, const void* data);
 /** The first node from `start` on for whose data `match` (data, `key`) is not 0; null when there is
- *  none or an argument is null. */
+ * none or an argument is null. */
 KILNBASE_API MR_ListNode* MR_list_compar(MR_ListNode* start, const void* key, MR_ListMatch match);
 
 /** Unlinks `node`, which is then the caller's to `free`. Returns the node after it, or the one
- *  before it when it was the last, or null when it was the only one. */
+ * before it when it was the last, or null when it was the only one. */
 KILNBASE_API MR_ListNode* MR_list_remove(MR_List* list, MR_ListNode* node);
 /** As `MR_list_remove`, and releases the node. */
 KILNBASE_API MR_ListNode* MR_list_delete(MR_List* list, MR_ListNode* node);

@@ -73,6 +73,15 @@ TEST_P(ItemStructure, PassesOnTheCodeOfTheStructure) {
   EXPECT_EQ(1, count()) << "added, but not by order";
 }
 
+TEST_P(ItemStructure, IsNoLongerOrderedAfterAnAdditionWithoutAStatus) {
+  EXPECT_EQ(1, add(7, &objects[0]));
+  EXPECT_EQ(1, list_->ordered);
+  EXPECT_EQ(1, AN_add_to_item_list(7, &objects[1], list_, nullptr));
+  EXPECT_EQ(0, list_->ordered);
+  list_->filter = [](void*) { return 0; };
+  EXPECT_EQ(0, AN_add_to_item_list(7, &objects[2], list_, nullptr));
+}
+
 TEST_P(ItemStructure, NullArgumentsAreArgumentErrors) {
   const auto code = [this] { return std::exchange(status_, MR_NO_ERROR); };
   EXPECT_EQ(0, add(7, nullptr));
@@ -129,6 +138,13 @@ TEST(Items, ArePrintedThroughTheDebugChannel) {
 }
 
 namespace {
+
+// A fraction would be lost.
+template <class Value>
+concept CanBeAdded = requires(Value value, MR_LinkList* list) {
+  An_add_to_item_list(5, list, value, list);
+};
+static_assert(CanBeAdded<int> && CanBeAdded<std::int64_t> && !CanBeAdded<double>);
 
 class ItemNodes : public testing::Test {
  protected:

@@ -63,5 +63,6 @@ TEST(Array, StaysAsItIsWhenItCannotGrow) {
   MR_array_size(array.get(), kMostInt);
   MR_array_put(array.get(), kMostInt, &array);
   EXPECT_EQ(0, array->count);
+  EXPECT_EQ(nullptr, arrayOf(8, kMostInt, 1));
   EXPECT_DEBUG_DEATH(arrayOf(-8, -5, -1), "element_size > 0");
 }

@@ -213,6 +213,28 @@ TEST(LinkList, CopiesAChainAndAttachesOneNode) {
   tail.head = cutOff;
 }
 
+// The rest of the chain behind a list's head is not its own, but stays linked.
+TEST(LinkList, InsertsInFrontOfAHeadWithinALongerChain) {
+  Records chain = {1, 3};
+  Records chain2 = {10, 30};
+  MR_LinkList list = {chain.head->next};
+  MR_LinkList list2 = {chain2.head->next};
+  MR_ll_insert_sorted2(&list, newNode(2), &list2, newNode(20), compareKeys);
+  EXPECT_THAT(chain.keys(), ElementsAre(1, 2, 3));
+  EXPECT_THAT(chain2.keys(), ElementsAre(10, 20, 30));
+  EXPECT_TRUE(list.head == chain.head->next && list2.head == chain2.head->next);
+}
+
+TEST(LinkList, ANodeInThePlaceOfItselfStays) {
+  Records list = {1, 2};
+  MR_ll_prepend(&list, list.head);
+  for (MR_LinkNode* const node : list.nodes()) {
+    MR_ll_insert(&list, node, node);
+    MR_ll_replace(&list, node, node);
+  }
+  EXPECT_THAT(list.keys(), ElementsAre(1, 2));
+}
+
 TEST(LinkList, RemovingANodeOfAnotherListLeavesTheHeads) {
   Records list = {1};
   Records other = {2, 3};

@@ -1,5 +1,7 @@
-// Calls of the framework's callbacks, and how its functions fail.
+// Calls of the framework's callbacks, how its functions fail, and pointers as numbers.
 #pragma once
+
+#include <cstdint>
 
 #include <kilnbase/util/DS/ds_structures.h>
 #include <kilnbase/util/mr_status.h>
@@ -28,6 +30,12 @@ inline StatusCode* ignored() {
 
 inline bool lacksMethods(const DS_Structure* structure) {
   return structure == nullptr || structure->methods == nullptr;
+}
+
+// To print and to compare.
+template <class T>
+unsigned long long addressOf(T* pointer) {
+  return reinterpret_cast<std::uintptr_t>(pointer);
 }
 
 // The same function under another type. By way of void (*)(), as compilers warn about other casts.
