@@ -170,10 +170,12 @@ TEST(Quaternion, HalfTurnsFindTheLargestDiagonalElement) {
   EXPECT_EQ(quaternion(0, 1, 0, 0), q = Tscale(1, -1, -1));
   EXPECT_EQ(quaternion(0, 0, 1, 0), q = Tscale(-1, 1, -1));
   EXPECT_EQ(quaternion(0, 0, 0, 1), q = Tscale(-1, -1, 1));
-  T4dDblMatrix swap = Tscale(1, 1, -1);
-  swap(0, 0) = swap(1, 1) = 0.0;
-  swap(0, 1) = swap(1, 0) = -1.0;
-  EXPECT_LT(distance(quaternion(0, std::sqrt(0.5), -std::sqrt(0.5), 0), q = swap), kRounding);
+  const double h = std::sqrt(0.5);
+  T4dDblMatrix swapXY = Tscale(1, 1, -1), swapXZ = Tscale(1, -1, 1);
+  swapXY(0, 0) = swapXY(1, 1) = swapXZ(0, 0) = swapXZ(2, 2) = 0.0;
+  swapXY(0, 1) = swapXY(1, 0) = swapXZ(0, 2) = swapXZ(2, 0) = -1.0;
+  EXPECT_LT(distance(quaternion(0, h, -h, 0), q = swapXY), kRounding);
+  EXPECT_LT(distance(quaternion(0, h, 0, -h), q = swapXZ), kRounding);
 }
 
 TEST(Quaternion, AnglesAndAxesComeBack) {

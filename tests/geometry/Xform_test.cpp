@@ -114,16 +114,18 @@ TEST(Xform, ScalesAndRotationsActAboutTheirPivots) {
     const Tscale scale = random.scale();
     const TunitQuaternion rotation = random.rotation(), more = random.rotation();
     xform = T4dDblMatrix();
-    xform.setScalePivotPoint(scalePivot).setRotatePivotPoint(rotatePivot);
+    xform = random.scale();
+    xform.setScalePivotPoint(scalePivot);
     xform = scale;
     const T4dDblMatrix scaled =
         move(-T4dDblVector(scalePivot)) * T4dDblMatrix(scale) * move(scalePivot);
     EXPECT_LT(distance(scaled, xform.composed()), kChainRounding);
+    const T4dDblVector image = rotatePivot * scaled;
+    xform.setRotatePivotPoint(rotatePivot);
     xform += rotation;
     xform += more;
     EXPECT_EQ(rotation * more, TunitQuaternion(xform.rotation()));
-    const T4dDblMatrix turned = scaled * move(-T4dDblVector(rotatePivot)) *
-                                T4dDblMatrix(rotation * more) * move(rotatePivot);
+    const T4dDblMatrix turned = scaled * move(-image) * T4dDblMatrix(rotation * more) * move(image);
     EXPECT_LT(distance(turned, xform.composed()), kChainRounding);
     xform.setRotatePivotPoint(scalePivot);
     xform = more;
