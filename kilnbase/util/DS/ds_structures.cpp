@@ -10,6 +10,7 @@
 #include <vx/Memory.h>
 #include <vx/Report.h>
 
+using vxKilnBase::detail::addressOf;
 using vxKilnBase::detail::fail;
 using vxKilnBase::detail::ignored;
 using vxKilnBase::detail::lacksMethods;
@@ -145,24 +146,19 @@ Fn install(Fn& field, Fn fn, const DS_Structure* registry, StatusCode* status) {
   return previous;
 }
 
-template <class T>
-unsigned long long address(T* pointer) {
-  return reinterpret_cast<std::uintptr_t>(pointer);
-}
-
 void printMembers(const DS_Structure& structure, DS_PrintFn printItem, void* user,
                   StatusCode* status) {
   const DS_Methods& methods = *structure.methods;
   for (DS_Position position = methods.head(&structure, status); position != nullptr;
        position = methods.next(&structure, position, status)) {
     void* item = methods.get_data(position, status);
-    rptDebug(0, "Item %#llx:\n", address(position));
+    rptDebug(0, "Item %#llx:\n", addressOf(position));
     if (printItem != nullptr) {
       rptDebug(0, ">>>");
       printItem(item, user);
       rptDebug(0, "<<<");
     } else {
-      rptDebug(0, "0x%llx\n", address(item));
+      rptDebug(0, "0x%llx\n", addressOf(item));
     }
   }
 }
@@ -326,10 +322,10 @@ void DS_print(const DS_Structure* structure, DS_PrintFn print_fn, void* user, St
     rptDebug(0, "Null structure\n");
     return;
   }
-  rptDebug(0, "Structure 0x%llx\n", address(structure));
+  rptDebug(0, "Structure 0x%llx\n", addressOf(structure));
   rptDebug(0, ">>>");
-  rptDebug(0, "Filter = 0x%llx\n", address(structure->filter));
-  rptDebug(0, "Comparator = 0x%llx\n", address(structure->comparator));
+  rptDebug(0, "Filter = 0x%llx\n", addressOf(structure->filter));
+  rptDebug(0, "Comparator = 0x%llx\n", addressOf(structure->comparator));
   rptDebug(0, "Ordered = %s\n", structure->ordered != 0 ? "TRUE" : "FALSE");
   rptDebug(0, "Filtered Member list =\n");
   rptDebug(0, ">>>");
@@ -344,7 +340,7 @@ void DS_print_structure(const DS_Structure* structure, DS_PrintFn print_fn, void
 
 int Ds_default_comparator(const void* a, const void* b) {
   if (a == nullptr || b == nullptr) return 0;
-  const unsigned long long left = address(itemAt(a)), right = address(itemAt(b));
+  const unsigned long long left = addressOf(itemAt(a)), right = addressOf(itemAt(b));
   return static_cast<int>(left > right) - static_cast<int>(left < right);
 }
 
