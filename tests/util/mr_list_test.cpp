@@ -1,6 +1,5 @@
 #include <cstdint>
 #include <cstdlib>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -9,86 +8,64 @@
 namespace {
 
 // The data are characters, so that a list reads as a word.
-class DataList : public testing::Test {
- protected:
-  ~DataList() override { MR_list_delete_all(&list_); }
+char letterOf(const void* node) {
+  const auto* const data = static_cast<const char*>(static_cast<const MR_ListNode*>(node)->data);
+  return data ? *data : '-';
+}
 
-  void fill() {
-    for (char& c : word_) MR_list_append(&list_, &c);
-  }
-  std::string read() const {
-    std::string read;
-    for (const MR_ListNode* node = list_.head; node; node = node->next) {
-      read += node->data ? *static_cast<const char*>(node->data) : '-';
-    }
-    return read;
-  }
-
-  std::string word_ = "acegi";
-  MR_List list_ = {nullptr};
-};
+std::string read(const MR_List& list) {
+  std::string word;
+  for (const MR_ListNode* node = list.head; node; node = node->next) word += letterOf(node);
+  return word;
+}
 
 std::int32_t compareNodes(const void* a, const void* b) {
-  const auto letter = [](const void* node) {
-    return *static_cast<const char*>(static_cast<const MR_ListNode*>(node)->data);
-  };
-  return letter(a) - letter(b);
+  return letterOf(a) - letterOf(b);
 }
 
 std::int32_t sameLetter(const void* data, const void* key) {
-  return *static_cast<const char*>(data) == *static_cast<const char*>(key);
+  return *static_cast<const char*>(data) == *static_cast<const char*>(key) ? -2 : 0;
 }
 
 }  // namespace
 
-TEST_F(DataList, NewNodesGoToTheirPlaces) {
+TEST(DataList, NewNodesGoToTheirPlacesAndAreFound) {
   char letters[] = "dbcxa";
-  MR_ListNode* const d = MR_list_insert(&list_, nullptr, &letters[0]);
-  MR_ListNode* const b = MR_list_insert(&list_, d, &letters[1]);
-  MR_ListNode* const c = MR_list_insert_sorted(&list_, &letters[2], compareNodes);
-  MR_ListNode* const a = MR_list_prepend(&list_, &letters[4]);
-  EXPECT_EQ("abcd", read());
+  MR_List list = {nullptr};
+  MR_ListNode* const d = MR_list_insert(&list, nullptr, &letters[0]);
+  MR_ListNode* const b = MR_list_insert(&list, d, &letters[1]);
+  MR_ListNode* const c = MR_list_insert_sorted(&list, &letters[2], compareNodes);
+  MR_ListNode* const a = MR_list_prepend(&list, &letters[4]);
   EXPECT_TRUE(a->next == b && b->next == c && c->next == d && d->prev == c && !a->prev);
-  MR_ListNode* const notLinked = MR_list_insert_sorted(&list_, &letters[3], nullptr);
+  MR_ListNode* const notLinked = MR_list_insert_sorted(&list, &letters[3], nullptr);
   EXPECT_TRUE(notLinked->data == &letters[3] && !notLinked->prev && !notLinked->next);
   std::free(notLinked);
-  EXPECT_EQ(nullptr, MR_list_append(&list_, nullptr));
-  EXPECT_EQ(nullptr, MR_list_insert_sorted(nullptr, &letters[3], compareNodes));
-  EXPECT_EQ("abcd", read());
+  EXPECT_EQ(nullptr, MR_list_append(&list, nullptr));
+  EXPECT_EQ(nullptr, MR_list_prepend(nullptr, letters));
+  EXPECT_EQ("abcd", read(list));
+
+  EXPECT_EQ(c, MR_list_find(list.head, &letters[2]));
+  EXPECT_EQ(nullptr, MR_list_find(c, &letters[1]));
+  EXPECT_EQ(c, MR_list_compar(list.head, "c", sameLetter));
+  EXPECT_EQ(nullptr, MR_list_compar(list.head, "z", sameLetter));
+  MR_list_delete_all(&list);
 }
 
-TEST_F(DataList, FindsByPointerAndByMatch) {
-  fill();
-  MR_ListNode* const third = list_.head->next->next;
-  EXPECT_EQ(third, MR_list_find(list_.head, &word_[2]));
-  EXPECT_EQ(nullptr, MR_list_find(third, &word_[0]));
-  EXPECT_EQ(third, MR_list_compar(list_.head, "e", sameLetter));
-  EXPECT_EQ(nullptr, MR_list_compar(list_.head, "z", sameLetter));
-}
-
-TEST_F(DataList, RemovalReturnsTheSuccessorOrAtTheEndThePredecessor) {
-  fill();
-  MR_ListNode* const second = list_.head->next;
-  MR_ListNode* const first = list_.head;
-  EXPECT_EQ(second, MR_list_remove(&list_, first));
+TEST(DataList, RemovalReturnsTheSuccessorOrAtTheEndThePredecessor) {
+  char letters[] = "abcdef";
+  MR_List list = {nullptr};
+  for (int i = 0; i < 6; ++i) MR_list_append(&list, &letters[i]);
+  MR_ListNode* const first = list.head;
+  EXPECT_EQ('b', letterOf(MR_list_remove(&list, first)));
   EXPECT_TRUE(!first->prev && !first->next);
   std::free(first);
-  MR_ListNode* const fourth = second->next->next;
-  EXPECT_EQ(fourth, MR_list_delete(&list_, second->next));
-  EXPECT_EQ(fourth, MR_list_delete(&list_, fourth->next));
-  EXPECT_EQ("cg", read());
-  MR_list_delete(&list_, list_.head);
-  EXPECT_EQ(nullptr, MR_list_delete(&list_, list_.head));
-  EXPECT_EQ(nullptr, MR_list_delete(&list_, nullptr));
-  EXPECT_EQ(nullptr, list_.head);
-}
-
-TEST_F(DataList, DeletesNodesWhoseDataHasGone) {
-  fill();
-  for (const std::size_t gone : {0, 3, 4}) {
-    MR_list_find(list_.head, &word_[gone])->data = nullptr;
-  }
-  EXPECT_EQ("-ce--", read());
-  MR_list_delete_empty(&list_);
-  EXPECT_EQ("ce", read());
+  EXPECT_EQ('d', letterOf(MR_list_delete(&list, list.head->next)));
+  EXPECT_EQ('e', letterOf(MR_list_delete(&list, MR_list_find(list.head, &letters[5]))));
+  EXPECT_EQ("bde", read(list));
+  list.head->data = list.head->next->next->data = nullptr;
+  MR_list_delete_empty(&list);
+  EXPECT_EQ("d", read(list));
+  EXPECT_EQ(nullptr, MR_list_delete(&list, nullptr));
+  EXPECT_EQ(nullptr, MR_list_delete(&list, list.head));
+  EXPECT_EQ(nullptr, list.head);
 }

@@ -7,17 +7,14 @@ TEST(Pool, PiecesFollowEachOtherUntilTheBlockIsUsedUp) {
   MR_Pool* pool = MR_pool_new(10);
   auto* const first = static_cast<char*>(MR_pool_alloc(pool, 3));
   EXPECT_EQ(first + 3, MR_pool_alloc(pool, 7));
-  EXPECT_EQ(nullptr, pool->blocks.head->next);
   auto* const second = static_cast<char*>(MR_pool_alloc(pool, 4));
   EXPECT_EQ(second, pool->blocks.head->data);
   EXPECT_EQ(first, pool->blocks.head->next->data);
   std::memset(first, 1, 10);
-  std::memset(second, 2, 10);
   EXPECT_EQ(nullptr, MR_pool_alloc(pool, 11));
   EXPECT_EQ(nullptr, MR_pool_alloc(pool, -1));
   EXPECT_EQ(second + 4, MR_pool_alloc(pool, 6));
-  EXPECT_NE(nullptr, MR_pool_alloc(pool, 10));
-  EXPECT_EQ(10U, pool->used);
+  std::memset(MR_pool_alloc(pool, 10), 2, 10);
   MR_pool_free(&pool);
   EXPECT_EQ(nullptr, pool);
   MR_pool_free(&pool);

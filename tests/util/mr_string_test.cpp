@@ -6,11 +6,11 @@
 
 namespace {
 
-template <class Change>
-std::string changed(const char* text, Change change) {
+template <class Change, class... Character>
+std::string changed(const char* text, Change change, Character... c) {
+  change(nullptr, c...);
   char buffer[32];
-  std::strcpy(buffer, text);
-  change(buffer);
+  change(std::strcpy(buffer, text), c...);
   return buffer;
 }
 
@@ -18,32 +18,28 @@ std::string changed(const char* text, Change change) {
 
 TEST(Strings, LoseCharactersAtTheEndsOrEverywhere) {
   const struct {
-    const char* text;
-    const char* ends;
-    const char* end;
-    const char* all;
+    const char *text, *ends, *end, *all;
   } cases[] = {{"", "", "", ""},
                {"xx", "", "", ""},
                {"axb", "axb", "axb", "ab"},
-               {"xxaxbx", "axb", "xxaxb", "ab"},
-               {"ax", "a", "a", "a"},
-               {"xa", "a", "xa", "a"}};
+               {"xxaxbx", "axb", "xxaxb", "ab"}};
+  char copied[32] = "before";
   for (const auto& each : cases) {
-    EXPECT_EQ(each.ends,
-              changed(each.text, [](char* s) { MR_string_leading_trailing_remove(s, 'x'); }));
-    EXPECT_EQ(each.end, changed(each.text, [](char* s) { MR_string_trailing_remove(s, 'x'); }));
-    EXPECT_EQ(each.all, changed(each.text, [](char* s) { MR_string_stripchar(s, 'x'); }));
-    EXPECT_EQ(each.all,
-              changed("before", [&](char* s) { MR_string_strcpy_stripchar(s, each.text, 'x'); }));
+    EXPECT_EQ(each.ends, changed(each.text, MR_string_leading_trailing_remove, 'x'));
+    EXPECT_EQ(each.end, changed(each.text, MR_string_trailing_remove, 'x'));
+    EXPECT_EQ(each.all, changed(each.text, MR_string_stripchar, 'x'));
+    MR_string_strcpy_stripchar(copied, each.text, 'x');
+    EXPECT_STREQ(each.all, copied);
   }
-  EXPECT_EQ("", changed("before", [](char* s) { MR_string_strcpy_stripchar(s, nullptr, 'x'); }));
+  MR_string_strcpy_stripchar(nullptr, copied, 'x');
+  MR_string_strcpy_stripchar(copied, nullptr, 'x');
+  EXPECT_STREQ("", copied);
 }
 
 // Integers are not spared.
 TEST(Strings, NumbersLoseTheirZerosAtTheEnd) {
   const char* const cases[][2] = {{"1.500", "1.5"}, {"2.000", "2.0"}, {"000", "0"}, {"100", "1"},
-                                  {"1e10", "1e1"},  {"0.0", "0.0"},   {"", "0"},    {"5.", "5.0"},
-                                  {"1.05", "1.05"}, {"-0", "-"}};
+                                  {"1.05", "1.05"}, {"", "0"},        {"5.", "5.0"}};
   for (const auto& [text, shortened] : cases) {
     EXPECT_EQ(shortened, changed(text, MR_string_number_de_zero)) << text;
   }
