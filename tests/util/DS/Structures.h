@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <memory>
 #include <vector>
 
@@ -46,19 +47,24 @@ inline Owned makeStructure(int kind, const Numbers& numbers = {},
   return structure;
 }
 
+class Kinds : public testing::TestWithParam<int> {
+ protected:
+  Owned make(const Numbers& numbers = {}, DS_Comparator comparator = Ds_default_comparator) const {
+    return makeStructure(GetParam(), numbers, comparator);
+  }
+
+  StatusCode status_ = MR_NO_ERROR;
+};
+
 // What a filter lets through, from head to tail.
-inline Numbers contents(const DS_Structure* structure) {
+inline Numbers contents(const Owned& structure) {
   Numbers numbers;
-  const DS_Methods& methods = *structure->methods;
-  for (DS_Position position = methods.head(structure, nullptr); position != nullptr;
-       position = methods.next(structure, position, nullptr)) {
-    numbers.push_back(number(methods.get_data(position, nullptr)));
+  const DS_Methods& m = *structure->methods;
+  DS_Position at = m.head(structure.get(), nullptr);
+  for (; at != nullptr; at = m.next(structure.get(), at, nullptr)) {
+    numbers.push_back(number(m.get_data(at, nullptr)));
   }
   return numbers;
-}
-
-inline Numbers contents(const Owned& structure) {
-  return contents(structure.get());
 }
 
 inline int isEven(void* item) {

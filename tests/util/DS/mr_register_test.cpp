@@ -4,34 +4,36 @@
 
 #include "tests/util/DS/Structures.h"
 
-using kilntest::item;
-using kilntest::Owned;
+using namespace kilntest;
 
 TEST(Register, IdsAreUniqueAndValuesAreFoundByThem) {
+  DS_Structure* none = nullptr;
+  DS_Structure bare{1, nullptr, nullptr, nullptr, nullptr};
+  for (DS_Structure* registry : {none, &bare}) {
+    StatusCode codes[5] = {};
+    EXPECT_EQ(0,
+              MR_register_item(1, item(1), registry != nullptr ? &registry : nullptr, &codes[0]));
+    EXPECT_EQ(nullptr, MR_get_id_registration(1, registry, &codes[1]));
+    EXPECT_EQ(-1, MR_get_items_registration_id(item(1), registry, &codes[2]));
+    EXPECT_EQ(0, MR_deregister_item(item(1), registry, &codes[3]));
+    EXPECT_EQ(0, MR_clear_registrations(registry, &codes[4]));
+    for (const StatusCode code : codes) EXPECT_EQ(MR_ARGUMENT_ERROR, code);
+  }
   DS_Structure* registry = nullptr;
   StatusCode status = MR_NO_ERROR;
   EXPECT_EQ(0, MR_register_item(-1, item(1), &registry, &status));
   EXPECT_EQ(MR_INVALID_FUNCTION, status);
-  EXPECT_EQ(nullptr, registry);
   status = MR_NO_ERROR;
-  EXPECT_EQ(1, MR_register_item(0, item(10), &registry, &status));
   EXPECT_EQ(1, MR_register_item(7, item(17), &registry, nullptr));
-  EXPECT_EQ(1, MR_register_item(8, nullptr, &registry, &status));
-  EXPECT_EQ(MR_NO_ERROR, status);
-  EXPECT_EQ(0, MR_register_item(7, item(18), &registry, &status));
-  EXPECT_EQ(MR_INVALID_FUNCTION, status);
-  EXPECT_EQ(0, MR_register_item(8, item(18), &registry, nullptr)) << "null is a value";
-
+  EXPECT_EQ(1, MR_register_item(0, nullptr, &registry, &status));
+  EXPECT_EQ(0, MR_register_item(0, item(18), &registry, nullptr)) << "null is a value";
   const Owned owned(registry);
-  status = MR_NO_ERROR;
-  EXPECT_EQ(DS_SLIST, registry->methods->get_type());
   EXPECT_EQ(item(17), MR_get_id_registration(7, registry, &status));
   EXPECT_EQ(7, MR_get_items_registration_id(item(17), registry, &status));
-  EXPECT_EQ(8, MR_get_items_registration_id(nullptr, registry, &status));
+  EXPECT_EQ(0, MR_get_items_registration_id(nullptr, registry, &status));
   EXPECT_EQ(MR_NO_ERROR, status);
   EXPECT_EQ(nullptr, MR_get_id_registration(9, registry, &status));
   EXPECT_EQ(MR_ITEM_NOT_FOUND, status);
-  EXPECT_EQ(-1, MR_get_items_registration_id(item(99), registry, nullptr));
   EXPECT_EQ(1, MR_clear_registrations(registry, nullptr));
 }
 
@@ -46,29 +48,4 @@ TEST(Register, DeregistrationGoesByValueAndTakesTheFirst) {
   EXPECT_EQ(MR_NO_ERROR, status);
   EXPECT_EQ(0, MR_deregister_item(item(99), registry, &status));
   EXPECT_EQ(1, MR_clear_registrations(registry, &status));
-  EXPECT_EQ(0, registry->methods->enumerate(registry, nullptr));
-  EXPECT_EQ(1, MR_register_item(3, item(1), &registry, nullptr));
-  EXPECT_EQ(1, MR_clear_registrations(registry, &status));
-}
-
-TEST(Register, NullArgumentsAreToldApart) {
-  StatusCode status = MR_NO_ERROR;
-  const auto code = [&] { return std::exchange(status, MR_NO_ERROR); };
-  EXPECT_EQ(0, MR_register_item(1, item(1), nullptr, &status));
-  EXPECT_EQ(MR_ARGUMENT_ERROR, code());
-  EXPECT_EQ(nullptr, MR_get_id_registration(1, nullptr, &status));
-  EXPECT_EQ(MR_ARGUMENT_ERROR, code());
-  EXPECT_EQ(-1, MR_get_items_registration_id(item(1), nullptr, &status));
-  EXPECT_EQ(MR_ARGUMENT_ERROR, code());
-  EXPECT_EQ(0, MR_deregister_item(item(1), nullptr, &status));
-  EXPECT_EQ(MR_ARGUMENT_ERROR, code());
-  EXPECT_EQ(0, MR_clear_registrations(nullptr, &status));
-  EXPECT_EQ(MR_ARGUMENT_ERROR, code());
-  DS_Structure bare{1, nullptr, nullptr, nullptr, nullptr};
-  DS_Structure* ofUnknownKind = &bare;
-  EXPECT_EQ(0, MR_register_item(1, item(1), &ofUnknownKind, &status));
-  EXPECT_EQ(MR_ARGUMENT_ERROR, code());
-  const Owned registry = kilntest::makeStructure(DS_SLIST);
-  EXPECT_EQ(0, MR_deregister_item(nullptr, registry.get(), &status));
-  EXPECT_EQ(MR_ARGUMENT_ERROR, code());
 }
