@@ -200,12 +200,22 @@ struct BinaryTree {
            comparator == Ds_filo_comparator;
   }
 
+  // Whether an item that equals one end compares with the other as that end does. One that equals
+  // items which differ, as a NaN does among numbers, does not.
+  static bool fitsEnds(const Tree& tree, const Slot* slot) {
+    const Slot* const front = first(&tree);
+    const Slot* const back = last(&tree);
+    const int toFront = tree.comparator(slot, front), toBack = tree.comparator(slot, back);
+    return (toFront != 0 || toBack == tree.comparator(front, back)) &&
+           (toBack != 0 || toFront == tree.comparator(back, front));
+  }
+
   // Whether no item is less than the one before it, by answers of 0 and 1.
   static bool isInOrder(const Tree& tree) {
     Slot* slot = first(&tree);
     for (Slot* later = next(&tree, slot); later != nullptr; later = next(&tree, later)) {
       const int answer = tree.comparator(later, slot);
-      if (answer != 0 && answer != 1) return false;
+      if ((answer != 0 && answer != 1) || !fitsEnds(tree, later)) return false;
       slot = later;
     }
     return true;
@@ -214,19 +224,14 @@ struct BinaryTree {
   // Whether the answers about an item go from 1 by way of 0 to -1 along the order.
   static bool answersFall(const Tree& tree, void* item) {
     const Slot added{item};
-    int last = 1;
+    if (!fitsEnds(tree, &added)) return false;
+    int least = 1;
     for (Slot* slot = first(&tree); slot != nullptr; slot = next(&tree, slot)) {
       const int answer = tree.comparator(&added, slot);
-      if (answer > last || answer < -1) return false;
-      last = answer;
+      if (answer > least || answer < -1) return false;
+      least = answer;
     }
     return true;
-  }
-
-  // Whether an item equals both ends although these differ, as a NaN does among numbers.
-  static bool equalsAll(const Tree& tree, const Slot& added) {
-    const Slot* const back = last(&tree);
-    return tree.comparator(&added, back) == 0 && tree.comparator(back, first(&tree)) != 0;
   }
 
   // The gap by binary search; nothing when the comparator answers anything but -1, 0 and 1. One
@@ -235,7 +240,7 @@ struct BinaryTree {
     const Slot added{item};
     Slot* const front = first(&tree);
     int answer = tree.comparator(&added, front);
-    if (answer == 0 && equalsAll(tree, added)) return std::nullopt;
+    if (!fitsEnds(tree, &added)) return std::nullopt;
     if (answer == 0 || answer == -1) return Gap{nullptr, front};
     Gap gap{};
     Node* node = tree.children[kLeft];
