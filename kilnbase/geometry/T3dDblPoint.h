@@ -13,16 +13,17 @@ class T3dDblPoint {
   double y = 0.0;
   double z = 0.0;
 
-  /// (0, 0, 0).
+  /// (0, 0, 0); T3dDblPoint() is the constexpr form.
   KILNBASE_API static const T3dDblPoint origin;
 
   constexpr T3dDblPoint() = default;
   constexpr T3dDblPoint(double x_, double y_, double z_) : x(x_), y(y_), z(z_) {}
-  constexpr T3dDblPoint(const T4dDblVector& v)  // NOLINT(google-explicit-constructor)
-      : T3dDblPoint(v.x, v.y, v.z) {}
+  constexpr T3dDblPoint(const T4dDblVector& v) : T3dDblPoint(v.x, v.y, v.z) {}
 
   constexpr int operator==(const T3dDblPoint& p) const { return x == p.x && y == p.y && z == p.z; }
   constexpr int operator!=(const T3dDblPoint& p) const { return !(*this == p); }
+  constexpr int operator==(const T4dDblVector& v) const { return *this == T3dDblPoint(v); }
+  constexpr int operator!=(const T4dDblVector& v) const { return !(*this == v); }
   /// Whether the points are at most `tol` apart. Squares are compared, so the sign of `tol` does
   /// not matter.
   constexpr int equivalent(const T3dDblPoint& p, double tol) const {
@@ -48,3 +49,11 @@ class T3dDblPoint {
 };
 
 constexpr T4dDblVector::T4dDblVector(const T3dDblPoint& p) : T4dDblVector(p.x, p.y, p.z) {}
+
+constexpr int T4dDblVector::operator==(const T3dDblPoint& p) const {
+  return p == *this;
+}
+
+constexpr int T4dDblVector::operator!=(const T3dDblPoint& p) const {
+  return p != *this;
+}

@@ -21,10 +21,11 @@
 ///     m *= T4dDblVector(5, 0, 0);                 // turns, then moves
 ///     T3dDblPoint p = T3dDblPoint(1, 0, 0) * m;   // (5, 1, 0)
 ///
-/// Vectors, scales and quaternions convert to matrices, as in the example. Beware of `m * v` with a
-/// vector: that is the column product, a vector.
+/// Vectors, scales and quaternions convert to matrices, as in the example. M * v is the column
+/// product.
 class T4dDblMatrix {
  public:
+  /// The identity; T4dDblMatrix() is the constexpr form.
   KILNBASE_API static const T4dDblMatrix identity;
 
   /// The identity.
@@ -70,14 +71,11 @@ class T4dDblMatrix {
   /// Writes one line for each row, in the format "%g %g %g %g\n".
   KILNBASE_API void print(std::FILE* file) const;
 
- protected:
-  /// The rotation of `setToAxisRotate` by an angle of this cosine and sine.
-  T4dDblMatrix& setToAxisTurn(const T4dDblVector& axis, double cosine, double sine);
-
  private:
   friend class T3dDblPoint;
   friend class T4dDblPoint;
   friend class T4dDblVector;
+  friend class TgenXformMatrix;
   friend class Tquaternion;
   friend class Tscale;
   // The upper left 3x3, row by row; the rest is that of the identity.
@@ -87,6 +85,9 @@ class T4dDblMatrix {
 
   struct Unset {};
   constexpr explicit T4dDblMatrix(Unset) {}  // for who sets every element
+
+  // The rotation of `setToAxisRotate` by an angle of this cosine and sine.
+  T4dDblMatrix& setToAxisTurn(const T4dDblVector& axis, double cosine, double sine);
 
   // A row times this matrix.
   constexpr T4dDblPoint rowProduct(double x, double y, double z, double w) const {
@@ -185,6 +186,10 @@ constexpr T4dDblVector T4dDblVector::operator*(const T4dDblMatrix& m) const {
 constexpr T4dDblVector operator*(const T4dDblMatrix& m, const T4dDblVector& v) {
   return T4dDblVector().setToProduct(m, v);
 }
+
+/// Points have no column product by `*`: they would lose their weight, and the translation.
+T4dDblVector operator*(const T4dDblMatrix& m, const T3dDblPoint& p) = delete;
+T4dDblVector operator*(const T4dDblMatrix& m, const T4dDblPoint& p) = delete;
 
 constexpr T3dDblPoint& T3dDblPoint::setToProduct(const T3dDblPoint& p, const T4dDblMatrix& m) {
   return *this = T3dDblPoint(p.x * m.element_[0][0] + p.y * m.element_[1][0] +

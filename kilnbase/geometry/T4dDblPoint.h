@@ -10,7 +10,9 @@
 /// Constructors, assignments, comparisons and products take the components as they stand;
 /// differences and sums with vectors are those of the Cartesian forms.
 ///
-/// A point is a row in p * M and a column in M * p; the products stand in T4dDblMatrix.h.
+/// A point is a row in p * M; for the column product use `premultBy` or `setToProduct(M, p)`. The
+/// products stand in T4dDblMatrix.h.
+///
 /// Comparisons answer 0 or 1. Nothing guards against w = 0: the results are infinite or NaN.
 class T4dDblPoint {
  public:
@@ -19,7 +21,7 @@ class T4dDblPoint {
   double z = 0.0;
   double w = 1.0;
 
-  /// (0, 0, 0, 1).
+  /// (0, 0, 0, 1); T4dDblPoint() is the constexpr form.
   KILNBASE_API static const T4dDblPoint origin;
 
   constexpr T4dDblPoint() = default;

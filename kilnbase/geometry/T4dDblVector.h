@@ -31,14 +31,14 @@ class T4dDblVector {
   double y = 0.0;
   double z = 0.0;
 
-  /// (0, 0, 0): no displacement.
+  /// (0, 0, 0): no displacement; T4dDblVector() is the constexpr form.
   KILNBASE_API static const T4dDblVector identity;
 
   constexpr T4dDblVector() = default;
   constexpr T4dDblVector(double x_, double y_, double z_) : x(x_), y(y_), z(z_) {}
-  constexpr T4dDblVector(const T3dDblPoint& p);  // NOLINT(google-explicit-constructor)
+  constexpr T4dDblVector(const T3dDblPoint& p);
   /// Drops `w`, without dividing by it.
-  constexpr T4dDblVector(const T4dDblPoint& p);  // NOLINT(google-explicit-constructor)
+  constexpr T4dDblVector(const T4dDblPoint& p);
   constexpr T4dDblVector& set(double newX, double newY, double newZ) {
     x = newX;
     y = newY;
@@ -48,7 +48,7 @@ class T4dDblVector {
   /// Takes the translation of the matrix: (M(3,0), M(3,1), M(3,2)).
   constexpr T4dDblVector& operator=(const T4dDblMatrix& m);
   /// The pure translation by this vector.
-  constexpr operator T4dDblMatrix() const;  // NOLINT(google-explicit-constructor)
+  constexpr operator T4dDblMatrix() const;
 
   /// 0 is x, 1 is y, every other index z.
   constexpr double& operator[](std::size_t i) { return i == 0 ? x : i == 1 ? y : z; }
@@ -61,6 +61,8 @@ class T4dDblVector {
 
   constexpr int operator==(const T4dDblVector& v) const { return x == v.x && y == v.y && z == v.z; }
   constexpr int operator!=(const T4dDblVector& v) const { return !(*this == v); }
+  constexpr int operator==(const T3dDblPoint& p) const;
+  constexpr int operator!=(const T3dDblPoint& p) const;
   /// Whether the difference is shorter than `tol`. Unlike for points, one of exactly `tol` is not.
   int equivalent(const T4dDblVector& v, double tol) const { return (*this - v).length() < tol; }
   int unitLength(double tol) const { return std::fabs(length() - 1.0) < tol; }
@@ -120,13 +122,18 @@ class T4dDblVector {
   }
 
   /// Right-handed rotations about the axes.
-  T4dDblVector& rotateItX(const Tangle& angle);
-  T4dDblVector& rotateItY(const Tangle& angle);
-  T4dDblVector& rotateItZ(const Tangle& angle);
+  inline T4dDblVector& rotateItX(const Tangle& angle);
+  inline T4dDblVector& rotateItY(const Tangle& angle);
+  inline T4dDblVector& rotateItZ(const Tangle& angle);
   /// The rotation that turns this direction into the target's; the identity when the product of
   /// their lengths is below 1e-9. Opposite directions turn about an axis perpendicular to both, if
   /// their cosine comes out as exactly -1; one ulp off and the turn is about the rounding errors of
   /// their cross product, or none at all.
+  ///
+  /// The identity also when the axis is too short for `Tquaternion::setToPivotAxis`: when the
+  /// squared length of the cross product, or of this vector for opposite directions, is 1e-9 or
+  /// less. So normalise first; even then, directions within 3e-5 of parallel or opposite do not
+  /// turn.
   KILNBASE_API TunitQuaternion rotateTo(const T4dDblVector& target) const;
 
   /// this := v * M and this := M * v, by the upper left 3x3 of M only.

@@ -5,7 +5,8 @@
 #include <kilnbase/geometry/T4dDblVector.h>
 
 /// An angle, kept as degrees, as radians, or as its cosine and sine: as it was last set. A getter
-/// derives what it needs from what is there and keeps the result, also in a const angle.
+/// derives what it needs from what is there and keeps the result, also in a const angle, which two
+/// threads must not read at once for that reason.
 ///
 /// Angles that were set are never wrapped into a range, but for whole degrees; angles derived from
 /// a cosine and sine lie in [-180, 180] degrees. Whole degrees, a `long`, and degrees with a
@@ -20,10 +21,8 @@ class Tangle {
  public:
   /// 0 degrees.
   constexpr Tangle() = default;
-  constexpr Tangle(double degrees) {
-    this->degrees(degrees);
-  }                                                 // NOLINT(google-explicit-constructor)
-  Tangle(long degrees) { this->degrees(degrees); }  // NOLINT(google-explicit-constructor)
+  constexpr Tangle(double degrees) { this->degrees(degrees); }
+  Tangle(long degrees) { this->degrees(degrees); }
   constexpr Tangle(double cosine, double sine) { setCosSin(cosine, sine); }
 
   constexpr void degrees(double value) {

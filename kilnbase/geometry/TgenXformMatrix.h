@@ -1,6 +1,9 @@
 // Matrices that are built up step by step.
 #pragma once
 
+#include <concepts>
+#include <cstddef>
+
 #include <kilnbase/export.h>
 #include <kilnbase/geometry/T4dDblMatrix.h>
 #include <kilnbase/geometry/Tangle.h>
@@ -18,7 +21,13 @@ class KILNBASE_API TgenXformMatrix : public T4dDblMatrix {
  public:
   TgenXformMatrix& translate(double x, double y, double z);
   TgenXformMatrix& translate(const double v[3]) { return translate(v[0], v[1], v[2]); }
+  TgenXformMatrix& translate(std::nullptr_t) = delete;
   TgenXformMatrix& scale(double s) { return scale(s, s, s); }
+  /// So that a literal 0 is a scale, not a null pointer.
+  template <std::integral Integer>
+  TgenXformMatrix& scale(Integer s) {
+    return scale(static_cast<double>(s));
+  }
   TgenXformMatrix& scale(double sx, double sy, double sz);
   TgenXformMatrix& scale(const double s[3]) { return scale(s[0], s[1], s[2]); }
   TgenXformMatrix& rotatex(const Tangle& angle) { return rotateRows(1, 2, angle); }

@@ -32,6 +32,7 @@ class Tplane {
 
   /// Intersects with the line p + t * v. Returns 2 when the plane lies ahead along `v` (t >= 0), 3
   /// when it lies behind; `out` is the intersection, a Cartesian point. Returns 1 and leaves `out`
-  /// alone when v and the normal have a dot product of less than 1e-9: the line is parallel.
+  /// alone when v and the normal have a dot product of magnitude below 1e-9: the line is parallel.
+  /// A short v counts as parallel, too.
   KILNBASE_API int intersection(T4dDblPoint p, T4dDblVector v, T4dDblPoint& out) const;
 };

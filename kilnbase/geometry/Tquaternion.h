@@ -24,9 +24,9 @@ class Tquaternion {
   /// The identity, (1, 0, 0, 0).
   constexpr Tquaternion() = default;
   /// Takes the rotation of the upper left 3x3, which must be a rotation for the result to be of
-  /// unit length. The largest of the four components is found first, from the trace or from the
-  /// largest diagonal element, and the others by dividing by it (Shoemake, "Animating rotation with
-  /// quaternion curves", 1985).
+  /// unit length. A component that is not small is found first, w for a positive trace, else that
+  /// of the largest diagonal element, and the others by dividing by it (Shoemake, "Animating
+  /// rotation with quaternion curves", 1985).
   KILNBASE_API Tquaternion& operator=(const T4dDblMatrix& m);
 
   constexpr int operator==(const Tquaternion& q) const {
@@ -79,7 +79,7 @@ class Tquaternion {
   KILNBASE_API TunitQuaternion exp() const;
 
   constexpr void convertToMatrix(T4dDblMatrix& m) const { m = *this; }
-  constexpr operator T4dDblMatrix() const;  // NOLINT(google-explicit-constructor)
+  constexpr operator T4dDblMatrix() const;
 
  protected:
   /// 0 is w, 1 is x, 2 is y, every other index z.
@@ -99,3 +99,6 @@ constexpr Tquaternion::operator T4dDblMatrix() const {
           (x * y - w * z) * s,       1.0 - (x * x + z * z) * s, (y * z + w * x) * s,
           (x * z + w * y) * s,       (y * z - w * x) * s,       1.0 - (x * x + y * y) * s};
 }
+
+/// A vector is turned as a row, v * q; the column product would turn it the other way.
+T4dDblVector operator*(const Tquaternion& q, const T4dDblVector& v) = delete;

@@ -15,7 +15,7 @@ class Tscale {
   double y = 1.0;
   double z = 1.0;
 
-  /// (1, 1, 1).
+  /// (1, 1, 1); Tscale() is the constexpr form.
   KILNBASE_API static const Tscale identity;
 
   constexpr Tscale() = default;
@@ -33,7 +33,7 @@ class Tscale {
   }
 
   /// The identity with the clamped components on the diagonal.
-  constexpr operator T4dDblMatrix() const {  // NOLINT(google-explicit-constructor)
+  constexpr operator T4dDblMatrix() const {
     return {clamped(x), 0, 0, 0, clamped(y), 0, 0, 0, clamped(z)};
   }
 

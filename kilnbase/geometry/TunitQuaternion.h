@@ -19,6 +19,8 @@ class TunitQuaternion : public Tquaternion {
     Tquaternion::operator=(m);
     return *this;
   }
+  /// A rotation is of unit length: normalise first.
+  TunitQuaternion& operator=(const Tquaternion& q) = delete;
 
   constexpr TunitQuaternion operator*(const TunitQuaternion& q) const {
     return TunitQuaternion(Tquaternion::operator*(q));

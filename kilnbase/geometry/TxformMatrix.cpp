@@ -124,12 +124,14 @@ T4dDblMatrix TxformMatrix::undoneRotationAndScale() const {
 void TxformMatrix::extractVectorsFromMatrix() {
   T4dDblMatrix frame = *this;
   double lengths[3];
+  T4dDblVector axes[3];
   for (std::size_t r = 0; r < 3; ++r) {
     double* row = frame[r];
     lengths[r] = T4dDblVector(row[0], row[1], row[2]).length();
     for (int c = 0; c < 3; ++c) row[c] /= lengths[r];
+    axes[r].set(row[0], row[1], row[2]);
   }
-  if (frame.det3x3() < 0.0) {
+  if (axes[2].dotProduct(axes[0].crossProduct(axes[1])) < 0.0) {
     lengths[2] = -lengths[2];
     for (int c = 0; c < 3; ++c) frame[2][c] = -frame[2][c];
   }

@@ -17,7 +17,8 @@
 ///
 /// Assigning a component changes the components alone: the matrix stays what it was last set to,
 /// and `dirty` is 1 until a matrix is assigned. `composed` and `inverse` are those of the
-/// components. The matrix operations that are inherited change the matrix alone.
+/// components, with the clamped scale: scales nearer to 0 than 0.0001, which a matrix may have, are
+/// composed as 0.0001. The matrix operations that are inherited change the matrix alone.
 ///
 ///     TxformMatrix xform(matrix);
 ///     xform.setRotatePivotPoint(centre);    // changes nothing
@@ -29,7 +30,7 @@ class KILNBASE_API TxformMatrix : public T4dDblMatrix {
   constexpr TxformMatrix() = default;
   /// Takes the matrix and extracts the components. All pivots are 0, and a mirroring matrix has a
   /// negative z scale. Row vectors of length 0 give NaN components.
-  TxformMatrix(const T4dDblMatrix& m);  // NOLINT(google-explicit-constructor)
+  TxformMatrix(const T4dDblMatrix& m);
   TxformMatrix& operator=(const T4dDblMatrix& m);
 
   /// Stores the scale. Moves back exactly from the scale pivot, which drops what kept the transform
@@ -37,6 +38,8 @@ class KILNBASE_API TxformMatrix : public T4dDblMatrix {
   TxformMatrix& operator=(const Tscale& s);
   /// Stores the rotation, and likewise moves back exactly from the rotate pivot.
   TxformMatrix& operator=(const TunitQuaternion& q);
+  /// A rotation is of unit length: normalise first.
+  TxformMatrix& operator=(const Tquaternion& q) = delete;
   /// Sets the translation such that the origin of the composed transform is at v * S * R.
   TxformMatrix& operator=(const T4dDblVector& v);
   /// Moves, before scale and rotation, by `v`.
