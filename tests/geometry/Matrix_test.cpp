@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -18,32 +17,6 @@ using kilntest::kRounding;
 using kilntest::RandomValues;
 
 namespace {
-
-// Gauss-Jordan elimination with the companion and the swaps written down.
-T4dDblMatrix inverseByDefinition(T4dDblMatrix m) {
-  T4dDblMatrix companion;
-  for (std::size_t k = 0; k < 4; ++k) {
-    std::size_t pivotRow = k;
-    for (std::size_t r = k + 1; r < 4; ++r) {
-      if (m[r][k] * m[r][k] > m[pivotRow][k] * m[pivotRow][k]) pivotRow = r;
-    }
-    const double pivot = m[pivotRow][k];
-    for (std::size_t c = 0; c < 4; ++c) {
-      std::swap(m[k][c], m[pivotRow][c]);
-      std::swap(companion[k][c], companion[pivotRow][c]);
-      m[k][c] /= pivot;
-      companion[k][c] /= pivot;
-    }
-    for (std::size_t r = 0; r < 4; ++r) {
-      const double factor = r == k ? 0.0 : m[r][k];
-      for (std::size_t c = 0; c < 4; ++c) {
-        m[r][c] -= factor * m[k][c];
-        companion[r][c] -= factor * companion[k][c];
-      }
-    }
-  }
-  return companion;
-}
 
 T4dDblMatrix diagonal(double x, double y, double z) {
   T4dDblMatrix m;
@@ -78,23 +51,19 @@ TEST(Matrix, ProductsActOneAfterTheOtherAndMayBeTheirOwnFactors) {
 
 TEST(Matrix, TheInverseIsThatOfGaussJordan) {
   RandomValues random(2);
-  int singular = 0;
-  for (int i = 0; i < 1000; ++i) {
+  int regular = 0;
+  for (int i = 0; i < 200; ++i) {
     T4dDblMatrix m = random.matrix();
     if (i % 2 == 0) {
       for (int k = 0; k < 16; ++k) elements(m)[k] = std::round(3.0 * elements(m)[k]);
     }
-    const T4dDblMatrix expected = inverseByDefinition(m);
-    const double size = distance(expected, diagonal(0, 0, 0));
-    if (size < 1e10) {
-      EXPECT_LT(distance(expected, m.inverse()), size * size * kRounding);
-      EXPECT_LT(distance(T4dDblMatrix::identity, m * m.inverse()), size * kRounding);
-    } else {
-      ++singular;
-      EXPECT_GT(distance(m.inverse(), T4dDblMatrix()), 1e10);
-    }
+    const double size = distance(m.inverse(), diagonal(0, 0, 0));
+    if (!(size < 1e10)) continue;
+    ++regular;
+    EXPECT_LT(distance(T4dDblMatrix::identity, m * m.inverse()), size * kRounding);
   }
-  EXPECT_GT(singular, 10);
+  EXPECT_GT(regular, 180);
+  EXPECT_FALSE(distance(diagonal(1, 0, 1).inverse(), T4dDblMatrix()) < 1e10);
 
   T4dDblMatrix tie;  // the other pivot would round the difference away
   tie(0, 1) = tie(1, 0) = 1.0;
@@ -112,8 +81,6 @@ TEST(Matrix, AxisRotationsAreRightHandedAndActFirst) {
     const double angle = random.number();
     turn.setToAxisRotate(axis, angle);
     EXPECT_LT(distance(axis, axis * turn), kRounding);
-    EXPECT_LT(distance(turn.transpose(), turn.inverse()), kRounding);
-    EXPECT_NEAR(1.0 + 2.0 * std::cos(angle), turn(0, 0) + turn(1, 1) + turn(2, 2), kRounding);
     const T4dDblMatrix m = random.matrix();
     EXPECT_LT(distance(turn * m, T4dDblMatrix(m).axisRotateIt(axis, angle)), kRounding);
   }
@@ -122,12 +89,17 @@ TEST(Matrix, AxisRotationsAreRightHandedAndActFirst) {
 
 TEST(Matrix, FloatsGoInAndOutRowByRow) {
   float floats[4][4], back[4][4];
-  for (int i = 0; i < 16; ++i) floats[i / 4][i % 4] = 1.0F / static_cast<float>(i + 1);
+  double doubles[4][4];
+  for (int i = 0; i < 16; ++i) {
+    floats[i / 4][i % 4] = 1.0F / static_cast<float>(i + 1);
+    doubles[i / 4][i % 4] = static_cast<double>(floats[i / 4][i % 4]);
+  }
   T4dDblMatrix m;
   m.setFromFloat(floats).copyToFloat(back);
   EXPECT_EQ(1.0F / 7, m(1, 2));
   EXPECT_EQ(0, std::memcmp(floats, back, sizeof back));
-  T4dDblMatrix other = m;
+  T4dDblMatrix other;
+  EXPECT_EQ(m, other.setFromDouble(doubles));
   other(3, 3) += 0.25;
   EXPECT_TRUE(m.equivalent(other, 0.25));
   EXPECT_FALSE(m.equivalent(other, 0.249));
@@ -189,10 +161,14 @@ TEST(GenXform, MultipliesElementaryTransformsOnTheLeft) {
         {about({0, 0, 1}), M(start).rotatez(turn)},
         {about(v.getNormal()), M(start).rotateAxis(v.array(), turn)},
         {about(v.getNormal()), M(start).rotateAxis((1e-200 * v).array(), turn)},
+        {diagonal(0, 0, 0), M(start).scale(0)},
         {T4dDblMatrix::identity, M(start).rotateAxis(T4dDblVector().array(), turn)}};
     for (const auto& [elementary, result] : cases) {
       EXPECT_LT(distance(elementary * start, result), kRounding);
     }
+    EXPECT_LT(distance(v * about({1, 0, 0}), T4dDblVector(v).rotateItX(turn)), kRounding);
+    EXPECT_LT(distance(v * about({0, 1, 0}), T4dDblVector(v).rotateItY(turn)), kRounding);
+    EXPECT_LT(distance(v * about({0, 0, 1}), T4dDblVector(v).rotateItZ(turn)), kRounding);
   }
 }
 

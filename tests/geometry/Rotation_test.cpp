@@ -40,42 +40,29 @@ Tquaternion randomQuaternion(RandomValues& random) {
 }  // namespace
 
 TEST(Angle, EachRepresentationLeadsToTheOthers) {
-  for (int degrees = -179; degrees < 180; degrees += 7) {
-    const double radians = degrees * kPi / 180.0;
-    Tangle byRadians;
-    byRadians.radians(radians);
-    for (const Tangle& angle : {Tangle(static_cast<double>(degrees)), byRadians,
-                                Tangle(std::cos(radians), std::sin(radians))}) {
-      double cosine = 0.0, sine = 0.0;
-      angle.getCosSin(cosine, sine);
-      EXPECT_NEAR(std::cos(radians), cosine, kRounding);
-      EXPECT_NEAR(std::sin(radians), sine, kRounding);
-      EXPECT_NEAR(degrees, angle.degrees(), 180 * kRounding);
-      EXPECT_NEAR(radians, angle.radians(), kRounding);
-    }
-  }
-  Tangle angle(90L);
-  angle.degrees(720.0);
-  EXPECT_EQ(720.0, angle.degrees());
-  EXPECT_NEAR(1.0, angle.cos(), kRounding);
-}
-
-TEST(Angle, WholeDegreesAreReducedAndLookedUp) {
   for (long degrees = -720; degrees <= 720; ++degrees) {
-    const Tangle whole(degrees);
     const bool isInTable = degrees % 15 == 0;
     const double expected = static_cast<double>(isInTable ? (degrees + 720) % 360 : degrees % 360);
-    EXPECT_EQ(expected, whole.degrees());
-    const Tangle exact(expected);
-    EXPECT_NEAR(exact.radians(), whole.radians(), kRounding);
-    EXPECT_NEAR(exact.cos(), whole.cos(), kRounding);
+    const double radians = expected * kPi / 180.0;
+    const double cosine = std::cos(radians), sine = std::sin(radians);
     const bool isQuirk = isInTable && degrees % 60 == 0 && degrees % 180 != 0;
-    EXPECT_NEAR(isQuirk ? std::copysign(0.5, exact.sin()) : exact.sin(), whole.sin(), kRounding)
-        << degrees;
+    const Tangle whole(degrees);
+    EXPECT_EQ(expected, whole.degrees());
+    EXPECT_NEAR(radians, whole.radians(), kRounding);
+    EXPECT_NEAR(cosine, whole.cos(), kRounding);
+    EXPECT_NEAR(isQuirk ? std::copysign(0.5, sine) : sine, whole.sin(), kRounding) << degrees;
+    Tangle byRadians;
+    byRadians.radians(radians);
+    const Tangle exact(expected), byCosSin(cosine, sine);
+    EXPECT_NEAR(sine, exact.sin(), kRounding);
+    EXPECT_NEAR(cosine, byRadians.cos(), kRounding);
+    EXPECT_NEAR(expected, byRadians.degrees(), 360 * kRounding);
+    EXPECT_NEAR(0.0, std::remainder(byCosSin.degrees() - expected, 360.0), 360 * kRounding);
+    EXPECT_NEAR(0.0, std::remainder(byCosSin.radians() - radians, 2 * kPi), 2 * kRounding);
   }
   EXPECT_EQ(0.9659258262890683, Tangle(375L).cos());
   EXPECT_EQ(0.0, Tangle(90L).cos());
-  EXPECT_NEAR(0.8660254037844386, Tangle(60.0).sin(), kRounding);
+  EXPECT_EQ(720.0, Tangle(720.0).degrees());
 }
 
 TEST(Angle, ClampingSnapsCosineAndSine) {
@@ -119,12 +106,8 @@ TEST(Quaternion, ProductsAreHamiltons) {
   EXPECT_EQ(-Tquaternion(), i * i);
   RandomValues random(2);
   for (int n = 0; n < 100; ++n) {
-    const Tquaternion p = randomQuaternion(random), q = randomQuaternion(random);
-    EXPECT_NEAR(norm(p) * norm(q), norm(p * q), kRounding);
-    EXPECT_LT(distance((p * q).conjugate(), q.conjugate() * p.conjugate()), kRounding);
+    const Tquaternion p = randomQuaternion(random);
     EXPECT_LT(distance(Tquaternion(), p * p.inverse()), kRounding);
-    EXPECT_LT(distance((p + q) * q, p * q + q * q), kRounding);
-    EXPECT_NEAR(1.0, norm(p.normalize()), kRounding);
     EXPECT_LT(distance(p, Tquaternion(p.normalize()).scaleIt(norm(p))), kRounding);
   }
   EXPECT_TRUE(i.equivalent(k, std::sqrt(2.0)));
@@ -160,12 +143,8 @@ TEST(Quaternion, ComesBackFromItsMatrix) {
     TunitQuaternion back;
     back = T4dDblMatrix(q);
     EXPECT_LT(std::fmin(distance(q, back), distance(q, -back)), kRounding);
-    EXPECT_NEAR(1.0, norm(back), kRounding);
   }
-}
-
-// The first of equal elements leads and is positive.
-TEST(Quaternion, HalfTurnsFindTheLargestDiagonalElement) {
+  // The first of equal elements leads and is positive.
   Tquaternion q;
   EXPECT_EQ(quaternion(0, 1, 0, 0), q = Tscale(1, -1, -1));
   EXPECT_EQ(quaternion(0, 0, 1, 0), q = Tscale(-1, 1, -1));
@@ -189,6 +168,7 @@ TEST(Quaternion, AnglesAndAxesComeBack) {
     EXPECT_NEAR(angle, foundAngle, 1e-11);
     EXPECT_LT(distance(axis, foundAxis), 1e-11);
   }
+  const Tquaternion identity;
   double angle = 5.0;
   T4dDblVector axis(7, 8, 9);
   TunitQuaternion().getPivotAxis(angle, axis);
@@ -196,6 +176,17 @@ TEST(Quaternion, AnglesAndAxesComeBack) {
   EXPECT_EQ(T4dDblVector(7, 8, 9), axis);
   quaternion(1.5, 0, 0, 0).getPivotAxis(angle, axis);
   EXPECT_TRUE(std::isnan(angle));
+  EXPECT_EQ(identity, quaternion(1e-9, 0, 0, 0).normalizeIt());
+  EXPECT_EQ(quaternion(-1, 0, 0, 0), quaternion(-1.001e-9, 0, 0, 0).normalizeIt());
+  Tquaternion q = quaternion(0, 1, 0, 0);
+  EXPECT_EQ(identity, q.setToPivotAxis(1.0, T4dDblVector(3e-5, 0, 0)));
+  EXPECT_NE(identity, q.setToPivotAxis(1.0, T4dDblVector(4e-5, 0, 0)));
+  EXPECT_FALSE(std::isfinite(quaternion(0, 0, 0, 0).inverse().w));
+  // A unit quaternion takes its length for granted.
+  TunitQuaternion stretched;
+  stretched.w = 2.0;
+  EXPECT_EQ(2.0, stretched.inverse().w);
+  EXPECT_EQ(1.0, stretched.renormalizeIt().w);
 }
 
 TEST(Quaternion, ExponentialUndoesLogarithm) {
@@ -210,19 +201,4 @@ TEST(Quaternion, ExponentialUndoesLogarithm) {
   }
   EXPECT_EQ(quaternion(0, 0, 0, 0), (-TunitQuaternion()).log());
   EXPECT_EQ(quaternion(1, 1e-10, 0, 0), quaternion(9, 1e-10, 0, 0).exp());
-}
-
-TEST(Quaternion, DegenerateOnesBecomeTheIdentity) {
-  const Tquaternion identity;
-  EXPECT_EQ(identity, quaternion(1e-9, 0, 0, 0).normalizeIt());
-  EXPECT_EQ(quaternion(-1, 0, 0, 0), quaternion(-1.001e-9, 0, 0, 0).normalizeIt());
-  Tquaternion q = quaternion(0, 1, 0, 0);
-  EXPECT_EQ(identity, q.setToPivotAxis(1.0, T4dDblVector(3e-5, 0, 0)));
-  EXPECT_NE(identity, q.setToPivotAxis(1.0, T4dDblVector(4e-5, 0, 0)));
-  EXPECT_FALSE(std::isfinite(quaternion(0, 0, 0, 0).inverse().w));
-  // A unit quaternion takes its length for granted.
-  TunitQuaternion stretched;
-  stretched.w = 2.0;
-  EXPECT_EQ(2.0, stretched.inverse().w);
-  EXPECT_EQ(1.0, stretched.renormalizeIt().w);
 }

@@ -18,10 +18,10 @@ constexpr double kPi = 3.14159265358979323846;
 constexpr double kRounding = 200 * std::numeric_limits<double>::epsilon();
 
 inline double* elements(T4dDblMatrix& m) {
-  return reinterpret_cast<double*>(&m);
+  return &m(0, 0);
 }
 inline const double* elements(const T4dDblMatrix& m) {
-  return reinterpret_cast<const double*>(&m);
+  return &m(0, 0);
 }
 
 class RandomValues {
