@@ -147,47 +147,40 @@ TEST(Xform, TranslationsAreScaledAndTurned) {
   }
 }
 
-TEST(PostXform, ComposesItsMatrixForTheInverse) {
-  RandomValues random(7);
-  TpostXformMatrix xform;
-  const Tscale scale = random.scale();
-  const TunitQuaternion rotation = random.rotation();
-  const T4dDblVector v = random.vector();
-  xform = scale;
-  xform = rotation;
-  xform = v;
-  xform += v;
-  EXPECT_EQ(1, xform.dirty());
-  const T4dDblMatrix composed = T4dDblMatrix(scale) * rotation * move(v + v);
-  EXPECT_LT(distance(T4dDblMatrix::identity, composed * xform.inverse()), kRounding);
-  xform.setScalePivotPoint(random.point()).setRotatePivotPoint(random.point());
-  EXPECT_EQ(0, xform.dirty());
-  xform = TunitQuaternion();
-  EXPECT_LT(distance(T4dDblMatrix(scale) * move(v + v), xform.inverse().inverse()), kRounding);
+// Of what the pivots hold, only the axes matter: (-2, 12, 0) is turned back and divided by 4.
+TEST(Xform, TranslationsComeBackThroughRotationAndScale) {
+  TxformMatrix xform(T4dDblMatrix(Tscale(2, 2, 2)));
+  xform.setScalePivotPoint(T4dDblPoint(1, 0, 0, 1));
+  xform += Tscale(2, 2, 2);
+  xform.setRotatePivotPoint(T4dDblPoint(0, 1, 0, 1));
+  xform += TunitQuaternion().setToPivotAxis(kilntest::kPi / 2, T4dDblVector(0, 0, 1));
+  xform = T4dDblVector(4, 0, 0);
+  EXPECT_LT(distance(T4dDblVector(3, 0.5, 0), xform.translation()), kChainRounding);
 }
 
-TEST(PostXform, AccumulatesAboutThePivots) {
-  RandomValues random(8);
-  for (int i = 0; i < 100; ++i) {
-    TpostXformMatrix xform;
-    xform = random.rotation();
-    xform = random.vector();
-    const T4dDblPoint pivot(random.number(), random.number(), random.number(), 2.0);
-    xform.setScalePivotPoint(pivot).setRotatePivotPoint(pivot);
-    const T4dDblVector centre = pivot.cartesian();
-    const T4dDblVector arm = xform.translation() - centre;
-    const TunitQuaternion old = xform.rotation(), turn = random.rotation();
-    xform += turn;
-    EXPECT_EQ(turn * old, xform.rotation());
-    EXPECT_LT(distance(centre + arm * turn, xform.translation()), kRounding);
-    xform += Tscale(2, 3, -4);
-    const T4dDblMatrix turned = xform.rotation();
-    EXPECT_LT(distance(centre + arm * turn * turned.transpose() * Tscale(2, 3, -4) * turned,
-                       xform.translation()),
-              kRounding);
-  }
-  TpostXformMatrix tiny;
-  tiny = Tscale(0.001, 1, 1);
-  tiny += Tscale(0.001, 1, 1);
-  EXPECT_EQ(0.0001, tiny.scale().x);  // clamped
+TEST(PostXform, AccumulatesAboutThePivotsAndComposesForTheInverse) {
+  RandomValues random(7);
+  TpostXformMatrix xform;
+  xform = random.rotation();
+  xform = random.vector();
+  const T4dDblPoint pivot(random.number(), random.number(), random.number(), 2.0);
+  xform.setScalePivotPoint(pivot).setRotatePivotPoint(pivot);
+  const T4dDblVector centre = pivot.cartesian(), arm = xform.translation() - centre;
+  const TunitQuaternion old = xform.rotation(), turn = random.rotation();
+  xform += turn;
+  EXPECT_EQ(turn * old, xform.rotation());
+  EXPECT_LT(distance(centre + arm * turn, xform.translation()), kRounding);
+  const T4dDblMatrix turned = xform.rotation();
+  const T4dDblVector scaledArm = arm * turn * turned.transpose() * Tscale(2, 3, -4) * turned;
+  xform += Tscale(2, 3, -4);
+  EXPECT_LT(distance(centre + scaledArm, xform.translation()), kRounding);
+  xform += centre;
+  EXPECT_EQ(1, xform.dirty());
+  const T4dDblMatrix composed =
+      T4dDblMatrix(xform.scale()) * xform.rotation() * move(xform.translation());
+  EXPECT_LT(distance(T4dDblMatrix::identity, composed * xform.inverse()), kChainRounding);
+  EXPECT_EQ(0, xform.dirty());
+  xform = Tscale(0.001, 1, 1);
+  xform += Tscale(0.001, 1, 1);
+  EXPECT_EQ(0.0001, xform.scale().x);  // clamped
 }
