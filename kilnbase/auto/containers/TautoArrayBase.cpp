@@ -1,10 +1,13 @@
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <new>
 
 #include <kilnbase/auto/containers/TautoArrayBase.h>
 #include <kilnbase/detail/assert.h>
+
+static_assert(sizeof(TautoArrayBase) == 5 * sizeof(void*));
 
 namespace {
 
@@ -41,9 +44,11 @@ void TautoArrayBase::setIncrementSize(std::size_t bytes) {
   fsBufIncSize = std::max<std::size_t>(bytes, 1);
 }
 
-TautoArrayBase::TautoArrayBase(unsigned short size, std::size_t count) : size_(size) {
-  KILN_ASSERT(size > 0);
-  if (count == 0 || size == 0 || count > (kMostBytes - size) / size) return;
+TautoArrayBase::TautoArrayBase(std::size_t size, std::size_t count)
+    : size_(static_cast<unsigned short>(size)) {
+  KILN_ASSERT(size > 0 && size <= USHRT_MAX);
+  if (size == 0 || size > USHRT_MAX) return;
+  if (count == 0 || count > (kMostBytes - size) / size) return;
   const std::size_t padding = (size - fsCurrentUse % size) % size;
   if (!makeRoom(size * count + padding)) return;
   count_ = count;
@@ -64,7 +69,8 @@ bool TautoArrayBase::makeRoom(std::size_t bytes) {
   const std::size_t free = fsBufferSize - fsCurrentUse;
   if (bytes <= free) return true;
   const std::size_t size = fsBufferSize + ((bytes - free) / fsBufIncSize + 1) * fsBufIncSize;
-  char* const block = size < fsCurrentUse + bytes ? nullptr : newBlock(size);
+  const bool fits = size >= fsCurrentUse + bytes && size <= kMostBytes;
+  char* const block = fits ? newBlock(size) : nullptr;
   if (block == nullptr) return false;
   if (fsCurrentUse > 0) {
     std::memcpy(block, fsBuffer, fsCurrentUse);

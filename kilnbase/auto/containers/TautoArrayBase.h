@@ -36,9 +36,10 @@ class KILNBASE_API TautoArrayBase {
   static void setIncrementSize(std::size_t bytes);
 
  protected:
-  /// Storage for `count` elements of `size` bytes, which must not be 0. Nothing is reserved for 0
-  /// elements, nor when there is no memory: `base()` is then null and `count()` 0.
-  TautoArrayBase(unsigned short size, std::size_t count);
+  /// Storage for `count` elements of `size` bytes, which must be from 1 to 65535. Nothing is
+  /// reserved for 0 elements or another size, nor when there is no memory: `base()` is then null
+  /// and `count()` 0.
+  TautoArrayBase(std::size_t size, std::size_t count);
 
   /// The first element. It stays where it is while other scratch arrays make the buffer grow.
   void* base() const { return base_; }

@@ -11,6 +11,10 @@ bool isSentinel(const TdblLinkedListElement* e) {
   return e->next() == nullptr || e->prev() == nullptr;
 }
 
+bool isInNoList(const TdblLinkedListElement* e) {
+  return e->next() == nullptr && e->prev() == nullptr;
+}
+
 }  // namespace
 
 TdblLinkedListElement::~TdblLinkedListElement() = default;
@@ -44,6 +48,23 @@ TrestrictedLinkedList::TrestrictedLinkedList() : cursor_(&head_), cursorRef_(&cu
   tail_.prev_ = &head_;
 }
 
+TrestrictedLinkedList::TrestrictedLinkedList(const TrestrictedLinkedList& other)
+    : TrestrictedLinkedList() {
+  *this = other;
+}
+
+// Elements do not copy their links: those of the sentinels make the view.
+TrestrictedLinkedList& TrestrictedLinkedList::operator=(const TrestrictedLinkedList& other) {
+  head_.next_ = other.head_.next_;
+  head_.prev_ = other.head_.prev_;
+  tail_.next_ = other.tail_.next_;
+  tail_.prev_ = other.tail_.prev_;
+  cursor_ = other.cursor_;
+  cursorRef_ = other.cursorRef_;
+  length_ = other.length_;
+  return *this;
+}
+
 TrestrictedLinkedList::~TrestrictedLinkedList() {
   for (first(); !beyondEnds();) delete remove();
 }
@@ -51,7 +72,7 @@ TrestrictedLinkedList::~TrestrictedLinkedList() {
 TrestrictedLinkedList::Element* TrestrictedLinkedList::remove(Element* e) {
   if (length_ == 0) return nullptr;
   Element* const removed = e != nullptr ? e : *cursorRef_;
-  KILN_ASSERT(!isSentinel(removed));
+  KILN_ASSERT(e == nullptr || !isSentinel(e));
   if (isSentinel(removed)) return nullptr;
   *cursorRef_ = removed->next_;
   removed->remove();
@@ -111,7 +132,8 @@ int TrestrictedLinkedList::elementIndex(const Element* e) const {
 
 int TrestrictedLinkedList::inList(const Element* e) const {
   if (length_ == 0) return 0;
-  const Element* each = &head_;
+  if (e == &head_ || e == &tail_) return 1;
+  const Element* each = head_.next_;
   while (each != nullptr && each != e) each = each->next_;
   return each != nullptr ? 1 : 0;
 }
@@ -121,16 +143,20 @@ int TrestrictedLinkedList::validate(const Element*, const Element* b) const {
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::protAppend(Element* e, Element* where) {
-  KILN_ASSERT(e != nullptr);
-  if (e == nullptr) return nullptr;
-  (where != nullptr ? where : tail_.prev_)->append(e);
+  Element* const place = where != nullptr ? where : tail_.prev_;
+  const bool canLink = e != nullptr && isInNoList(e) && place->next_ != nullptr;
+  KILN_ASSERT(canLink);
+  if (!canLink) return nullptr;
+  place->append(e);
   return linked(e);
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::protInsert(Element* e, Element* where) {
-  KILN_ASSERT(e != nullptr);
-  if (e == nullptr) return nullptr;
-  (where != nullptr ? where : head_.next_)->insert(e);
+  Element* const place = where != nullptr ? where : head_.next_;
+  const bool canLink = e != nullptr && isInNoList(e) && place->prev_ != nullptr;
+  KILN_ASSERT(canLink);
+  if (!canLink) return nullptr;
+  place->insert(e);
   return linked(e);
 }
 

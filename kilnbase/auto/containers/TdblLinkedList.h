@@ -8,9 +8,11 @@
 class KILNBASE_API TdblLinkedListElement {
  public:
   TdblLinkedListElement() = default;
-  /// Copies the links as they stand: the copy of a linked element is not linked itself.
-  TdblLinkedListElement(const TdblLinkedListElement&) = default;
-  TdblLinkedListElement& operator=(const TdblLinkedListElement&) = default;
+  /// The copy is in no list.
+  TdblLinkedListElement(const TdblLinkedListElement&) noexcept {}
+  /// Leaves the links of both elements alone.
+  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned
+  TdblLinkedListElement& operator=(const TdblLinkedListElement&) noexcept { return *this; }
   virtual ~TdblLinkedListElement();
 
   /// The neighbours, which may be the sentinels of the list; both null in no list.
@@ -41,22 +43,24 @@ class KILNBASE_API TdblLinkedListElement {
 /// element, and moves in const operations, too. On an empty list an operation does nothing and
 /// gives 0 or null, if nothing else is said.
 ///
-/// **A copy is a second view of the same chain**, not a second chain. It has sentinels and a length
-/// as they stood when it was made, and moves the cursor of the original, which it must not outlive.
-/// Only one of the two may be destroyed while elements are linked; a copy through which all of them
-/// have been removed may be destroyed before the original.
+/// **A copy is a second view of the same chain**, not a second chain. It moves the cursor of the
+/// original, which it must not outlive. The first element, the last one and the length of a view
+/// are as they stood when it was made: after a change through the other view they must not be used.
+/// The view to be destroyed with elements linked is the original; a copy may be destroyed when all
+/// of them have been removed through it.
 class KILNBASE_API TrestrictedLinkedList {
  public:
   using Element = TdblLinkedListElement;
 
   TrestrictedLinkedList();
-  TrestrictedLinkedList(const TrestrictedLinkedList&) = default;
+  TrestrictedLinkedList(const TrestrictedLinkedList& other);
   /// Makes this a second view of the other chain; elements that it had are forgotten.
-  TrestrictedLinkedList& operator=(const TrestrictedLinkedList&) = default;
+  TrestrictedLinkedList& operator=(const TrestrictedLinkedList& other);
   virtual ~TrestrictedLinkedList();
 
   /// Unlinks an element, which is the caller's from then on, and returns it. The cursor moves to
-  /// the one after it.
+  /// the one after it. Without `e` and with the cursor beyond the ends nothing happens and null is
+  /// returned.
   Element* remove(Element* e = nullptr);
 
   /// Moves the cursor to the first or last element and returns it.
@@ -87,9 +91,10 @@ class KILNBASE_API TrestrictedLinkedList {
   int validate(const Element* a, const Element* b) const;
 
  protected:
-  /// Links `e` after `where` (null: at the end), moves the cursor to it and returns it.
+  /// Links `e` after `where` (null: at the end), moves the cursor to it and returns it. `e` must be
+  /// in no list and `where` in this one; otherwise nothing is linked and null returned.
   Element* protAppend(Element* e, Element* where);
-  /// Links `e` before `where` (null: at the start), moves the cursor to it and returns it.
+  /// Links `e` before `where` (null: at the start) in the same way.
   Element* protInsert(Element* e, Element* where);
 
  private:

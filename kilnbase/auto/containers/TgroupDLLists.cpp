@@ -24,7 +24,7 @@ TgroupDLLists::TgroupDLLists(int n) : count_(n), usingIndices_(run(0, n)) {
 
 TgroupDLLists::TgroupDLLists(int n, const IntVec& indices) : TgroupDLLists(n) {
   KILN_ASSERT(count_ < 0 || areSlots(indices));
-  if (areSlots(indices)) usingIndices_.reference(indices.copy());
+  usingIndices_.reference(areSlots(indices) ? indices.copy() : IntVec());
 }
 
 TgroupDLLists& TgroupDLLists::operator=(const TgroupDLLists& other) {
@@ -47,6 +47,7 @@ int TgroupDLLists::setUsing(int first, int last) {
 }
 
 int TgroupDLLists::totalActiveLength() const {
+  if (lists_ == nullptr) return 0;
   int total = 0;
   for (int i = 0; i < static_cast<int>(usingIndices_.length()); ++i) {
     total += listB(usingIndices_(i))->length();

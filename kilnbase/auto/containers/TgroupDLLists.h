@@ -27,7 +27,7 @@ class KILNBASE_API TgroupDLLists {
   int setUsing(const IntVec& indices);
   /// The same for the lists from `first` to `last`, which must not be below `first`.
   int setUsing(int first, int last);
-  /// Number of elements in the lists in use, all of which must exist.
+  /// Number of elements in the lists in use, all of which must exist; 0 when there are no slots.
   int totalActiveLength() const;
   /// Indices of the lists in use: the vector that the group has, not a copy.
   const IntVec& usingIndices() const { return usingIndices_; }
@@ -35,7 +35,8 @@ class KILNBASE_API TgroupDLLists {
  protected:
   /// `n` empty slots, all in use. Without memory for them the group is cleared.
   explicit TgroupDLLists(int n);
-  /// `n` empty slots, those at the indices in use. Each of them must be below `n`.
+  /// `n` empty slots, those at the indices in use. Each of them must be from 0 to n - 1; otherwise
+  /// no lists are in use.
   TgroupDLLists(int n, const IntVec& indices);
 
   /// Slot i, for its list. What was in it is not deleted.

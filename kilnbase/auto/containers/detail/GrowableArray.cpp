@@ -79,7 +79,8 @@ Result GrowableArray<Array, Result>::changePhysicalSizeTo(std::size_t n) {
 
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::buffer(std::size_t n) {
-  return length_ + n > capacity_ ? changePhysicalSizeTo(length_ + n) : Result(kDone);
+  if (n <= capacity_ - length_) return Result(kDone);
+  return changePhysicalSizeTo(length_ + std::min(n, SIZE_MAX - length_));
 }
 
 template <class Array, class Result>
@@ -96,6 +97,7 @@ template <class Array, class Result>
 Result GrowableArray<Array, Result>::createAndInitialise(void* value, std::size_t n,
                                                          std::size_t increment) {
   KILN_ASSERT(n < kCounterRange && !holds(value));
+  if (holds(value)) return Result(kDone);
   const char* const oldBlock = buffer_;
   create(n, increment);
   if (n > 0 && buffer_ == oldBlock) return Result(kNoMemory);
@@ -172,7 +174,7 @@ Result GrowableArray<Array, Result>::expandArray(std::size_t n) {
 template <class Array, class Result>
 bool GrowableArray<Array, Result>::holds(const void* element) const {
   const std::less<> before;
-  return !before(element, buffer_) && before(element, slot(length_));
+  return !before(element, buffer_) && before(element, slot(capacity_));
 }
 
 template <class Array, class Result>

@@ -14,7 +14,8 @@ namespace vxKilnBase::detail {
 ///
 /// - `construct(first, count)` begins the elements of `count` unused slots;
 /// - `destruct(first, count)` ends elements;
-/// - `destroy(block, count)` ends the first elements of a block that is about to be freed;
+/// - `destroy(block, count)` ends the first elements of a block whose elements have been copied to
+///   another;
 /// - `initialize(to, from, count)` begins elements in unused memory as copies of others;
 /// - `shuffle(first, distance, count)` assigns each element to the one `distance` (a
 ///   `Array::Distance`) slots away, in an order that allows for overlap;
@@ -23,8 +24,9 @@ namespace vxKilnBase::detail {
 ///
 /// The elements before `length` have begun and not ended, those from there on have not begun.
 ///
-/// An operation that cannot get memory leaves the array as it was. `changePhysicalSizeTo` and
-/// `create` then give 2; the others do not tell but by `length`. Where `Result` is void, no result
+/// An operation that cannot get memory leaves the array as it was, but for the step that `create`
+/// sets. `create`, `createAndInitialise`, `changePhysicalSizeTo`, `buffer` and `pack` then give 2;
+/// the others do not tell but by `length`. Where `Result` is void, no result
 /// is given at all. An array is for one thread at a time.
 template <class Array, class Result>
 class KILNBASE_API GrowableArray {
@@ -74,6 +76,7 @@ class KILNBASE_API GrowableArray {
 
   /// `create`, then every slot becomes a copy of `value`. The slots are counted with 16 bits: `n`
   /// must be below 65536, as slots from there on are not reached and stay as `create` left them.
+  /// `value` must not lie in this array, which else stays as it is.
   virtual Result createAndInitialise(void* value, std::size_t n, std::size_t increment);
 
   /// Inserts copies of `count` elements before `index` (beyond the end: at the end). They may be
@@ -110,7 +113,8 @@ class KILNBASE_API GrowableArray {
 
   // Takes a new block of `n` slots, all in use.
   virtual Result allocateArray(std::size_t n);
-  // Changes the length to `n`, growing the block where it must.
+  // Changes the length to `n`, growing the block where it must. Called only where the block must
+  // grow and by `changeLogicalSizeTo` and `changeLogicalSizeBy`.
   virtual Result expandArray(std::size_t n);
 
   Array& self() { return static_cast<Array&>(*this); }

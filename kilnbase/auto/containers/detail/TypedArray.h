@@ -30,6 +30,7 @@ class TypedArray : public Base {
   Result addLast(const T* elements, std::size_t count) {
     return this->insertElement(elements, this->length(), count);
   }
+  Result addLast(std::nullptr_t, std::size_t) = delete;
   /// Inserts before `index`; at the end when that lies beyond it.
   // NOLINTNEXTLINE(performance-unnecessary-value-param): may be ours
   Result insert(T element, std::size_t index) {
