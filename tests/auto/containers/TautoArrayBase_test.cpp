@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <gtest/gtest.h>
 
 #include <kilnbase/auto/containers/TautoArrayBase.h>
@@ -11,7 +12,7 @@ class Scratch : public TautoArrayBase {
   using TautoArrayBase::base;
   using TautoArrayBase::count;
 
-  Scratch(unsigned short size, std::size_t count) : TautoArrayBase(size, count) {}
+  Scratch(std::size_t size, std::size_t count) : TautoArrayBase(size, count) {}
 
   char* bytes() const { return static_cast<char*>(base()); }
 };
@@ -30,6 +31,13 @@ TEST(TautoArrayBase, PlacesElementsAtMultiplesOfTheirSize) {
     const Scratch lanes(64, 1);
     EXPECT_EQ(128U + 64U, TautoArrayBase::currentUse());
     EXPECT_EQ(bytes.bytes() + 24, points.base());
+    std::uintptr_t words[5];  // table, first element, size, count, padding
+    static_assert(sizeof words == sizeof(TautoArrayBase));
+    std::memcpy(words, static_cast<const void*>(&points), sizeof words);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(points.base()), words[1]);
+    EXPECT_EQ(24U, static_cast<unsigned short>(words[2]));
+    EXPECT_EQ(2U, words[3]);
+    EXPECT_EQ(16U, words[4]);
     EXPECT_EQ(0U, reinterpret_cast<std::uintptr_t>(lanes.base()) % 64);
   }
   EXPECT_EQ(0U, TautoArrayBase::currentUse());
@@ -43,13 +51,11 @@ TEST(TautoArrayBase, GrowsByStepsAndKeepsArraysInUseWhereTheyAre) {
     const Scratch first(8, before / 8 + 1);  // nothing is in use: the old block is given up
     EXPECT_EQ(before + 1000, TautoArrayBase::bufferSize());
     const std::size_t free = TautoArrayBase::bufferSize() - TautoArrayBase::currentUse();
-    const std::size_t size = TautoArrayBase::bufferSize();
     *first.bytes() = 1;
     const Scratch second(1, free + 1000);  // a whole step short takes one step more
-    EXPECT_EQ(size + 2000, TautoArrayBase::bufferSize());
+    EXPECT_EQ(before + 3000, TautoArrayBase::bufferSize());
     std::fill_n(second.bytes(), free + 1000, '2');
-    const Scratch third(2, 3000);
-    std::fill_n(third.bytes(), 6000, '3');
+    std::fill_n(Scratch(2, 3000).bytes(), 6000, '3');
     EXPECT_EQ(1, *first.bytes());
     EXPECT_EQ('2', second.bytes()[free + 999]);
   }
@@ -64,7 +70,12 @@ TEST(TautoArrayBase, ReservesNothingWithoutMemory) {
     EXPECT_EQ(nullptr, scratch.base());
     EXPECT_EQ(0U, scratch.count());
   }
+  TautoArrayBase::setIncrementSize(SIZE_MAX - 62);
+  EXPECT_EQ(nullptr, Scratch(1, before + 1).base());
+  TautoArrayBase::setIncrementSize(8192);
   EXPECT_EQ(0U, TautoArrayBase::currentUse());
   EXPECT_EQ(before, TautoArrayBase::bufferSize());
-  EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, Scratch(0, 1).base()), "size > 0");
+  for (const std::size_t size : {0, 65536}) {
+    EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, Scratch(size, 1).base()), "size > 0");
+  }
 }
