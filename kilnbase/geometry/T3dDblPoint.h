@@ -24,6 +24,9 @@ class T3dDblPoint {
   constexpr int operator!=(const T3dDblPoint& p) const { return !(*this == p); }
   constexpr int operator==(const T4dDblVector& v) const { return *this == T3dDblPoint(v); }
   constexpr int operator!=(const T4dDblVector& v) const { return !(*this == v); }
+  /// Would drop the weight.
+  int operator==(const T4dDblPoint& p) const = delete;
+  int operator!=(const T4dDblPoint& p) const = delete;
   /// Whether the points are at most `tol` apart. Squares are compared, so the sign of `tol` does
   /// not matter.
   constexpr int equivalent(const T3dDblPoint& p, double tol) const {
