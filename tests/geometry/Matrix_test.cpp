@@ -1,6 +1,6 @@
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 #include <utility>
@@ -97,7 +97,7 @@ TEST(Matrix, FloatsGoInAndOutRowByRow) {
   T4dDblMatrix m;
   m.setFromFloat(floats).copyToFloat(back);
   EXPECT_EQ(1.0F / 7, m(1, 2));
-  EXPECT_EQ(0, std::memcmp(floats, back, sizeof back));
+  EXPECT_TRUE(std::equal(floats[0], floats[0] + 16, back[0]));
   T4dDblMatrix other;
   EXPECT_EQ(m, other.setFromDouble(doubles));
   other(3, 3) += 0.25;
@@ -111,7 +111,7 @@ TEST(Matrix, PrintsFourLines) {
   T4dDblMatrix m;
   m(3, 1) = -1.0 / 3;
   m.print(file);
-  std::rewind(file);
+  ASSERT_EQ(0, std::fseek(file, 0, SEEK_SET));
   char text[100] = {};
   const std::string written(text, std::fread(text, 1, sizeof text, file));
   std::fclose(file);

@@ -9,7 +9,6 @@
 
 using kilntest::RecordingProgram;
 using testing::ElementsAre;
-using vxKilnBase::MorlaWarningParams;
 
 namespace {
 

@@ -74,7 +74,7 @@ TEST(TgroupDLLists, ACopyHasTheSameListsAndIndices) {
     EXPECT_EQ(group.listB(2), view->listB(2));
   }
   TrestrictedLinkedList** lists = nullptr;  // the first field
-  std::memcpy(&lists, static_cast<const void*>(&group), sizeof lists);
+  std::memcpy(static_cast<void*>(&lists), static_cast<const void*>(&group), sizeof lists);
   EXPECT_EQ(lists[2], group.listB(2));
   group.clear();
   EXPECT_EQ(-1, group.length());
