@@ -143,24 +143,18 @@ int TrestrictedLinkedList::validate(const Element*, const Element* b) const {
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::protAppend(Element* e, Element* where) {
-  Element* const place = where != nullptr ? where : tail_.prev_;
-  const bool canLink = e != nullptr && isInNoList(e) && place->next_ != nullptr;
-  KILN_ASSERT(canLink);
-  if (!canLink) return nullptr;
-  place->append(e);
-  return linked(e);
+  return linkBehind(where != nullptr ? where : tail_.prev_, e);
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::protInsert(Element* e, Element* where) {
-  Element* const place = where != nullptr ? where : head_.next_;
-  const bool canLink = e != nullptr && isInNoList(e) && place->prev_ != nullptr;
-  KILN_ASSERT(canLink);
-  if (!canLink) return nullptr;
-  place->insert(e);
-  return linked(e);
+  return linkBehind((where != nullptr ? where : head_.next_)->prev_, e);
 }
 
-TrestrictedLinkedList::Element* TrestrictedLinkedList::linked(Element* e) {
+TrestrictedLinkedList::Element* TrestrictedLinkedList::linkBehind(Element* place, Element* e) {
+  const bool canLink = e != nullptr && isInNoList(e) && place != nullptr && place->next_ != nullptr;
+  KILN_ASSERT(canLink);
+  if (!canLink) return nullptr;
+  place->append(e);
   ++length_;
   *cursorRef_ = e;
   return e;

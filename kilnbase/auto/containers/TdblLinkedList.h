@@ -98,7 +98,7 @@ class KILNBASE_API TrestrictedLinkedList {
   Element* protInsert(Element* e, Element* where);
 
  private:
-  Element* linked(Element* e);
+  Element* linkBehind(Element* place, Element* e);
 
   Element head_;
   Element tail_;
