@@ -1,5 +1,4 @@
 /* Each family of plain functions, used once from C. */
-#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -41,22 +40,16 @@ static int bytes(void) {
   return strcmp(rgba, "abgr") == 0 && strcmp(number, "2.5") == 0 && bits[1] == 1;
 }
 
-typedef struct Knot {
-  MR_LinkNode link;
-  double parameter;
-} Knot;
-
-static int32_t compareKnots(const void* a, const void* b) {
-  const Knot *const left = a, *const right = b;
-  return (left->parameter > right->parameter) - (left->parameter < right->parameter);
+static int compareAddresses(const void* a, const void* b) {
+  return (a > b) - (a < b);
 }
 
 static int lists(void) {
-  Knot knots[] = {{{NULL, NULL}, 0.5}, {{NULL, NULL}, 0.0}};
+  MR_LinkNode nodes[2] = {{NULL, NULL}};
   MR_LinkList list = {NULL};
-  for (int i = 0; i < 2; ++i) MR_ll_insert_sorted(&list, &knots[i].link, compareKnots);
+  for (int i = 1; i >= 0; --i) MR_ll_insert_sorted(&list, &nodes[i], compareAddresses);
   MR_List data = {NULL};
-  MR_list_append(&data, &knots[1]);
+  MR_list_append(&data, &nodes[0]);
   const int right = list.head == data.head->data;
   MR_list_delete_all(&data);
   return right && !data.head;
@@ -74,15 +67,14 @@ static int items(void) {
   StatusCode status = MR_NO_ERROR;
   int data = 0;
   DS_Structure* list = DS_create_type(DS_SLIST, &status, __LINE__, __FILE__);
-  const int added = AN_add_to_item_list(7, &data, list, &status);
+  AN_add_to_item_list(7, &data, list, &status);
   const int counted = list->methods->enumerate(list, &status) == 1;
-  const int removed = AN_remove_from_item_list(&data, list, &status);
+  AN_remove_from_item_list(&data, list, &status);
   DS_destructor(&list, NULL, NULL, &status);
   MR_LinkList nodes = {NULL};
-  const size_t before = MA_outstanding().blocks;
   const int linked = An_addUnique_to_item_list(7, &data, 0.5, &nodes);
   MA_free(nodes.head);
-  return added && counted && removed && linked && MA_outstanding().blocks == before;
+  return counted && linked && MA_outstanding().blocks == 0;
 }
 
 static int pools(void) {
@@ -109,36 +101,20 @@ static int tolerances(void) {
   return get_cos_gap() == 0.002 && MR_zIsUp() && MR_get_up_vector()[2] == 1.0;
 }
 
-typedef struct Entry {
-  MR_AvlNode node;
-  int key;
-} Entry;
-
-static int compareEntries(const void* a, const void* b) {
-  return ((const Entry*)a)->key - ((const Entry*)b)->key;
-}
-
 static int trees(void) {
-  Entry entries[3] = {{.key = 2}, {.key = 3}, {.key = 1}};
+  MR_AvlNode nodes[3] = {0};
   MR_AvlNode* root = NULL;
-  for (int i = 0; i < 3; ++i) MR_avl_insert(&root, &entries[i].node, compareEntries);
-  return MR_avl_first(root) == &entries[2].node &&
-         MR_avl_find(root, &entries[1], compareEntries) == &entries[1].node;
+  for (int i = 0; i < 3; ++i) MR_avl_insert(&root, &nodes[i], compareAddresses);
+  return root == &nodes[1] && MR_avl_find(root, &nodes[2], compareAddresses) == &nodes[2];
 }
 
-static const struct {
-  const char* name;
-  int (*works)(void);
-} families[] = {{"arrays", arrays},   {"bytes", bytes}, {"items", items},
-                {"lists", lists},     {"pools", pools}, {"registries", registries},
-                {"reports", reports}, {"trees", trees}, {"tolerances", tolerances}};
-
+/* Returns the number of the first family that does not work. */
 int main(void) {
-  int status = EXIT_SUCCESS;
-  for (size_t i = 0; i < sizeof families / sizeof families[0]; ++i) {
-    if (families[i].works()) continue;
-    fprintf(stderr, "%s do not work from C\n", families[i].name);
-    status = EXIT_FAILURE;
+  int (*const families[])(void) = {arrays,     bytes,   items, lists,     pools,
+                                   registries, reports, trees, tolerances};
+  const int count = sizeof families / sizeof families[0];
+  for (int i = 0; i < count; ++i) {
+    if (!families[i]()) return i + 1;
   }
-  return status;
+  return EXIT_SUCCESS;
 }

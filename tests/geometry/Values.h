@@ -1,8 +1,8 @@
 // Seeded random values, and how far apart two values are.
 #pragma once
 
-#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <random>
@@ -17,31 +17,20 @@ constexpr double kPi = 3.14159265358979323846;
 // For the results of up to a few dozen operations on numbers around 1.
 constexpr double kRounding = 200 * std::numeric_limits<double>::epsilon();
 
-inline double* elements(T4dDblMatrix& m) {
-  return &m(0, 0);
-}
-inline const double* elements(const T4dDblMatrix& m) {
-  return &m(0, 0);
-}
-
 class RandomValues {
  public:
   explicit RandomValues(std::uint64_t seed) : engine_(seed) {}
 
   // In (-1, 1).
   double number() { return std::ldexp(static_cast<double>(engine_() >> 11U) + 0.5, -52) - 1.0; }
-  T4dDblVector vector() {
-    const double x = number();
-    const double y = number();
-    return {x, y, number()};
-  }
+  T4dDblVector vector() { return {number(), number(), number()}; }
   T4dDblPoint point() { return T4dDblPoint::origin + vector(); }
   TunitQuaternion rotation() { return TunitQuaternion().setToPivotAxis(kPi * number(), vector()); }
   // Each in +-(0.5, 2).
   Tscale scale() { return {factor(), factor(), factor()}; }
   T4dDblMatrix matrix() {
     T4dDblMatrix m;
-    for (int i = 0; i < 16; ++i) elements(m)[i] = number();
+    for (std::size_t i = 0; i < 16; ++i) m[i / 4][i % 4] = number();
     return m;
   }
 
@@ -55,15 +44,10 @@ inline double distance(const T4dDblVector& a, const T4dDblVector& b) {
   return (a - b).length();
 }
 
-// The largest difference of two elements; NaN counts as infinite.
 inline double distance(const T4dDblMatrix& a, const T4dDblMatrix& b) {
-  double largest = 0.0;
-  for (int i = 0; i < 16; ++i) {
-    const double difference = std::fabs(elements(a)[i] - elements(b)[i]);
-    if (!(difference <= largest)) largest = difference;
-    if (std::isnan(difference)) return std::numeric_limits<double>::infinity();
-  }
-  return largest;
+  double sum = 0.0;
+  for (std::size_t i = 0; i < 16; ++i) sum += std::pow(a[i / 4][i % 4] - b[i / 4][i % 4], 2);
+  return std::sqrt(sum);
 }
 
 }  // namespace kilntest

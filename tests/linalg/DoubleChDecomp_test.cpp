@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <kilnbase/linalg/DoubleChDecomp.h>
@@ -15,7 +16,6 @@
 using namespace kilntest;
 using testing::Each;
 using testing::ElementsAre;
-using testing::Gt;
 
 namespace {
 
@@ -39,7 +39,7 @@ std::vector<DoubleGenMat> symmetricMatrices(unsigned n) {
   std::vector<DoubleGenMat> matrices = {DoubleGenMat(n, n, 0.0)};
   for (const double condition : {2.0, std::sqrt(0.1 / kEpsilon), 0.1 / kEpsilon}) {
     const DoubleGenMat a = symmetricMatrix(n, condition);
-    for (const double scale : {1.0, 1e290, 1e-290}) matrices.push_back(a * scale);
+    matrices.insert(matrices.end(), {a, a * 1e290, a * 1e-290});
   }
   for (const unsigned count : {1U, n / 2, 2 * n / 3, n - 1, n}) {
     if (count == 0 || count > n) continue;
@@ -73,21 +73,6 @@ DoubleGenMat composed(const DoubleChDecomp& factor) {
   return upper(transposeProduct(r, r)) + rest;
 }
 
-// How much an element of the diagonal between `begin` and `end` exceeded, at most, the one that was
-// eliminated before it.
-double excessOverPivots(const DoubleChDecomp& factor, int begin, int end) {
-  const int last = factor.lastPosFactor();
-  double excess = 0.0;
-  for (int j = begin; j < end; ++j) {
-    double candidate = j > last ? factor(j, j) : 0.0;
-    for (int i = std::min(j, last); i >= begin; --i) {
-      candidate += factor(i, j) * factor(i, j);
-      excess = std::max(excess, candidate - factor(i, i) * factor(i, i));
-    }
-  }
-  return excess;
-}
-
 // Whether the factor of `a` with these specifiers is what it should be.
 void expectFactors(const DoubleGenMat& a, std::vector<int> specifiers) {
   const auto n = static_cast<int>(a.cols());
@@ -105,11 +90,29 @@ void expectFactors(const DoubleGenMat& a, std::vector<int> specifiers) {
 
   const auto begin = static_cast<int>(std::count(specifiers.begin(), specifiers.end(), 1));
   const int end = begin + static_cast<int>(std::count(specifiers.begin(), specifiers.end(), 0));
-  EXPECT_LE(excessOverPivots(factor, begin, end), tolerance);
   const int done = factor.lastPosFactor() + 1;
+  // No candidate exceeded the one that was eliminated before it.
+  for (int j = begin; j < end; ++j) {
+    double candidate = j >= done ? factor(j, j) : 0.0;
+    for (int i = std::min(j, done - 1); i >= begin; --i) {
+      candidate += factor(i, j) * factor(i, j);
+      EXPECT_LE(candidate - factor(i, i) * factor(i, i), tolerance);
+    }
+  }
   const int candidates = done >= begin && done < end ? end : std::min(done + 1, n);
   for (int j = 0; j < candidates; ++j) EXPECT_EQ(j >= done, factor(j, j) <= 0.0) << j;
   EXPECT_EQ(done == n, factor.isPD());
+
+  // Leading columns solve their part of the system, in the order of the matrix.
+  const DoubleVec b = randomVector(2 * n + 2, 3).slice(0, n, 2);
+  for (const int k : {done / 2, done}) {
+    DoubleVec x = factor.partialSolve(b, k);
+    ASSERT_EQ(k, x.length());
+    x.resize(n);
+    x = factor.unpermute(x);
+    EXPECT_LE(norm2(factor.permute(product(a, x) - b).slice(0, k)), tolerance * norm2(x));
+    EXPECT_TRUE(k < done || factor.fail() || x == factor.solve(b));
+  }
 }
 
 }  // namespace
@@ -128,53 +131,28 @@ TEST(DoubleChDecomp, PivotsAndFactorBelongToTheMatrix) {
 }
 
 TEST(DoubleChDecomp, EqualElementsAndSpecifiedOnesMoveInAFixedOrder) {
-  const struct {
-    std::vector<double> diagonal;
-    std::vector<int> specifiers, pivots;
-  } cases[] = {{{1, 3, 2, 3, 1, 2}, {0, 0, 0, 0, 0, 0}, {1, 3, 2, 5, 4, 0}},
-               {{1, 1, 1, 1, 1, 1}, {0, -1, 0, 1, 7, -5}, {3, 4, 2, 0, 1, 5}},
-               {{1, 2, 3, 4, 5, 6}, {1, 0, -1, 0, 1, 0}, {0, 4, 5, 3, 1, 2}}};
   RecordedMathErrors errors;
-  for (auto each : cases) {
-    for (const unsigned n : {6U, 100U}) {
-      DoubleGenMat a = identity(n);
-      for (unsigned k = 0; k < 6; ++k) a(k, k) = each.diagonal[k];
-      each.specifiers.resize(n, DoubleChDecomp::FINAL);
-      for (unsigned k = 6; k < n; ++k) each.pivots.push_back(k);
-      EXPECT_EQ(each.pivots, list(decompose(a, each.specifiers).pivots()));
-    }
+  for (const unsigned n : {6U, 100U}) {
+    DoubleGenMat a = identity(n);
+    std::vector<int> specifiers = {0, -1, 0, 1, 7, -5};
+    specifiers.resize(n, DoubleChDecomp::FINAL);
+    EXPECT_THAT(list(decompose(a, specifiers).pivots().slice(0, 6)), ElementsAre(3, 4, 2, 0, 1, 5));
+    a.diagonal().slice(0, 6) = vectorOf({1.0, 3.0, 2.0, 3.0, 1.0, 2.0});
+    std::fill_n(specifiers.begin(), 6, 0);
+    EXPECT_THAT(list(decompose(a, specifiers).pivots().slice(0, 6)), ElementsAre(1, 3, 2, 5, 4, 0));
   }
 }
 
 TEST(DoubleChDecomp, NaNEndsTheFactoring) {
   for (const int n : {1, 7, 60, 200}) {
-    for (const int at : {0, n / 2, n - 1}) {
-      for (const int row : {0, at}) {
-        DoubleGenMat a = symmetricMatrix(n, 10.0);
-        a(row, at) = kNaN;
-        EXPECT_EQ(at - 1, decompose(a).lastPosFactor());
-        const DoubleChDecomp pivoted = decompose(a, std::vector(n, 0));
-        EXPECT_FALSE(pivoted.isPD());
-        EXPECT_THAT(list(pivoted.diagonal().slice(0, pivoted.lastPosFactor() + 1)), Each(Gt(0.0)));
-      }
-    }
-  }
-}
-
-TEST(DoubleChDecomp, SolvesInTheOrderOfTheMatrix) {
-  for (const unsigned n : {1U, 4U, 33U, 150U}) {
-    const DoubleGenMat a = symmetricMatrix(n, 100.0);
-    const DoubleVec b = randomVector(2 * n, 3).slice(0, n, 2);
-    for (const auto& factor : {decompose(a), decompose(a, std::vector(n, 0))}) {
-      for (const unsigned k : {(n + 1) / 2, n}) {
-        DoubleVec x = factor.partialSolve(b, k);
-        ASSERT_EQ(k, x.length());
-        x.resize(n);
-        x = factor.unpermute(x);
-        const DoubleVec left = factor.permute(product(a, x) - b).slice(0, k);
-        EXPECT_LT(norm2(left), kRatioLimit * norm1(a) * norm2(x) * n * kEpsilon);
-        EXPECT_EQ(k == n, x == factor.solve(b));
-      }
+    for (const auto& [row, at] : {std::pair{0, 0}, {0, n / 2}, {n / 2, n / 2}, {0, n - 1}}) {
+      DoubleGenMat a = symmetricMatrix(n, 10.0);
+      a(row, at) = kNaN;
+      EXPECT_EQ(at - 1, decompose(a).lastPosFactor());
+      const DoubleChDecomp pivoted = decompose(a, std::vector(n, 0));
+      EXPECT_FALSE(pivoted.isPD());
+      const DoubleVec done = pivoted.diagonal().slice(0, pivoted.lastPosFactor() + 1);
+      EXPECT_THAT(list(done), Each(testing::Gt(0.0)));
     }
   }
 }
@@ -183,41 +161,33 @@ TEST(DoubleChDecomp, ReportsHowFarItGotAndSolvesThatFar) {
   RecordedMathErrors errors;
   const DoubleChDecomp none;
   EXPECT_TRUE(none.lastPosFactor() == -2 && !none.isPD() && none.good() && none.condition() == 0.0);
+  EXPECT_EQ(0U, none.solve(DoubleVec()).length());
   EXPECT_EQ(0.0, DoubleChDecomp(identity(3)).condition());
   const double values[] = {4, 0, 0, 0, 9, 0, 0, 0, 0};
   const DoubleVec b(3U, 36.0);
   DoubleChDecomp factor(DoubleGenMat(values, 3, 3)), shared(factor);
   shared.setPivoting(0, DoubleChDecomp::FINAL);
   EXPECT_THAT(list(factor.pivots()), ElementsAre(1, 0, 2));
-  EXPECT_EQ(1, factor.lastPosFactor());
   EXPECT_TRUE(!factor.isPD() && factor.good() && factor.condition() == 0.0);
-  EXPECT_THAT(list(factor.solve(b)), ElementsAre(9, 4, 0));
-  EXPECT_THAT(list(factor.partialSolve(b, 2)), ElementsAre(4, 9));
-  EXPECT_EQ(0U, errors.takeTexts().size());
+  EXPECT_EQ(1U, errors.takeTexts().size());
   factor(2, 2) = -1.5;
   EXPECT_TRUE(factor.fail() && factor.condition() == 0.25);
   EXPECT_THAT(list(factor.solve(b)), ElementsAre(9, 4, 0));
-  EXPECT_THAT(list(factor.partialSolve(b, 3)), ElementsAre(4, 9));
-  EXPECT_EQ(2U, factor.partialSolve(b, 4000000000U).length());
-  EXPECT_EQ(0U, none.solve(DoubleVec()).length());
-  const std::string failed = "Can't solve system of equations, matrix not successfully factorized";
-  EXPECT_THAT(errors.takeTexts(), ElementsAre(failed, failed, failed, failed));
+  EXPECT_THAT(list(factor.partialSolve(b, 4000000000U)), ElementsAre(4, 9));
+  EXPECT_THAT(errors.takeTexts(),
+              testing::Each("Can't solve system of equations, matrix not successfully factorized"));
 }
 
 TEST(DoubleChDecomp, PivotsOfOneFactoringAreTheSpecifiersOfTheNext) {
   DoubleChDecomp factor;
   EXPECT_EQ(0, factor.setPivoting(5, DoubleChDecomp::FINAL));
   EXPECT_EQ(-1, factor.setPivoting(5, DoubleChDecomp::INITIAL));
-  EXPECT_EQ(0, factor.setPivoting(0, DoubleChDecomp::FINAL));
-  const auto factored = [&factor] {
+  factor.setPivoting(0, DoubleChDecomp::FINAL);
+  for (const auto& expected : {std::vector{2, 1, 0}, {0, 1, 2}, {-1, 0, 1}}) {
+    factor.doPivoting(expected[0] < 0 ? 0 : 1);  // without pivoting they only count down
     factor.factor(identity(3));
-    return list(factor.pivots());
-  };
-  EXPECT_THAT(factored(), ElementsAre(2, 1, 0));
-  EXPECT_THAT(factored(), ElementsAre(0, 1, 2));
-  // Without pivoting they only count down.
-  EXPECT_EQ(1, factor.doPivoting(0));
-  EXPECT_THAT(factored(), ElementsAre(-1, 0, 1));
+    EXPECT_EQ(expected, list(factor.pivots()));
+  }
   EXPECT_THAT(list(factor.permute(DoubleVec(3U, 0.0, 1.0))), ElementsAre(0, 1, 2));
 }
 
@@ -235,97 +205,71 @@ TEST(DoubleChDecomp, StorageOfOtherShapesAndSharedStorage) {
   // Factoring parts copies; assignment copies elements.
   const DoubleChDecomp view(factor);
   const DoubleGenMat before = view.copy();
-  const std::vector<int> pivots = list(view.pivots());
+  const auto pivots = list(view.pivots());
   factor.factor(DoubleGenMat(23, 20, 1.0));
-  EXPECT_EQ(0, factor.lastPosFactor());
   factor = view;
   EXPECT_TRUE(view == before && factor == before);
   EXPECT_TRUE(list(view.pivots()) == pivots && list(factor.pivots()) == pivots);
 }
 
-namespace {
-
-// Data that start with the rows of an identity, for which Y has zeros; the factor R of XᵀX,
-// Z = R⁻ᵀ XᵀY and the norms of the residuals of Y, to which the other rows were added.
-struct Regression {
-  DoubleGenMat x, y;
-  DoubleGenMat z = DoubleGenMat(x.cols(), 3, 0.0);
-  DoubleChDecomp r = decompose(identity(x.cols()));
-  DoubleVec rho = DoubleVec(3U, 0.0);
-
-  Regression(int rows, int n) : x(randomMatrix(rows, n, n)), y(randomMatrix(rows, 3, 7)) {
+// Data x that start with the rows of an identity, for which y has zeros; the factor R of xᵀx,
+// z = R⁻ᵀ xᵀy and the norms of the residuals of y, to which the other rows are added.
+TEST(DoubleChDecomp, FollowsTheDataWhenRowsAndColumnsChange) {
+  for (const int n : {1, 2, 9, 40}) {
+    DoubleGenMat x = randomMatrix(3 * n + 4, n, n), y = randomMatrix(3 * n + 4, 3, 7);
+    DoubleGenMat z(n, 3, 0.0);
+    DoubleChDecomp r = decompose(identity(n));
+    DoubleVec rho(3U, 0.0);
+    const auto expectFits = [&] {
+      const DoubleGenMat square = transposeProduct(x, x), factor = upper(r);
+      const double unit = x.rows() * kEpsilon * kRatioLimit;
+      EXPECT_LT(norm1(transposeProduct(factor, factor) - square), unit * norm1(square));
+      EXPECT_LT(norm1(transposeProduct(factor, z) - transposeProduct(x, y)), unit * norm1(square));
+      for (int j = 0; j < 3; ++j) {
+        const double whole = dot(y.col(j), y.col(j));
+        EXPECT_NEAR(whole, dot(z.col(j), z.col(j)) + rho(j) * rho(j), unit * whole);
+      }
+    };
     for (int i = 0; i < n; ++i) x.row(i) = 0.0;
     for (int i = 0; i <= n; ++i) y.row(i) = 0.0;
     x.diagonal() = 1.0;
-    for (int i = n; i < rows; ++i) {
+    for (int i = n; i < 3 * n + 4; ++i) {
       const DoubleVec values = y.row(i).copy();
       r.update(x.row(i), &z, i > n ? &values : nullptr, &rho);
     }
-  }
-
-  void removeLastRow() {
-    const DoubleVec values = y.row(x.rows() - 1).copy();
-    EXPECT_EQ(0, r.downdate(x.row(x.rows() - 1), &z, &values, &rho));
-    x.resize(x.rows() - 1, x.cols());
-    y.resize(x.rows(), 3);
-  }
-
-  // Whether all of it belongs to the data.
-  void expectFits() const {
-    const DoubleGenMat square = transposeProduct(x, x), factor = upper(r);
-    const double unit = x.rows() * kEpsilon * kRatioLimit;
-    EXPECT_LT(norm1(transposeProduct(factor, factor) - square), unit * norm1(square));
-    EXPECT_LT(norm1(transposeProduct(factor, z) - transposeProduct(x, y)), unit * norm1(square));
-    for (int j = 0; j < 3; ++j) {
-      const double whole = dot(y.col(j), y.col(j));
-      EXPECT_NEAR(whole, dot(z.col(j), z.col(j)) + rho(j) * rho(j), unit * whole);
+    expectFits();
+    for (int rows = 3 * n + 3; rows >= 3 * n; --rows) {
+      const DoubleVec values = y.row(rows).copy();
+      EXPECT_EQ(0, r.downdate(x.row(rows), &z, &values, &rho));
+      x.resize(rows, n);
+      y.resize(rows, 3);
     }
-  }
-};
-
-}  // namespace
-
-TEST(DoubleChDecomp, RowsAreAddedAndRemovedAgain) {
-  for (const int n : {1, 2, 9, 40}) {
-    Regression data(3 * n + 4, n);
-    data.expectFits();
-    for (int i = 0; i < 4; ++i) data.removeLastRow();
-    data.expectFits();
-
     // More than there is cannot be removed.
     const DoubleVec large(3U, 100.0);
     for (const double element : {100.0, kNaN}) {
-      EXPECT_EQ(-1, data.r.downdate(DoubleVec(n, element), &data.z, &large, &data.rho));
+      EXPECT_EQ(-1, r.downdate(DoubleVec(n, element), &z, &large, &rho));
     }
-    data.expectFits();
-    const DoubleVec row = data.x.row(0) * 0.5;
-    EXPECT_EQ(1, data.r.downdate(row, &data.z, &large, &data.rho));
-    EXPECT_THAT(list(data.rho), Each(-1.0));
-    data.r.update(row, &data.z, &large, &data.rho);
-    EXPECT_THAT(list(data.rho), Each(-1.0));
-  }
-}
-
-TEST(DoubleChDecomp, ShiftsFollowThePermutedMatrix) {
-  const int n = 12;
-  for (int number = 0; number < n * n; ++number) {
-    const int first = std::min(number / n, number % n), last = std::max(number / n, number % n);
-    if (first == last) continue;
-    const bool left = number / n < number % n;
-    SCOPED_TRACE(testing::Message() << first << " " << last << " " << left);
-    Regression data(30, n);
-    double* const begin = data.x.col(first).data();
-    double* const end = data.x.col(last).data() + 30;
-    std::rotate(begin, left ? begin + 30 : end - 30, end);
-    data.r.shift(first, last, left ? 0 : 1, &data.z);
-    data.expectFits();
+    expectFits();
+    for (int number = 0; number < n * n; ++number) {
+      const auto [first, last] = std::minmax({number / n, number % n});
+      if (first == last) continue;
+      const bool left = number / n < number % n;
+      double* const begin = x.col(first).data();
+      double* const end = x.col(last).data() + x.rows();
+      std::rotate(begin, left ? begin + x.rows() : end - x.rows(), end);
+      r.shift(first, last, left ? 0 : 1, &z);
+      expectFits();
+    }
+    const DoubleVec row = x.row(n) * 0.5;
+    EXPECT_EQ(1, r.downdate(row, &z, &large, &rho));
+    r.update(row, &z, &large, &rho);
+    EXPECT_THAT(list(rho), Each(-1.0));
   }
 }
 
 TEST(DoubleChDecomp, CosinesAndSinesAreToldApart) {
-  const double values[] = {1, 3, 3, 25};
   for (const int change : {0, 1, 2, 3}) {
-    DoubleChDecomp two = decompose(DoubleGenMat(values, 2, 2)),
+    DoubleChDecomp two = decompose(DoubleGenMat(vectorOf({1.0, 3.0, 3.0, 25.0}), 2, 2)),
                    one(DoubleGenMat(1, 1, change == 2 ? 9.0 : 25.0));
     // Of stride 2 for the shifts, 1 otherwise.
     DoubleVec c = DoubleVec(3U, 0.0).slice(0, 1, change < 2 ? 2 : 1), s = c.copy();

@@ -2,7 +2,6 @@
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -16,15 +15,7 @@ namespace {
 using namespace kilntest;
 using testing::ElementsAre;
 
-// |rᵀA| / (|A| |b| max(m, n) ε).
-double residualRatio(const DoubleVec& residual, const DoubleGenMat& a, const DoubleVec& b) {
-  const double scale = norm1(a);
-  if (scale == 0.0) return 0.0;
-  return ratio(norm2(product(residual, a / scale)), norm2(b), std::max(a.rows(), a.cols()));
-}
-
 TEST(DoubleLeastSqQR, ResidualsAreOrthogonalToTheColumns) {
-  double worst = 0.0;
   std::vector<TestMatrix> tests = testMatrices();
   tests.push_back({"high", matrixWithCondition(700, 130, 1e7, 2), 1e7});
   for (const auto& [name, a, condition] : tests) {
@@ -33,9 +24,8 @@ TEST(DoubleLeastSqQR, ResidualsAreOrthogonalToTheColumns) {
     if (m == 0 || n == 0) continue;
     const DoubleVec b = randomVector(m, n);
     const DoubleLeastSqQR fit(a);
-    const double r = residualRatio(fit.residual(b), a, b);
-    ASSERT_LT(r, 30.0);
-    worst = std::max(worst, r);
+    const double scale = std::max(norm1(a), 1e-300);
+    ASSERT_LT(ratio(norm2(product(fit.residual(b), a / scale)), norm2(b), std::max(m, n)), 30.0);
     // A solution is as good as its residual where the unknowns are not huge.
     const DoubleVec x = fit.solve(b);
     ASSERT_EQ(n, x.length());
@@ -43,7 +33,6 @@ TEST(DoubleLeastSqQR, ResidualsAreOrthogonalToTheColumns) {
     const double misfit = norm2(b - product(a, x) - fit.residual(b));
     EXPECT_LT(misfit, 30.0 * kEpsilon * std::max(m, n) * (norm1(a) * norm2(x) + norm2(b)));
   }
-  RecordProperty("worstRatio", std::to_string(worst));
 }
 
 TEST(DoubleLeastSqQR, ToleranceDecidesWhichUnknownsAreFree) {
@@ -51,13 +40,10 @@ TEST(DoubleLeastSqQR, ToleranceDecidesWhichUnknownsAreFree) {
   a.col(3) = a.col(0) + a.col(1);
   a.col(2) = a.col(4) * 2.0 + a.col(0);
   DoubleLeastSqQR fit(a);
-  const DoubleVec exact = randomVector(5, 6);
-  const DoubleVec b = product(a, exact);
+  const DoubleVec b = product(a, randomVector(5, 6));
   EXPECT_EQ(0.0, fit.setTolerance(1e-12));
   EXPECT_EQ(1e-12, fit.setTolerance(1e-11));
-  EXPECT_EQ(2U, fit.numFreeCols());
-  EXPECT_TRUE(fit.isUnderDetermined());
-  EXPECT_EQ(12U, fit.numEquations());
+  EXPECT_TRUE(fit.numFreeCols() == 2 && fit.isUnderDetermined());
   const DoubleVec x = fit.solve(b);
   EXPECT_LT(norm2(product(a, x) - b), 1e-13);
   EXPECT_LT(norm2(fit.residual(b)), 1e-13);
@@ -94,12 +80,11 @@ TEST(DoubleLeastSqQR, MisuseIsReported) {
   const DoubleLeastSqQR wide(randomMatrix(2, 3, 1));
   EXPECT_EQ(0U, wide.solve(DoubleVec(3, 1.0)).length());
   EXPECT_EQ(0U, wide.residual(DoubleVec(3, 1.0)).length());
-  EXPECT_THAT(errors.takeTexts(),
-              ElementsAre("b vector length wrong (3!=2)", "b vector length wrong (3!=2)"));
   const DoubleLeastSqQR none(DoubleGenMat(2, 0));
   EXPECT_EQ(0U, none.solve(DoubleVec(2, 1.0)).length());
   EXPECT_THAT(errors.takeTexts(),
-              ElementsAre("Can't solve system of equations, matrix not successfully factorized"));
+              ElementsAre("b vector length wrong (3!=2)", "b vector length wrong (3!=2)",
+                          "Can't solve system of equations, matrix not successfully factorized"));
   EXPECT_EQ(DoubleVec(2, 1.0), none.residual(DoubleVec(2, 1.0)));
 }
 

@@ -2,7 +2,6 @@
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -22,27 +21,20 @@ DoubleGenMat leading(const DoubleGenMat& a, unsigned columns) {
   return DoubleGenMat(a.dataVec().slice(0, a.rows() * columns), a.rows(), columns);
 }
 
-// |A - U S Vᵀ| / (|A| max(m, n) ε).
-double residualRatio(const DoubleGenMat& a, const DoubleSVDecomp& svd) {
+// Checks the law of the decomposition.
+void expectDecomposed(const DoubleGenMat& a, const DoubleSVDecomp& svd) {
   const unsigned values = svd.singularValues().length();
   DoubleGenMat us = leading(svd.leftVecs(), values).copy();
   for (unsigned j = 0; j < values; ++j) us.col(j) *= svd.singularValues()(j);
   const DoubleGenMat difference = a - transProduct(us, leading(svd.rightVecs(), values));
-  return ratio(norm2(difference), norm2(a), std::max(a.rows(), a.cols()));
-}
-
-// Checks the law of the decomposition and returns the largest of its ratios.
-double decomposedRatio(const DoubleGenMat& a, const DoubleSVDecomp& svd) {
-  const std::vector<double> ratios = {residualRatio(a, svd), orthogonalityRatio(svd.leftVecs()),
-                                      orthogonalityRatio(svd.rightVecs())};
-  EXPECT_THAT(ratios, testing::Each(testing::Lt(kLargestRatio)));
-  return std::ranges::max(ratios);
+  EXPECT_LT(ratio(norm2(difference), norm2(a), std::max(a.rows(), a.cols())), kLargestRatio);
+  EXPECT_LT(orthogonalityRatio(svd.leftVecs()), kLargestRatio);
+  EXPECT_LT(orthogonalityRatio(svd.rightVecs()), kLargestRatio);
 }
 
 }  // namespace
 
 TEST(DoubleSVDecomp, ReproducesTheMatrixFromOrthogonalFactors) {
-  double worst = 0.0;
   for (const auto& [name, a, condition] : testMatrices()) {
     SCOPED_TRACE(name);
     const unsigned m = a.rows(), n = a.cols(), values = std::min(m, n);
@@ -52,7 +44,7 @@ TEST(DoubleSVDecomp, ReproducesTheMatrixFromOrthogonalFactors) {
     EXPECT_EQ(DoubleVec(n, 0.0), svd.eValues());
     EXPECT_EQ(values, svd.numSVsFound());
     if (values == 0) continue;
-    worst = std::max(worst, decomposedRatio(a, svd));
+    expectDecomposed(a, svd);
     std::vector<double> found = list(svd.singularValues());
     EXPECT_TRUE(std::ranges::is_sorted(found, std::greater<>()) && found.back() >= 0.0);
     for (unsigned i = 0; condition > 0.0 && i < values; ++i) {
@@ -60,7 +52,6 @@ TEST(DoubleSVDecomp, ReproducesTheMatrixFromOrthogonalFactors) {
       EXPECT_NEAR(expected, found[i], kLargestRatio * std::max(m, n) * kEpsilon);
     }
   }
-  RecordProperty("worstRatio", std::to_string(worst));
 }
 
 // Among equal values rounding alone can keep the iteration from ending, in one matrix of about a
@@ -83,7 +74,7 @@ TEST(DoubleSVDecomp, WorksNearUnderflowAndOverflow) {
       const DoubleGenMat a = randomMatrix(m, n, 6) * half * rest;
       const DoubleSVDecomp svd(a), reference(a / half / rest);
       ASSERT_TRUE(svd.good());
-      decomposedRatio(a / half / rest, reference);
+      expectDecomposed(a / half / rest, reference);
       EXPECT_EQ(reference.leftVecs(), svd.leftVecs());
       EXPECT_EQ(reference.rightVecs(), svd.rightVecs());
       EXPECT_EQ(reference.singularValues() * half * rest, svd.singularValues());
@@ -108,10 +99,10 @@ TEST(DoubleSVDecomp, GivesTheSameWhateverIsAskedFor) {
         ASSERT_EQ(columns, svd.leftVecs().cols());
         ASSERT_EQ(right * n, svd.rightVecs().cols());
         EXPECT_LT(norm2(svd.singularValues() - full.singularValues()), tolerance);
-        EXPECT_LE(norm2(svd.leftVecs().dataVec() - leading(full.leftVecs(), columns).dataVec()),
-                  tolerance);
-        EXPECT_LE(norm2(svd.rightVecs().dataVec() - leading(full.rightVecs(), right * n).dataVec()),
-                  tolerance);
+        const DoubleVec u = leading(full.leftVecs(), columns).dataVec(),
+                        v = leading(full.rightVecs(), right * n).dataVec();
+        EXPECT_LE(norm2(svd.leftVecs().dataVec() - u), tolerance);
+        EXPECT_LE(norm2(svd.rightVecs().dataVec() - v), tolerance);
       }
     }
   }
@@ -127,24 +118,21 @@ TEST(DoubleSVDecomp, HasTheSignsOfTheMethod) {
     EXPECT_LE(norm2(svd.singularValues() - s), 8 * kEpsilon);
     EXPECT_LE(norm2(svd.rightVecs() - v), 4 * kEpsilon);
   };
-  const DoubleVec column = vectorOf({3.0, 4.0});
-  const DoubleGenMat one = identity(1);
+  const DoubleVec column = vectorOf({3.0, 4.0}), norm = vectorOf({5.0});
   expectFactors(DoubleGenMat(column, 2, 1), DoubleGenMat(vectorOf({-0.6, -0.8, -0.8, 0.6}), 2, 2),
-                vectorOf({5.0}), -one);
-  expectFactors(DoubleGenMat(column, 1, 2), one, vectorOf({5.0}),
+                norm, -identity(1));
+  expectFactors(DoubleGenMat(column, 1, 2), identity(1), norm,
                 DoubleGenMat(vectorOf({0.6, 0.8, -0.8, 0.6}), 2, 2));
 }
 
 TEST(DoubleSVDecomp, FailsForNothingAndForElementsThatAreNotFinite) {
   EXPECT_TRUE(DoubleSVDecomp().fail());
   for (const double bad : {kNaN, kInfinity, -kInfinity}) {
-    for (const auto& [m, n] :
-         {Shape{1, 1}, {1, 5}, {5, 1}, {3, 2}, {10, 50}, {130, 70}, {70, 71}}) {
+    for (const auto& [m, n] : {Shape{1, 1}, {1, 5}, {5, 1}, {3, 2}, {10, 50}, {130, 70}}) {
       DoubleGenMat a = randomMatrix(m, n, 8);
       a(m - 1, n / 2) = bad;
       const DoubleSVDecomp svd(a);
-      EXPECT_TRUE(svd.fail());
-      EXPECT_EQ(0, svd.numSVsFound());
+      EXPECT_TRUE(svd.fail() && svd.numSVsFound() == 0);
       EXPECT_EQ(std::min(m, n), svd.singularValues().length());
     }
   }
@@ -152,17 +140,13 @@ TEST(DoubleSVDecomp, FailsForNothingAndForElementsThatAreNotFinite) {
 
 TEST(DoubleSVDecomp, TellsTheSettingBefore) {
   DoubleSVDecomp svd;
-  EXPECT_EQ(1, svd.computeAllLeftVecs(1));
-  EXPECT_EQ(1, svd.computeAllLeftVecs(0));
-  EXPECT_EQ(0, svd.computeAllLeftVecs(0));
-  EXPECT_EQ(1, svd.computeLeftVecs(1));     // the first ones still
-  EXPECT_EQ(0, svd.computeAllLeftVecs(1));  // all again
-  EXPECT_EQ(1, svd.computeLeftVecs(0));
-  EXPECT_EQ(0, svd.computeAllLeftVecs(0));  // none: no effect
-  EXPECT_EQ(0, svd.computeLeftVecs(1));
-  EXPECT_EQ(1, svd.computeAllLeftVecs(1));
+  // Asking for left vectors keeps what all or the first ones were; all of none has no effect.
+  const std::vector<int> left = {svd.computeAllLeftVecs(0), svd.computeLeftVecs(1),
+                                 svd.computeAllLeftVecs(1), svd.computeLeftVecs(0),
+                                 svd.computeAllLeftVecs(0), svd.computeLeftVecs(1),
+                                 svd.computeAllLeftVecs(1)};
+  EXPECT_THAT(left, testing::ElementsAre(1, 1, 0, 1, 0, 0, 1));
   EXPECT_EQ(1, svd.computeRightVecs(0));
-  EXPECT_EQ(0, svd.computeRightVecs(0));
   EXPECT_EQ(0, svd.computeRightVecs(1));
 }
 
@@ -172,8 +156,6 @@ TEST(DoubleSVDecomp, LeavesItsMatrixAndEarlierResultsAlone) {
   const DoubleSVDecomp copy(svd);
   const DoubleGenMat v = svd.rightVecs(), vBefore = v.copy();
   svd.factor(randomMatrix(6, 4, 11));
-  EXPECT_EQ(before, a);
-  EXPECT_EQ(vBefore, v);
-  EXPECT_EQ(vBefore, copy.rightVecs());
-  decomposedRatio(a, copy);
+  EXPECT_TRUE(before == a && vBefore == v && vBefore == copy.rightVecs());
+  expectDecomposed(a, copy);
 }

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
-#include <tuple>
 
 #include <kilnbase/linalg/DoubleGenMat.h>
 
@@ -43,39 +42,27 @@ DoubleGenMat scattered(const DoubleGenMat& a) {
 }
 
 double worstProduct(unsigned m, unsigned n, unsigned k) {
-  const DoubleGenMat a = randomMatrix(m, k, 1 + m);
-  const DoubleGenMat b = randomMatrix(k, n, 2 + n);
-  return std::max({residual(a, b, product(a, b)), residual(a, b, transProduct(a, transpose(b))),
+  const DoubleGenMat a = randomMatrix(m, k, 1 + m), b = randomMatrix(k, n, 2 + n);
+  const DoubleGenMat transposed = transpose(b);
+  return std::max({residual(a, b, product(a, b)), residual(a, b, product(scattered(a), b)),
+                   residual(a, b, product(a, scattered(b))),
+                   residual(a, b, transProduct(a, transposed)),
+                   residual(a, b, transProduct(scattered(a), scattered(transposed))),
                    residual(a, b, transposeProduct(transpose(a), b))});
 }
 
 }  // namespace
 
 TEST(Product, EverySmallShapeAndSomeOfManyBlocks) {
-  for (unsigned m = 0; m <= 40; ++m) {
-    for (unsigned n = 0; n <= 40; ++n) {
-      for (const unsigned k : {0U, 1U, 2U, 7U, 8U, 9U, 17U}) {
-        ASSERT_LE(worstProduct(m, n, k), 1.0) << m << " x " << n << ", inner " << k;
-      }
+  for (const unsigned k : {0U, 1U, 2U, 7U, 8U, 9U, 17U}) {
+    for (unsigned i = 0; i < 41 * 41; ++i) {
+      ASSERT_LE(worstProduct(i / 41, i % 41, k), 1.0) << i / 41 << " x " << i % 41 << ", " << k;
     }
   }
-  for (const auto& [m, n, k] : {std::tuple{30U, 30U, 1000U},
-                                {17, 801, 20},
-                                {1001, 5, 5},
-                                {300, 9, 200},
-                                {97, 390, 390},
-                                {3, 400, 193}}) {
+  const unsigned large[][3] = {{30, 30, 1000}, {17, 801, 20},  {1001, 5, 5},
+                               {300, 9, 200},  {97, 390, 390}, {3, 400, 193}};
+  for (const auto& [m, n, k] : large) {
     EXPECT_LE(worstProduct(m, n, k), 1.0) << m << " x " << n << ", inner " << k;
-  }
-}
-
-TEST(Product, StridedOperands) {
-  for (const unsigned n : {1U, 5U, 8U, 27U, 70U}) {
-    const DoubleGenMat a = randomMatrix(n + 3, n, n);
-    const DoubleGenMat b = randomMatrix(n, n + 1, 2 * std::uint64_t{n});
-    EXPECT_LE(residual(a, b, product(scattered(a), b)), 1.0) << n;
-    EXPECT_LE(residual(a, b, product(a, scattered(b))), 1.0) << n;
-    EXPECT_LE(residual(a, b, transProduct(scattered(a), scattered(transpose(b)))), 1.0) << n;
   }
 }
 

@@ -11,24 +11,9 @@ namespace kilntest {
 
 namespace {
 
-// The next n numbers in (-1, 1), each the middle of one of 2^53 equal intervals.
-DoubleVec uniform(std::mt19937_64& source, unsigned n) {
-  DoubleVec v(n);
-  for (unsigned i = 0; i < n; ++i) {
-    v(i) = std::ldexp(static_cast<double>(source() >> 11U) + 0.5, -52) - 1.0;
-  }
-  return v;
-}
-
 // Reflects the viewed vector in the plane orthogonal to v.
 void reflect(const DoubleVec& v, DoubleVec x) {
   x -= v * (2.0 * dot(v, x) / dot(v, v));
-}
-
-// Falling from 1 by e² in each row and column.
-DoubleGenMat grades(unsigned m, unsigned n) {
-  return product(DoubleGenMat(exp(DoubleVec(m, 0.0, -2.0)), m, 1),
-                 DoubleGenMat(exp(DoubleVec(n, 0.0, -2.0)), 1, n));
 }
 
 // With a special number in every third place of the diagonal.
@@ -55,7 +40,8 @@ std::vector<TestMatrix> testMatrices(unsigned m, unsigned n) {
       {"ones", DoubleGenMat(m, n, 1.0)},
       {"rank 1", product(randomMatrix(m, 1, 3), randomMatrix(1, n, 4))},
       {"zero columns", zeroColumns},
-      {"graded", random * grades(m, n)},
+      {"graded", random * product(DoubleGenMat(exp(DoubleVec(m, 0.0, -2.0)), m, 1),
+                                  DoubleGenMat(exp(DoubleVec(n, 0.0, -2.0)), 1, n))},
       {"zeros on the diagonal", bidiagonal(m, n, 0.0)},
       {"tiny among large", bidiagonal(m, n, 1e-170)}};
   for (const double condition : {1.0, 2.0, std::sqrt(0.1 / kEpsilon), 0.1 / kEpsilon}) {
@@ -73,21 +59,26 @@ DoubleGenMat randomMatrix(unsigned m, unsigned n, std::uint64_t seed) {
   return DoubleGenMat(randomVector(m * n, seed), m, n);
 }
 
+// Each number is the middle of one of 2^53 equal intervals.
 DoubleVec randomVector(unsigned n, std::uint64_t seed) {
   std::mt19937_64 source(seed);
-  return uniform(source, n);
+  DoubleVec v(n);
+  for (unsigned i = 0; i < n; ++i) {
+    v(i) = std::ldexp(static_cast<double>(source() >> 11U) + 0.5, -52) - 1.0;
+  }
+  return v;
 }
 
 // Random reflections of growing length are applied from both sides to a diagonal matrix. Source:
 // G. W. Stewart, The efficient generation of random orthogonal matrices with an application to
 // condition estimators, SIAM J. Numer. Anal. 17 (1980), 403-409.
 DoubleGenMat matrixWithCondition(unsigned m, unsigned n, double condition, std::uint64_t seed) {
-  std::mt19937_64 source(seed);
   const unsigned values = std::min(m, n);
   DoubleGenMat a(m, n, 0.0);
   for (unsigned i = values; i-- > 0;) {
     a(i, i) = values > 1 ? std::pow(condition, -static_cast<double>(i) / (values - 1)) : 1.0;
-    const DoubleVec left = uniform(source, m - i), right = uniform(source, n - i);
+    const DoubleVec left = randomVector(m - i, 2 * (500 * seed + i));
+    const DoubleVec right = randomVector(n - i, 2 * (500 * seed + i) + 1);
     for (unsigned j = i; j < n; ++j) reflect(left, a.col(j).slice(i, m - i));
     for (unsigned k = i; k < m; ++k) reflect(right, a.row(k).slice(i, n - i));
   }
@@ -103,10 +94,10 @@ DoubleGenMat identity(unsigned n) {
 const std::vector<TestMatrix>& testMatrices() {
   static const std::vector<TestMatrix> all = [] {
     std::vector<TestMatrix> result;
-    for (const unsigned m : {0U, 1U, 2U, 3U, 5U, 10U, 50U, 65U, 130U}) {
-      for (const unsigned n : {0U, 1U, 2U, 3U, 5U, 10U, 50U, 65U, 130U}) {
+    const unsigned sizes[] = {0, 1, 2, 3, 5, 10, 50, 65, 130};
+    for (const unsigned m : sizes) {
+      for (const unsigned n : sizes)
         std::ranges::move(testMatrices(m, n), std::back_inserter(result));
-      }
     }
     return result;
   }();

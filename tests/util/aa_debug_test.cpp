@@ -26,13 +26,15 @@ class DebugChannel : public testing::Test {
   static std::shared_ptr<std::FILE> open(const std::string& file, const char* mode) {
     return {vxOS::openFile(file.c_str(), mode), std::fclose};
   }
-  static bool remove(const std::string& file) {
-    return std::filesystem::remove(reinterpret_cast<const char8_t*>(file.c_str()));
-  }
   static std::string contents(const std::string& file) {
     char text[100] = "";
-    const auto stream = open(file, "r");
-    return {text, std::fread(text, 1, sizeof text, stream.get())};
+    return {text, std::fread(text, 1, sizeof text, open(file, "r").get())};
+  }
+  // And whether the file was closed.
+  static std::string takeContents(const std::string& file) {
+    const std::string text = contents(file);
+    const bool removed = std::filesystem::remove(reinterpret_cast<const char8_t*>(file.c_str()));
+    return removed ? text : "still open";
   }
 };
 
@@ -60,6 +62,10 @@ TEST_F(DebugChannel, AFileIsEmptiedTheFirstTimeAndAStreamIsTheCallers) {
   const std::string first = testing::TempDir() + "debug.txt";
   const std::string second = testing::TempDir() + "\xC3\xA9t\xC3\xA9.txt";
   std::fputs("old\n", open(first, "w").get());
+  const auto print = [](int mode, const void* nameOrStream, const char* text) {
+    AA_set_print_out(mode, nameOrStream);
+    AA_debug_print("%s", text);
+  };
   AA_set_print_out(AA_TO_FILE, first.c_str());
   const char* name = nullptr;
   EXPECT_EQ(AA_TO_FILE, AA_get_print_out(&name));
@@ -67,32 +73,23 @@ TEST_F(DebugChannel, AFileIsEmptiedTheFirstTimeAndAStreamIsTheCallers) {
   EXPECT_EQ("old\n", contents(first)) << "opened before the first output";
   AA_debug_print("1\n2\n");
   EXPECT_EQ("1\n2\n", contents(first)) << "not flushed";
-  AA_set_print_out(AA_TO_FILE, second.c_str());
-  AA_debug_print("other\n");
-  for (const char* const line : {"3\n", "4\n"}) {
-    AA_set_print_out(AA_TO_FILE, std::string(first).c_str());
-    AA_debug_print("%s", line);
-  }
+  print(AA_TO_FILE, second.c_str(), "other\n");
+  for (const char* const line : {"3\n", "4\n"}) print(AA_TO_FILE, std::string(first).c_str(), line);
   AA_set_print_out(AA_TO_STREAM, nullptr);
-  EXPECT_EQ("1\n2\n3\n4\n", contents(first));
-  EXPECT_TRUE(remove(first)) << "still open";
+  EXPECT_EQ("1\n2\n3\n4\n", takeContents(first));
   AA_debug_print("5\n");
   AA_set_print_out(AA_TO_OUTPUT, nullptr);
-  EXPECT_EQ("5\n", contents(first));
+  EXPECT_EQ("5\n", takeContents(first));
   EXPECT_EQ("other\n", contents(second));
-  EXPECT_TRUE(remove(first)) << "still open";
 
   auto stream = open(second, "w");
-  AA_set_print_out(AA_TO_STREAM, stream.get());
-  AA_debug_print("channel ");
-  AA_set_print_out(AA_TO_STREAM, nullptr);
+  print(AA_TO_STREAM, stream.get(), "channel ");
+  print(AA_TO_STREAM, nullptr, "and ");
   EXPECT_EQ(AA_TO_STREAM, AA_get_print_out(nullptr));
-  AA_debug_print("and ");
   AA_set_print_out(AA_TO_OUTPUT, nullptr);
   std::fputs("caller", stream.get());
   stream.reset();
-  EXPECT_EQ("channel and caller", contents(second));
-  EXPECT_TRUE(remove(second));
+  EXPECT_EQ("channel and caller", takeContents(second));
 }
 
 TEST_F(DebugChannel, IndentsThreeBlanksALevelAndNothingBelowOne) {

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <optional>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include <vx/Process.h>
 #include <vx/SysInfo.h>
@@ -11,30 +13,23 @@
 #include "tests/support/RecordingProgram.h"
 
 using kilntest::RecordingProgram;
+using vxOS::ProcessManager;
 using vxString::CString;
-
-namespace {
-
-std::optional<int> run(const vx::vector<CString>& command) {
-  return vxOS::ProcessManager::getInstance().startSync(command);
-}
-
-}  // namespace
 
 TEST(Process, ArgumentsArriveAsTheyAreAndWhatWasWrittenComesFirst) {
   RecordingProgram program(255);
   std::istringstream nasty(
       "~two words~\"~say \"a b\"~\\~C:\\~C:\\My Files\\~\\\\server\\share~a\\\\b c\\\\~\\\"~"
       "a\\\"b~\\\\\" \\\\~tab\t~line\nline~%PATH%~$HOME~*~^&|<>~"
-      "K\xC3\xB6ln \xE4\xB8\xAD\xE6\x96\x87 \xF0\x9F\x98\x80");
+      "K\xC3\xB6ln \xE4\xB8\xAD\xE6\x96\x87 \xF0\x9F\x98\x80~~");
   std::vector<std::string> arguments;
-  for (std::string text; std::getline(nasty, text, '~');) arguments.push_back(text);
-  arguments.emplace_back();
   vx::vector<CString> command = {APP_getBinaryPath("morlaWarning")};
-  for (const std::string& argument : arguments) command.push_back(argument.c_str());
+  for (std::string text; std::getline(nasty, text, '~'); command.push_back(text.c_str())) {
+    arguments.push_back(text);
+  }
   testing::internal::CaptureStdout();
   std::fputs("before ", stdout);
-  EXPECT_EQ(255, run(command));
+  EXPECT_EQ(255, ProcessManager::getInstance().startSync(command));
   EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::StartsWith("before recorded"));
   EXPECT_EQ(arguments, program.takeArguments());
 }
@@ -43,14 +38,15 @@ TEST(Process, WhatCannotBeStartedHasNoExitCode) {
   RecordingProgram program;
   const CString path = APP_getBinaryPath("morlaWarning");
   const CString zero(std::string_view("\0", 1));
-  const vx::vector<vx::vector<CString>> commands = {
-      {},
-      {"", "-t"},
-      {APP_getBinaryPath("no such program")},
-      {std::filesystem::temp_directory_path().string().c_str()},
-      {path, "a" + zero + "b"},
-      {path + zero, "-t"}};
-  for (const vx::vector<CString>& command : commands) EXPECT_EQ(std::nullopt, run(command));
+  for (const vx::vector<CString>& command :
+       vx::vector<vx::vector<CString>>{{},
+                                       {"", "-t"},
+                                       {APP_getBinaryPath("no such program")},
+                                       {std::filesystem::temp_directory_path().string().c_str()},
+                                       {path, "a" + zero + "b"},
+                                       {path + zero, "-t"}}) {
+    EXPECT_EQ(std::nullopt, ProcessManager::getInstance().startSync(command));
+  }
   EXPECT_THAT(program.takeArguments(), testing::IsEmpty());
 }
 

@@ -11,7 +11,7 @@
 using kilntest::RecordedReports;
 using testing::ElementsAre;
 
-TEST(Report, TextsAreFormattedForTheSinkOfTheirKind) {
+TEST(Report, TextsAreFormattedForTheSinkOfTheirKindAndLevel) {
   RecordedReports reports;
   rptError("%d of ", 3);
   rptError("%s\n", "ten");
@@ -19,9 +19,14 @@ TEST(Report, TextsAreFormattedForTheSinkOfTheirKind) {
   rptStatus("a\tb\nc\x7f\xC3\xA9\xC2\x9B");
   rptSleep(7);
   rptConfirmOK("bug #%d", 12);
+  for (const int level : {2, 0}) {
+    rptSetDebugLevel(level);
+    for (const int i : {-1, 2, 3}) rptDebug(i, "%s%d", ">>>", i);
+  }
   EXPECT_THAT(reports.takeAll(),
               ElementsAre("error: 3 of ", "error: ten\n", "user: 25.5% done",
-                          "status: a b c \xC3\xA9  ", "sleep: 7", "confirm: bug #12"));
+                          "status: a b c \xC3\xA9  ", "sleep: 7", "confirm: bug #12",
+                          "debug -1: >>>-1", "debug 2: >>>2", "debug -1: >>>-1"));
   for (const int length : {1023, 1024, 100000}) {
     rptError("%*d", length, 7);
     EXPECT_EQ(7U + static_cast<unsigned>(length), reports.takeAll().at(0).length());
@@ -29,17 +34,6 @@ TEST(Report, TextsAreFormattedForTheSinkOfTheirKind) {
   const wchar_t unknown[] = {0x20AC, 0};
   rptError("wide %ls", unknown);
   EXPECT_THAT(reports.takeAll(), ElementsAre(testing::StartsWith("error: wide ")));
-}
-
-TEST(Report, DebugOutputIsForLevelsUpToTheChosenOne) {
-  RecordedReports reports;
-  for (const int level : {0, 2}) {
-    rptSetDebugLevel(level);
-    for (const int i : {-1, 0, 2, 3}) rptDebug(i, "%s%d", ">>>", i);
-  }
-  rptSetDebugLevel(0);
-  EXPECT_THAT(reports.takeAll(), ElementsAre("debug -1: >>>-1", "debug 0: >>>0", "debug -1: >>>-1",
-                                             "debug 0: >>>0", "debug 2: >>>2"));
 }
 
 TEST(Report, DebugSwitchesAreSetOneByOneAndNoneBeyondTheLast) {
@@ -52,33 +46,23 @@ TEST(Report, DebugSwitchesAreSetOneByOneAndNoneBeyondTheLast) {
   }
 }
 
-TEST(Report, ASinkCanPassTextsOnAndLeaveTheRestToTheDefault) {
+TEST(Report, InAPipeEveryTextHasLinesOfItsOwnAlsoWhenASinkPassesItOn) {
   static RptSinks inner;
   RptSinks outer = {};
   outer.error = [](const char* text) { inner.error((std::string("host ") + text).c_str()); };
   testing::internal::CaptureStderr();
-  inner = rptSetSinks(&outer);
-  rptError("broken");
-  rptUser("message");
-  EXPECT_EQ(outer.error, rptSetSinks(nullptr).error);
-  rptError("plain\n");
-  EXPECT_EQ("host broken\nmessage\nplain\n", testing::internal::GetCapturedStderr());
-}
-
-TEST(Report, InAPipeEveryTextHasLinesOfItsOwn) {
-  testing::internal::CaptureStderr();
-  rptStatus("one");
-  rptStatus("two\n");
-  rptError("** ");
-  rptError("piece");
-  rptError("%s", "");
+  for (const char* text : {"one", "two\n"}) rptStatus("%s", text);
+  for (const char* text : {"** ", "piece", ""}) rptError("%s", text);
   rptStatus("three");
   rptClearStatus();
+  inner = rptSetSinks(&outer);
+  rptError("broken");
   rptUser("message\n");
-  rptDebug(0, "item\n");
-  rptDebug(0, "<<<");
+  EXPECT_EQ(outer.error, rptSetSinks(nullptr).error);
+  for (const char* text : {"item\n", "<<<"}) rptDebug(0, "%s", text);
   rptConfirmOK("agreed?");
-  EXPECT_EQ("one\ntwo \n** piece\nthree\nmessage\nitem\n<<<\nagreed?\n",
+  rptError("plain\n");
+  EXPECT_EQ("one\ntwo \n** piece\nthree\nhost broken\nmessage\nitem\n<<<\nagreed?\nplain\n",
             testing::internal::GetCapturedStderr());
 }
 

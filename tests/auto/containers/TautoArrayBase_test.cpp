@@ -1,7 +1,10 @@
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstring>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <string>
 
 #include <kilnbase/auto/containers/TautoArrayBase.h>
 
@@ -20,44 +23,39 @@ class Scratch : public TautoArrayBase {
 }  // namespace
 
 TEST(TautoArrayBase, PlacesElementsAtMultiplesOfTheirSize) {
-  {
-    const Scratch bytes(1, 3);
-    const Scratch ints(4, 1);
-    EXPECT_EQ(8U, TautoArrayBase::currentUse());
-    const Scratch none(8, 0);
-    EXPECT_EQ(nullptr, none.base());
-    const Scratch points(24, 2);
-    EXPECT_EQ(24U + 48U, TautoArrayBase::currentUse());
-    const Scratch lanes(64, 1);
-    EXPECT_EQ(128U + 64U, TautoArrayBase::currentUse());
-    EXPECT_EQ(bytes.bytes() + 24, points.base());
-    std::uintptr_t words[5];  // table, first element, size, count, padding
-    static_assert(sizeof words == sizeof(TautoArrayBase));
-    std::memcpy(words, static_cast<const void*>(&points), sizeof words);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(points.base()), words[1]);
-    EXPECT_EQ(24U, static_cast<unsigned short>(words[2]));
-    EXPECT_EQ(2U, words[3]);
-    EXPECT_EQ(16U, words[4]);
-    EXPECT_EQ(0U, reinterpret_cast<std::uintptr_t>(lanes.base()) % 64);
-  }
-  EXPECT_EQ(0U, TautoArrayBase::currentUse());
+  const Scratch bytes(1, 3);
+  const Scratch ints(4, 1);
+  const Scratch none(8, 0);
+  const Scratch points(24, 2);
+  const Scratch lanes(64, 1);
+  EXPECT_EQ(128U + 64U, TautoArrayBase::currentUse());
+  EXPECT_EQ(nullptr, none.base());
+  EXPECT_EQ(bytes.bytes() + 24, points.base());
+  EXPECT_EQ(0U, reinterpret_cast<std::uintptr_t>(lanes.base()) % 64);
+  const auto base = reinterpret_cast<std::uintptr_t>(points.base());
+  std::uintptr_t words[5];  // table, first element, size, count, padding
+  static_assert(sizeof words == sizeof(TautoArrayBase));
+  std::memcpy(words, static_cast<const void*>(&points), sizeof words);
+  words[2] &= USHRT_MAX;
+  EXPECT_THAT(words, testing::ElementsAre(testing::_, base, 24, 2, 16));
 }
 
-TEST(TautoArrayBase, GrowsByStepsAndKeepsArraysInUseWhereTheyAre) {
+TEST(TautoArrayBase, GrowsByStepsWhileArraysKeepTheBlocksThatItOutgrows) {
   EXPECT_EQ(8192U, TautoArrayBase::incrementalSize());
   TautoArrayBase::setIncrementSize(1000);
   {
     const std::size_t before = TautoArrayBase::bufferSize();
     const Scratch first(8, before / 8 + 1);  // nothing is in use: the old block is given up
     EXPECT_EQ(before + 1000, TautoArrayBase::bufferSize());
-    const std::size_t free = TautoArrayBase::bufferSize() - TautoArrayBase::currentUse();
-    *first.bytes() = 1;
-    const Scratch second(1, free + 1000);  // a whole step short takes one step more
+    const std::string ones(8 * first.count(), '1');
+    const std::string twos(before + 2000 - ones.size(), '2');
+    const Scratch second(1, twos.size());  // a whole step short takes one step more
     EXPECT_EQ(before + 3000, TautoArrayBase::bufferSize());
-    std::fill_n(second.bytes(), free + 1000, '2');
+    ones.copy(first.bytes(), ones.size());
+    twos.copy(second.bytes(), twos.size());
     std::fill_n(Scratch(2, 3000).bytes(), 6000, '3');
-    EXPECT_EQ(1, *first.bytes());
-    EXPECT_EQ('2', second.bytes()[free + 999]);
+    EXPECT_EQ(ones, std::string(first.bytes(), ones.size()));
+    EXPECT_EQ(twos, std::string(second.bytes(), twos.size()));
   }
   EXPECT_EQ(0U, TautoArrayBase::currentUse());
   TautoArrayBase::setIncrementSize(8192);

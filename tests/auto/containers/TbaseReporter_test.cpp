@@ -11,29 +11,30 @@
 
 using testing::ElementsAre;
 
-namespace {
-
-void report(const TbaseReporter& reporter) {
-  reporter.iterationsReport(7);
-  reporter.percentageReport(0.255);
-  reporter.noMemoryReport();
-  reporter.tolReport(4, 0.001, 0.01);
-  reporter.tolReport(4, 0.01, 0.01);
-}
-
-}  // namespace
-
-TEST(TbaseReporter, PutsTheOptionNameBeforeFixedTexts) {
+TEST(TbaseReporter, PutsTheOptionNameBeforeFixedTextsOrOnlyAsksAndWaits) {
   kilntest::RecordedReports reports;
-  const TbaseReporter reporter("Fit", 1);
-  report(reporter);
-  const std::string tolerance = "user: Fit:  Iteration 4.  Tolerance achieved: ";
+  TbaseReporter reporter("an older name", 1);
+  for (const int loud : {1, 0}) {
+    reporter.loud() = loud;
+    reporter.iterationsReport(7);
+    reporter.percentageReport(0.255);
+    reporter.noMemoryReport();
+    for (const double achieved : {0.001, 0.01}) reporter.tolReport(4, achieved, 0.01);
+  }
+  EXPECT_EQ(0, reporter.quit());
+  reports.asksToStop = true;
+  EXPECT_EQ(1, reporter.quit());
+  EXPECT_EQ(25U, reporter.sleep(25));
+  EXPECT_EQ(0, TdebugTrace(1, nullptr, nullptr).on());
+  TbaseReporter::sPromptNoHist("%d", 2);
+  const std::string tolerance = "user: an older na:  Iteration 4.  Tolerance achieved: ";
   EXPECT_THAT(reports.takeAll(),
-              ElementsAre("status:  Fit:  Constraint solving.  Iteration 7 (ESC to stop).",
-                          "status:  Fit:  Constraint solving ... 25.5% completed",
-                          "status: Fit: Not enough memory to complete this operation.",
+              ElementsAre("status:  an older na:  Constraint solving.  Iteration 7 (ESC to stop).",
+                          "status:  an older na:  Constraint solving ... 25.5% completed",
+                          "status: an older na: Not enough memory to complete this operation.",
                           tolerance + "0.0010 (Requested 0.0100).",
-                          tolerance + "0.0100 (Requested 0.0100).  (ESC to stop)."));
+                          tolerance + "0.0100 (Requested 0.0100).  (ESC to stop).", "sleep: 25",
+                          "user: 2"));
 }
 
 TEST(TbaseReporter, FittingMessagesFollowTheDeviation) {
@@ -51,22 +52,4 @@ TEST(TbaseReporter, FittingMessagesFollowTheDeviation) {
                 ElementsAre("status: Fit: Fitting iteration " + std::to_string(i) +
                             " (of max. 10). Rel. deviation: " + expected));
   }
-}
-
-TEST(TbaseReporter, ASilentReporterSaysNothingButStillAsksAndWaits) {
-  kilntest::RecordedReports reports;
-  TbaseReporter reporter("an older name", 0);
-  report(reporter);
-  EXPECT_EQ(0, reporter.quit());
-  reports.asksToStop = true;
-  EXPECT_EQ(1, reporter.quit());
-  EXPECT_EQ(25U, reporter.sleep(25));
-  EXPECT_EQ(0, TdebugTrace(1, nullptr, nullptr).on());
-  reporter.loud() = 1;
-  reporter.iterationsReport(1);
-  TbaseReporter::sPromptNoHist("%d", 2);
-  EXPECT_THAT(reports.takeAll(),
-              ElementsAre("sleep: 25",
-                          "status:  an older na:  Constraint solving.  Iteration 1 (ESC to stop).",
-                          "user: 2"));
 }

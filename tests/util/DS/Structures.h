@@ -30,21 +30,17 @@ inline std::intptr_t numberAt(const void* slot) {
 }
 
 struct Destroy {
-  void operator()(DS_Structure* structure) const {
-    DS_destructor(&structure, nullptr, nullptr, nullptr);
-  }
+  void operator()(DS_Structure* s) const { DS_destructor(&s, nullptr, nullptr, nullptr); }
 };
 using Owned = std::unique_ptr<DS_Structure, Destroy>;
 
 inline Owned makeStructure(int kind, const Numbers& numbers = {},
                            DS_Comparator comparator = Ds_fifo_comparator) {
   StatusCode status = MR_NO_ERROR;
-  Owned structure(DS_create_type(kind, &status, __LINE__, __FILE__));
-  structure->comparator = comparator;
-  for (const std::intptr_t n : numbers) {
-    structure->methods->add(structure.get(), item(n), &status);
-  }
-  return structure;
+  Owned s(DS_create_type(kind, &status, __LINE__, __FILE__));
+  s->comparator = comparator;
+  for (const std::intptr_t n : numbers) s->methods->add(s.get(), item(n), &status);
+  return s;
 }
 
 class Kinds : public testing::TestWithParam<int> {
@@ -57,11 +53,10 @@ class Kinds : public testing::TestWithParam<int> {
 };
 
 // What a filter lets through, from head to tail.
-inline Numbers contents(const Owned& structure) {
+inline Numbers contents(const Owned& s) {
   Numbers numbers;
-  const DS_Methods& m = *structure->methods;
-  DS_Position at = m.head(structure.get(), nullptr);
-  for (; at != nullptr; at = m.next(structure.get(), at, nullptr)) {
+  const DS_Methods& m = *s->methods;
+  for (DS_Position at = m.head(s.get(), nullptr); at; at = m.next(s.get(), at, nullptr)) {
     numbers.push_back(number(m.get_data(at, nullptr)));
   }
   return numbers;

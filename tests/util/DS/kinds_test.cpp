@@ -17,13 +17,12 @@ using testing::IsEmpty;
 
 namespace {
 
-int byTens(const void* a, const void* b) {
-  const std::intptr_t left = numberAt(a) / 10, right = numberAt(b) / 10;
-  return static_cast<int>(left > right) - static_cast<int>(left < right);
-}
-
 int byDifference(const void* a, const void* b) {
   return static_cast<int>(numberAt(a) / 10 - numberAt(b) / 10);
+}
+
+int byTens(const void* a, const void* b) {
+  return std::clamp(byDifference(a, b), -1, 1);
 }
 
 // Every 50th number equals all others, as a NaN does.
@@ -36,96 +35,66 @@ int byWhim(const void* a, const void* b) {
 }
 
 // A structure and what must be in it, changed side by side.
-class Model {
- public:
-  explicit Model(int kind) : structure_(makeStructure(kind)) {}
-
-  void use(DS_Comparator comparator) { structure_->comparator = comparator; }
-  void use(DS_Filter filter) { structure_->filter = filter; }
-
+struct Model {
   void add(std::intptr_t n) {
     StatusCode status = MR_NO_ERROR;
-    EXPECT_EQ(shows(n), methods().add(structure_.get(), item(n), &status));
-    const StatusCode unsorted = structure_->comparator == nullptr ? MR_CANNOT_SORT : MR_NO_ERROR;
+    EXPECT_EQ(shows(n), m.add(s.get(), item(n), &status));
+    const StatusCode unsorted = s->comparator == nullptr ? MR_CANNOT_SORT : MR_NO_ERROR;
     EXPECT_EQ(shows(n) ? unsorted : MR_ITEM_FILTERED, status);
-    if (shows(n)) numbers_.insert(place(n), n);
+    const auto place = std::ranges::find_if(
+        numbers, [&](auto other) { return s->comparator && compare(n, other) != 1; });
+    if (shows(n)) numbers.insert(place, n);
   }
 
   void remove(std::intptr_t n) {
-    methods().remove(structure_.get(), item(n), nullptr, nullptr, nullptr);
-    const auto found = std::find(numbers_.begin(), numbers_.end(), n);
-    if (shows(n) && found != numbers_.end()) numbers_.erase(found);
+    m.remove(s.get(), item(n), nullptr, nullptr, nullptr);
+    const auto found = std::ranges::find(numbers, n);
+    if (shows(n) && found != numbers.end()) numbers.erase(found);
   }
 
   void replace(std::intptr_t n, std::intptr_t by) {
-    DS_Position position = methods().find(structure_.get(), nullptr, item(n), nullptr);
+    DS_Position position = m.find(s.get(), nullptr, item(n), nullptr);
     if (position == nullptr) return;
-    methods().set_data(position, item(by), nullptr);
-    *std::find(numbers_.begin(), numbers_.end(), n) = by;
+    m.set_data(position, item(by), nullptr);
+    *std::ranges::find(numbers, n) = by;
   }
 
   void sort() {
-    if (numbers_.empty()) return;
-    EXPECT_EQ(1, methods().sort(structure_.get(), nullptr));
-    const DS_Filter filter = std::exchange(structure_->filter, nullptr);
-    const Numbers before = std::exchange(numbers_, contents(structure_));
-    structure_->filter = filter;
-    EXPECT_TRUE(std::is_sorted(numbers_.begin(), numbers_.end(),
-                               [&](auto a, auto b) { return compare(a, b) < 0; }));
-    EXPECT_THAT(numbers_, testing::UnorderedElementsAreArray(before));
-  }
-
-  void clear() {
-    DS_empty_list(structure_.get(), nullptr, nullptr, nullptr);
-    numbers_.clear();
+    if (numbers.empty()) return;
+    EXPECT_EQ(1, m.sort(s.get(), nullptr));
+    const DS_Filter filter = std::exchange(s->filter, nullptr);
+    const Numbers before = std::exchange(numbers, contents(s));
+    s->filter = filter;
+    EXPECT_TRUE(std::ranges::is_sorted(numbers, [&](auto a, auto b) { return compare(a, b) < 0; }));
+    EXPECT_THAT(numbers, testing::UnorderedElementsAreArray(before));
   }
 
   void check() const {
-    const DS_Structure* s = structure_.get();
-    Numbers shown = numbers_;
+    Numbers shown = numbers, backward;
     std::erase_if(shown, [&](auto n) { return !shows(n); });
-    ASSERT_EQ(shown, contents(structure_));
-    ASSERT_EQ(static_cast<int>(shown.size()), methods().enumerate(s, nullptr));
-    DS_Position position = methods().tail(s, nullptr);
-    for (; position != nullptr; position = methods().prev(s, position, nullptr)) {
-      ASSERT_FALSE(shown.empty());
-      ASSERT_EQ(shown.back(), numberAt(position));
-      shown.pop_back();
-    }
-    ASSERT_THAT(shown, IsEmpty());
+    ASSERT_EQ(shown, contents(s));
+    ASSERT_EQ(std::ssize(shown), m.enumerate(s.get(), nullptr));
+    DS_Position at = m.tail(s.get(), nullptr);
+    for (; at; at = m.prev(s.get(), at, nullptr)) backward.push_back(numberAt(at));
+    std::ranges::reverse(shown);
+    ASSERT_EQ(shown, backward);
   }
-
- private:
-  const DS_Methods& methods() const { return *structure_->methods; }
 
   int compare(std::intptr_t a, std::intptr_t b) const {
     const Slot left{item(a)}, right{item(b)};
-    return structure_->comparator(&left, &right);
+    return s->comparator(&left, &right);
   }
 
-  bool shows(std::intptr_t n) const {
-    return structure_->filter == nullptr || structure_->filter(item(n)) != 0;
-  }
+  bool shows(std::intptr_t n) const { return !s->filter || s->filter(item(n)) != 0; }
 
-  Numbers::const_iterator place(std::intptr_t n) const {
-    if (structure_->comparator == nullptr) return numbers_.end();
-    return std::find_if(numbers_.begin(), numbers_.end(),
-                        [&](auto other) { return compare(n, other) != 1; });
-  }
-
-  Owned structure_;
-  Numbers numbers_;
+  Owned s;
+  const DS_Methods& m = *s->methods;
+  Numbers numbers = {};
 };
 
 }  // namespace
 
 INSTANTIATE_TEST_SUITE_P(All, Kinds, testing::Values(DS_DLIST, DS_SLIST, DS_BINTREE, DS_ARRAY));
-
-TEST_P(Kinds, ItemsGoWhereTheComparatorSays) {
-  EXPECT_THAT(contents(make({3, 1, 2}, Ds_fifo_comparator)), ElementsAre(3, 1, 2));
-  EXPECT_THAT(contents(make({3, 1, 2}, Ds_filo_comparator)), ElementsAre(2, 1, 3));
-  EXPECT_THAT(contents(make({10, 20, 30, 40}, byDifference)), ElementsAre(30, 40, 10, 20));
-}
 
 TEST_P(Kinds, BehaveLikeASequenceUnderRandomOperations) {
   const std::size_t ordering = 3;  // So many comparators order the items.
@@ -142,14 +111,17 @@ TEST_P(Kinds, BehaveLikeASequenceUnderRandomOperations) {
   const auto below = [&](std::size_t n) { return random() % n; };
   std::size_t range = 200, used = 0;
   const auto anyNumber = [&] { return static_cast<std::intptr_t>(1 + below(range)); };
-  Model model(GetParam());
+  Model model = {make()};
   for (int round = 0; round < 1000 && !HasFailure(); ++round) {
     SCOPED_TRACE(round);
-    if (below(8) == 0) model.clear();
+    if (below(8) == 0) {
+      EXPECT_EQ(1, DS_empty_list(model.s.get(), nullptr, nullptr, nullptr));
+      model.numbers.clear();
+    }
     if (below(4) == 0) range = below(2) == 0 ? 40 : 1000;
     if (below(3) == 0) used = below(std::size(comparators));
-    model.use(comparators[used]);
-    if (below(4) == 0) model.use(filters[below(std::size(filters))]);
+    model.s->comparator = comparators[used];
+    if (below(4) == 0) model.s->filter = filters[below(std::size(filters))];
     if (below(4) == 0 && used < ordering) model.sort();
     for (std::size_t i = below(40); i > 30; --i) model.replace(anyNumber(), anyNumber());
     for (std::size_t i = below(80); i > 0; --i) model.add(anyNumber());
@@ -160,17 +132,13 @@ TEST_P(Kinds, BehaveLikeASequenceUnderRandomOperations) {
 
 TEST_P(Kinds, OrderedIsClearedByAddsThatCannotTellTheirStatus) {
   const Owned s = make({1});
-  const auto orderedAfter = [&](StatusCode* status) {
+  for (StatusCode code : {MR_NO_ERROR, MR_ITEM_NOT_FOUND, MR_CANNOT_SORT}) {
+    const StatusCode before = code;
     s->ordered = 1;
-    EXPECT_EQ(1, s->methods->add(s.get(), item(2), status));
-    return s->ordered;
-  };
-  EXPECT_EQ(0, orderedAfter(nullptr));
-  status_ = MR_ITEM_NOT_FOUND;
-  EXPECT_EQ(1, orderedAfter(&status_));
-  EXPECT_EQ(MR_ITEM_NOT_FOUND, status_) << "left as it was";
-  status_ = MR_CANNOT_SORT;
-  EXPECT_EQ(0, orderedAfter(&status_));
+    EXPECT_EQ(1, s->methods->add(s.get(), item(2), code == MR_NO_ERROR ? nullptr : &code));
+    EXPECT_EQ(before == MR_ITEM_NOT_FOUND, s->ordered);
+    EXPECT_EQ(before, code) << "left as it was";
+  }
 }
 
 TEST_P(Kinds, WalksVisitEveryItemWhateverTheCallbackReturns) {
@@ -193,20 +161,14 @@ TEST_P(Kinds, WalksVisitEveryItemWhateverTheCallbackReturns) {
   EXPECT_THAT(walk(1, 0, MR_NO_ERROR), ElementsAre(4));
   EXPECT_THAT(walk(2, 1, MR_ARGUMENT_ERROR), IsEmpty());
   EXPECT_THAT(walk(-1, 2, MR_ARGUMENT_ERROR), IsEmpty());
-}
 
-TEST(Structures, CallbacksGetOneArgumentLessWithoutAUser) {
-  const Owned s = makeStructure(DS_DLIST, {1, 2});
-  const DS_Methods& m = *s->methods;
-  StatusCode status = 0;
-  const auto walkFn = longForm<DS_WalkFn>(+[](void* it, StatusCode* sum) {
+  const auto shorter = longForm<DS_WalkFn>(+[](void* it, StatusCode* sum) {
     *sum += static_cast<StatusCode>(number(it));
     return 1;
   });
-  EXPECT_EQ(1, m.walk(s.get(), walkFn, nullptr, -1, 0, &status));
-  EXPECT_EQ(3, status);
-  const auto isTwo = longForm<DS_MatchFn>(+[](const void* it) { return number(it) == 2 ? 1 : 0; });
-  EXPECT_EQ(m.tail(s.get(), nullptr), m.find(s.get(), isTwo, nullptr, nullptr));
+  status_ = MR_NO_ERROR;
+  EXPECT_EQ(1, s->methods->walk(s.get(), shorter, nullptr, -1, 0, &status_));
+  EXPECT_EQ(4 + 6 + 8, status_) << "without a user";
 }
 
 TEST_P(Kinds, LookupsAndRemovalsSeeNoHiddenItem) {
@@ -219,8 +181,9 @@ TEST_P(Kinds, LookupsAndRemovalsSeeNoHiddenItem) {
     return 1;
   };
   Numbers freed;
-  DS_Position next = m.remove(s.get(), item(2), zero, &freed, &status_);
-  EXPECT_EQ(4, number(m.get_data(next, &status_)));
+  EXPECT_EQ(4, numberAt(m.remove(s.get(), item(2), zero, &freed, &status_)));
+  const auto isLarge = longForm<DS_MatchFn>(+[](const void* it) { return number(it) > 4 ? 1 : 0; });
+  EXPECT_EQ(m.tail(s.get(), nullptr), m.find(s.get(), isLarge, nullptr, nullptr));
   EXPECT_EQ(nullptr, m.find(s.get(), nullptr, item(3), &status_));
   EXPECT_EQ(MR_ITEM_NOT_FOUND, std::exchange(status_, MR_NO_ERROR));
   EXPECT_EQ(0, m.contains_item(s.get(), item(3), &status_));
@@ -244,9 +207,6 @@ TEST(Structures, MisuseIsTold) {
 
 // Applications fill in tables and headers themselves.
 static_assert(sizeof(DS_Methods) == 24 * sizeof(void*));
-static_assert(offsetof(DS_Structure, data) == 1 * sizeof(void*));
-static_assert(offsetof(DS_Structure, comparator) == 2 * sizeof(void*));
-static_assert(offsetof(DS_Structure, filter) == 3 * sizeof(void*));
 static_assert(offsetof(DS_Structure, methods) == 4 * sizeof(void*));
 
 // Counts the questions: items that come in order must not be compared with all others.
@@ -271,6 +231,5 @@ TEST(BinaryTree, AsksFewItemsWhateverTheOrderOfAdding) {
     questions = 0;
     for (std::intptr_t i = 1; i <= 100; ++i) add(n + i);
     EXPECT_LT(questions, 100 * 60) << "sorting makes a tree quick again";
-    EXPECT_EQ(static_cast<std::size_t>(n + 102), contents(s).size());
   }
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
+#include <regex>
 #include <string>
 #include <string_view>
 #include <sys/wait.h>
@@ -16,58 +17,41 @@
 
 namespace {
 
-using testing::HasSubstr;
-
 // A terminal with a program running on it: a forked child that calls `program` and exits.
 class Terminal {
  public:
-  explicit Terminal(const std::function<void()>& program, const char* type = "xterm") {
+  explicit Terminal(const std::function<void()>& program) {
     child_ = forkpty(&master_, nullptr, nullptr, nullptr);
     if (child_ != 0) return;
-    setenv("TERM", type, 1);
     for (const int signal : {SIGINT, SIGQUIT}) std::signal(signal, SIG_DFL);  // as at a prompt
     program();
     std::exit(0);
   }
   ~Terminal() { close(master_); }
 
-  void waitFor(std::string_view text) {
-    while (output_.find(text) == output_.npos && readSome()) {
-    }
-  }
-  void press(std::string_view keys) {
+  // Presses the keys after that text. Before, the terminal echoes keys and edits lines, or not.
+  void answer(std::string_view text, bool editsLines, std::string_view keys) {
+    while (output_.find(text) == output_.npos && readSome()) continue;
+    expectMode(editsLines);
     EXPECT_EQ(static_cast<ssize_t>(keys.size()), write(master_, keys.data(), keys.size()));
   }
 
-  // Waits for the program to end and returns the signal that ended it, 0 when it exited.
-  int finish() {
-    while (readSome()) {
-    }
+  // Waits for the program to exit or, with a signal, to be ended by it, and returns the output.
+  std::string finish(int signal = 0) {
+    while (readSome()) continue;
     int status = -1;
     waitpid(child_, &status, 0);
-    return WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
-  }
-
-  // Whether keys are echoed and lines are edited, as at the start.
-  bool isInItsFirstMode() const {
-    termios mode;
-    return tcgetattr(master_, &mode) == 0 && (mode.c_lflag & (ICANON | ECHO)) == (ICANON | ECHO);
-  }
-
-  const std::string& output() const { return output_; }
-
-  // The output without what cleared lines held.
-  std::string screen() const {
-    const std::string_view clear = "\r\x1b[K";
-    std::string left = output_;
-    for (std::size_t at = 0; (at = left.find(clear)) != left.npos;) {
-      const std::size_t start = left.rfind('\n', at) + 1;
-      left.erase(start, at + clear.size() - start);
-    }
-    return left;
+    EXPECT_EQ(signal, WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status));
+    expectMode(true);
+    return output_;
   }
 
  private:
+  void expectMode(bool editsLines) const {
+    termios mode = {};
+    tcgetattr(master_, &mode);
+    EXPECT_EQ(editsLines ? ICANON | ECHO : 0, mode.c_lflag & (ICANON | ECHO)) << output_;
+  }
   bool readSome() {
     pollfd output = {master_, POLLIN, 0};
     if (poll(&output, 1, 5000) == 0) kill(child_, SIGKILL);  // instead of waiting for ever
@@ -91,37 +75,32 @@ void computeUntilStopped() {
 
 void askInAJob(bool inBackground) {
   const pid_t job = fork();
-  if (job == 0) {
-    if (inBackground) setpgid(0, 0);
-    std::exit(rptCheckAbort() ? 1 : 0);
-  }
+  if (job == 0 && inBackground) setpgid(0, 0);
+  if (job == 0) std::exit(rptCheckAbort() ? 1 : 0);
   int status = -1;
   waitpid(job, &status, WUNTRACED);
-  rptError(WIFEXITED(status) && WEXITSTATUS(status) == 0 ? "" : "job stopped\n");
+  rptError(status == 0 ? "" : "job stopped\n");
   kill(job, SIGKILL);
 }
 
 }  // namespace
 
-TEST(ConsoleOnATerminal, TheStatusStaysOnOneLineThatOtherTextsTakeOver) {
-  Terminal terminal([] {
-    rptStatus("the first status");
-    rptStatus("second");
-    rptError("error");
-    rptStatus("third");
-    rptClearStatus();
-    rptStatus("last");
-    askInAJob(false);
-  });
-  EXPECT_EQ(0, terminal.finish());
-  EXPECT_EQ("error\r\n\x1b[?7llast\x1b[?7h\r\n", terminal.screen());
-}
-
-TEST(ConsoleOnATerminal, ATerminalWithoutControlSequencesGetsPlainLines) {
-  for (const char* type : {"dumb", ""}) {
-    Terminal terminal([] { rptStatus("one"), rptStatus("two"); }, type);
-    EXPECT_EQ(0, terminal.finish());
-    EXPECT_EQ("one\r\ntwo\r\n", terminal.output());
+TEST(ConsoleOnATerminal, TheStatusStaysOnOneLineWhereControlSequencesAreObeyed) {
+  for (const char* type : {"xterm", "dumb", ""}) {
+    Terminal terminal([type] {
+      setenv("TERM", type, 1);
+      for (const char* text : {"first", "second"}) rptStatus("%s", text);
+      rptError("error");
+      rptStatus("third");
+      rptClearStatus();
+      rptStatus("last");
+      askInAJob(false);
+    });
+    const std::string shown =
+        std::regex_replace(terminal.finish(), std::regex("[^\n]*\r\x1b\\[K"), "");
+    EXPECT_EQ(*type == 'x' ? "error\r\n\x1b[?7llast\x1b[?7h\r\n"
+                           : "first\r\nsecond\r\nerror\r\nthird\r\nlast\r\n",
+              shown);
   }
 }
 
@@ -134,19 +113,14 @@ TEST(ConsoleOnATerminal, OnlyTheEscapeKeyAsksToStop) {
   });
   std::string arrows = "q\r";
   for (int i = 0; i < 100; ++i) arrows += "\x1b[A\x1bOP";
-  terminal.waitFor("ready");
-  terminal.press(arrows + "\x1b");
+  terminal.answer("ready", false, arrows + "\x1b");
   rptSleep(1);
-  terminal.press("[A");
+  terminal.answer("ready", false, "[A");
   rptSleep(100);
-  terminal.press("x\x1b");
-  terminal.waitFor("stopped");
-  terminal.press("\x1b");
-  terminal.waitFor("stopped\r\nready");
-  terminal.press("\x1bx");
-  EXPECT_EQ(0, terminal.finish());
-  EXPECT_EQ("ready\r\nstopped\r\nready\r\nstopped\r\n", terminal.output());
-  EXPECT_TRUE(terminal.isInItsFirstMode());
+  terminal.answer("ready", false, "x\x1b");
+  terminal.answer("stopped", false, "\x1b");
+  terminal.answer("stopped\r\nready", false, "\x1bx");
+  EXPECT_EQ("ready\r\nstopped\r\nready\r\nstopped\r\n", terminal.finish());
 }
 
 TEST(ConsoleOnATerminal, OthersMayReadKeysAndAfterAReleaseWholeLines) {
@@ -164,38 +138,19 @@ TEST(ConsoleOnATerminal, OthersMayReadKeysAndAfterAReleaseWholeLines) {
     askInAJob(true);
     readAndTell("line?");
     computeUntilStopped();
-  });
-  terminal.waitFor("key?");
-  EXPECT_FALSE(terminal.isInItsFirstMode());
-  rptSleep(20);
-  terminal.press("k");
-  terminal.waitFor("line?");
-  EXPECT_TRUE(terminal.isInItsFirstMode());
-  terminal.press("ab\x7f\103\r");
-  terminal.waitFor("ready");
-  EXPECT_FALSE(terminal.isInItsFirstMode());
-  terminal.press("\x1b");
-  EXPECT_EQ(0, terminal.finish());
-  EXPECT_THAT(terminal.output(), testing::AllOf(HasSubstr("1: k"), HasSubstr("3: aC")));
-  EXPECT_THAT(terminal.output(), testing::Not(HasSubstr("job stopped")));
-}
-
-TEST(ConsoleOnATerminal, AConfirmationWaitsForALine) {
-  Terminal terminal([] {
-    rptCheckAbort();
     for (const char* text : {"first", "second"}) rptConfirmOK("%s", text);
     rptUser("confirmed");
   });
-  terminal.waitFor("first\r\n(press Return)");
-  EXPECT_TRUE(terminal.isInItsFirstMode());
-  terminal.press("\x04");
-  terminal.waitFor("(press Return) \r\nsecond\r\n(press Return)");
-  terminal.press("not yet");
-  terminal.waitFor("not yet");
-  EXPECT_THAT(terminal.output(), testing::Not(HasSubstr("confirmed")));
-  terminal.press("\r");
-  terminal.waitFor("confirmed");
-  EXPECT_EQ(0, terminal.finish());
+  terminal.answer("key?", false, "");
+  rptSleep(20);
+  terminal.answer("key?", false, "k");
+  terminal.answer("line?", true, "ab\x7f\103\r");
+  terminal.answer("ready", false, "\x1b");
+  terminal.answer("first\r\n(press Return)", true, "\x04");
+  terminal.answer("(press Return) \r\nsecond\r\n(press Return)", true, "not yet");
+  terminal.answer("not yet", true, "\r");
+  EXPECT_THAT(terminal.finish(), testing::MatchesRegex("key.*\n1: k\r\nline.*\n3: aC\r\nready.*"
+                                                       "not yet\r\nconfirmed\r\n"));
 }
 
 TEST(ConsoleOnATerminal, SignalsThatEndTheProcessGiveTheTerminalBack) {
@@ -205,18 +160,14 @@ TEST(ConsoleOnATerminal, SignalsThatEndTheProcessGiveTheTerminalBack) {
       if (signal == SIGABRT) std::abort();
       std::raise(signal);
     });
-    EXPECT_EQ(signal, terminal.finish());
-    EXPECT_TRUE(terminal.isInItsFirstMode()) << signal;
+    terminal.finish(signal);
   }
   Terminal terminal([] {
     rptCatchInterrupt();
     computeUntilStopped();
     for (;;) rptSleep(1000);
   });
-  terminal.waitFor("ready");
-  terminal.press("\x03");
-  terminal.waitFor("stopped");
-  EXPECT_TRUE(terminal.isInItsFirstMode());
-  terminal.press("\x03");
-  EXPECT_EQ(SIGINT, terminal.finish());
+  terminal.answer("ready", false, "\x03");
+  terminal.answer("stopped", true, "\x03");
+  terminal.finish(SIGINT);
 }
