@@ -14,12 +14,29 @@ std::vector<Way> imathWays();
 std::vector<Way> glmWays();
 std::vector<Way> eigenWays();
 
+/// Allocates at the start of a cache line, so that no library is lucky.
+template <class T>
+struct CacheAligned {
+  using value_type = T;
+  CacheAligned() = default;
+  template <class U>
+  CacheAligned(const CacheAligned<U>&) {}  // NOLINT(google-explicit-constructor)
+  T* allocate(std::size_t n) { return static_cast<T*>(::operator new(n * sizeof(T), kLine)); }
+  void deallocate(T* p, std::size_t) { ::operator delete(p, kLine); }
+  bool operator==(const CacheAligned&) const { return true; }
+
+  static constexpr std::align_val_t kLine{64};
+};
+
+template <class T>
+using Array = std::vector<T, CacheAligned<T>>;
+
 /// Makes arrays of values, each of that many random numbers.
 template <int numbers, class T>
 auto arraysOf(T (*make)(const double*), unsigned seed = 1) {
   return [=](int count) {
     const Values random = gaussian(numbers * count, seed);
-    std::vector<T> array;
+    Array<T> array;
     for (int i = 0; i < count; ++i) array.push_back(make(random.data() + i * numbers));
     return array;
   };
@@ -37,9 +54,9 @@ T transformOf(T (*make)(const double*)) {
 /// Makes each element of an array anew of what library L makes of those of the operands; of several
 /// elements at once only if they may be taken together.
 template <class L, bool together, class Operation, class... Operand>
-Contestant onArrays(Operation operation, const std::vector<Operand>&... operands) {
+Contestant onArrays(Operation operation, const Array<Operand>&... operands) {
   using Result = decltype(operation(operands[0]...));
-  using Results = std::vector<Result>;
+  using Results = Array<Result>;
   Results results(std::min({operands.size()...}));
   const auto run = [=]() mutable -> const Results& {
     const Operation local = operation;  // not suspected to change with the results

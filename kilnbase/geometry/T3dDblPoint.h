@@ -39,10 +39,9 @@ class T3dDblPoint {
   constexpr T3dDblPoint operator+(const T4dDblVector& v) const {
     return {x + v.x, y + v.y, z + v.z};
   }
-  constexpr T3dDblPoint operator-(const T4dDblVector& v) const {
-    return {x - v.x, y - v.y, z - v.z};
-  }
-  /// The squared distance.
+  constexpr T3dDblPoint operator-(const T4dDblVector& v) const { return *this + -v; }
+  /// Would drop the weight, and be a point.
+  T4dDblVector operator-(const T4dDblPoint& p) const = delete;
   constexpr double distance2To(const T3dDblPoint& p) const { return (*this - p).norm(); }
 
   /// this := p * M.

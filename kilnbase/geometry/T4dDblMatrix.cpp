@@ -14,19 +14,6 @@ void copyElements(const From (*from)[4], To (*to)[4]) {
   }
 }
 
-}  // namespace
-
-int T4dDblMatrix::equivalent(const T4dDblMatrix& m, double tol) const {
-  for (int r = 0; r < 4; ++r) {
-    for (int c = 0; c < 4; ++c) {
-      if (!(std::fabs(element_[r][c] - m.element_[r][c]) <= tol)) return 0;
-    }
-  }
-  return 1;
-}
-
-namespace {
-
 // A row during Gauss-Jordan elimination. The matrix and its companion share the storage: in the
 // columns that are cleared already, where the matrix is the identity, stands the companion, whose
 // other columns are still those of the identity. Rows are written out, and passed one by one, so
@@ -82,6 +69,15 @@ void eliminate(Row& pivotRow, Rows&... others) {
 }
 
 }  // namespace
+
+int T4dDblMatrix::equivalent(const T4dDblMatrix& m, double tol) const {
+  for (int r = 0; r < 4; ++r) {
+    for (int c = 0; c < 4; ++c) {
+      if (!(std::fabs(element_[r][c] - m.element_[r][c]) <= tol)) return 0;
+    }
+  }
+  return 1;
+}
 
 T4dDblMatrix& T4dDblMatrix::invertIt() {
   Row a{element_[0], 0}, b{element_[1], 1}, c{element_[2], 2}, d{element_[3], 3};

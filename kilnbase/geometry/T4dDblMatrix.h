@@ -1,7 +1,6 @@
 // 4x4 matrices, and the products of points and vectors with them.
 #pragma once
 
-#include <cmath>
 #include <cstddef>
 #include <cstdio>
 
@@ -109,26 +108,21 @@ constexpr int T4dDblMatrix::operator==(const T4dDblMatrix& m) const {
   return 1;
 }
 
-// By rows, from a copy of the right factor, so that compilers keep that in vector registers. As
-// long as the rows are a loop, GCC vectorises them; once unrolled, it would rather vectorise across
-// the matrices of an array, which takes up to twice the time.
 constexpr T4dDblMatrix& T4dDblMatrix::setToProduct(const T4dDblMatrix& a, const T4dDblMatrix& b) {
-  const T4dDblMatrix right = b;
-#pragma GCC unroll 1
-  for (std::size_t r = 0; r < 4; ++r) {
-    const double* row = a.element_[r];
-    const auto [x, y, z, w] = right.rowProduct(row[0], row[1], row[2], row[3]);
-    element_[r][0] = x;
-    element_[r][1] = y;
-    element_[r][2] = z;
-    element_[r][3] = w;
-  }
-  return *this;
+  return *this = a * b;
 }
 
+// Of copies, which compilers keep in vector registers.
 constexpr T4dDblMatrix T4dDblMatrix::operator*(const T4dDblMatrix& m) const {
+  const T4dDblMatrix left = *this, right = m;
   T4dDblMatrix product{Unset()};
-  product.setToProduct(*this, m);
+  for (std::size_t r = 0; r < 4; ++r) {
+    const auto& row = left.element_[r];
+    for (std::size_t c = 0; c < 4; ++c) {
+      product.element_[r][c] = row[0] * right.element_[0][c] + row[1] * right.element_[1][c] +
+                               row[2] * right.element_[2][c] + row[3] * right.element_[3][c];
+    }
+  }
   return product;
 }
 
@@ -146,7 +140,8 @@ constexpr double T4dDblMatrix::det3x3() const {
          element_[0][2] * (element_[1][0] * element_[2][1] - element_[1][1] * element_[2][0]);
 }
 
-constexpr T4dDblVector& T4dDblVector::operator=(const T4dDblMatrix& m) {
+template <std::derived_from<T4dDblMatrix> Matrix>
+constexpr T4dDblVector& T4dDblVector::operator=(const Matrix& m) {
   return set(m(3, 0), m(3, 1), m(3, 2));
 }
 
@@ -192,12 +187,8 @@ T4dDblVector operator*(const T4dDblMatrix& m, const T3dDblPoint& p) = delete;
 T4dDblVector operator*(const T4dDblMatrix& m, const T4dDblPoint& p) = delete;
 
 constexpr T3dDblPoint& T3dDblPoint::setToProduct(const T3dDblPoint& p, const T4dDblMatrix& m) {
-  return *this = T3dDblPoint(p.x * m.element_[0][0] + p.y * m.element_[1][0] +
-                                 p.z * m.element_[2][0] + m.element_[3][0],
-                             p.x * m.element_[0][1] + p.y * m.element_[1][1] +
-                                 p.z * m.element_[2][1] + m.element_[3][1],
-                             p.x * m.element_[0][2] + p.y * m.element_[1][2] +
-                                 p.z * m.element_[2][2] + m.element_[3][2]);
+  const T4dDblPoint image = m.rowProduct(p.x, p.y, p.z, 1.0);
+  return *this = T3dDblPoint(image.x, image.y, image.z);
 }
 
 constexpr T3dDblPoint& T3dDblPoint::postmultBy(const T4dDblMatrix& m) {

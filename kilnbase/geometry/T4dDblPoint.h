@@ -64,10 +64,9 @@ class T4dDblPoint {
     const T4dDblPoint p = cartesian();
     return {p.x + v.x, p.y + v.y, p.z + v.z, 1.0};
   }
-  constexpr T4dDblPoint operator-(const T4dDblVector& v) const {
-    const T4dDblPoint p = cartesian();
-    return {p.x - v.x, p.y - v.y, p.z - v.z, 1.0};
-  }
+  constexpr T4dDblPoint operator-(const T4dDblVector& v) const { return *this + -v; }
+  /// Would be a point.
+  T4dDblVector operator-(const T3dDblPoint& p) const = delete;
   double distanceTo(const T4dDblPoint& p) const { return (*this - p).length(); }
 
   /// (x/w, y/w, z/w, 1).

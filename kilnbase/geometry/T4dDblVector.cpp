@@ -22,7 +22,7 @@ T4dDblVector perpendicularTo(const T4dDblVector& v) {
 
 TunitQuaternion T4dDblVector::rotateTo(const T4dDblVector& target) const {
   const double lengths = length() * target.length();
-  if (std::fabs(lengths) < 1e-9) return TunitQuaternion();
+  if (lengths < 1e-9) return TunitQuaternion();
   const double angle = std::acos(std::clamp(dotProduct(target) / lengths, -1.0, 1.0));
   const bool opposite = std::fabs(angle - std::numbers::pi) < 1e-9;
   const T4dDblVector axis = opposite ? perpendicularTo(*this) : crossProduct(target);

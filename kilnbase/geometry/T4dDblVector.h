@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cmath>
+#include <concepts>
 #include <cstddef>
 
 #include <kilnbase/export.h>
@@ -46,15 +47,16 @@ class T4dDblVector {
     return *this;
   }
   /// Takes the translation of the matrix: (M(3,0), M(3,1), M(3,2)).
-  constexpr T4dDblVector& operator=(const T4dDblMatrix& m);
+  template <std::derived_from<T4dDblMatrix> Matrix>
+  constexpr T4dDblVector& operator=(const Matrix& m);
   /// The pure translation by this vector.
   constexpr operator T4dDblMatrix() const;
 
   /// 0 is x, 1 is y, every other index z.
   constexpr double& operator[](std::size_t i) { return i == 0 ? x : i == 1 ? y : z; }
   constexpr double operator[](std::size_t i) const { return i == 0 ? x : i == 1 ? y : z; }
-  constexpr double& operator()(short i) { return i == 0 ? x : i == 1 ? y : z; }
-  constexpr double operator()(short i) const { return i == 0 ? x : i == 1 ? y : z; }
+  constexpr double& operator()(short i) { return (*this)[static_cast<std::size_t>(i)]; }
+  constexpr double operator()(short i) const { return (*this)[static_cast<std::size_t>(i)]; }
   /// The three components, contiguous.
   double* array() { return reinterpret_cast<double*>(this); }
   const double* array() const { return reinterpret_cast<const double*>(this); }
@@ -63,6 +65,9 @@ class T4dDblVector {
   constexpr int operator!=(const T4dDblVector& v) const { return !(*this == v); }
   constexpr int operator==(const T3dDblPoint& p) const;
   constexpr int operator!=(const T3dDblPoint& p) const;
+  /// Would drop the weight.
+  int operator==(const T4dDblPoint& p) const = delete;
+  int operator!=(const T4dDblPoint& p) const = delete;
   /// Whether the difference is shorter than `tol`. Unlike for points, one of exactly `tol` is not.
   int equivalent(const T4dDblVector& v, double tol) const { return (*this - v).length() < tol; }
   int unitLength(double tol) const { return std::fabs(length() - 1.0) < tol; }
@@ -131,9 +136,9 @@ class T4dDblVector {
   /// their cross product, or none at all.
   ///
   /// The identity also when the axis is too short for `Tquaternion::setToPivotAxis`: when the
-  /// squared length of the cross product, or of this vector for opposite directions, is 1e-9 or
-  /// less. So normalise first; even then, directions within 3e-5 of parallel or opposite do not
-  /// turn.
+  /// squared length of the cross product, or of the perpendicular axis, which two components of
+  /// this vector make up, is 1e-9 or less. So normalise first; even then, directions within 3e-5 of
+  /// parallel do not turn, nor those within 3e-5 of opposite whose cosine is not exactly -1.
   KILNBASE_API TunitQuaternion rotateTo(const T4dDblVector& target) const;
 
   /// this := v * M and this := M * v, by the upper left 3x3 of M only.

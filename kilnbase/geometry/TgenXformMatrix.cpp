@@ -52,7 +52,7 @@ TgenXformMatrix& TgenXformMatrix::rotateAxis(const double axis[3], const Tangle&
   const double length = std::hypot(axis[0], axis[1], axis[2]);
   if (length == 0.0) return *this;
   const T4dDblVector unit(axis[0] / length, axis[1] / length, axis[2] / length);
-  return multiplyBy(TgenXformMatrix().setToAxisTurn(unit, angle.cos(), angle.sin()));
+  return multiplyBy(T4dDblMatrix().setToAxisTurn(unit, angle.cos(), angle.sin()));
 }
 
 TgenXformMatrix& TgenXformMatrix::multiplyBy(const T4dDblMatrix& m) {
@@ -91,8 +91,6 @@ void TgenXformMatrix::transformPoint(const double in[4], double out[3]) const {
 }
 
 void TgenXformMatrix::transformVector(const double in[3], double out[3]) const {
-  const T3dDblPoint p = T3dDblPoint(in[0], in[1], in[2]) * *this;
-  out[0] = p.x;
-  out[1] = p.y;
-  out[2] = p.z;
+  const double p[] = {in[0], in[1], in[2], 1.0};
+  transformPoint(p, out);
 }

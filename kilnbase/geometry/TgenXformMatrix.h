@@ -21,6 +21,7 @@ class KILNBASE_API TgenXformMatrix : public T4dDblMatrix {
  public:
   TgenXformMatrix& translate(double x, double y, double z);
   TgenXformMatrix& translate(const double v[3]) { return translate(v[0], v[1], v[2]); }
+  /// A literal 0 would be a null pointer.
   TgenXformMatrix& translate(std::nullptr_t) = delete;
   TgenXformMatrix& scale(double s) { return scale(s, s, s); }
   /// So that a literal 0 is a scale, not a null pointer.

@@ -4,19 +4,19 @@
 #include <kilnbase/geometry/Tquaternion.h>
 #include <kilnbase/geometry/TunitQuaternion.h>
 
-Tquaternion& Tquaternion::operator=(const T4dDblMatrix& m) {
-  const double trace = m(0, 0) + m(1, 1) + m(2, 2);
+Tquaternion& Tquaternion::setToRotation(const T4dDblMatrix& m) {
+  const double trace = m[0][0] + m[1][1] + m[2][2];
   if (trace <= 0.0) return setFromLargestDiagonal(m);
   const double s = std::sqrt(trace + 1.0);
   const double k = 0.5 / s;
-  return *this = {s / 2.0, (m(1, 2) - m(2, 1)) * k, (m(2, 0) - m(0, 2)) * k,
-                  (m(0, 1) - m(1, 0)) * k};
+  return *this = {s / 2.0, (m[1][2] - m[2][1]) * k, (m[2][0] - m[0][2]) * k,
+                  (m[0][1] - m[1][0]) * k};
 }
 
 // For turns of 120 degrees and more, where w may be 0.
 Tquaternion& Tquaternion::setFromLargestDiagonal(const T4dDblMatrix& m) {
   int i = m[1][1] > m[0][0] ? 1 : 0;
-  if (m(2, 2) > m[i][i]) i = 2;
+  if (m[2][2] > m[i][i]) i = 2;
   const int j = (i + 1) % 3;
   const int l = (j + 1) % 3;
   const double s = std::sqrt(m[i][i] - (m[j][j] + m[l][l]) + 1.0);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cmath>
+#include <concepts>
 
 #include <kilnbase/export.h>
 #include <kilnbase/geometry/T4dDblMatrix.h>
@@ -27,7 +28,10 @@ class Tquaternion {
   /// unit length. A component that is not small is found first, w for a positive trace, else that
   /// of the largest diagonal element, and the others by dividing by it (Shoemake, "Animating
   /// rotation with quaternion curves", 1985).
-  KILNBASE_API Tquaternion& operator=(const T4dDblMatrix& m);
+  template <std::derived_from<T4dDblMatrix> Matrix>
+  Tquaternion& operator=(const Matrix& m) {
+    return setToRotation(m);
+  }
 
   constexpr int operator==(const Tquaternion& q) const {
     return w == q.w && x == q.x && y == q.y && z == q.z;
@@ -89,6 +93,7 @@ class Tquaternion {
   friend class TunitQuaternion;
   constexpr Tquaternion(double w_, double x_, double y_, double z_) : w(w_), x(x_), y(y_), z(z_) {}
 
+  KILNBASE_API Tquaternion& setToRotation(const T4dDblMatrix& m);
   Tquaternion& setFromLargestDiagonal(const T4dDblMatrix& m);
   constexpr double norm() const { return (w * w + x * x) + (y * y + z * z); }
 };

@@ -19,8 +19,7 @@ class Tscale {
   KILNBASE_API static const Tscale identity;
 
   constexpr Tscale() = default;
-  constexpr Tscale(double x_, double y_, double z_)
-      : x(clamped(x_)), y(clamped(y_)), z(clamped(z_)) {}
+  constexpr Tscale(double x_, double y_, double z_) { set(x_, y_, z_); }
   constexpr Tscale(const Tscale&) = default;
   constexpr virtual ~Tscale() {}
   constexpr Tscale& operator=(const Tscale&) = default;
@@ -39,13 +38,16 @@ class Tscale {
 
   /// The reciprocals of the clamped components, clamped themselves.
   constexpr Tscale inverse() const {
-    return {1.0 / clamped(x), 1.0 / clamped(y), 1.0 / clamped(z)};
+    Tscale s = *this;
+    s.invertIt();
+    return s.set(s.x, s.y, s.z);
   }
   /// Stores the reciprocals of the clamped components, without clamping them.
   constexpr Tscale& invertIt() {
-    x = 1.0 / clamped(x);
-    y = 1.0 / clamped(y);
-    z = 1.0 / clamped(z);
+    set(x, y, z);
+    x = 1.0 / x;
+    y = 1.0 / y;
+    z = 1.0 / z;
     return *this;
   }
 

@@ -15,12 +15,11 @@ class TunitQuaternion : public Tquaternion {
   /// No rotation.
   constexpr TunitQuaternion() = default;
   /// Takes the rotation of the upper left 3x3, which must be one.
-  TunitQuaternion& operator=(const T4dDblMatrix& m) {
+  template <std::derived_from<T4dDblMatrix> Matrix>
+  TunitQuaternion& operator=(const Matrix& m) {
     Tquaternion::operator=(m);
     return *this;
   }
-  /// A rotation is of unit length: normalise first.
-  TunitQuaternion& operator=(const Tquaternion& q) = delete;
 
   constexpr TunitQuaternion operator*(const TunitQuaternion& q) const {
     return TunitQuaternion(Tquaternion::operator*(q));

@@ -71,7 +71,7 @@ TxformMatrix& TxformMatrix::operator+=(const TunitQuaternion& q) {
 }
 
 T4dDblVector TxformMatrix::translation() const {
-  return translation_ * (move(-rotatePivotTranslation_) * undoneRotationAndScale());
+  return translation_ * undoneRotationAndScale();
 }
 
 T4dDblPoint TxformMatrix::scalePivotPoint() const {
@@ -79,8 +79,7 @@ T4dDblPoint TxformMatrix::scalePivotPoint() const {
 }
 
 T4dDblPoint TxformMatrix::rotatePivotPoint() const {
-  return T4dDblPoint::origin * (move(-rotatePivotOffset_) * move(-scalePivotTranslation_) *
-                                undo(scale_) * move(-scalePivotOffset_));
+  return T4dDblPoint::origin * (move(-rotatePivotOffset_) * undoneScaleAboutPivot());
 }
 
 TxformMatrix& TxformMatrix::setScalePivotPoint(const T4dDblPoint& p) {
@@ -117,8 +116,11 @@ T4dDblMatrix TxformMatrix::composedWithoutTranslation() const {
 }
 
 T4dDblMatrix TxformMatrix::undoneRotationAndScale() const {
-  return turn(rotation_.inverse()) * move(-(scalePivotTranslation_ + rotatePivotOffset_)) *
-         undo(scale_) * move(-scalePivotOffset_);
+  return turn(rotation_.inverse()) * move(-rotatePivotOffset_) * undoneScaleAboutPivot();
+}
+
+T4dDblMatrix TxformMatrix::undoneScaleAboutPivot() const {
+  return move(-scalePivotTranslation_) * undo(scale_) * move(-scalePivotOffset_);
 }
 
 void TxformMatrix::extractVectorsFromMatrix() {

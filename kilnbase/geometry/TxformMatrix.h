@@ -57,8 +57,8 @@ class KILNBASE_API TxformMatrix : public T4dDblMatrix {
   T4dDblPoint scalePivotPoint() const;
   /// The rotate pivot in the untransformed space.
   T4dDblPoint rotatePivotPoint() const;
-  /// Set the pivots, given in the untransformed space, and leave the composed transform where it
-  /// is.
+  /// Set the pivots, Cartesian points of the untransformed space, and leave the composed transform
+  /// where it is.
   TxformMatrix& setScalePivotPoint(const T4dDblPoint& p);
   TxformMatrix& setRotatePivotPoint(const T4dDblPoint& p);
 
@@ -68,13 +68,14 @@ class KILNBASE_API TxformMatrix : public T4dDblMatrix {
   T4dDblMatrix inverse() const;
 
  protected:
-  /// Sets the components from the matrix.
+  /// Sets the components from the matrix; `dirty` stays.
   void extractVectorsFromMatrix();
 
  private:
   T4dDblMatrix scaleAboutPivot() const;
   T4dDblMatrix composedWithoutTranslation() const;
   T4dDblMatrix undoneRotationAndScale() const;
+  T4dDblMatrix undoneScaleAboutPivot() const;
 
   T4dDblVector translation_;
   TunitQuaternion rotation_;

@@ -34,8 +34,17 @@ static_assert(std::bit_cast<Doubles<3>>(T3dDblPoint(1, 2, 3)) == Doubles<3>{1, 2
 
 static_assert(!std::is_convertible_v<TpostXformMatrix*, T4dDblMatrix*>);
 static_assert(!std::is_constructible_v<TunitQuaternion, Tquaternion>);
-static_assert(!std::is_assignable_v<TunitQuaternion&, Tquaternion>);
-static_assert(!std::is_assignable_v<TxformMatrix&, Tquaternion>);
+template <class To, class... From>
+constexpr bool kTakesNone = !(std::is_assignable_v<To&, From> || ...);
+static_assert(kTakesNone<TxformMatrix, Tquaternion>);
+static_assert(kTakesNone<T4dDblVector, Tscale, Tquaternion, TunitQuaternion>);
+static_assert(kTakesNone<TunitQuaternion, Tscale, Tquaternion, T4dDblVector>);
+template <class T>
+constexpr bool kTakesBraces = requires(T value) {
+  value = {};
+};
+static_assert(kTakesBraces<T4dDblVector> && kTakesBraces<Tquaternion>);
+static_assert(kTakesBraces<TunitQuaternion> && kTakesBraces<T4dDblMatrix>);
 
 // What arithmetic allows happens at compile time.
 constexpr T4dDblMatrix kScaledAndMoved =

@@ -81,7 +81,10 @@ TEST(Scale, TinyValuesAndTolerancesBecomeOneTenThousandth) {
   EXPECT_TRUE(Tscale().equivalent(Tscale(1.25, 1, 1), 0.25));
   EXPECT_FALSE(Tscale().equivalent(Tscale(), -1.0));
   EXPECT_TRUE(Tscale(1, 1, 1 + 1e-10).proportionalScale());
-  EXPECT_FALSE(Tscale(1, 1 + 8e-10, 1 - 8e-10).proportionalScale());
+  const double more = 1 + 8e-10, less = 1 - 8e-10;
+  EXPECT_FALSE(Tscale(1, more, less).proportionalScale());
+  EXPECT_FALSE(Tscale(more, less, 1).proportionalScale());
+  EXPECT_FALSE(Tscale(more, 1, less).proportionalScale());
 }
 
 TEST(GenXform, MultipliesElementaryTransformsOnTheLeft) {

@@ -110,4 +110,8 @@ TEST(Vectors, RotateToTurnsOneDirectionIntoTheOther) {
   EXPECT_EQ(TunitQuaternion(), T4dDblVector(1, 0, 0).rotateTo(T4dDblVector(1, 3e-5, 0)));
   EXPECT_NE(TunitQuaternion(), T4dDblVector(1, 0, 0).rotateTo(T4dDblVector(1, 4e-5, 0)));
   EXPECT_EQ(TunitQuaternion(), T4dDblVector(3e-5, 0, 0).rotateTo(T4dDblVector(-1, 0, 0)));
+  EXPECT_EQ(TunitQuaternion(), T4dDblVector(1e3, 0, 0).rotateTo(T4dDblVector(-9e-13, 0, 0)));
+  // Opposite only when the cosine is exactly -1.
+  EXPECT_NE(TunitQuaternion(), T4dDblVector(1, 0, 0).rotateTo(T4dDblVector(-1, 1e-9, 0)));
+  EXPECT_EQ(TunitQuaternion(), T4dDblVector(1, 0, 0).rotateTo(T4dDblVector(-1, 2e-8, 0)));
 }

@@ -70,7 +70,7 @@ TEST(Plane, LinesMeetItAheadBehindOrNever) {
   T4dDblPoint out(9, 9, 9, 9);
   EXPECT_EQ(1, plane.intersection(T4dDblPoint(), T4dDblVector(1, 0, 9e-10), out));
   EXPECT_EQ(T4dDblPoint(9, 9, 9, 9), out);
-  EXPECT_EQ(2, plane.intersection(T4dDblPoint(), T4dDblVector(1, 0, 1), out));
+  EXPECT_EQ(2, plane.intersection(T4dDblPoint(), T4dDblVector(1, 0, 2e-9), out));
   EXPECT_EQ(3, plane.intersection(T4dDblPoint(), T4dDblVector(1, 0, -1), out));
   EXPECT_EQ(T4dDblPoint(-5, 0, 5, 1), out);
   EXPECT_EQ(2, plane.intersection(out, T4dDblVector(0, 0, -1), out));
@@ -120,6 +120,8 @@ TEST(Rotation, QuaternionRotatesLikeItsMatrixAndComesBackFromIt) {
   EXPECT_TRUE(q.equivalent(quaternion(0, h, -h, 0), kRounding));
   q = T4dDblMatrix(quaternion(0, -1, 0, 1));
   EXPECT_TRUE(q.equivalent(quaternion(0, h, 0, -h), kRounding));
+  q = T4dDblMatrix(quaternion(1, -1, -1, -1));  // of trace 0, where w does not lead yet
+  EXPECT_EQ(quaternion(-0.5, 0.5, 0.5, 0.5), q);
 }
 
 TEST(Rotation, TooShortOnesAndNoTurnAreSpecial) {
@@ -132,8 +134,8 @@ TEST(Rotation, TooShortOnesAndNoTurnAreSpecial) {
   EXPECT_EQ(T4dDblVector(7, 8, 9), axis);
   quaternion(1.5, 0, 0, 0).getPivotAxis(angle, axis);
   EXPECT_TRUE(std::isnan(angle));
-  EXPECT_EQ(identity, quaternion(1e-9, 0, 0, 0).normalizeIt());
-  EXPECT_EQ(quaternion(-1, 0, 0, 0), quaternion(-1.001e-9, 0, 0, 0).normalizeIt());
+  EXPECT_EQ(identity, quaternion(0, 1e-9, 0, 0).normalizeIt());
+  EXPECT_EQ(quaternion(-1, 0, 0, 0), quaternion(-1.001e-9, 0, 0, 0).normalize());
   Tquaternion q = quaternion(0, 1, 0, 0);
   EXPECT_TRUE(q.equivalent(quaternion(0, 0, 0, 1), std::sqrt(2.0)));
   EXPECT_FALSE(q.equivalent(quaternion(0, 0, 0, 1), 1.414));

@@ -67,7 +67,6 @@ TEST(Xform, ActsAboutItsPivotsAndSettingThemMovesNothing) {
     EXPECT_EQ(matrix, xform);  // that of the components is another one
 
     xform = T4dDblMatrix();
-    EXPECT_EQ(0, xform.dirty());
     const Tscale scale = random.scale();
     const TunitQuaternion rotation = random.rotation(), turn = random.rotation();
     xform = random.scale();
@@ -89,13 +88,23 @@ TEST(Xform, ActsAboutItsPivotsAndSettingThemMovesNothing) {
   EXPECT_LT(distance(T4dDblMatrix::identity, xform.composed() * xform.inverse()), kRounding);
   xform += Tscale(2, 0.001, -1);
   EXPECT_EQ(1e-6, xform.scale().y);  // not clamped
-  const auto checkDirty = [](const auto&... component) {
+}
+
+TEST(Xform, ComponentsMakeItDirty) {
+  RandomValues random(5);
+  const auto check = [](const auto&... component) {
     EXPECT_EQ(3, ((TxformMatrix() = component).dirty() + ...));
     EXPECT_EQ(3, ((TxformMatrix() += component).dirty() + ...));
+    EXPECT_EQ(3, ((TpostXformMatrix() = component).dirty() + ...));
+    EXPECT_EQ(3, ((TpostXformMatrix() += component).dirty() + ...));
   };
-  checkDirty(random.vector(), random.scale(), random.rotation());
-  EXPECT_EQ(1, TxformMatrix().setScalePivotPoint(random.point()).dirty());
-  EXPECT_EQ(1, TxformMatrix().setRotatePivotPoint(random.point()).dirty());
+  check(random.vector(), random.scale(), random.rotation());
+  TxformMatrix xform;
+  EXPECT_EQ(1, xform.setScalePivotPoint(random.point()).dirty());
+  EXPECT_EQ(0, (xform = T4dDblMatrix()).dirty());
+  EXPECT_EQ(1, xform.setRotatePivotPoint(random.point()).dirty());
+  const T4dDblPoint p;
+  EXPECT_EQ(0, TpostXformMatrix().setScalePivotPoint(p).setRotatePivotPoint(p).dirty());
 }
 
 // Of what the pivots hold, only the axes matter: (-2, 12, 0) is turned back and divided by 4.
