@@ -7,7 +7,6 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <tuple>
 
 #include <vx/Memory.h>
 #include <vx/Report.h>
@@ -67,37 +66,35 @@ void trackedFree(void* memory) {
   std::free(block);
 }
 
-// What one place in the source has allocated.
-struct Place {
+// What a report tells of a block.
+struct Record {
   const char* file;
   int line;
-  MaOutstanding outstanding;
+  std::size_t bytes;
 };
 
-// The blocks as places of one block each. Null when there is no memory for them.
-std::unique_ptr<Place[]> listBlocks(std::size_t& count) {
+// Null when there is no memory for them.
+std::unique_ptr<Record[]> listBlocks(std::size_t& count) {
   const std::scoped_lock lock(trackMutex);
   count = outstanding.blocks;
-  std::unique_ptr<Place[]> places(new (std::nothrow) Place[count]);
-  Place* place = places.get();
-  if (place == nullptr) return places;
+  std::unique_ptr<Record[]> records(new (std::nothrow) Record[count]);
+  Record* record = records.get();
+  if (record == nullptr) return records;
   for (const Block* block = head.next; block != &head; block = block->next)
-    *place++ = {block->file, block->line, {1, block->bytes}};
-  return places;
+    *record++ = {block->file, block->line, block->bytes};
+  return records;
 }
 
-bool isBefore(const Place& a, const Place& b) {
+bool isBefore(const Record& a, const Record& b) {
   const int files = std::strcmp(a.file, b.file);
   return files != 0 ? files < 0 : a.line < b.line;
 }
 
-void reportPlace(const Place* first, const Place* last) {
-  MaOutstanding sum = {};
-  for (const Place* place = first; place != last; ++place) {
-    sum.blocks += place->outstanding.blocks;
-    sum.bytes += place->outstanding.bytes;
-  }
-  rptError("Not freed: %zu bytes in %zu blocks (file %s, line %d)\n", sum.bytes, sum.blocks,
+// The records from `first` to `last` are of one place in the source.
+void reportPlace(const Record* first, const Record* last) {
+  std::size_t bytes = 0;
+  for (const Record* record = first; record != last; ++record) bytes += record->bytes;
+  rptError("Not freed: %zu bytes in %td blocks (file %s, line %d)\n", bytes, last - first,
            first->file, first->line);
 }
 
@@ -135,15 +132,15 @@ MaOutstanding MA_outstanding() {
 
 void MA_reportOutstanding() {
   std::size_t count = 0;
-  const std::unique_ptr<Place[]> places = listBlocks(count);
-  if (!places) {
+  const std::unique_ptr<Record[]> records = listBlocks(count);
+  if (!records) {
     rptError("Not freed: %zu blocks\n", count);
     return;
   }
-  const Place* end = places.get() + count;
-  std::sort(places.get(), places.get() + count, isBefore);
-  for (const Place* first = places.get(); first != end;) {
-    const Place* last = std::upper_bound(first, end, *first, isBefore);
+  const Record* end = records.get() + count;
+  std::sort(records.get(), records.get() + count, isBefore);
+  for (const Record* first = records.get(); first != end;) {
+    const Record* last = std::upper_bound(first, end, *first, isBefore);
     reportPlace(first, last);
     first = last;
   }

@@ -4,7 +4,6 @@
 #include <vx/Process.h>
 #include <vx/Report.h>
 #include <vx/os/Process.h>
-#include <vx/os/Text.h>
 
 namespace vxOS {
 
@@ -15,7 +14,9 @@ ProcessManager& ProcessManager::getInstance() {
 
 std::optional<int> ProcessManager::startSync(const vx::vector<vxString::CString>& command) {
   if (command.empty() || command.front().isEmpty()) return std::nullopt;
-  const auto isCut = [](const vxString::CString& text) { return holdsZero(text.view()); };
+  const auto isCut = [](const vxString::CString& text) {
+    return text.view().find('\0') != vxString::CString::npos;
+  };
   if (std::any_of(command.begin(), command.end(), isCut)) return std::nullopt;
   rptReleaseKeys();
   std::fflush(nullptr);

@@ -71,8 +71,7 @@ VX_API void rptCatchInterrupt(void);
 VX_API void rptSleep(unsigned int milliseconds);
 
 /** Writes to the debug output, piece by piece, when `level` is at most the debug level. Every piece
- * is plain text: what a caller prints as a mark of nesting, such as ">>>" and "<<<", stays as it
- * is. */
+ * is plain text. */
 VX_API void rptDebug(int level, const char* format, ...) VX_PRINTF(2, 3);
 
 /** The debug level; 0 at the start. */

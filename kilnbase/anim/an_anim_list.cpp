@@ -16,6 +16,8 @@ namespace {
 
 using vxKilnBase::detail::addressOf;
 using vxKilnBase::detail::fail;
+using vxKilnBase::detail::lacksMethods;
+using vxKilnBase::detail::order;
 
 int hasData(const void* item, const void* data) {
   return item && static_cast<const AN_Item*>(item)->data == data ? 1 : 0;
@@ -24,10 +26,6 @@ int hasData(const void* item, const void* data) {
 AN_Item* findData(const void* data, const DS_Structure* list) {
   void* const found = list->methods->find(list, hasData, data, nullptr);
   return found ? static_cast<AN_Item*>(list->methods->get_data(found, nullptr)) : nullptr;
-}
-
-bool isUsable(const void* data, const DS_Structure* list) {
-  return data && list && list->methods;
 }
 
 void printLine(const char* text) {
@@ -50,10 +48,6 @@ int addNode(const An_Record& record, MR_LinkList* list) {
   if (!memory) return 0;
   MR_ll_prepend(list, &(new (memory) An_ItemNode{{}, record})->link);
   return 1;
-}
-
-int order(std::uint64_t a, std::uint64_t b) {
-  return a < b ? -1 : a > b ? 1 : 0;
 }
 
 // Null is last.
@@ -99,7 +93,7 @@ AN_Item* AN_item_create_type(int type, void* data, int line, const char* file, S
 }
 
 int AN_add_to_item_list(int type, void* data, DS_Structure* list, StatusCode* status) {
-  if (!isUsable(data, list)) return fail(status, MR_ARGUMENT_ERROR);
+  if (!data || lacksMethods(list)) return fail(status, MR_ARGUMENT_ERROR);
   if (findData(data, list)) return 0;
   StatusCode code = MR_NO_ERROR;
   AN_Item* const item = AN_item_create_type(type, data, __LINE__, __FILE__, &code);
@@ -110,12 +104,12 @@ int AN_add_to_item_list(int type, void* data, DS_Structure* list, StatusCode* st
 }
 
 AN_Item* AN_is_item_in_item_list(const void* data, const DS_Structure* list, StatusCode* status) {
-  if (!isUsable(data, list)) return fail(status, MR_ARGUMENT_ERROR);
+  if (!data || lacksMethods(list)) return fail(status, MR_ARGUMENT_ERROR);
   return findData(data, list);
 }
 
 int AN_remove_from_item_list(const void* data, DS_Structure* list, StatusCode* status) {
-  if (!isUsable(data, list)) return fail(status, MR_ARGUMENT_ERROR);
+  if (!data || lacksMethods(list)) return fail(status, MR_ARGUMENT_ERROR);
   AN_Item* const item = findData(data, list);
   if (!item) return fail(status, MR_ITEM_NOT_FOUND);
   list->methods->remove(list, item, nullptr, nullptr, nullptr);

@@ -2,7 +2,8 @@
  * list (`An_`).
  *
  * Items and nodes come from the tracked allocator: what the caller unlinks by other means is
- * released with `MA_free`. The data and the objects they point at are the caller's.
+ * released with `MA_free`. The data and the objects they point at are the caller's. Where there is a
+ * status, null arguments are `MR_ARGUMENT_ERROR`.
  */
 #ifndef KILNBASE_ANIM_AN_ANIM_LIST_H
 #define KILNBASE_ANIM_AN_ANIM_LIST_H
@@ -35,16 +36,15 @@ KILNBASE_API AN_Item* AN_item_create_type(int type, void* data, int line, const 
 /** Adds a new item to the structure. Returns 1 when that went without a code. Without a status
  * variable the structure is no longer `ordered`, as after any addition without one. When the
  * structure has an item with this data, whatever its type, nothing is added and the result is 0,
- * without a code. Null arguments are `MR_ARGUMENT_ERROR`. */
+ * without a code. */
 KILNBASE_API int AN_add_to_item_list(int type, void* data, DS_Structure* list, StatusCode* status);
 
-/** The first item with this data, or null, which is no failure. Null arguments are
- * `MR_ARGUMENT_ERROR`. */
+/** The first item with this data, or null, which is no failure. */
 KILNBASE_API AN_Item* AN_is_item_in_item_list(const void* data, const DS_Structure* list,
                                               StatusCode* status);
 
 /** Removes the first item with this data and frees it. Returns 1, or 0 with `MR_ITEM_NOT_FOUND`
- * when there is none. Null arguments are `MR_ARGUMENT_ERROR`. */
+ * when there is none. */
 KILNBASE_API int AN_remove_from_item_list(const void* data, DS_Structure* list, StatusCode* status);
 
 /** 1 when two items have the same type and data, else 0, as for null. */

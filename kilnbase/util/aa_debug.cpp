@@ -11,18 +11,16 @@
 
 namespace {
 
-enum class FileState : std::int32_t { kOpen, kNeverOpened, kClosed, kCallers };
-
 struct FileEntry {
   char* name;
-  FileState state;
-  std::FILE* stream;
+  bool wasOpened;
 };
 
 constinit std::int32_t mode = AA_TO_ERROR;
-constinit FileEntry* current = nullptr;
+constinit FileEntry* file = nullptr;      // the chosen one
+constinit std::FILE* stream = nullptr;    // the chosen one, or that of the file
+constinit bool isOpen = false;            // whether the file has been opened since it was chosen
 constinit DS_Structure* files = nullptr;  // every file ever named
-constinit FileEntry callersStream = {nullptr, FileState::kCallers, nullptr};
 constinit std::int32_t indentation = 0;
 
 void complain(const char* message) {
@@ -30,13 +28,10 @@ void complain(const char* message) {
   AA_debug_print("%s", message);
 }
 
-std::FILE* streamOf(FileEntry& entry) {
-  const bool wasOpen = entry.state == FileState::kOpen || entry.state == FileState::kCallers;
-  if (!wasOpen) {
-    entry.stream = vxOS::openFile(entry.name, entry.state == FileState::kNeverOpened ? "w" : "a");
-    entry.state = FileState::kOpen;
-  }
-  return entry.stream ? entry.stream : stdout;
+std::FILE* openedFile() {
+  if (!isOpen) stream = vxOS::openFile(file->name, file->wasOpened ? "a" : "w");
+  isOpen = file->wasOpened = true;
+  return stream ? stream : stdout;
 }
 
 std::FILE* output() {
@@ -44,21 +39,20 @@ std::FILE* output() {
     case AA_TO_OUTPUT:
       return stdout;
     case AA_TO_FILE:
+      return openedFile();
     case AA_TO_STREAM:
-      return streamOf(*current);
+      return stream;
     default:
       return stderr;
   }
 }
 
-void choose(std::int32_t newMode, FileEntry* entry) {
-  FileEntry* const previous = current;
+void choose(std::int32_t newMode, FileEntry* newFile, std::FILE* newStream) {
+  if (isOpen && stream) std::fclose(stream);
+  isOpen = false;
   mode = newMode;
-  current = entry;
-  if (!previous || previous->state != FileState::kOpen) return;
-  if (previous->stream) std::fclose(previous->stream);
-  previous->stream = nullptr;
-  previous->state = FileState::kClosed;
+  file = newFile;
+  stream = newStream;
 }
 
 int hasName(const void* item, const void* name) {
@@ -74,7 +68,7 @@ char* copyOf(const char* text) {
 
 FileEntry* addEntry(const char* name) {
   char* const copy = copyOf(name);
-  auto* const entry = new (std::nothrow) FileEntry{copy, FileState::kNeverOpened, nullptr};
+  auto* const entry = new (std::nothrow) FileEntry{copy, false};
   if (copy && entry && files->methods->add(files, entry, nullptr)) return entry;
   std::free(copy);
   delete entry;
@@ -92,14 +86,13 @@ void chooseFile(const char* name) {
   if (!files) return complain("Cannot create debug file list\n");
   FileEntry* const entry = entryOf(name);
   if (!entry) return complain("Cannot create debug file entry\n");
-  choose(AA_TO_FILE, entry);
+  choose(AA_TO_FILE, entry, nullptr);
 }
 
 // Without a stream the output stays what it is, though a file is closed until it is written to.
-void chooseStream(std::FILE* stream) {
-  if (!stream) return choose(mode, current);
-  callersStream.stream = stream;
-  choose(AA_TO_STREAM, &callersStream);
+void chooseStream(std::FILE* callers) {
+  if (callers) return choose(AA_TO_STREAM, nullptr, callers);
+  choose(mode, file, stream);
 }
 
 // The level wraps around at its limits.
@@ -111,12 +104,12 @@ void shiftIndentation(std::int32_t levels) {
 }  // namespace
 
 int AA_debug_print(const char* format, ...) {
-  std::FILE* const stream = output();
+  std::FILE* const to = output();
   std::va_list arguments;
   va_start(arguments, format);
-  const int written = std::vfprintf(stream, format, arguments);
+  const int written = std::vfprintf(to, format, arguments);
   va_end(arguments);
-  std::fflush(stream);
+  std::fflush(to);
   return written;
 }
 
@@ -127,12 +120,12 @@ void AA_set_print_out(int newMode, const void* name_or_stream) {
     case AA_TO_STREAM:
       return chooseStream(static_cast<std::FILE*>(const_cast<void*>(name_or_stream)));
     default:
-      return choose(newMode, nullptr);
+      return choose(newMode, nullptr, nullptr);
   }
 }
 
 int AA_get_print_out(const char** name) {
-  if (mode == AA_TO_FILE && name) *name = current->name;
+  if (mode == AA_TO_FILE && name) *name = file->name;
   return mode;
 }
 

@@ -40,8 +40,8 @@ KILNBASE_API void MR_array_size(MR_Array* array, int n);
 KILNBASE_API void* MR_array_get(const MR_Array* array, int i);
 
 /** Copies `element`, which may stand in the array itself, into element `i`. An array that does not
- * reach `i` is first sized to `i`, and so becomes `i` + growth elements long. The growth step must
- * not be 0 then, which leaves no place for the element; it is not stored. */
+ * reach `i` is first sized to `i`; with a growth step of 0 that leaves no place for the element,
+ * and nothing is stored. */
 KILNBASE_API void MR_array_put(MR_Array* array, int i, const void* element);
 
 /** Releases the array and sets the handle to null. */

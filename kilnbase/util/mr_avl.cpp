@@ -32,6 +32,7 @@ MR_AvlNode*& child(MR_AvlNode* node, std::uint8_t side) {
   return *linkBelow(node, side == kRight);
 }
 
+// Field by field: a record may go on in the padding.
 void clear(MR_AvlNode* node) {
   node->left = nullptr;
   node->right = nullptr;
@@ -40,28 +41,28 @@ void clear(MR_AvlNode* node) {
 }
 
 // The child on that side takes the node's place, and the node becomes the child's child.
-MR_AvlNode* raise(MR_AvlNode* node, Side side) {
-  MR_AvlNode* const raised = child(node, side);
-  child(node, side) = child(raised, opposite(side));
-  child(raised, opposite(side)) = node;
-  return raised;
+MR_AvlNode* rotate(MR_AvlNode* node, Side side) {
+  MR_AvlNode* const up = child(node, side);
+  child(node, side) = child(up, opposite(side));
+  child(up, opposite(side)) = node;
+  return up;
 }
 
-// Raises the inner grandchild on that side to the node's place.
-MR_AvlNode* raiseInner(MR_AvlNode* node, Side side) {
+// A double rotation: the inner grandchild on that side takes the node's place.
+MR_AvlNode* rotateTwice(MR_AvlNode* node, Side side) {
   MR_AvlNode* const near = child(node, side);
   MR_AvlNode* const inner = child(near, opposite(side));
   const int lean = leanTo(side);
   node->balance = inner->balance == lean ? leanTo(opposite(side)) : std::int16_t{0};
   near->balance = inner->balance == -lean ? leanTo(side) : std::int16_t{0};
   inner->balance = 0;
-  child(node, side) = raise(near, opposite(side));
-  return raise(node, side);
+  child(node, side) = rotate(near, opposite(side));
+  return rotate(node, side);
 }
 
 // Rotates when the balance of the node at the link demands it; tells whether it did. It does not
 // where the balances, left over from a removal without rebalancing, claim nodes that are not there.
-bool rotate(MR_AvlNode*& link) {
+bool rebalance(MR_AvlNode*& link) {
   MR_AvlNode* const node = link;
   if (node->balance >= -1 && node->balance <= 1) return false;
   const Side higher = sideOf(node->balance);
@@ -70,11 +71,11 @@ bool rotate(MR_AvlNode*& link) {
   if (near->balance == leanTo(higher)) {
     node->balance = 0;
     near->balance = 0;
-    link = raise(node, higher);
+    link = rotate(node, higher);
     return true;
   }
   if (child(near, opposite(higher)) == nullptr) return false;
-  link = raiseInner(node, higher);
+  link = rotateTwice(node, higher);
   return true;
 }
 
@@ -86,14 +87,14 @@ int heightOf(const MR_AvlNode* node) {
 }
 
 // Balances the tree at the link, both of whose subtrees are balanced. Whatever stands before it in
-// post-order is balanced too, so that the first nodes to rotate are below the last rotation.
-void settle(MR_AvlNode*& link) {
+// post-order is balanced too, so that the first nodes to rebalance are below the last rotation.
+void rebalanceSubtree(MR_AvlNode*& link) {
   do {
     const int balance = heightOf(link->right) - heightOf(link->left);
     link->balance = static_cast<std::int16_t>(balance);
-    if (!rotate(link)) return;
-    settle(link->left);
-    settle(link->right);
+    if (!rebalance(link)) return;
+    rebalanceSubtree(link->left);
+    rebalanceSubtree(link->right);
   } while (true);
 }
 
@@ -151,7 +152,7 @@ class Path {
 // `between` for each node between its subtrees and `after` behind both; the latter may put another
 // node in its place.
 template <class Between, class After>
-int tour(MR_AvlNode*& node, unsigned noted, Between between, After after) {
+int traverse(MR_AvlNode*& node, unsigned noted, Between between, After after) {
   if (node == nullptr) return 0;
   Path path(noted);
   Side done = kNeither;
@@ -181,12 +182,12 @@ int goOn(MR_AvlNode*) {
 
 template <class Visit>
 int walkInorder(MR_AvlNode* root, Visit visit) {
-  return tour(root, Path::kMostNoted, visit, goOn);
+  return traverse(root, Path::kMostNoted, visit, goOn);
 }
 
 template <class Visit>
 int walkPostorder(MR_AvlNode* root, Visit visit) {
-  return tour(root, Path::kMostNoted, goOn, visit);
+  return traverse(root, Path::kMostNoted, goOn, visit);
 }
 
 MR_AvlNode* outermost(MR_AvlNode* node, Side side) {
@@ -253,7 +254,7 @@ int MR_avl_insert(MR_AvlNode** root, MR_AvlNode* node, MR_AvlCompare compare) {
   for (MR_AvlNode* at = *critical; at != node; at = child(at, at->direction)) {
     at->balance = static_cast<std::int16_t>(at->balance + leanTo(at->direction));
   }
-  rotate(*critical);
+  rebalance(*critical);
   return 0;
 }
 
@@ -274,11 +275,11 @@ int MR_bt_remove(MR_AvlNode** root, MR_AvlNode* node, MR_AvlCompare compare) {
 
 int MR_avl_balance(MR_AvlNode** root) {
   KILN_ASSERT(root != nullptr);
-  const auto settleOne = [](MR_AvlNode*& link) {
-    settle(link);
+  const auto rebalanceOne = [](MR_AvlNode*& link) {
+    rebalanceSubtree(link);
     return 0;
   };
-  if (root != nullptr) tour(*root, 0, goOn, settleOne);
+  if (root != nullptr) traverse(*root, 0, goOn, rebalanceOne);
   return 1;
 }
 

@@ -5,7 +5,7 @@
 
 namespace {
 
-bool isNumber(int n) {
+bool isBitNumber(int n) {
   KILN_ASSERT(n >= 1);
   return n >= 1;
 }
@@ -21,19 +21,19 @@ std::uint8_t maskOf(int n) {
 }  // namespace
 
 void MR_bitfield_set(std::uint8_t* bytes, int n) {
-  if (isNumber(n)) bytes[byteOf(n)] |= maskOf(n);
+  if (isBitNumber(n)) bytes[byteOf(n)] |= maskOf(n);
 }
 
 void MR_bitfield_unset(std::uint8_t* bytes, int n) {
-  if (isNumber(n)) bytes[byteOf(n)] &= static_cast<std::uint8_t>(~maskOf(n));
+  if (isBitNumber(n)) bytes[byteOf(n)] &= static_cast<std::uint8_t>(~maskOf(n));
 }
 
 void MR_bitfield_toggle(std::uint8_t* bytes, int n) {
-  if (isNumber(n)) bytes[byteOf(n)] ^= maskOf(n);
+  if (isBitNumber(n)) bytes[byteOf(n)] ^= maskOf(n);
 }
 
 int MR_bitfield_is_set(const std::uint8_t* bytes, int n) {
-  return isNumber(n) ? bytes[byteOf(n)] & maskOf(n) : 0;
+  return isBitNumber(n) ? bytes[byteOf(n)] & maskOf(n) : 0;
 }
 
 void MR_bitfield_set_multiple(std::uint8_t* bytes, const std::int32_t* list) {

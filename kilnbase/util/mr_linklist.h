@@ -13,9 +13,7 @@
  * A list is its first node. It has no tail pointer and no count: appending walks to the last node
  * and a length is counted. For lists of borrowed pointers see mr_list.h.
  *
- * The list never owns its nodes. Three operations meet the heap, as they say: `MR_ll_remove_match`
- * and `MR_ll_remove_duplicates` release nodes with `free`, `MR_ll_copy_and_append` takes them from
- * `malloc`.
+ * The list never owns its nodes; three operations use the heap, as they say.
  *
  * Null pointers are allowed everywhere: an operation on them does nothing or returns null or 0,
  * unless its own text says more.

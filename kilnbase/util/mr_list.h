@@ -10,8 +10,7 @@
  *     MR_list_delete_all(&curves);
  *
  * An operation that makes a node returns it; it returns null, and has changed nothing, when the
- * list or the data is null or the memory runs out. As in all lists here, appending walks to the
- * last node.
+ * list or the data is null or the memory runs out.
  */
 #ifndef KILNBASE_UTIL_MR_LIST_H
 #define KILNBASE_UTIL_MR_LIST_H

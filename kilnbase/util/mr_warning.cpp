@@ -29,14 +29,6 @@ Command commandFor(const MorlaWarningParams& warning) {
   return command;
 }
 
-int show(const MorlaWarningParams& warning) {
-  const bool hasText = !warning.messages.empty() || !warning.extra.isEmpty();
-  if (!hasText || warning.buttons.empty()) return kNoButton;
-  const int button = vxOS::ProcessManager::getInstance().startSync(commandFor(warning)).value_or(0);
-  const auto count = static_cast<int>(warning.buttons.size());
-  return button >= 1 && button <= count ? button - 1 : kNoButton;
-}
-
 void addTagged(MorlaWarningParams& warning, int tag, std::va_list values) {
   for (; tag >= MR_WARNING_MESSAGE && tag < MR_WARNING_END; tag = va_arg(values, int)) {
     const CString text = va_arg(values, const char*);
@@ -54,7 +46,7 @@ int showTagged(int count, const char** labels, int tag, std::va_list values) noe
     MorlaWarningParams warning;
     for (int i = 0; labels != nullptr && i < count; ++i) warning.buttons.push_back(labels[i]);
     addTagged(warning, tag, values);
-    return show(warning);
+    return MR_warning(warning);
   } catch (const std::bad_alloc&) {
     return kNoButton;
   }
@@ -75,7 +67,11 @@ int MR_warning_ok(const char* message) {
 }
 
 int MR_warning(const MorlaWarningParams& warning) {
-  return show(warning);
+  const bool hasText = !warning.messages.empty() || !warning.extra.isEmpty();
+  if (!hasText || warning.buttons.empty()) return kNoButton;
+  const int button = vxOS::ProcessManager::getInstance().startSync(commandFor(warning)).value_or(0);
+  const auto count = static_cast<int>(warning.buttons.size());
+  return button >= 1 && button <= count ? button - 1 : kNoButton;
 }
 
 int MR_warning(int tag, ...) {

@@ -10,9 +10,6 @@
  * button was chosen, when the program could not be run, or when there is nothing to show: neither a
  * message line nor a non-empty extra text, or no button. Texts are UTF-8 and shown as they are; a
  * null text is an empty one.
- *
- * C++ also has `MR_warning` for a list of tags without prepared buttons, and for a warning that has
- * been put together in a `vxKilnBase::MorlaWarningParams`.
  */
 #ifndef KILNBASE_UTIL_MR_WARNING_H
 #define KILNBASE_UTIL_MR_WARNING_H

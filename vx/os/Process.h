@@ -9,9 +9,9 @@
 namespace vxOS::process {
 
 /// What separates the names in a path.
-extern const char kSeparator[2];
+extern const char* const kSeparator;
 /// How the file names of programs end, in lower case.
-extern const char kProgramEnding[5];
+extern const char* const kProgramEnding;
 
 /// The path of the program that this process runs; empty when the system does not tell.
 vxString::CString ownProgram();

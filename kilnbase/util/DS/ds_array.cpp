@@ -1,8 +1,5 @@
-#include <algorithm>
-#include <cstddef>
-#include <cstdlib>
 #include <new>
-#include <span>
+#include <vector>
 
 #include <kilnbase/util/DS/detail/Kind.h>
 
@@ -12,28 +9,13 @@ using vxKilnBase::detail::fail;
 using vxKilnBase::detail::Gap;
 using vxKilnBase::detail::Slot;
 
-struct Buffer {
-  std::size_t count = 0;
-  std::size_t capacity = 0;
-  Slot* items = nullptr;
-};
+using Slots = std::vector<Slot>;
 
 struct Array {
   static constexpr int kType = DS_ARRAY;
 
-  static std::span<Slot> items(const void* data) {
-    if (data == nullptr) return {};
-    const Buffer& buffer = *static_cast<const Buffer*>(data);
-    return {buffer.items, buffer.count};
-  }
-
-  static Slot* first(const void* data) {
-    return items(data).empty() ? nullptr : &items(data).front();
-  }
-
-  static Slot* last(const void* data) {
-    return items(data).empty() ? nullptr : &items(data).back();
-  }
+  static Slot* first(const void* data) { return isEmpty(data) ? nullptr : &slots(data).front(); }
+  static Slot* last(const void* data) { return isEmpty(data) ? nullptr : &slots(data).back(); }
 
   static Slot* next(const void* data, Slot* slot) {
     return slot != last(data) ? slot + 1 : nullptr;
@@ -43,51 +25,40 @@ struct Array {
     return slot != first(data) ? slot - 1 : nullptr;
   }
 
-  static bool insert(void*& data, Gap gap, void* item) {
-    Buffer* made = data != nullptr ? static_cast<Buffer*>(data) : new (std::nothrow) Buffer;
-    if (made == nullptr) return false;
-    data = made;
-    Buffer& buffer = *made;
-    const std::ptrdiff_t index = gap.before != nullptr ? gap.before + 1 - buffer.items : 0;
-    if (buffer.count == buffer.capacity && !grow(buffer)) return false;
-    Slot* const slot = buffer.items + index;
-    std::copy_backward(slot, buffer.items + buffer.count, buffer.items + buffer.count + 1);
-    slot->item = item;
-    ++buffer.count;
-    return true;
+  static void* make() { return new (std::nothrow) Slots; }
+
+  static bool insert(void* data, Gap gap, void* item) {
+    const auto place = gap.after != nullptr ? iteratorAt(data, gap.after) : slots(data).end();
+    try {
+      slots(data).insert(place, Slot{item});
+      return true;
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
   }
 
   static Slot* remove(void* data, Slot*, Slot* slot, Slot* later) {
-    Buffer& buffer = *static_cast<Buffer*>(data);
-    std::copy(slot + 1, buffer.items + buffer.count, slot);
-    --buffer.count;
+    slots(data).erase(iteratorAt(data, slot));
     return later != nullptr ? later - 1 : nullptr;
   }
 
-  static void clear(void*& data) {
-    if (data != nullptr) std::free(static_cast<Buffer*>(data)->items);
-    delete static_cast<Buffer*>(data);
-    data = nullptr;
-  }
+  static void free(void* data) { delete static_cast<Slots*>(data); }
 
  private:
-  static bool grow(Buffer& buffer) {
-    constexpr std::size_t kSmallest = 8;
-    const std::size_t capacity = std::max(kSmallest, 2 * buffer.capacity);
-    void* items = std::realloc(buffer.items, capacity * sizeof(Slot));
-    if (items == nullptr) return false;
-    buffer.items = static_cast<Slot*>(items);
-    buffer.capacity = capacity;
-    return true;
+  static Slots& slots(const void* data) { return *static_cast<Slots*>(const_cast<void*>(data)); }
+  static bool isEmpty(const void* data) { return data == nullptr || slots(data).empty(); }
+
+  static Slots::iterator iteratorAt(void* data, Slot* slot) {
+    return slots(data).begin() + (slot - slots(data).data());
   }
 };
 
 }  // namespace
 
 void* Ds_array_allocate(DS_Structure*, StatusCode* status) {
-  Buffer* buffer = new (std::nothrow) Buffer;
-  if (buffer == nullptr) return fail(status, MR_MEMORY_FAULT);
-  return buffer;
+  void* slots = Array::make();
+  if (slots == nullptr) return fail(status, MR_MEMORY_FAULT);
+  return slots;
 }
 
 DS_DEFINE_KIND(array, Array, Ds_array_allocate)

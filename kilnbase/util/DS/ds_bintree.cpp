@@ -15,7 +15,7 @@ using vxKilnBase::detail::Slot;
 
 enum Side { kLeft = 0, kRight = 1 };
 
-Side other(Side side) {
+Side opposite(Side side) {
   return side == kLeft ? kRight : kLeft;
 }
 
@@ -31,7 +31,7 @@ struct Node : Slot {
 struct Tree : Node {  // The node above the root, which is its left child.
   std::array<Node*, 2> ends;
   std::size_t count;
-  std::uint32_t random;
+  std::uint32_t random = 2463534242U;
   DS_Comparator comparator;  // What `consistent` is about; null for nothing.
   bool consistent;           // So far, all answers were those of one order of all items.
 };
@@ -58,14 +58,14 @@ void rotateUp(Node* node) {
   Node* parent = node->parent;
   const Side side = sideOf(node);
   attach(parent->parent, sideOf(parent), node);
-  attach(parent, side, node->children[other(side)]);
-  attach(node, other(side), parent);
+  attach(parent, side, node->children[opposite(side)]);
+  attach(node, opposite(side), parent);
 }
 
 // The next node in order towards that side, of a node that is not the last one there.
 Node* neighbour(Node* node, Side side) {
   if (Node* child = node->children[side]; child != nullptr) {
-    while (child->children[other(side)] != nullptr) child = child->children[other(side)];
+    while (child->children[opposite(side)] != nullptr) child = child->children[opposite(side)];
     return child;
   }
   while (sideOf(node) == side) node = node->parent;
@@ -97,7 +97,7 @@ struct BinaryTree {
       tree.comparator = comparator;
       tree.consistent = !isConstant(comparator) && isInOrder(tree);
     }
-    if (tree.consistent && tree.count < kProbation) tree.consistent = answersFall(tree, item);
+    if (tree.consistent && tree.count < kProbation) tree.consistent = isMonotone(tree, item);
     if (tree.consistent && tree.count >= kProbation) {
       if (const std::optional<Gap> gap = search(tree, item)) return *gap;
       tree.consistent = false;
@@ -113,14 +113,15 @@ struct BinaryTree {
     tree.consistent = false;
   }
 
-  static bool insert(void*& data, Gap gap, void* item) {
-    if (data == nullptr) data = makeTree();
-    Node* node = data != nullptr ? new (std::nothrow) Node{} : nullptr;
+  static void* make() { return new (std::nothrow) Tree(); }
+
+  static bool insert(void* data, Gap gap, void* item) {
+    Node* node = new (std::nothrow) Node{};
     if (node == nullptr) return false;
     Tree& tree = *treeOf(data);
     node->item = item;
     node->priority = nextRandom(tree.random);
-    hang(tree, gap, node);
+    insertLeaf(tree, gap, node);
     while (node->parent != &tree && node->parent->priority < node->priority) rotateUp(node);
     ++tree.count;
     return true;
@@ -131,12 +132,12 @@ struct BinaryTree {
     Node* node = nodeOf(slot);
     if (node == tree.ends[kLeft]) tree.ends[kLeft] = nodeOf(next(data, slot));
     if (node == tree.ends[kRight]) tree.ends[kRight] = nodeOf(before);
-    takeOut(node);
+    unlink(node);
     --tree.count;
     return later;
   }
 
-  static void clear(void*& data) {
+  static void free(void* data) {
     if (data == nullptr) return;
     Node* top = treeOf(data);
     for (Node* node = top; node != nullptr;) {
@@ -150,12 +151,11 @@ struct BinaryTree {
       }
     }
     delete treeOf(data);
-    data = nullptr;
   }
 
  private:
   // The number of items up to which a comparator is asked about all of them and its answers are
-  // compared. One that does not order items, or has other answers, shows it here.
+  // compared. One that does not order items, or has opposite answers, shows it here.
   static constexpr std::size_t kProbation = 32;
 
   static Slot* end(const void* data, Side side) {
@@ -166,14 +166,8 @@ struct BinaryTree {
     return slot == end(data, side) ? nullptr : neighbour(nodeOf(slot), side);
   }
 
-  static Tree* makeTree() {
-    Tree* tree = new (std::nothrow) Tree{};
-    if (tree != nullptr) tree->random = 2463534242U;
-    return tree;
-  }
-
-  // Hangs a leaf into the gap, one side of which is free.
-  static void hang(Tree& tree, Gap gap, Node* node) {
+  // One side of the gap is free.
+  static void insertLeaf(Tree& tree, Gap gap, Node* node) {
     Node* before = nodeOf(gap.before);
     Node* after = nodeOf(gap.after);
     if (before == nullptr) tree.ends[kLeft] = node;
@@ -185,7 +179,7 @@ struct BinaryTree {
     }
   }
 
-  static void takeOut(Node* node) {
+  static void unlink(Node* node) {
     while (node->children[kLeft] != nullptr && node->children[kRight] != nullptr) {
       const bool leftIsHigher = node->children[kLeft]->priority > node->children[kRight]->priority;
       rotateUp(node->children[leftIsHigher ? kLeft : kRight]);
@@ -200,8 +194,8 @@ struct BinaryTree {
            comparator == Ds_filo_comparator;
   }
 
-  // Whether an item that equals one end compares with the other as that end does. One that equals
-  // items which differ, as a NaN does among numbers, does not.
+  // Whether an item that equals one end compares with the opposite as that end does. One that
+  // equals items which differ, as a NaN does among numbers, does not.
   static bool fitsEnds(const Tree& tree, const Slot* slot) {
     const Slot* const front = first(&tree);
     const Slot* const back = last(&tree);
@@ -222,7 +216,7 @@ struct BinaryTree {
   }
 
   // Whether the answers about an item go from 1 by way of 0 to -1 along the order.
-  static bool answersFall(const Tree& tree, void* item) {
+  static bool isMonotone(const Tree& tree, void* item) {
     const Slot added{item};
     if (!fitsEnds(tree, &added)) return false;
     int least = 1;
@@ -235,7 +229,7 @@ struct BinaryTree {
   }
 
   // The gap by binary search; nothing when the comparator answers anything but -1, 0 and 1. One
-  // that answers with differences shows it best at the far end, which is asked first.
+  // that answers with differences shows it best at the front, which is asked first.
   static std::optional<Gap> search(const Tree& tree, void* item) {
     const Slot added{item};
     Slot* const front = first(&tree);

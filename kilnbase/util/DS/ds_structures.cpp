@@ -1,4 +1,3 @@
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -12,8 +11,8 @@
 
 using vxKilnBase::detail::addressOf;
 using vxKilnBase::detail::fail;
-using vxKilnBase::detail::ignored;
 using vxKilnBase::detail::lacksMethods;
+using vxKilnBase::detail::order;
 
 namespace {
 
@@ -105,8 +104,8 @@ DS_Structure* select(const DS_Structure* a, const DS_Structure* b, Selection DS_
   if (result == nullptr) return nullptr;
   const bool sorted = status != nullptr && !outcome.is(MR_CANNOT_SORT);
   result->ordered = sorted && a->ordered != 0 && b->ordered != 0 ? 1 : 0;
-  if (result->methods->head(result, ignored()) == nullptr) {
-    DS_destructor(&result, nullptr, nullptr, ignored());
+  if (result->methods->head(result, nullptr) == nullptr) {
+    DS_destructor(&result, nullptr, nullptr, nullptr);
   }
   return result;
 }
@@ -136,9 +135,8 @@ int registerFunction(int id, Fn fn, DS_Structure*& registry, StatusCode* status)
 // there.
 template <class Fn>
 Fn install(Fn& field, Fn fn, const DS_Structure* registry, StatusCode* status) {
-  StatusCode code = MR_NO_ERROR;
   const Fn previous = field;
-  if (registry != nullptr && indexOf(fn, registry, &code) < 0) {
+  if (registry != nullptr && indexOf(fn, registry, nullptr) < 0) {
     fail(status, MR_ITEM_NOT_FOUND);
   } else {
     field = fn;
@@ -181,7 +179,7 @@ int Ds_register_structure(int id, const DS_Methods* methods, StatusCode* status)
     objectTable = newHeader({1, nullptr, Ds_default_comparator, nullptr, methods}, outcome,
                             __LINE__, __FILE__);
     if (objectTable == nullptr) return 0;
-    if (methods->allocate != nullptr) objectTable->data = methods->allocate(objectTable, ignored());
+    if (methods->allocate != nullptr) objectTable->data = methods->allocate(objectTable, nullptr);
   }
   return MR_register_item(id, const_cast<DS_Methods*>(methods), &objectTable, outcome);
 }
@@ -340,8 +338,7 @@ void DS_print_structure(const DS_Structure* structure, DS_PrintFn print_fn, void
 
 int Ds_default_comparator(const void* a, const void* b) {
   if (a == nullptr || b == nullptr) return 0;
-  const unsigned long long left = addressOf(itemAt(a)), right = addressOf(itemAt(b));
-  return static_cast<int>(left > right) - static_cast<int>(left < right);
+  return order(addressOf(itemAt(a)), addressOf(itemAt(b)));
 }
 
 int Ds_fifo_comparator(const void*, const void*) {
@@ -357,8 +354,7 @@ int Ds_string_comparator(const void* a, const void* b) {
   const char* left = static_cast<const char*>(itemAt(a));
   const char* right = static_cast<const char*>(itemAt(b));
   if (left == nullptr || right == nullptr) return 0;
-  const int order = std::strcmp(left, right);
-  return static_cast<int>(order > 0) - static_cast<int>(order < 0);
+  return order(std::strcmp(left, right), 0);
 }
 
 int Ds_string_find(const void* s1, const void* s2) {

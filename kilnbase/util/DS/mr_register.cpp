@@ -44,8 +44,7 @@ DS_Position findValue(const void* value, const DS_Structure* registry, StatusCod
 }
 
 bool isRegistered(int id, const DS_Structure* registry) {
-  StatusCode miss = MR_NO_ERROR;
-  return findId(id, registry, &miss) != nullptr;
+  return findId(id, registry, nullptr) != nullptr;
 }
 
 int addEntry(int id, void* value, DS_Structure* registry, StatusCode* status) {
@@ -90,8 +89,7 @@ int MR_deregister_item(void* value, DS_Structure* registry, StatusCode* status) 
   if (position == nullptr) return 0;
   std::free(entryAt(position, registry));
   registry->methods->set_data(position, nullptr, status);
-  StatusCode code = MR_NO_ERROR;
-  DS_remove_nulls(registry, &code);
+  DS_remove_nulls(registry, nullptr);
   return 1;
 }
 

@@ -49,8 +49,8 @@ std::optional<int> waitFor(pid_t child) {
 
 }  // namespace
 
-const char kSeparator[2] = "/";
-const char kProgramEnding[5] = "";
+const char* const kSeparator = "/";
+const char* const kProgramEnding = "";
 
 CString ownProgram() {
   std::vector<char> path(256);

@@ -132,8 +132,8 @@ bool isBatchFile(const CString& program) {
 
 }  // namespace
 
-const char kSeparator[2] = "\\";
-const char kProgramEnding[5] = ".exe";
+const char* const kSeparator = "\\";
+const char* const kProgramEnding = ".exe";
 
 CString ownProgram() {
   std::wstring path(MAX_PATH, L'\0');

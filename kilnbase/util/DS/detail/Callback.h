@@ -22,12 +22,6 @@ inline Failure fail(StatusCode* status, StatusCode code) {
   return {};
 }
 
-// Where the codes go of what is only tidied up.
-inline StatusCode* ignored() {
-  Mr_err_ignore = MR_NO_ERROR;
-  return &Mr_err_ignore;
-}
-
 inline bool lacksMethods(const DS_Structure* structure) {
   return structure == nullptr || structure->methods == nullptr;
 }
@@ -36,6 +30,12 @@ inline bool lacksMethods(const DS_Structure* structure) {
 template <class T>
 unsigned long long addressOf(T* pointer) {
   return reinterpret_cast<std::uintptr_t>(pointer);
+}
+
+// 1, 0 or -1.
+template <class T>
+int order(T a, T b) {
+  return (a > b) - (a < b);
 }
 
 // The same function under another type. By way of void (*)(), as compilers warn about other casts.

@@ -6,24 +6,23 @@
 //     Slot* first(const void* data), last(const void* data)     null when there are no items
 //     Slot* next(const void* data, Slot*), previous(const void* data, Slot*)     null at the ends;
 //         a storage that only goes forward has no `previous`
-//     bool insert(void*& data, Gap, void* item)     false when there is no memory; makes storage
+//     void* make()     null when there is no memory, as below
+//     bool insert(void* data, Gap, void* item)     false when there is no memory
 //     Slot* remove(void* data, Slot* before, Slot*, Slot* later)     where `later` is from now on
-//     void clear(void*& data)     frees everything
+//     void free(void* data)     with all in it; null too
 //
 // and, where it can do better than the rest:
 //
 //     Gap place(void* data, DS_Comparator, void* item)     where an item goes
 //     void reordered(Slot*)     tells that items have changed places behind its back
-//     std::span<Slot> items(const void* data)     all slots, side by side
 //     Slot* firstWhere(const void* data, Predicate)     the first whose item matches
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
 #include <new>
-#include <span>
+#include <utility>
 
 #include <kilnbase/util/DS/detail/Callback.h>
 #include <kilnbase/util/DS/ds_structures.h>
@@ -89,7 +88,10 @@ struct Kind {
   static int add(DS_Structure* s, void* item, StatusCode* status) {
     if (s == nullptr) return fail(status, MR_ARGUMENT_ERROR);
     if (s->filter != nullptr && s->filter(item) == 0) return fail(status, MR_ITEM_FILTERED);
-    if (!Storage::insert(s->data, place(*s, item), item)) return fail(status, MR_MEMORY_FAULT);
+    if (s->data == nullptr) s->data = Storage::make();
+    if (s->data == nullptr || !Storage::insert(s->data, place(*s, item), item)) {
+      return fail(status, MR_MEMORY_FAULT);
+    }
     if (s->comparator == nullptr) fail(status, MR_CANNOT_SORT);
     if (status == nullptr || *status == MR_CANNOT_SORT) s->ordered = 0;
     return 1;
@@ -219,7 +221,7 @@ struct Kind {
         dispose(freeItem, slot, user);
       }
     }
-    Storage::clear(s->data);
+    Storage::free(std::exchange(s->data, nullptr));
     return 1;
   }
 
@@ -312,16 +314,6 @@ struct Kind {
   }
 
   static bool sortItems(void* data, DS_Comparator comparator) {
-    if constexpr (requires { Storage::items(data); }) {
-      const std::span<Slot> items = Storage::items(data);
-      std::qsort(items.data(), items.size(), sizeof(Slot), comparator);
-      return true;
-    } else {
-      return sortCopies(data, comparator);
-    }
-  }
-
-  static bool sortCopies(void* data, DS_Comparator comparator) {
     std::size_t count = 0;
     for (Slot* slot = Storage::first(data); slot != nullptr; slot = Storage::next(data, slot)) {
       ++count;
@@ -342,7 +334,7 @@ struct Kind {
     DS_Structure result{1, nullptr, model.comparator, filter, model.methods};
     if (!fill(result)) {
       if (status != nullptr && *status == MR_NO_ERROR) *status = MR_UNKNOWN;
-      destructor(&result, nullptr, nullptr, ignored());
+      destructor(&result, nullptr, nullptr, nullptr);
     }
     return result.data;
   }
@@ -355,8 +347,7 @@ struct Kind {
         *a, nullptr,
         [&](DS_Structure& result) {
           return forEachVisible(*a, [&](Slot* slot) {
-            StatusCode miss = MR_NO_ERROR;
-            const bool isThere = b->methods->contains_item(b, slot->item, &miss) != 0;
+            const bool isThere = b->methods->contains_item(b, slot->item, nullptr) != 0;
             return isThere != contained || result.methods->add(&result, slot->item, status) != 0;
           });
         },

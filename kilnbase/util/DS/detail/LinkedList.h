@@ -3,7 +3,6 @@
 
 #include <new>
 
-#include <kilnbase/detail/assert.h>
 #include <kilnbase/util/DS/detail/Kind.h>
 #include <kilnbase/util/DS/detail/NodeBlocks.h>
 
@@ -33,11 +32,10 @@ struct LinkedList {
     return nodeOf(slot)->previous;
   }
 
-  static bool insert(void*& data, Gap gap, void* item) {
-    Ends* made = data != nullptr ? static_cast<Ends*>(data) : new (std::nothrow) Ends;
-    if (made == nullptr) return false;
-    data = made;
-    Node* node = made->nodes.take();
+  static void* make() { return new (std::nothrow) Ends; }
+
+  static bool insert(void* data, Gap gap, void* item) {
+    Node* node = ends(data).nodes.take();
     if (node == nullptr) return false;
     node->item = item;
     join(data, gap.before, node);
@@ -51,10 +49,7 @@ struct LinkedList {
     return later;
   }
 
-  static void clear(void*& data) {
-    delete static_cast<Ends*>(data);
-    data = nullptr;
-  }
+  static void free(void* data) { delete static_cast<Ends*>(data); }
 
   // Nodes that were added one after another mostly lie side by side; going on to the neighbour does
   // not wait for the link to arrive.
