@@ -13,8 +13,9 @@
 /// has calls to insert, find and read elements.
 ///
 /// All results are 0, but for 2 when `create`, `createAndInitialise`, `changePhysicalSizeTo`,
-/// `buffer` or `pack` cannot get memory and for 150 when an element is not found. Nothing is
-/// checked against the length; see vxKilnBase::detail::GrowableArray for the operations.
+/// `buffer` or `pack` cannot get memory and for 150 when an element is not found. Indexing and
+/// `last` are not checked against the length; see vxKilnBase::detail::GrowableArray for the
+/// operations.
 ///
 ///     TdoubleArray heights(32);  // takes 32 slots at first, then 32, 41, 52, ... more
 ///     heights.addLast(0.5);

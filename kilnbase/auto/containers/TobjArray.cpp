@@ -11,7 +11,7 @@ TobjArray::~TobjArray() {
 }
 
 char* TobjArray::moveElements(std::size_t n) {
-  char* const block = newBlock(n);
+  auto* const block = static_cast<char*>(std::malloc(n * elementSize_));
   if (block == nullptr) return nullptr;
   initialize(block, buffer_, std::min(length_, n));
   destroy(buffer_, length_);

@@ -35,6 +35,12 @@ class Counted {
     value_ = other;
     return *this;
   }
+  Counted& operator=(Counted&& other) noexcept {
+    EXPECT_NE(this, &other);
+    *this = other;
+    other.value_ = -1.0;
+    return *this;
+  }
   ~Counted() { EXPECT_EQ(1U, living.erase(this)); }
 
   operator double() const {
@@ -109,7 +115,6 @@ struct Slots : TobjArray {
 TEST(Tarray, LaysOutFieldsAndVirtualFunctionsInTheirOrder) {
   TdoubleArray array(32);
   filled(3, array);
-  static_assert(sizeof(TypedObjArray<double>) == 6 * sizeof(void*));
   std::size_t words[6];
   std::memcpy(words, static_cast<const void*>(&array), sizeof words);
   EXPECT_THAT(words, ElementsAre(testing::_, 3, 32, 32, 8,
@@ -191,18 +196,20 @@ TYPED_TEST(Arrays, FollowAModelThroughRandomOperations) {
     const std::size_t i = random() % (n + 1);
     const std::size_t j = random() % (n + 1);
     const std::size_t count = std::min<std::size_t>(random() % 6, n - i);
+    const std::vector<double> some(at(i), at(i + count));
     const auto found = std::find(model.begin(), model.end(), value);
-    const std::size_t chosen = count == 0 ? 0 : random() % (n > 100 ? 8 : 10);
+    const std::size_t chosen = n == 0 ? 0 : random() % (n > 100 ? 9 : 11);
     if (chosen == 0) array.addLast(value), put(n, {value});
     if (chosen == 1) array.insert(array[0], i), put(i, {model[0]});
-    if (chosen == 2) array.insertElement(&array[i], j, count), put(j, {at(i), at(i + count)});
-    if (chosen == 3) array.removeAt(i, count), model.erase(at(i), at(i + count));
+    if (chosen == 2) array.insertElement(&array[i], j, count), put(j, some);
+    if (chosen == 3) array.removeAt(i, count), model.erase(at(i), at(i + 1 == n ? n : i + count));
     if (chosen == 4) array.remove(value), model.erase(found, found + (found < model.end() ? 1 : 0));
     if (chosen == 5) array.changePhysicalSizeTo(j), model.resize(j);
     if (chosen == 6) array.changeLogicalSizeTo(i), model.resize(i);
     if (chosen == 7) array.copyElements(j, others, 3), model.resize(j), put(j, {1, 2, 3});
-    if (chosen == 8) array.catenate(array), put(n, std::vector(model));
-    if (chosen == 9) array.setSizeIncrement(1 + count), array.pack();
+    if (chosen == 8) array.copyElements(j, &array[i], count), model.resize(j), put(j, some);
+    if (chosen == 9) array.catenate(array), put(n, std::vector(model));
+    if (chosen == 10) array.setSizeIncrement(1 + count), array.pack();
     ASSERT_THAT(listed(array), testing::ElementsAreArray(model)) << step;
   }
   TypeParam copy(3);
@@ -217,7 +224,8 @@ TYPED_TEST(Arrays, CountSlotsAndBytesWith16Bits) {
   EXPECT_EQ(std::vector<double>(65535, 7.0), listed(array));
   EXPECT_DEBUG_DEATH(array.createAndInitialise(&value, 65536 + 2, 1), "n < kCounterRange");
   const std::size_t n = array.length();
-  EXPECT_DEBUG_DEATH(array.createAndInitialise(&array[0], 3, 1), "holds");
+  EXPECT_TRUE(n < 65537 || (std::is_same_v<TypeParam, Doubles>) || array[65536] == 0.0);
+  EXPECT_DEBUG_DEATH(array.createAndInitialise(&array[0], 3, 1), "!own");
   EXPECT_EQ(n, array.length());
 
   Opened<Tarray> large(65538, 1);
@@ -247,6 +255,10 @@ TYPED_TEST(Arrays, StayAsTheyAreWhenThereIsNoMemory) {
     EXPECT_THAT(listed(array), ElementsAre(0, 1, 2));
     EXPECT_THAT(sizes(array), ElementsAre(3, 4, 7));
   }
+  EXPECT_EQ(2, Opened<Tarray>(SIZE_MAX / 2, 1).createAndInitialise(&array[0], 3, 1));
+  TypedObjArray<char> small(1);
+  small.changePhysicalSizeTo(0x80000000);
+  EXPECT_EQ(0U, small.capacity());
   EXPECT_DEBUG_DEATH(array.changeLogicalSizeBy(-4), "difference");
   EXPECT_EQ(3U, array.length());
   array.setSizeIncrement(0);

@@ -96,8 +96,9 @@ Result GrowableArray<Array, Result>::reset() {
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::createAndInitialise(void* value, std::size_t n,
                                                          std::size_t increment) {
-  KILN_ASSERT(n < kCounterRange && !holds(value));
-  if (holds(value)) return Result(kDone);
+  const bool own = holds(value);
+  KILN_ASSERT(n < kCounterRange && !own);
+  if (own) return Result(kDone);
   const char* const oldBlock = buffer_;
   create(n, increment);
   if (n > 0 && buffer_ == oldBlock) return Result(kNoMemory);
@@ -110,17 +111,12 @@ Result GrowableArray<Array, Result>::createAndInitialise(void* value, std::size_
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::insertElement(const void* source, std::size_t index,
                                                    std::size_t count) {
-  const char* const values = static_cast<const char*>(source);
   const bool own = holds(source);
-  const std::size_t first = own ? static_cast<std::size_t>(values - buffer_) / elementSize_ : 0;
+  const std::size_t first = own ? placeOf(source) : 0;
   index = std::min(index, length_);
   if (!insertSlots(index, count)) return Result(kDone);
-  if (!own) {
-    replace(index, values, count);
-    return Result(kDone);
-  }
-  const std::size_t before = first < index ? std::min(count, index - first) : 0;
-  replace(index, slot(first), before);
+  const std::size_t before = own ? std::min(count, index - std::min(first, index)) : count;
+  replace(index, own ? slot(first) : static_cast<const char*>(source), before);
   replace(index + before, slot(first + before + count), count - before);
   return Result(kDone);
 }
@@ -143,23 +139,32 @@ long GrowableArray<Array, Result>::removeElement(const void* element) {
   return result;
 }
 
+// Elements of this array are copied one by one, in an order that allows for overlap.
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::copyElements(std::size_t index, const void* source,
                                                   std::size_t count) {
-  KILN_ASSERT(!holds(source));
+  const bool own = holds(source);
+  const std::size_t first = own ? placeOf(source) : 0;
   const std::size_t n = index + count;
-  if (n < index || holds(source)) return Result(kDone);
-  if (changeLength(n)) replace(index, static_cast<const char*>(source), count);
+  if (n < index || (n > length_ && !changeLength(n))) return Result(kDone);
+  if (!own) replace(index, static_cast<const char*>(source), count);
+  for (std::size_t i = 0; own && first != index && i < count; ++i) {
+    const std::size_t each = first < index ? count - 1 - i : i;
+    replace(index + each, slot(first + each), 1);
+  }
+  setLength(n);
   return Result(kDone);
 }
 
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::allocateArray(std::size_t n) {
-  char* const block = n > 0 ? newBlock(n) : buffer_;
-  if (n > 0 && block == nullptr) return Result(kNoMemory);
-  setLength(0);
-  if (block != buffer_) std::free(buffer_);
-  buffer_ = block;
+  if (n > 0) {
+    auto* const block = fits(n) ? static_cast<char*>(std::malloc(n * elementSize_)) : nullptr;
+    if (block == nullptr) return Result(kNoMemory);
+    setLength(0);
+    std::free(buffer_);
+    buffer_ = block;
+  }
   capacity_ = n;
   setLength(n);
   return Result(kDone);
@@ -167,7 +172,7 @@ Result GrowableArray<Array, Result>::allocateArray(std::size_t n) {
 
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::expandArray(std::size_t n) {
-  if (n <= capacity_ || grow(n)) setLength(n);
+  changeLength(n);
   return Result(kDone);
 }
 
@@ -184,13 +189,8 @@ bool GrowableArray<Array, Result>::fits(std::size_t n) const {
 }
 
 template <class Array, class Result>
-char* GrowableArray<Array, Result>::newBlock(std::size_t n) const {
-  return fits(n) ? static_cast<char*>(std::malloc(n * elementSize_)) : nullptr;
-}
-
-template <class Array, class Result>
 bool GrowableArray<Array, Result>::resizeBlock(std::size_t n) {
-  char* const block = !fits(n) || buffer_ == nullptr ? newBlock(n) : self().moveElements(n);
+  char* const block = fits(n) ? self().moveElements(n) : nullptr;
   if (block == nullptr) return false;
   buffer_ = block;
   capacity_ = n;

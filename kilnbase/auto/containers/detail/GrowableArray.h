@@ -26,12 +26,11 @@ namespace vxKilnBase::detail {
 ///
 /// An operation that cannot get memory leaves the array as it was, but for the step that `create`
 /// sets. `create`, `createAndInitialise`, `changePhysicalSizeTo`, `buffer` and `pack` then give 2;
-/// the others do not tell but by `length`. Where `Result` is void, no result
-/// is given at all. An array is for one thread at a time.
+/// the others do not tell but by `length`. Where `Result` is void, no result is given at all. An
+/// array is for one thread at a time.
 template <class Array, class Result>
 class KILNBASE_API GrowableArray {
  public:
-  GrowableArray& operator=(const GrowableArray&) = delete;
   /// Frees the block.
   virtual ~GrowableArray();
 
@@ -97,8 +96,8 @@ class KILNBASE_API GrowableArray {
   long findElement(const void* element, std::size_t& index) const;
   /// Removes the first element with the same bytes. Returns 0, or 150 when there is none.
   long removeElement(const void* element);
-  /// Changes the length to `index + count` and makes the elements from `index` on copies of
-  /// `source`, which must not lie in this array. Returns 0.
+  /// Changes the length to `index + count` and makes the elements from `index` on copies of those
+  /// at `source`, which may be elements of this array. Returns 0.
   Result copyElements(std::size_t index, const void* source, std::size_t count);
 
   /// The first slot; null as long as there is no block.
@@ -110,38 +109,38 @@ class KILNBASE_API GrowableArray {
   constexpr GrowableArray(std::size_t elementSize, std::size_t sizeIncrement) noexcept
       : sizeIncrement_(sizeIncrement), elementSize_(elementSize) {}
   GrowableArray(const GrowableArray&) = delete;
+  GrowableArray& operator=(const GrowableArray&) = delete;
 
   // Takes a new block of `n` slots, all in use.
   virtual Result allocateArray(std::size_t n);
-  // Changes the length to `n`, growing the block where it must. Called only where the block must
-  // grow and by `changeLogicalSizeTo` and `changeLogicalSizeBy`.
+  // `changeLength`, for `changeLogicalSizeTo` and `changeLogicalSizeBy`.
   virtual Result expandArray(std::size_t n);
 
   Array& self() { return static_cast<Array&>(*this); }
   char* slot(std::size_t i) const { return buffer_ + i * elementSize_; }
   bool holds(const void* element) const;
+  std::size_t placeOf(const void* element) const {
+    return static_cast<std::size_t>(static_cast<const char*>(element) - buffer_) / elementSize_;
+  }
 
   void setLength(std::size_t n) {
     if (n > length_) self().construct(length_, n - length_);
     if (n < length_) self().destruct(n, length_ - n);
     length_ = n;
   }
-  // What `expandArray` does, without a call where the block need not grow.
+  // Grows the block where it must and returns whether there was memory.
   bool changeLength(std::size_t n) {
-    if (n <= capacity_) {
-      setLength(n);
-    } else {
-      expandArray(n);
-    }
-    return length_ == n;
+    if (n > capacity_ && !grow(n)) return false;
+    setLength(n);
+    return true;
   }
   bool fits(std::size_t n) const;
-  char* newBlock(std::size_t n) const;
   bool resizeBlock(std::size_t n);
   bool grow(std::size_t n);
   std::size_t missingSlots(std::size_t n) const;
   void moveBy(std::size_t first, std::ptrdiff_t distance, std::size_t count) {
-    if (count > 0) self().shuffle(first, static_cast<typename Array::Distance>(distance), count);
+    if (count == 0 || distance == 0) return;
+    self().shuffle(first, static_cast<typename Array::Distance>(distance), count);
   }
   void replace(std::size_t index, const char* source, std::size_t count);
 

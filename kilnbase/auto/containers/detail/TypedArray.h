@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 #include <kilnbase/auto/containers/TobjArray.h>
@@ -14,6 +15,9 @@ namespace vxKilnBase::detail {
 /// equal when their bytes are: to a search 0.0 and -0.0 differ, and a NaN is found.
 template <class Base, class T>
 class TypedArray : public Base {
+  static_assert(alignof(T) <= alignof(std::max_align_t));
+  static_assert(std::is_base_of_v<TobjArray, Base> || std::is_trivially_copyable_v<T>);
+
  public:
   using Element = T;
   using Result = typename Base::Result;
@@ -22,10 +26,7 @@ class TypedArray : public Base {
       : Base(sizeof(T), sizeIncrement) {}
 
   // NOLINTNEXTLINE(performance-unnecessary-value-param): may be ours
-  Result addLast(T element) {
-    if (this->insertSlots(this->length(), 1)) *last() = std::move(element);
-    return Result(0);
-  }
+  Result addLast(T element) { return insert(std::move(element), this->length()); }
   /// Adds `count` elements, which may be elements of this array.
   Result addLast(const T* elements, std::size_t count) {
     return this->insertElement(elements, this->length(), count);
@@ -59,7 +60,6 @@ class TypedArray : public Base {
   Result catenate(const TypedArray& other) { return addLast(other.elements(), other.length()); }
   /// Makes the elements copies of those of `other`. The growth step stays.
   Result copy(const TypedArray& other) {
-    if (this == &other) return Result(0);
     return this->copyElements(0, other.elements(), other.length());
   }
   Result copyTo(TypedArray& other) const { return other.copy(*this); }
@@ -71,8 +71,6 @@ class TypedArray : public Base {
 /// An array of objects of type T, which are default constructed where a new one has no value yet.
 template <class T>
 class TypedObjArray : public TypedArray<TobjArray, T> {
-  static_assert(alignof(T) <= alignof(std::max_align_t));
-
  public:
   using TypedArray<TobjArray, T>::TypedArray;
   ~TypedObjArray() override { this->changePhysicalSizeTo(0); }
