@@ -46,9 +46,9 @@ void TautoArrayBase::setIncrementSize(std::size_t bytes) {
 
 TautoArrayBase::TautoArrayBase(std::size_t size, std::size_t count)
     : size_(static_cast<unsigned short>(size)) {
-  KILN_ASSERT(size > 0 && size <= USHRT_MAX);
-  if (size == 0 || size > USHRT_MAX) return;
-  if (count == 0 || count > (kMostBytes - size) / size) return;
+  const bool sizeFits = size > 0 && size <= USHRT_MAX;
+  KILN_ASSERT(sizeFits);
+  if (!sizeFits || count == 0 || count > (kMostBytes - size) / size) return;
   const std::size_t padding = (size - fsCurrentUse % size) % size;
   if (!makeRoom(size * count + padding)) return;
   count_ = count;
@@ -58,6 +58,8 @@ TautoArrayBase::TautoArrayBase(std::size_t size, std::size_t count)
 }
 
 TautoArrayBase::~TautoArrayBase() {
+  KILN_ASSERT(count_ == 0 || fsToBeCleared.length() > 0 ||
+              base_ + size_ * count_ == fsBuffer + fsCurrentUse);
   fsCurrentUse -= bytes();
   if (fsCurrentUse > 0) return;
   for (std::size_t i = 0; i < fsToBeCleared.length(); ++i) freeBlock(fsToBeCleared[i]);

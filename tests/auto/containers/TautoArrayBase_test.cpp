@@ -4,6 +4,7 @@
 #include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 
 #include <kilnbase/auto/containers/TautoArrayBase.h>
@@ -61,6 +62,12 @@ TEST(TautoArrayBase, GrowsByStepsWhileArraysKeepTheBlocksThatItOutgrows) {
   TautoArrayBase::setIncrementSize(8192);
 }
 
+TEST(TautoArrayBase, EndsInReverseOrder) {
+  auto first = std::make_unique<Scratch>(1, 1);
+  const Scratch second(1, 1);
+  EXPECT_DEBUG_DEATH(first.reset(), "fsCurrentUse");
+}
+
 TEST(TautoArrayBase, ReservesNothingWithoutMemory) {
   const std::size_t before = TautoArrayBase::bufferSize();
   for (const std::size_t count : {SIZE_MAX, SIZE_MAX / 24, SIZE_MAX / 48 - 1}) {
@@ -74,6 +81,6 @@ TEST(TautoArrayBase, ReservesNothingWithoutMemory) {
   EXPECT_EQ(0U, TautoArrayBase::currentUse());
   EXPECT_EQ(before, TautoArrayBase::bufferSize());
   for (const std::size_t size : {0, 65536}) {
-    EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, Scratch(size, 1).base()), "size > 0");
+    EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, Scratch(size, 1).base()), "sizeFits");
   }
 }
