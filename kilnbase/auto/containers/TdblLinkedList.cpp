@@ -6,9 +6,9 @@ static_assert(sizeof(TdblLinkedList) == 10 * sizeof(void*));
 
 namespace {
 
-// Of a linked element; true in every view of a chain, whatever sentinels it has of its own.
-bool isSentinel(const TdblLinkedListElement* e) {
-  return e->next() == nullptr || e->prev() == nullptr;
+// Linked, and no sentinel: in every view of a chain, whatever sentinels it has of its own.
+bool isBetweenEnds(const TdblLinkedListElement* e) {
+  return e->next() != nullptr && e->prev() != nullptr;
 }
 
 bool isInNoList(const TdblLinkedListElement* e) {
@@ -17,7 +17,9 @@ bool isInNoList(const TdblLinkedListElement* e) {
 
 }  // namespace
 
-TdblLinkedListElement::~TdblLinkedListElement() = default;
+TdblLinkedListElement::~TdblLinkedListElement() {
+  KILN_ASSERT(!isBetweenEnds(this));
+}
 
 void TdblLinkedListElement::append(TdblLinkedListElement* e) {
   KILN_ASSERT(next_ != nullptr);
@@ -29,14 +31,11 @@ void TdblLinkedListElement::append(TdblLinkedListElement* e) {
 
 void TdblLinkedListElement::insert(TdblLinkedListElement* e) {
   KILN_ASSERT(prev_ != nullptr);
-  e->prev_ = prev_;
-  e->next_ = this;
-  prev_->next_ = e;
-  prev_ = e;
+  prev_->append(e);
 }
 
 void TdblLinkedListElement::remove() {
-  KILN_ASSERT(!isSentinel(this));
+  KILN_ASSERT(isBetweenEnds(this));
   next_->prev_ = prev_;
   prev_->next_ = next_;
   next_ = nullptr;
@@ -72,8 +71,8 @@ TrestrictedLinkedList::~TrestrictedLinkedList() {
 TrestrictedLinkedList::Element* TrestrictedLinkedList::remove(Element* e) {
   if (length_ == 0) return nullptr;
   Element* const removed = e != nullptr ? e : *cursorRef_;
-  KILN_ASSERT(e == nullptr || !isSentinel(e));
-  if (isSentinel(removed)) return nullptr;
+  KILN_ASSERT(e == nullptr || isBetweenEnds(e));
+  if (!isBetweenEnds(removed)) return nullptr;
   *cursorRef_ = removed->next_;
   removed->remove();
   --length_;
@@ -81,27 +80,19 @@ TrestrictedLinkedList::Element* TrestrictedLinkedList::remove(Element* e) {
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::first() const {
-  return length_ == 0 ? nullptr : *cursorRef_ = head_.next_;
+  return moveTo(head_.next_);
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::last() const {
-  return length_ == 0 ? nullptr : *cursorRef_ = tail_.prev_;
+  return moveTo(tail_.prev_);
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::next(const Element* e) const {
-  if (length_ == 0) return nullptr;
-  Element* const successor = (e != nullptr ? e : *cursorRef_)->next_;
-  if (successor == nullptr) return nullptr;
-  *cursorRef_ = successor;
-  return successor->next_ != nullptr ? successor : nullptr;
+  return moveTo(orCursor(e)->next_);
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::prev(const Element* e) const {
-  if (length_ == 0) return nullptr;
-  Element* const predecessor = (e != nullptr ? e : *cursorRef_)->prev_;
-  if (predecessor == nullptr) return nullptr;
-  *cursorRef_ = predecessor;
-  return predecessor->prev_ != nullptr ? predecessor : nullptr;
+  return moveTo(orCursor(e)->prev_);
 }
 
 int TrestrictedLinkedList::atStart() const {
@@ -113,7 +104,7 @@ int TrestrictedLinkedList::atEnd() const {
 }
 
 int TrestrictedLinkedList::beyondEnds() const {
-  return length_ == 0 || isSentinel(*cursorRef_) ? 1 : 0;
+  return length_ == 0 || !isBetweenEnds(*cursorRef_) ? 1 : 0;
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::getElement(int i) const {
@@ -124,7 +115,7 @@ TrestrictedLinkedList::Element* TrestrictedLinkedList::getElement(int i) const {
 
 int TrestrictedLinkedList::elementIndex(const Element* e) const {
   if (length_ == 0) return 1;
-  const Element* const wanted = e != nullptr ? e : *cursorRef_;
+  const Element* const wanted = orCursor(e);
   int index = 0;
   for (const Element* each = first(); each != nullptr && each != wanted; each = next()) ++index;
   return index;
@@ -132,8 +123,7 @@ int TrestrictedLinkedList::elementIndex(const Element* e) const {
 
 int TrestrictedLinkedList::inList(const Element* e) const {
   if (length_ == 0) return 0;
-  if (e == &head_ || e == &tail_) return 1;
-  const Element* each = head_.next_;
+  const Element* each = &head_;
   while (each != nullptr && each != e) each = each->next_;
   return each != nullptr ? 1 : 0;
 }
@@ -148,6 +138,13 @@ TrestrictedLinkedList::Element* TrestrictedLinkedList::protAppend(Element* e, El
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::protInsert(Element* e, Element* where) {
   return linkBehind((where != nullptr ? where : head_.next_)->prev_, e);
+}
+
+// Beyond an end there is no place, and a sentinel does not count as an element.
+TrestrictedLinkedList::Element* TrestrictedLinkedList::moveTo(Element* e) const {
+  if (length_ == 0 || e == nullptr) return nullptr;
+  *cursorRef_ = e;
+  return isBetweenEnds(e) ? e : nullptr;
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::linkBehind(Element* place, Element* e) {

@@ -4,7 +4,7 @@
 #include <kilnbase/export.h>
 
 /// What the elements of a list derive from. The list deletes its elements through the virtual
-/// destructor.
+/// destructor; nobody else may delete one that is linked.
 class KILNBASE_API TdblLinkedListElement {
  public:
   TdblLinkedListElement() = default;
@@ -20,7 +20,7 @@ class KILNBASE_API TdblLinkedListElement {
   TdblLinkedListElement* prev() const { return prev_; }
 
   /// Links `e` directly after this element, which must be linked. These three are for the lists:
-  /// they count nothing and check nothing.
+  /// they count nothing, and only debug builds check anything.
   void append(TdblLinkedListElement* e);
   /// Links `e` directly before this element.
   void insert(TdblLinkedListElement* e);
@@ -44,8 +44,9 @@ class KILNBASE_API TdblLinkedListElement {
 /// gives 0 or null, if nothing else is said.
 ///
 /// **A copy is a second view of the same chain**, not a second chain. It moves the cursor of the
-/// original, which it must not outlive. The first element, the last one and the length of a view
-/// are as they stood when it was made: after a change through the other view they must not be used.
+/// original, which it must not outlive. Each view counts its own changes only. The ends of a copy
+/// stay those that it was made with: once either view has changed the first or last element, only
+/// `next`, `prev`, `remove`, `beyondEnds`, `length` and insertion at a `where` may be used on it.
 /// The view to be destroyed with elements linked is the original; a copy may be destroyed when all
 /// of them have been removed through it.
 class KILNBASE_API TrestrictedLinkedList {
@@ -77,11 +78,11 @@ class KILNBASE_API TrestrictedLinkedList {
   /// 1 when the cursor is on a sentinel, and in an empty list.
   int beyondEnds() const;
 
-  /// Moves the cursor to element i, counted from 0, and returns it. With `i` beyond the last
-  /// element this is the sentinel there, not null.
+  /// Moves the cursor to element i, counted from 0, and returns it. With `i` below 0 this is the
+  /// first element and beyond the last one the sentinel there, not null.
   Element* getElement(int i) const;
-  /// The place of an element, counted from 0, to which the cursor moves; the length when it is not
-  /// there, and **1 in an empty list**.
+  /// The place of an element, counted from 0, to which the cursor moves. When it is not there, the
+  /// length, and the cursor is beyond the last element; **1 in an empty list**.
   int elementIndex(const Element* e = nullptr) const;
   /// 1 when `e` is linked between the sentinels or one of them. Takes linear time and leaves the
   /// cursor.
@@ -98,6 +99,8 @@ class KILNBASE_API TrestrictedLinkedList {
   Element* protInsert(Element* e, Element* where);
 
  private:
+  const Element* orCursor(const Element* e) const { return e != nullptr ? e : *cursorRef_; }
+  Element* moveTo(Element* e) const;
   Element* linkBehind(Element* place, Element* e);
 
   Element head_;
@@ -119,8 +122,7 @@ class KILNBASE_API TdblLinkedList : public TrestrictedLinkedList {
   TdblLinkedList& operator=(const TdblLinkedList&) = default;
   ~TdblLinkedList() override;
 
-  /// Links `e` after `where` (null: at the end), moves the cursor to it and returns it.
+  /// `protAppend` and `protInsert`, for everybody.
   Element* append(Element* e, Element* where = nullptr) { return protAppend(e, where); }
-  /// Links `e` before `where` (null: at the start), moves the cursor to it and returns it.
   Element* insert(Element* e, Element* where = nullptr) { return protInsert(e, where); }
 };

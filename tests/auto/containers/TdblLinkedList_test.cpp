@@ -20,16 +20,12 @@ struct Item : Element {
 };
 
 // A word of a list: from 1 and 4 on its sentinels, then its cursor and where that is moved.
-static_assert(sizeof(TdblLinkedList) == 10 * sizeof(void*));
-void* const* atWord(const TdblLinkedList& list, int word) {
-  return reinterpret_cast<void* const*>(&list) + word;
+template <class T = void* const>
+T* atWord(const TdblLinkedList& list, int word) {
+  return reinterpret_cast<T*>(reinterpret_cast<void* const*>(&list) + word);
 }
-const Element* headOf(const TdblLinkedList& list) {
-  return reinterpret_cast<const Element*>(atWord(list, 1));
-}
-const Element* tailOf(const TdblLinkedList& list) {
-  return reinterpret_cast<const Element*>(atWord(list, 4));
-}
+const auto headOf = [](const auto& list) { return atWord<const Element>(list, 1); };
+const auto tailOf = [](const auto& list) { return atWord<const Element>(list, 4); };
 
 }  // namespace
 
@@ -115,6 +111,7 @@ TEST(TdblLinkedList, TheCursorStaysOnASentinelAndComesBackFromThere) {
     EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, list.insert(misfit)), "canLink");
   }
   EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, list.append(&stranger, list.getElement(9))), "canLink");
+  EXPECT_DEBUG_DEATH(delete (new TdblLinkedList)->append(new Item), "isBetweenEnds");
   Item twin(static_cast<const Item&>(*first));
   *last = twin;
   EXPECT_TRUE(twin.next() == nullptr && twin.prev() == nullptr && last->prev() == first);
