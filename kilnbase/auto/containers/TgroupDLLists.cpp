@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <new>
 
 #include <kilnbase/auto/containers/TgroupDLLists.h>
@@ -9,22 +8,27 @@ static_assert(sizeof(TgroupDLLists) == 2 * sizeof(void*) + sizeof(IntVec));
 namespace {
 
 IntVec run(int first, int count) {
-  IntVec indices(static_cast<unsigned>(std::max(count, 0)));
-  for (int i = 0; i < static_cast<int>(indices.length()); ++i) indices(i) = first + i;
+  IntVec indices(static_cast<unsigned>(count));
+  for (int i = 0; i < count; ++i) indices(i) = first + i;
   return indices;
 }
 
 }  // namespace
 
-TgroupDLLists::TgroupDLLists(int n) : count_(n), usingIndices_(run(0, n)) {
+TgroupDLLists::TgroupDLLists(int n) : count_(n) {
   if (n < 1) return;
   lists_ = new (std::nothrow) TrestrictedLinkedList*[static_cast<std::size_t>(n)]();
-  if (lists_ == nullptr) clear();
+  if (lists_ != nullptr) {
+    usingIndices_.reference(run(0, n));
+  } else {
+    clear();
+  }
 }
 
 TgroupDLLists::TgroupDLLists(int n, const IntVec& indices) : TgroupDLLists(n) {
-  KILN_ASSERT(count_ < 0 || areSlots(indices));
-  usingIndices_.reference(areSlots(indices) ? indices.copy() : IntVec());
+  const bool canUse = areSlots(indices);
+  KILN_ASSERT(count_ < 0 || canUse);
+  usingIndices_.reference(canUse ? indices.copy() : IntVec());
 }
 
 TgroupDLLists& TgroupDLLists::operator=(const TgroupDLLists& other) {
@@ -48,9 +52,11 @@ int TgroupDLLists::setUsing(int first, int last) {
 
 int TgroupDLLists::totalActiveLength() const {
   if (lists_ == nullptr) return 0;
+  KILN_ASSERT(areSlots(usingIndices_));
   int total = 0;
   for (int i = 0; i < static_cast<int>(usingIndices_.length()); ++i) {
-    total += listB(usingIndices_(i))->length();
+    const int index = usingIndices_(i);
+    if (isSlot(index)) total += listB(index)->length();
   }
   return total;
 }
@@ -64,7 +70,7 @@ void TgroupDLLists::clear() {
 
 bool TgroupDLLists::areSlots(const IntVec& indices) const {
   for (int i = 0; i < static_cast<int>(indices.length()); ++i) {
-    if (indices(i) < 0 || indices(i) >= count_) return false;
+    if (!isSlot(indices(i))) return false;
   }
   return true;
 }

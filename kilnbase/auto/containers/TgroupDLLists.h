@@ -29,14 +29,15 @@ class KILNBASE_API TgroupDLLists {
   int setUsing(int first, int last);
   /// Number of elements in the lists in use, all of which must exist; 0 when there are no slots.
   int totalActiveLength() const;
-  /// Indices of the lists in use: the vector that the group has, not a copy.
+  /// Indices of the lists in use: the vector that the group has, not a copy. Who changes its
+  /// numbers must leave indices of slots.
   const IntVec& usingIndices() const { return usingIndices_; }
 
  protected:
   /// `n` empty slots, all in use. Without memory for them the group is cleared.
   explicit TgroupDLLists(int n);
-  /// `n` empty slots, those at the indices in use. Each of them must be from 0 to n - 1; otherwise
-  /// no lists are in use.
+  /// `n` empty slots, those at the indices, which are copied, in use. Each must be from 0 to
+  /// n - 1; otherwise no lists are in use.
   TgroupDLLists(int n, const IntVec& indices);
 
   /// Slot i, for its list. What was in it is not deleted.
@@ -45,6 +46,7 @@ class KILNBASE_API TgroupDLLists {
   void clear();
 
  private:
+  bool isSlot(int i) const { return i >= 0 && i < count_; }
   bool areSlots(const IntVec& indices) const;
 
   TrestrictedLinkedList** lists_ = nullptr;

@@ -42,12 +42,16 @@ TEST(TgroupDLLists, UsesTheListsThatItIsTold) {
   EXPECT_THAT(list(group.usingIndices()), ElementsAre(1, 2));
   IntVec chosen = vectorOf({3, 9, 1, 9, 3});
   EXPECT_EQ(1, group.setUsing(chosen.slice(0, 3, 2)));
+  const Group other(4, chosen.slice(0, 3, 2));
   chosen = 0;
   EXPECT_THAT(list(group.usingIndices()), ElementsAre(3, 1, 3));
   EXPECT_EQ(7, group.totalActiveLength());
-  EXPECT_EQ(3, Group(4, vectorOf({3})).totalActiveLength());
+  EXPECT_EQ(7, other.totalActiveLength());
+  IntVec shared = group.usingIndices();
+  shared(1) = 4;
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(6, group.totalActiveLength()), "areSlots");
   EXPECT_EQ(0, Group(4, IntVec()).totalActiveLength());
-  EXPECT_DEBUG_DEATH(EXPECT_EQ(0, Group(3, vectorOf({1, 3})).totalActiveLength()), "areSlots");
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(0, Group(3, vectorOf({1, 3})).totalActiveLength()), "canUse");
 }
 
 TEST(TgroupDLLists, ACopyHasTheSameListsAndIndices) {
