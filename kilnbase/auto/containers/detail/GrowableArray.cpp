@@ -172,7 +172,7 @@ Result GrowableArray<Array, Result>::allocateArray(std::size_t n) {
 
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::expandArray(std::size_t n) {
-  changeLength(n);
+  if (n <= capacity_ || grow(n)) setLength(n);
   return Result(kDone);
 }
 

@@ -113,7 +113,7 @@ class KILNBASE_API GrowableArray {
 
   // Takes a new block of `n` slots, all in use.
   virtual Result allocateArray(std::size_t n);
-  // `changeLength`, for `changeLogicalSizeTo` and `changeLogicalSizeBy`.
+  // Changes the length to `n`, growing the block where it must.
   virtual Result expandArray(std::size_t n);
 
   Array& self() { return static_cast<Array&>(*this); }
@@ -128,9 +128,12 @@ class KILNBASE_API GrowableArray {
     if (n < length_) self().destruct(n, length_ - n);
     length_ = n;
   }
-  // Grows the block where it must and returns whether there was memory.
+  // `expandArray`, without a call where the block need not grow; tells whether there was memory.
   bool changeLength(std::size_t n) {
-    if (n > capacity_ && !grow(n)) return false;
+    if (n > capacity_) {
+      expandArray(n);
+      return length_ == n;
+    }
     setLength(n);
     return true;
   }
