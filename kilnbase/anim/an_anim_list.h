@@ -2,8 +2,8 @@
  * list (`An_`).
  *
  * Items and nodes come from the tracked allocator: what the caller unlinks by other means is
- * released with `MA_free`. The data and the objects they point at are the caller's. Where there is a
- * status, null arguments are `MR_ARGUMENT_ERROR`.
+ * released with `MA_free`. The data and the objects they point at are the caller's. Null data and
+ * structures are `MR_ARGUMENT_ERROR` to the operations on structures.
  */
 #ifndef KILNBASE_ANIM_AN_ANIM_LIST_H
 #define KILNBASE_ANIM_AN_ANIM_LIST_H

@@ -46,7 +46,7 @@ class T4dDblVector {
     z = newZ;
     return *this;
   }
-  /// Takes the translation of the matrix: (M(3,0), M(3,1), M(3,2)).
+  /// Takes the translation of a matrix, or of what is one: (M(3,0), M(3,1), M(3,2)).
   template <std::derived_from<T4dDblMatrix> Matrix>
   constexpr T4dDblVector& operator=(const Matrix& m);
   /// The pure translation by this vector.

@@ -79,7 +79,8 @@ T4dDblPoint TxformMatrix::scalePivotPoint() const {
 }
 
 T4dDblPoint TxformMatrix::rotatePivotPoint() const {
-  return T4dDblPoint::origin * (move(-rotatePivotOffset_) * undoneScaleAboutPivot());
+  return T4dDblPoint::origin * (move(-rotatePivotOffset_) * move(-scalePivotTranslation_) *
+                                undo(scale_) * move(-scalePivotOffset_));
 }
 
 TxformMatrix& TxformMatrix::setScalePivotPoint(const T4dDblPoint& p) {
@@ -116,11 +117,8 @@ T4dDblMatrix TxformMatrix::composedWithoutTranslation() const {
 }
 
 T4dDblMatrix TxformMatrix::undoneRotationAndScale() const {
-  return turn(rotation_.inverse()) * move(-rotatePivotOffset_) * undoneScaleAboutPivot();
-}
-
-T4dDblMatrix TxformMatrix::undoneScaleAboutPivot() const {
-  return move(-scalePivotTranslation_) * undo(scale_) * move(-scalePivotOffset_);
+  return turn(rotation_.inverse()) * move(-(scalePivotTranslation_ + rotatePivotOffset_)) *
+         undo(scale_) * move(-scalePivotOffset_);
 }
 
 void TxformMatrix::extractVectorsFromMatrix() {

@@ -75,7 +75,6 @@ class KILNBASE_API TxformMatrix : public T4dDblMatrix {
   T4dDblMatrix scaleAboutPivot() const;
   T4dDblMatrix composedWithoutTranslation() const;
   T4dDblMatrix undoneRotationAndScale() const;
-  T4dDblMatrix undoneScaleAboutPivot() const;
 
   T4dDblVector translation_;
   TunitQuaternion rotation_;

@@ -75,8 +75,13 @@ bool TautoArrayBase::makeRoom(std::size_t bytes) {
   char* const block = fits ? newBlock(size) : nullptr;
   if (block == nullptr) return false;
   if (fsCurrentUse > 0) {
-    std::memcpy(block, fsBuffer, fsCurrentUse);
+    const std::size_t kept = fsToBeCleared.length();
     fsToBeCleared.addLast(fsBuffer);
+    if (fsToBeCleared.length() == kept) {
+      freeBlock(block);
+      return false;
+    }
+    std::memcpy(block, fsBuffer, fsCurrentUse);
   } else {
     freeBlock(fsBuffer);
   }

@@ -88,11 +88,11 @@ TrestrictedLinkedList::Element* TrestrictedLinkedList::last() const {
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::next(const Element* e) const {
-  return moveTo(orCursor(e)->next_);
+  return length_ == 0 ? nullptr : moveTo(orCursor(e)->next_);
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::prev(const Element* e) const {
-  return moveTo(orCursor(e)->prev_);
+  return length_ == 0 ? nullptr : moveTo(orCursor(e)->prev_);
 }
 
 int TrestrictedLinkedList::atStart() const {

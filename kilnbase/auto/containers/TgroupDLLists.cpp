@@ -1,3 +1,4 @@
+#include <memory>
 #include <new>
 
 #include <kilnbase/auto/containers/TgroupDLLists.h>
@@ -9,7 +10,7 @@ namespace {
 
 IntVec run(int first, int count) {
   IntVec indices(static_cast<unsigned>(count));
-  for (int i = 0; i < count; ++i) indices(i) = first + i;
+  for (int i = 0; i < static_cast<int>(indices.length()); ++i) indices(i) = first + i;
   return indices;
 }
 
@@ -17,12 +18,15 @@ IntVec run(int first, int count) {
 
 TgroupDLLists::TgroupDLLists(int n) : count_(n) {
   if (n < 1) return;
-  lists_ = new (std::nothrow) TrestrictedLinkedList*[static_cast<std::size_t>(n)]();
-  if (lists_ != nullptr) {
-    usingIndices_.reference(run(0, n));
-  } else {
+  const auto slots = static_cast<std::size_t>(n);
+  std::unique_ptr<TrestrictedLinkedList*[]> lists(new (std::nothrow)
+                                                      TrestrictedLinkedList*[slots]());
+  if (lists == nullptr) {
     clear();
+    return;
   }
+  usingIndices_.reference(run(0, n));
+  lists_ = lists.release();
 }
 
 TgroupDLLists::TgroupDLLists(int n, const IntVec& indices) : TgroupDLLists(n) {

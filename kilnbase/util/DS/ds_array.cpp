@@ -1,5 +1,7 @@
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
 #include <new>
-#include <vector>
 
 #include <kilnbase/util/DS/detail/Kind.h>
 
@@ -9,13 +11,20 @@ using vxKilnBase::detail::fail;
 using vxKilnBase::detail::Gap;
 using vxKilnBase::detail::Slot;
 
-using Slots = std::vector<Slot>;
+struct Buffer {
+  std::size_t count = 0;
+  std::size_t capacity = 0;
+  Slot* items = nullptr;
+};
 
 struct Array {
   static constexpr int kType = DS_ARRAY;
 
-  static Slot* first(const void* data) { return isEmpty(data) ? nullptr : &slots(data).front(); }
-  static Slot* last(const void* data) { return isEmpty(data) ? nullptr : &slots(data).back(); }
+  static Slot* first(const void* data) { return isEmpty(data) ? nullptr : buffer(data).items; }
+
+  static Slot* last(const void* data) {
+    return isEmpty(data) ? nullptr : buffer(data).items + buffer(data).count - 1;
+  }
 
   static Slot* next(const void* data, Slot* slot) {
     return slot != last(data) ? slot + 1 : nullptr;
@@ -25,40 +34,53 @@ struct Array {
     return slot != first(data) ? slot - 1 : nullptr;
   }
 
-  static void* make() { return new (std::nothrow) Slots; }
+  static void* make() { return new (std::nothrow) Buffer; }
 
   static bool insert(void* data, Gap gap, void* item) {
-    const auto place = gap.after != nullptr ? iteratorAt(data, gap.after) : slots(data).end();
-    try {
-      slots(data).insert(place, Slot{item});
-      return true;
-    } catch (const std::bad_alloc&) {
-      return false;
-    }
+    Buffer& array = buffer(data);
+    const std::ptrdiff_t index = gap.before != nullptr ? gap.before + 1 - array.items : 0;
+    const bool isFull = array.items == nullptr || array.count == array.capacity;
+    if (isFull && !grow(array)) return false;
+    Slot* const slot = array.items + index;
+    std::copy_backward(slot, array.items + array.count, array.items + array.count + 1);
+    slot->item = item;
+    ++array.count;
+    return true;
   }
 
   static Slot* remove(void* data, Slot*, Slot* slot, Slot* later) {
-    slots(data).erase(iteratorAt(data, slot));
+    std::copy(slot + 1, last(data) + 1, slot);
+    --buffer(data).count;
     return later != nullptr ? later - 1 : nullptr;
   }
 
-  static void free(void* data) { delete static_cast<Slots*>(data); }
+  static void free(void* data) {
+    if (data != nullptr) std::free(buffer(data).items);
+    delete static_cast<Buffer*>(data);
+  }
 
  private:
-  static Slots& slots(const void* data) { return *static_cast<Slots*>(const_cast<void*>(data)); }
-  static bool isEmpty(const void* data) { return data == nullptr || slots(data).empty(); }
+  static Buffer& buffer(const void* data) { return *static_cast<Buffer*>(const_cast<void*>(data)); }
 
-  static Slots::iterator iteratorAt(void* data, Slot* slot) {
-    return slots(data).begin() + (slot - slots(data).data());
+  static bool isEmpty(const void* data) { return data == nullptr || buffer(data).count == 0; }
+
+  static bool grow(Buffer& array) {
+    constexpr std::size_t kSmallest = 8;
+    const std::size_t capacity = std::max(kSmallest, 2 * array.capacity);
+    void* items = std::realloc(array.items, capacity * sizeof(Slot));
+    if (items == nullptr) return false;
+    array.items = static_cast<Slot*>(items);
+    array.capacity = capacity;
+    return true;
   }
 };
 
 }  // namespace
 
 void* Ds_array_allocate(DS_Structure*, StatusCode* status) {
-  void* slots = Array::make();
-  if (slots == nullptr) return fail(status, MR_MEMORY_FAULT);
-  return slots;
+  void* array = Array::make();
+  if (array == nullptr) return fail(status, MR_MEMORY_FAULT);
+  return array;
 }
 
 DS_DEFINE_KIND(array, Array, Ds_array_allocate)

@@ -155,7 +155,7 @@ struct BinaryTree {
 
  private:
   // The number of items up to which a comparator is asked about all of them and its answers are
-  // compared. One that does not order items, or has opposite answers, shows it here.
+  // compared. One that does not order items, or has other answers, shows it here.
   static constexpr std::size_t kProbation = 32;
 
   static Slot* end(const void* data, Side side) {
@@ -194,7 +194,7 @@ struct BinaryTree {
            comparator == Ds_filo_comparator;
   }
 
-  // Whether an item that equals one end compares with the opposite as that end does. One that
+  // Whether an item that equals one end compares with the other as that end does. One that
   // equals items which differ, as a NaN does among numbers, does not.
   static bool fitsEnds(const Tree& tree, const Slot* slot) {
     const Slot* const front = first(&tree);

@@ -11,6 +11,7 @@
 
 using vxKilnBase::detail::addressOf;
 using vxKilnBase::detail::fail;
+using vxKilnBase::detail::ignored;
 using vxKilnBase::detail::lacksMethods;
 using vxKilnBase::detail::order;
 
@@ -104,8 +105,8 @@ DS_Structure* select(const DS_Structure* a, const DS_Structure* b, Selection DS_
   if (result == nullptr) return nullptr;
   const bool sorted = status != nullptr && !outcome.is(MR_CANNOT_SORT);
   result->ordered = sorted && a->ordered != 0 && b->ordered != 0 ? 1 : 0;
-  if (result->methods->head(result, nullptr) == nullptr) {
-    DS_destructor(&result, nullptr, nullptr, nullptr);
+  if (result->methods->head(result, ignored()) == nullptr) {
+    DS_destructor(&result, nullptr, nullptr, ignored());
   }
   return result;
 }
@@ -136,7 +137,7 @@ int registerFunction(int id, Fn fn, DS_Structure*& registry, StatusCode* status)
 template <class Fn>
 Fn install(Fn& field, Fn fn, const DS_Structure* registry, StatusCode* status) {
   const Fn previous = field;
-  if (registry != nullptr && indexOf(fn, registry, nullptr) < 0) {
+  if (registry != nullptr && indexOf(fn, registry, ignored()) < 0) {
     fail(status, MR_ITEM_NOT_FOUND);
   } else {
     field = fn;
@@ -179,7 +180,7 @@ int Ds_register_structure(int id, const DS_Methods* methods, StatusCode* status)
     objectTable = newHeader({1, nullptr, Ds_default_comparator, nullptr, methods}, outcome,
                             __LINE__, __FILE__);
     if (objectTable == nullptr) return 0;
-    if (methods->allocate != nullptr) objectTable->data = methods->allocate(objectTable, nullptr);
+    if (methods->allocate != nullptr) objectTable->data = methods->allocate(objectTable, ignored());
   }
   return MR_register_item(id, const_cast<DS_Methods*>(methods), &objectTable, outcome);
 }

@@ -117,7 +117,7 @@ Result GrowableArray<Array, Result>::insertElement(const void* source, std::size
   if (!insertSlots(index, count)) return Result(kDone);
   const std::size_t before = own ? std::min(count, index - std::min(first, index)) : count;
   replace(index, own ? slot(first) : static_cast<const char*>(source), before);
-  replace(index + before, slot(first + before + count), count - before);
+  if (own) replace(index + before, slot(first + before + count), count - before);
   return Result(kDone);
 }
 

@@ -32,6 +32,12 @@ unsigned long long addressOf(T* pointer) {
   return reinterpret_cast<std::uintptr_t>(pointer);
 }
 
+// Where the codes go of what is only tidied up.
+inline StatusCode* ignored() {
+  Mr_err_ignore = MR_NO_ERROR;
+  return &Mr_err_ignore;
+}
+
 // 1, 0 or -1.
 template <class T>
 int order(T a, T b) {

@@ -334,7 +334,7 @@ struct Kind {
     DS_Structure result{1, nullptr, model.comparator, filter, model.methods};
     if (!fill(result)) {
       if (status != nullptr && *status == MR_NO_ERROR) *status = MR_UNKNOWN;
-      destructor(&result, nullptr, nullptr, nullptr);
+      destructor(&result, nullptr, nullptr, ignored());
     }
     return result.data;
   }
@@ -347,7 +347,7 @@ struct Kind {
         *a, nullptr,
         [&](DS_Structure& result) {
           return forEachVisible(*a, [&](Slot* slot) {
-            const bool isThere = b->methods->contains_item(b, slot->item, nullptr) != 0;
+            const bool isThere = b->methods->contains_item(b, slot->item, ignored()) != 0;
             return isThere != contained || result.methods->add(&result, slot->item, status) != 0;
           });
         },
