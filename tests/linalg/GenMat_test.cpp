@@ -30,14 +30,13 @@ static_assert(!std::is_convertible_v<DoubleGenMat, IntGenMat>);
 
 }  // namespace
 
-TYPED_TEST(GenMatFamily, RowsColumnsAndDiagonalsAreViews) {
+TYPED_TEST(GenMatFamily, ViewsShareAssignmentCopiesResizeKeepsTheCorner) {
   auto& a = this->a_;
   EXPECT_THAT(list(a.row(1)), ElementsAre(1, 3, 5));
   EXPECT_THAT(list(a.diagonal(1)), ElementsAre(2, 5));
   EXPECT_EQ(0U, a.diagonal(7).length() + a.diagonal(-7).length());
   a.row(0) = TypeParam(8);
-  a.dataVec()(5) = 6;
-  EXPECT_THAT(list(a), ElementsAre(8, 1, 8, 3, 8, 6));
+  EXPECT_THAT(list(a), ElementsAre(8, 1, 8, 3, 8, 5));
 
   // A matrix over every second element of a vector.
   Vec<TypeParam> store = counting<TypeParam>(12);
@@ -46,17 +45,10 @@ TYPED_TEST(GenMatFamily, RowsColumnsAndDiagonalsAreViews) {
   EXPECT_THAT(list(spread.diagonal(-1)), ElementsAre(2, 10));
   spread(2, 0) = 50;
   EXPECT_EQ(50, store(4));
-  EXPECT_THAT(list(product(spread, Vec<TypeParam>(2U, 1))), ElementsAre(6, 10, 60));
-}
 
-TYPED_TEST(GenMatFamily, CopiesShareAssignmentCopiesResizeKeepsTheCorner) {
-  using M = GenMat<TypeParam>;
-  auto& a = this->a_;
-  M view(a), own = a.copy(), other;
-  view(0, 0) = 9;
-  EXPECT_EQ(9, a(0, 0));
-  other.reference(a);
-  other = own;
+  GenMat<TypeParam> view(a), own = a.copy();
+  view = GenMat<TypeParam>(counting<TypeParam>(6), 2, 3);
+  own = TypeParam(9);
   EXPECT_THAT(list(a), ElementsAre(0, 1, 2, 3, 4, 5));
 
   a.resize(3, 4);
@@ -64,13 +56,12 @@ TYPED_TEST(GenMatFamily, CopiesShareAssignmentCopiesResizeKeepsTheCorner) {
   a.resize(2, 6);  // the same number of elements, other rows
   EXPECT_THAT(list(a.row(1)), ElementsAre(1, 3, 5, 0, 0, 0));
   a.resize(0, 0);
-  EXPECT_EQ(0U, a.rows());
   own.reference(view);
   own.resize(3, 2);  // keeps the count of a shared storage, and the storage
   EXPECT_THAT(list(own), ElementsAre(0, 1, 0, 2, 3, 0));
   EXPECT_THAT(list(view), ElementsAre(0, 1, 2, 3, 4, 5));
   own.reshape(4, 5);
-  EXPECT_EQ(20U, own.length());
+  EXPECT_TRUE(own.length() == 20 && a.rows() == 0);
 }
 
 TYPED_TEST(GenMatFamily, ErrorsCarryTheirNumbers) {
@@ -87,8 +78,11 @@ TYPED_TEST(GenMatFamily, ErrorsCarryTheirNumbers) {
   product(a, a), transProduct(a, M(2, 2));
   transposeProduct(a, square), product(a, Vec<TypeParam>(2U)), product(Vec<TypeParam>(3U), a);
   EXPECT_EQ(M(), huge);
+  const IntVec indices = vectorOf({-1, 0, 3});
+  a.matPick(indices, indices), a.matPick(vectorOf({0}), vectorOf({0})) = a;
   const std::string vec = vxKilnBase::VecNames<TypeParam>::vec;
-  const std::string noProduct = "inner product not possible ";
+  const std::string noProduct = "inner product not possible ",
+                    range = "Matrix pick out of range: index ";
   EXPECT_THAT(
       errors.takeTexts(),
       ElementsAre(
@@ -103,10 +97,12 @@ TYPED_TEST(GenMatFamily, ErrorsCarryTheirNumbers) {
           noProduct + name + " matrices (2,3) and (2x2)",
           noProduct + name + " matrices (3,2) and (3x3)",
           noProduct + "between " + name + " (2x3) and vector (2)",
-          noProduct + "vector(3) and " + name + " (2x3)"));
+          noProduct + "vector(3) and " + name + " (2x3)", range + "3 not in 0->1",
+          range + "-1 not in 0->1", range + "3 not in 0->2", range + "-1 not in 0->2",
+          "Matrix sizes don't match (2x3) vs (1x1)"));
 }
 
-TYPED_TEST(GenMatFamily, ProductsTransposeAndKronecker) {
+TYPED_TEST(GenMatFamily, ProductsAndElementWiseOperators) {
   using M = GenMat<TypeParam>;
   const M a = this->a_, b(counting<TypeParam>(9), 3, 3), k = kronecker(a, b);
   EXPECT_THAT(list(product(a, b)), ElementsAre(10, 13, 28, 40, 46, 67));
@@ -117,11 +113,7 @@ TYPED_TEST(GenMatFamily, ProductsTransposeAndKronecker) {
   for (int i = 0; i < 6; ++i) {
     for (int j = 0; j < 9; ++j) EXPECT_EQ(a(i / 3, j / 3) * b(i % 3, j % 3), k(i, j));
   }
-}
 
-TYPED_TEST(GenMatFamily, ElementWiseOperators) {
-  using M = GenMat<TypeParam>;
-  const M& a = this->a_;
   const M ones(2U, 3U, TypeParam(1));
   EXPECT_EQ(a * TypeParam(2) + TypeParam(1), a + a + ones);
   EXPECT_EQ(-a, TypeParam(0) - a);
@@ -129,8 +121,7 @@ TYPED_TEST(GenMatFamily, ElementWiseOperators) {
   ++c;
   c *= c;
   c /= a + ones;
-  --c;
-  EXPECT_EQ(a, c);
+  EXPECT_EQ(a, --c);
   EXPECT_EQ(a * a, a.apply([](TypeParam x) { return x * x; }));
   EXPECT_NE(a, M(a.dataVec(), 3, 2));
 }
@@ -144,21 +135,11 @@ TYPED_TEST(GenMatFamily, Picks) {
   pick = TypeParam(7);
   EXPECT_THAT(list(a), ElementsAre(0, 7, 2, 3, 4, 7));
   pick = a.matPick(IntVec(1U, 0), columns);
-  EXPECT_THAT(list(a), ElementsAre(0, 0, 2, 3, 4, 4));
   pick(0, 1) = 8;
-  EXPECT_EQ(8, a(1, 0));
+  EXPECT_THAT(list(a), ElementsAre(0, 8, 2, 3, 4, 4));
 
   EXPECT_EQ(4.0, DoubleGenMat(IntGenMat(vectorOf({1, 2, 3, 4}), 2, 2))(1, 1));
   EXPECT_EQ(DoubleVec(), DoubleGenMat().row(0) + DoubleVec());
-
-  RecordedMathErrors errors;
-  a.matPick(vectorOf({-1, 0, 3}), vectorOf({-1, 0, 3}));
-  pick = M(2U, 2U, TypeParam(1));
-  EXPECT_THAT(errors.takeTexts(), ElementsAre("Matrix pick out of range: index 3 not in 0->1",
-                                              "Matrix pick out of range: index -1 not in 0->1",
-                                              "Matrix pick out of range: index 3 not in 0->2",
-                                              "Matrix pick out of range: index -1 not in 0->2",
-                                              "Matrix sizes don't match (2x2) vs (1x2)"));
 }
 
 TYPED_TEST(GenMatFamily, TextFormRoundTripsAndRejectsBadInput) {
@@ -182,10 +163,10 @@ TYPED_TEST(GenMatFamily, TextFormRoundTripsAndRejectsBadInput) {
     M read = size.empty() ? M() : this->a_.copy();  // what is rejected leaves it as it was
     std::istringstream(text) >> read;
     EXPECT_EQ(this->a_, read) << text;
-    std::ostringstream error;
-    error << "wrong number of elements (" << count << ") for " << this->name_ << " (" << size
-          << ")";
-    const std::vector<std::string> expected(size.empty() ? 0 : 1, error.str());
-    EXPECT_EQ(expected, errors.takeTexts()) << text;
+    const std::string error =
+        (std::ostringstream() << "wrong number of elements (" << count << ") for " << this->name_
+                              << " (" << size << ")")
+            .str();
+    EXPECT_EQ(std::vector(size.empty() ? 0 : 1, error), errors.takeTexts()) << text;
   }
 }

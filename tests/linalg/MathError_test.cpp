@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <new>
+#include <memory>
 
 #include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/RWBlock.h>
@@ -12,19 +12,7 @@ using kilntest::RecordedMathErrors;
 using vxKilnBase::findMathMessage;
 using vxKilnBase::raiseMathError;
 
-namespace {
-
-// Takes one hold away, or gives it back: a start-up object ends that was never built, or the
-// reverse.
-void changeHolds(bool drop) {
-  alignas(RWMATHInit) unsigned char storage[sizeof(RWMATHInit)];
-  drop ? reinterpret_cast<RWMATHInit*>(storage)->~RWMATHInit() : void(new (storage) RWMATHInit);
-}
-
-}  // namespace
-
 TEST(MathError, DefaultHandlerReportsAndContinuesOrTerminates) {
-  const MathErrorRecord strict = {0x3011, 2, 0x900E};
   testing::internal::CaptureStderr();
   EXPECT_EQ(0, raiseMathError(0));
   EXPECT_EQ(0, raiseMathError(MathErrorRecord{0, 2, 0x900E}, "DoubleVec"));
@@ -37,26 +25,19 @@ TEST(MathError, DefaultHandlerReportsAndContinuesOrTerminates) {
   EXPECT_DEATH(
       raiseMathError(0x3003, "IntVec"),
       "\\*\\* \\[DIVZERO: IntVec\\]: Divide by zero\\.\\.\n\\*\\* Processing terminated\\.");
-  EXPECT_DEATH(raiseMathError(strict, "DoubleVec", "minIndex"), "empty.\n.. Processing terminated");
+  EXPECT_DEATH(raiseMathError(MathErrorRecord{0x3011, 2, 0x900E}, "DoubleVec", "minIndex"),
+               "empty.\n.. Processing terminated");
   EXPECT_DEATH(raiseMathError(0x700A),
                "\\*\\* Error number 0x700a\\.\\*\\* Processing terminated\\.");
 }
 
 TEST(MathError, HandlerIsReplaceableAndItsAnswerComesBack) {
-  const vxKilnBase::MathErrorHandler seven = [](const MathErrorRecord&, std::va_list) { return 7; };
-  const auto before = vxKilnBase::setMathErrorHandler(seven);
-  EXPECT_EQ(7, raiseMathError(0x4000));
-  EXPECT_EQ(seven, vxKilnBase::setMathErrorHandler(before));
-
-  RecordedMathErrors errors;
-  raiseMathError(0x5012, 9);
-  raiseMathError(MathErrorRecord{0x300D, 1, 0x9024}, "SCharVec");
-  const auto raised = errors.takeAll();
-  ASSERT_EQ(2U, raised.size());
-  EXPECT_EQ("Pivoting position specifier must be INITIAL,FREE, or FINAL, not 9", raised[0].text);
-  EXPECT_EQ(1U, raised[0].severity);
-  EXPECT_EQ(0xF000, raised[0].classTag);
-  EXPECT_EQ(0x9024, raised[1].classTag);
+  const vxKilnBase::MathErrorHandler answer = [](const MathErrorRecord& record, std::va_list) {
+    return static_cast<int>(record.classTag + record.severity);
+  };
+  const auto before = vxKilnBase::setMathErrorHandler(answer);
+  EXPECT_EQ(0xF001, raiseMathError(0x4000));
+  EXPECT_EQ(answer, vxKilnBase::setMathErrorHandler(before));
 }
 
 TEST(MathError, CataloguesHoldTheirMessagesInOrder) {
@@ -76,33 +57,30 @@ TEST(MathError, CataloguesHoldTheirMessagesInOrder) {
 }
 
 TEST(MathError, StartUpObjectsCountTheirHolds) {
-  { const RWMATHInit second, third(second); }
+  RWMATHInit hold;
+  { const RWMATHInit second(hold); }
+  std::destroy_at(&hold);
   EXPECT_NE(nullptr, findMathMessage(0x3000));  // the library's own hold is left
-  changeHolds(true);
+  std::destroy_at(&hold);
   EXPECT_EQ(nullptr, findMathMessage(0x3000));
   EXPECT_DEATH(raiseMathError(0x3011, "IntVec", "maxIndex"), "Error number 0x3011.*terminated");
-  changeHolds(false);
-  EXPECT_NE(nullptr, findMathMessage(0x3000));
+  for (int i = 0; i < 2; ++i) std::construct_at(&hold);
 }
 
 TEST(MathError, CataloguesAreAddedOnceAndRemovedById) {
   const MathCatalogEntry entries[] = {{0, "first"}, {2, "second %d"}};
   MathMessageCatalog catalog = {9, entries, 2, nullptr}, shadowed = {9, entries + 1, 1, nullptr};
   for (auto* added : {&catalog, &catalog, &shadowed}) vxKilnBase::addMathCatalog(*added);
-  for (const auto* expected : {entries, entries + 1}) {
+  for (const auto* expected : {entries, entries + 1, decltype(+entries)(nullptr)}) {
     EXPECT_EQ(expected, findMathMessage(0x9000));
     vxKilnBase::removeMathCatalog(9);
   }
-  vxKilnBase::removeMathCatalog(9);
-  EXPECT_EQ(nullptr, findMathMessage(0x9000));
   EXPECT_NE(nullptr, findMathMessage(0x5012));
 }
 
 TEST(RWBlock, CountsAndStorage) {
-  const RWBlock none(0, 8), some(3, 8);
-  EXPECT_TRUE(none.data == nullptr && none.refs == 1);
-  static_cast<double*>(some.data)[2] = 1.0;
   EXPECT_EQ(nullptr, RWBlock::create(0, 8)->data);
+  EXPECT_TRUE(RWBlock(0, 8).data == nullptr && RWBlock(3, 8).data != nullptr);
   for (unsigned count : {1U, 63U, 64U, 1000U}) {
     RWBlock* block = RWBlock::create(count, 8);
     ASSERT_NE(nullptr, block->data);
@@ -117,13 +95,10 @@ TEST(RWBlock, CountsAndStorage) {
     block->refs = 1;
     RWBlock::release(block);
   }
-}
-
-TEST(RWBlock, ExhaustedMemoryIsFatalAndLeavesAnEmptyBlock) {
   constexpr std::size_t unobtainable = std::size_t{1} << 30U;
   RecordedMathErrors errors;
-  const RWBlock block(0xFFFFFFFFU, unobtainable);
-  EXPECT_TRUE(block.data == nullptr && block.refs == 1);
+  const RWBlock none(0xFFFFFFFFU, unobtainable);
+  EXPECT_TRUE(none.data == nullptr && none.refs == 1);
   for (const std::size_t size : {unobtainable, std::size_t{0x100000001}}) {
     RWBlock* made = RWBlock::create(0xFFFFFFFFU, size);  // the last one overflows with its header
     EXPECT_EQ(nullptr, made->data);
@@ -141,8 +116,8 @@ TEST(SmallObjects, KeepsTheLastFiveOfASize) {
   using namespace vxKilnBase::detail;
   void* objects[6];
   for (void*& object : objects) object = takeSmallObject(7);
-  for (void* object : objects)
-    releaseSmallObject(object, 8);  // 7 is rounded up to 8; the last finds no room
+  // 7 is rounded up to 8; the last finds no room.
+  for (void* object : objects) releaseSmallObject(object, 8);
   void* other = takeSmallObject(9);
   for (int i = 4; i >= 0; --i) EXPECT_EQ(objects[i], takeSmallObject(8));
   for (int i = 0; i < 5; ++i) releaseSmallObject(objects[i], 8);

@@ -56,7 +56,7 @@ struct TestMatrix {
 
 // Every kind of matrix that factorizations find hard, in every shape from 0 to 130 rows and columns
 // at which they may go another way.
-const std::vector<TestMatrix>& testMatrices();
+std::vector<TestMatrix> testMatrices();
 
 // The largest column sum of absolute values.
 double norm1(const DoubleGenMat& a);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <set>
-#include <string>
 #include <vector>
 
 #include <kilnbase/util/mr_avl.h>
@@ -21,32 +20,18 @@ int keyOf(const void* node) {
   return static_cast<const Item*>(node)->key;
 }
 
-// The node that is inserted or removed.
-const void* subject;
-
 int compareItems(const void* a, const void* b) {
-  EXPECT_EQ(subject, a);
   return keyOf(a) - keyOf(b);
 }
 
-int compareKey(const void* key, const void* node) {
-  return *static_cast<const int*>(key) - keyOf(node);
-}
-
-int insert(MR_AvlNode*& root, Item& item) {
-  subject = &item;
-  return MR_avl_insert(&root, &item.node, compareItems);
-}
-
-// "((left) key:balance:direction: (right))" without the blanks
-std::string text(const MR_AvlNode* node) {
-  std::string all;
-  if (node == nullptr) return all;
-  all.append("(").append(text(node->left));
-  for (const int field : {keyOf(node), int{node->balance}, int{node->direction}}) {
-    all.append(std::to_string(field)).append(":");
+// The fields of all nodes, each in front of its subtrees, with -1 for a subtree that is not there.
+std::vector<int> shape(const MR_AvlNode* node) {
+  if (node == nullptr) return {-1};
+  std::vector<int> all = {keyOf(node), node->balance, node->direction};
+  for (const MR_AvlNode* child : {node->left, node->right}) {
+    std::ranges::copy(shape(child), std::back_inserter(all));
   }
-  return all.append(text(node->right)).append(")");
+  return all;
 }
 
 // The definition of the operations, word by word: heights anew for each pass, a rotation a pass.
@@ -97,7 +82,7 @@ int insert(MR_AvlNode*& root, Item& item) {
   return 0;
 }
 
-int unlink(MR_AvlNode*& root, const Item& item) {
+int unlink(MR_AvlNode*& root, Item& item) {
   MR_AvlNode** link = &root;
   while (*link != &item.node) {
     if (*link == nullptr || keyOf(*link) == item.key) return 1;
@@ -116,27 +101,17 @@ std::vector<Item> numbered(int count) {
   return items;
 }
 
-// Chains go, from the root down, always left, always right, or to the middle from both sides.
-enum Chain { kLeft, kRight, kZigzag };
-
-MR_AvlNode* chained(std::vector<Item>& items, int chain) {
+// A chain with a step to the left each so many steps, to the right else.
+MR_AvlNode* chained(std::vector<Item>& items, std::size_t period) {
   MR_AvlNode* root = nullptr;
   MR_AvlNode** link = &root;
   for (std::size_t first = 0, last = items.size(); first != last;) {
-    const bool right = chain == kRight || (chain == kZigzag && (last - first) % 2 != 0);
+    const bool right = (last - first) % period != 0;
     *link = &items[right ? first++ : --last].node;
     **link = {};
     link = right ? &(*link)->right : &(*link)->left;
   }
   return root;
-}
-
-void plainWalk(MR_AvlNode* node, bool post, std::vector<int>& keys) {
-  if (node == nullptr) return;
-  plainWalk(MR_avl_left(node), post, keys);
-  if (!post) keys.push_back(keyOf(node));
-  plainWalk(MR_avl_right(node), post, keys);
-  if (post) keys.push_back(keyOf(node));
 }
 
 struct Stop {
@@ -155,77 +130,62 @@ int visit(MR_AvlNode* node, void* user) {
 TEST(Avl, RandomOperationsGiveTheDefinedTrees) {
   for (unsigned seed = 0; seed < 60; ++seed) {
     std::mt19937 random(seed);
-    const int count = 8 << seed % 5;
-    std::vector<Item> ours = numbered(count);
+    std::vector<Item> ours = numbered(8 << seed % 5);
     for (Item& item : ours) item.key /= 2;  // two of each key
     std::vector<Item> twins = ours;
     MR_AvlNode *root = nullptr, *plainRoot = nullptr;
-    bool stale = false;  // the balances, after a removal without balancing
-    for (int step = 0; step < 6 * count; ++step) {
-      const std::size_t i = random() % static_cast<unsigned>(count);
-      const unsigned choice = random() % 16;
-      subject = &ours[i];
-      if (choice == 15 || (choice < 9 && stale)) {
-        EXPECT_EQ(1, MR_avl_balance(&root));
-        plain::balance(plainRoot);
-        stale = false;
-      } else if (choice < 9) {
-        ASSERT_EQ(plain::insert(plainRoot, twins[i]), insert(root, ours[i]));
-      } else {
-        const bool balancing = seed < 20 || choice < 12;
-        const int result = plain::unlink(plainRoot, twins[i]);
-        const auto remove = balancing ? MR_avl_remove : MR_bt_remove;
-        ASSERT_EQ(result, remove(&root, &ours[i].node, compareItems));
-        if (result == 0) {
-          stale = !balancing;
-          if (balancing) plain::balance(plainRoot);
-          ASSERT_EQ(text(&twins[i].node), text(&ours[i].node)) << "the removed node has changed";
-        }
+    for (std::size_t step = 0; step < 6 * ours.size(); ++step) {
+      const std::size_t i = random() % ours.size();
+      const bool inserting = step % 16 < 9, balancing = seed < 20 || random() % 2 == 0;
+      const auto change = inserting ? MR_avl_insert : balancing ? MR_avl_remove : MR_bt_remove;
+      const int result = (inserting ? plain::insert : plain::unlink)(plainRoot, twins[i]);
+      ASSERT_EQ(result, change(&root, &ours[i].node, compareItems));
+      if (result == 0) {
+        if (change == MR_avl_remove) plain::balance(plainRoot);
+        ASSERT_EQ(shape(&twins[i].node), shape(&ours[i].node)) << "the removed node has changed";
       }
-      ASSERT_EQ(text(plainRoot), text(root)) << "seed " << seed << ", step " << step;
+      ASSERT_EQ(shape(plainRoot), shape(root)) << "seed " << seed << ", step " << step;
+      if (step % 16 != 15) continue;
+      EXPECT_EQ(1, MR_avl_balance(&root));
+      plain::balance(plainRoot);
     }
     for (const Item& item : ours) {
-      const auto* const end = reinterpret_cast<const unsigned char*>(&item.node + 1);
-      EXPECT_TRUE(std::all_of(&item.node.direction + 1, end, [](int byte) { return byte == 0x5a; }))
+      EXPECT_EQ(0, std::memcmp(&item.node.direction + 1, "ZZZZZ", 5))
           << "bytes behind the fields, where a record may go on, have changed";
     }
   }
 }
 
-TEST(Avl, ChainsTooLongForTheStackAreBalancedAndWalked) {
-  std::vector<Item> items = numbered(300000);
-  for (const int chain : {kLeft, kRight, kZigzag}) {
-    MR_AvlNode* root = chained(items, chain);
-    Stop before = {0};
+TEST(Avl, ChainsAreBalancedAndWalkedAsFarAsTold) {
+  std::vector<Item> items = numbered(300);         // deeper than the walks note the way
+  std::vector<Item> deepItems = numbered(300000);  // too deep for the stack
+  for (const std::size_t period : {1U, 2U, 1000000U}) {
+    MR_AvlNode *root = chained(items, period), *deepRoot = chained(deepItems, period);
+    for (int times = 0; times < 2; ++times) {
+      Stop never = {0};
+      EXPECT_EQ(0, MR_avl_inorder_user(deepRoot, visit, &never));
+      EXPECT_TRUE(std::ranges::equal(deepItems, never.keys, {}, &Item::key));
+      MR_avl_balance(&deepRoot);
+    }
+    EXPECT_LE(plain::measure(deepRoot), 26);
+    const std::vector<int> before = shape(root);
     std::vector<int> keys;
-    EXPECT_EQ(0, MR_avl_inorder_user(root, visit, &before));
-    MR_avl_balance(&root);
-    EXPECT_LE(plain::measure(root), 26);
-    plainWalk(root, false, keys);
-    EXPECT_EQ(keys, before.keys);
-    EXPECT_EQ(items.size(), before.keys.size());
-  }
-}
-
-TEST(Avl, WalksStopWhereTheyAreToldAndLeaveTheTreeAsItWas) {
-  std::vector<Item> items = numbered(300);  // deeper than the walks note the way
-  std::vector<Item> twins = items;
-  for (const int chain : {kLeft, kRight, kZigzag}) {
-    MR_AvlNode *root = chained(items, chain), *plainRoot = chained(twins, chain);
-    for (const bool post : {false, true}) {
-      std::vector<int> keys;
-      plainWalk(plainRoot, post, keys);
-      const auto walk = post ? MR_avl_postorder_user : MR_avl_inorder_user;
+    for (auto* at = root; at; at = at->left ? at->left : at->right) keys.push_back(keyOf(at));
+    std::ranges::reverse(keys);
+    for (const auto walk : {MR_avl_postorder_user, MR_avl_inorder_user}) {
       for (std::size_t after = 1; after <= items.size() + 1; ++after) {
         Stop stop = {after};
         EXPECT_EQ(after <= items.size() ? 7 : 0, walk(root, visit, &stop));
         ASSERT_EQ(std::vector<int>(keys.begin(), keys.begin() + std::ssize(stop.keys)), stop.keys);
-        ASSERT_EQ(text(plainRoot), text(root));
+        ASSERT_EQ(before, shape(root));
       }
+      std::ranges::sort(keys);
     }
+    plain::balance(root);
+    const std::vector<int> balanced = shape(root);
+    root = chained(items, period);
     MR_avl_balance(&root);
-    plain::balance(plainRoot);
-    EXPECT_EQ(text(plainRoot), text(root));
+    EXPECT_EQ(balanced, shape(root));
   }
 }
 
@@ -241,26 +201,21 @@ TEST(Avl, SearchesAndNeighboursAreThoseOfASortedSet) {
   std::set<int> keys;
   for (int step = 0; step < 5000; ++step) {  // insertions meet stale balances
     Item& item = items[random() % 400];
-    if (keys.insert(item.key).second) {
-      EXPECT_EQ(0, insert(root, item));
-    } else {
-      subject = &item;
-      EXPECT_EQ(0, MR_bt_remove(&root, &item.node, compareItems));
-      keys.erase(item.key);
-    }
+    const bool isNew = keys.insert(item.key).second;
+    EXPECT_EQ(0, (isNew ? MR_avl_insert : MR_bt_remove)(&root, &item.node, compareItems));
+    if (!isNew) keys.erase(item.key);
   }
   EXPECT_EQ(7, MR_avl_inorder(root, [](MR_AvlNode*) { return 7; }));
   const auto keyOrNone = [](const MR_AvlNode* node) { return node != nullptr ? keyOf(node) : -1; };
   EXPECT_EQ(*keys.begin(), keyOrNone(MR_avl_first(root)));
   EXPECT_EQ(*keys.rbegin(), keyOrNone(MR_avl_last(root)));
-  for (int key = -1; key <= 400; ++key) {
-    const auto at = keys.find(key);
+  for (const Item& item : items) {
+    const auto search = [&](auto how) { return keyOrNone(how(root, &item, compareItems)); };
+    const auto at = keys.find(item.key);
     const bool found = at != keys.end();
-    const bool hasNext = found && std::next(at) != keys.end();
-    const bool hasPrevious = found && at != keys.begin();
-    EXPECT_EQ(found ? key : -1, keyOrNone(MR_avl_find(root, &key, compareKey)));
-    EXPECT_EQ(hasNext ? *std::next(at) : -1, keyOrNone(MR_avl_next(root, &key, compareKey)));
-    EXPECT_EQ(hasPrevious ? *std::prev(at) : -1, keyOrNone(MR_avl_prev(root, &key, compareKey)));
+    EXPECT_EQ(found ? item.key : -1, search(MR_avl_find));
+    EXPECT_EQ(found && at != --keys.end() ? *std::next(at) : -1, search(MR_avl_next));
+    EXPECT_EQ(found && at != keys.begin() ? *std::prev(at) : -1, search(MR_avl_prev));
   }
   const auto release = [](MR_AvlNode* node) { return std::memset(node, -1, sizeof *node), 0; };
   EXPECT_EQ(0, MR_avl_postorder(root, release));

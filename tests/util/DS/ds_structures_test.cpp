@@ -26,89 +26,62 @@ TEST_P(Kinds, DuplicatesHoldCopiesOfWhatIsShown) {
   EXPECT_EQ(0, Owned(DS_duplicate(s.get(), nullptr, nullptr, &status_))->ordered);
 }
 
-TEST_P(Kinds, DifferencesAndIntersectionsLookUpTheVisibleItemsOfTheSecond) {
+TEST_P(Kinds, DifferencesIntersectionsAndMergersTakeVisibleItems) {
   const Owned a = make({8, 6, 5, 4, 2}), b = make({2, 3, 6, 108});
   a->filter = isEven;
   b->filter = isSmall;
   const Owned difference(DS_difference(a.get(), b.get(), &status_));
   EXPECT_THAT(contents(difference), ElementsAre(4, 8));
+  EXPECT_EQ(1, difference->ordered);
   EXPECT_THAT(contents(Owned(DS_intersect(a.get(), b.get(), &status_))), ElementsAre(2, 6));
+  EXPECT_THAT(contents(Owned(DS_merge(nullptr, b.get(), &status_))), ElementsAre(2, 3, 6));
+  const Owned merged(DS_merge(b.get(), a.get(), nullptr));
+  EXPECT_THAT(contents(merged), ElementsAre(2, 2, 3, 4, 6, 6, 8));
+  EXPECT_EQ(1, merged->ordered);
+  EXPECT_EQ(nullptr, DS_merge(a.get(), b.get(), &status_)) << "3 is hidden in the result";
+  EXPECT_EQ(MR_ITEM_FILTERED, status_);
   EXPECT_EQ(nullptr, DS_difference(a.get(), a.get(), &status_));
   EXPECT_EQ(nullptr, DS_intersect(a.get(), make().get(), &status_));
   EXPECT_EQ(MR_NO_ERROR, status_) << "having no items is no failure";
-  EXPECT_EQ(1, difference->ordered);
   EXPECT_EQ(0, Owned(DS_difference(a.get(), b.get(), nullptr))->ordered);
   b->ordered = 0;
   EXPECT_EQ(0, Owned(DS_intersect(a.get(), b.get(), &status_))->ordered);
   a->comparator = b->comparator = nullptr;
   b->ordered = 1;
-  EXPECT_EQ(0, Owned(DS_intersect(a.get(), b.get(), &status_))->ordered);
-  EXPECT_EQ(MR_CANNOT_SORT, status_);
+  for (const auto operation : {DS_intersect, DS_merge}) {
+    const Owned unsorted(operation(b.get(), a.get(), &status_));
+    EXPECT_EQ(operation == DS_merge ? Numbers({2, 3, 6, 2, 4, 6, 8}) : Numbers({2, 6}),
+              contents(unsorted));
+    EXPECT_EQ(0, unsorted->ordered);
+    EXPECT_EQ(MR_CANNOT_SORT, status_);
+  }
 }
 
-TEST_P(Kinds, MergingAddsTheItemsOfBoth) {
-  const Owned a = make({1, 2, 4}), b = make({2, 3, 6});
-  EXPECT_THAT(contents(Owned(DS_merge(a.get(), b.get(), &status_))), ElementsAre(1, 2, 2, 3, 4, 6));
-  EXPECT_EQ(1, Owned(DS_merge(a.get(), b.get(), nullptr))->ordered);
-  EXPECT_THAT(contents(Owned(DS_merge(nullptr, b.get(), &status_))), ElementsAre(2, 3, 6));
-  EXPECT_EQ(MR_NO_ERROR, status_);
-  a->filter = isEven;
-  EXPECT_EQ(nullptr, DS_merge(a.get(), b.get(), &status_)) << "3 is hidden in the result";
-  EXPECT_EQ(MR_ITEM_FILTERED, status_);
-  a->comparator = b->comparator = nullptr;
-  const Owned unsorted(DS_merge(b.get(), a.get(), &status_));
-  EXPECT_THAT(contents(unsorted), ElementsAre(2, 3, 6, 2, 4));
-  EXPECT_EQ(0, unsorted->ordered);
-  EXPECT_EQ(MR_CANNOT_SORT, status_);
-}
-
-TEST(Structures, OperandsMustFitAndExist) {
-  const Owned s = makeStructure(DS_DLIST, {1}), otherKind = makeStructure(DS_SLIST, {1});
-  const Owned otherComparator = makeStructure(DS_DLIST, {1}, Ds_filo_comparator);
-  DS_Structure bare{1, nullptr, Ds_fifo_comparator, nullptr, nullptr};
+TEST_P(Kinds, OperandsMustFitAndExist) {
+  const Owned s = make({1}), otherKind = makeStructure(5 - GetParam(), {1}, s->comparator);
+  const Owned otherComparator = make({1}, Ds_filo_comparator);
+  DS_Structure bare{1, nullptr, s->comparator, nullptr, nullptr};
   for (const auto operation : {DS_difference, DS_intersect, DS_merge}) {
     for (DS_Structure* const other : {otherKind.get(), otherComparator.get(), &bare}) {
-      StatusCode status = MR_NO_ERROR;
-      EXPECT_EQ(nullptr, operation(s.get(), other, &status));
-      EXPECT_EQ(other == &bare ? MR_ARGUMENT_ERROR : MR_INCOMPATIBILITY, status);
+      EXPECT_EQ(nullptr, operation(s.get(), other, &status_));
+      EXPECT_EQ(other == &bare ? MR_ARGUMENT_ERROR : MR_INCOMPATIBILITY, status_);
     }
   }
 }
 
-TEST(Structures, ResultsThatFailPartWayAreDestroyed) {
-  DS_Methods methods = *Ds_slist_get_methods();
-  methods.add = [](DS_Structure* structure, void* added, StatusCode* status) {
-    if (Ds_slist_enumerate(structure, nullptr) < 2) return Ds_slist_add(structure, added, status);
-    *status = MR_MEMORY_FAULT;
-    return 0;
-  };
-  methods.intersect = nullptr;
-  const Owned s = makeStructure(DS_SLIST, {1, 2, 3});
-  s->methods = &methods;
-  StatusCode status = MR_NO_ERROR;
-  EXPECT_EQ(nullptr, DS_duplicate(s.get(), nullptr, nullptr, &status));
-  EXPECT_EQ(MR_MEMORY_FAULT, status);
-  EXPECT_EQ(nullptr, DS_intersect(s.get(), s.get(), &status));
-  EXPECT_EQ(MR_ARGUMENT_ERROR, status);
-}
-
-TEST_P(Kinds, UnwantedItemsAreRemovedHiddenOrNot) {
-  const Owned s = make({1, 2, 0, 103, 104, 0}, Ds_fifo_comparator);
-  s->filter = isSmall;
-  EXPECT_EQ(1, DS_remove_nulls(s.get(), &status_));
-  EXPECT_EQ(1, DS_remove_unfiltered_items(s.get(), isEven, nullptr, nullptr, nullptr));
-  EXPECT_EQ(isSmall, std::exchange(s->filter, nullptr));
-  EXPECT_THAT(contents(s), ElementsAre(2, 104));
-}
-
-TEST(Structures, DestructionHandsOverTheItemsAndClearsTheHandle) {
-  StatusCode status = MR_UNKNOWN;
-  DS_Structure* s = makeStructure(DS_SLIST, {number(std::malloc(1))}).release();
-  EXPECT_EQ(1, DS_destructor(&s, longForm<DS_FreeFn>(DS_memory_free), nullptr, &status));
+TEST_P(Kinds, RemovalAndDestructionMeetItemsHiddenOrNot) {
+  DS_Structure *s = make({number(std::malloc(1))}).release(), *none = nullptr;
+  EXPECT_EQ(0, DS_destructor(&none, nullptr, nullptr, &status_));
+  EXPECT_EQ(MR_ARGUMENT_ERROR, status_);
+  EXPECT_EQ(1, DS_destructor(&s, longForm<DS_FreeFn>(DS_memory_free), nullptr, &status_));
   EXPECT_EQ(nullptr, s);
-  EXPECT_EQ(MR_NO_ERROR, status);
-  EXPECT_EQ(0, DS_destructor(&s, nullptr, nullptr, &status));
-  EXPECT_EQ(MR_ARGUMENT_ERROR, status);
+  EXPECT_EQ(MR_NO_ERROR, status_);
+  const Owned mixed = make({1, 2, 0, 103, 104, 0}, Ds_fifo_comparator);
+  mixed->filter = isSmall;
+  EXPECT_EQ(1, DS_remove_nulls(mixed.get(), &status_));
+  EXPECT_EQ(1, DS_remove_unfiltered_items(mixed.get(), isEven, nullptr, nullptr, nullptr));
+  EXPECT_EQ(isSmall, std::exchange(mixed->filter, nullptr));
+  EXPECT_THAT(contents(mixed), ElementsAre(2, 104));
 }
 
 TEST(Structures, SuppliedComparatorsTakeItemsForNumbersAndStrings) {
@@ -132,21 +105,19 @@ TEST(Structures, PrintingShowsTheHeaderAndTheVisibleItems) {
                   "debug 0: Ordered = TRUE\n", "debug 0: Filtered Member list =\n", "debug 0: >>>",
                   StartsWith("debug 0: Item 0x"), "debug 0: 0x6\n", "debug 0: <<<"));
   const DS_PrintFn print = [](void* it, void*) {
-    rptDebug(0, "%d", static_cast<int>(number(it)));
-    return 1;
+    return rptDebug(0, "%d", static_cast<int>(number(it))), 1;
   };
   DS_print_structure(s.get(), print, nullptr, nullptr);
   EXPECT_EQ("debug 0: 6", reports.takeAll().at(9));
 }
 
-// The one test that registers structures: there is one table in the process.
-TEST(Structures, TheFirstRegisteredTableMakesTheObjectTable) {
+// The one test that registers: there is one table of each in the process.
+TEST(Structures, AreOfTheRegisteredKindsAndOnceThereIsOneOfTheRegisteredFilters) {
   StatusCode status = MR_NO_ERROR;
-  DS_Structure* s = DS_create_type(77, &status, __LINE__, __FILE__);
-  EXPECT_EQ(nullptr, s->methods);
+  DS_Structure* bare = DS_create_type(77, &status, __LINE__, __FILE__);
+  EXPECT_EQ(nullptr, bare->methods);
   EXPECT_EQ(MR_ARGUMENT_ERROR, status) << "nothing is registered";
-  MA_free(s);
-
+  MA_free(bare);
   static DS_Methods array = *Ds_array_get_methods();
   array.intersect = nullptr;
   const auto registers = [&](auto tail, StatusCode code) {
@@ -158,28 +129,30 @@ TEST(Structures, TheFirstRegisteredTableMakesTheObjectTable) {
   registers(Ds_array_tail, MR_NO_ERROR);
   registers(Ds_array_tail, MR_INVALID_FUNCTION);
   EXPECT_EQ(&array, Ds_get_object_table()->methods);
-  EXPECT_EQ(Ds_default_comparator, Ds_get_object_table()->comparator);
-  EXPECT_EQ(&array, makeStructure(77)->methods);
+  const Owned s = makeStructure(77, {1, 2, 3});
+  EXPECT_EQ(nullptr, DS_intersect(s.get(), s.get(), &status)) << "has no such method";
+  EXPECT_EQ(MR_ARGUMENT_ERROR, status);
+  array.add = [](DS_Structure* to, void* added, StatusCode* code) {
+    const bool fits = Ds_array_enumerate(to, nullptr) < 2;
+    return fits ? Ds_array_add(to, added, code) : (*code = MR_MEMORY_FAULT, 0);
+  };
+  EXPECT_EQ(nullptr, DS_duplicate(s.get(), nullptr, nullptr, &status)) << "failed part way";
+  EXPECT_EQ(MR_MEMORY_FAULT, status);
   EXPECT_EQ(Ds_slist_get_methods(), makeStructure(DS_SLIST)->methods) << "built in";
   EXPECT_EQ(1, MR_deregister_item(&array, Ds_get_object_table(), nullptr));
-}
 
-// The one test that registers filters.
-TEST(Structures, OnceOneIsRegisteredOthersAreRefused) {
-  StatusCode status = MR_UNKNOWN;
-  const Owned s = makeStructure(DS_SLIST);
   EXPECT_EQ(Ds_fifo_comparator, DS_set_comparator(s.get(), Ds_filo_comparator, &status));
   EXPECT_EQ(1, s->ordered) << "not touched";
   EXPECT_EQ(nullptr, DS_set_filter(s.get(), isSmall, &status));
-  EXPECT_EQ(0, std::exchange(s->ordered, 1));
   EXPECT_EQ(1, DS_register_filter(4, isEven, &status));
   EXPECT_EQ(isEven, DS_get_filter_function(4, &status));
   EXPECT_EQ(4, DS_get_filter_index(isEven, &status));
   EXPECT_EQ(MR_NO_ERROR, status);
-  EXPECT_EQ(isSmall, DS_set_filter(s.get(), isSmall, &status));
-  EXPECT_EQ(MR_ITEM_NOT_FOUND, status);
-  EXPECT_EQ(0, s->ordered) << "even though it is refused";
   EXPECT_EQ(isSmall, DS_set_filter(s.get(), isEven, &status));
+  EXPECT_EQ(0, std::exchange(s->ordered, 1));
+  EXPECT_EQ(isEven, DS_set_filter(s.get(), isSmall, &status));
+  EXPECT_EQ(MR_ITEM_NOT_FOUND, status);
   EXPECT_EQ(isEven, s->filter);
+  EXPECT_EQ(0, s->ordered) << "even though it is refused";
   EXPECT_EQ(nullptr, DS_get_comparator_function(4, &status)) << "a registry of their own";
 }

@@ -7,7 +7,6 @@
 #include <pty.h>
 #include <regex>
 #include <string>
-#include <string_view>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -30,13 +29,13 @@ class Terminal {
   ~Terminal() { close(master_); }
 
   // Presses the keys after that text. Before, the terminal echoes keys and edits lines, or not.
-  void answer(std::string_view text, bool editsLines, std::string_view keys) {
+  void answer(const char* text, bool editsLines, const std::string& keys) {
     while (output_.find(text) == output_.npos && readSome()) continue;
     expectMode(editsLines);
     EXPECT_EQ(static_cast<ssize_t>(keys.size()), write(master_, keys.data(), keys.size()));
   }
 
-  // Waits for the program to exit or, with a signal, to be ended by it, and returns the output.
+  // Waits for the program to exit or to be ended by the signal, and returns the output.
   std::string finish(int signal = 0) {
     while (readSome()) continue;
     int status = -1;
@@ -125,18 +124,15 @@ TEST(ConsoleOnATerminal, OnlyTheEscapeKeyAsksToStop) {
 
 TEST(ConsoleOnATerminal, OthersMayReadKeysAndAfterAReleaseWholeLines) {
   Terminal terminal([] {
-    const auto readAndTell = [](const char* prompt) {
+    rptCheckAbort();
+    for (const char* prompt : {"key?", "line?"}) {
+      askInAJob(*prompt == 'l');
       rptUser("%s", prompt);
       char text[80] = "";
       const ssize_t count = read(STDIN_FILENO, text, sizeof text - 1);
       rptUser("%zd: %s", count, text);
-    };
-    rptCheckAbort();
-    askInAJob(false);
-    readAndTell("key?");
-    vxOS::ProcessManager::getInstance().startSync({"/bin/true"});  // releases the keys
-    askInAJob(true);
-    readAndTell("line?");
+      vxOS::ProcessManager::getInstance().startSync({"/bin/true"});  // releases the keys
+    }
     computeUntilStopped();
     for (const char* text : {"first", "second"}) rptConfirmOK("%s", text);
     rptUser("confirmed");
@@ -155,12 +151,10 @@ TEST(ConsoleOnATerminal, OthersMayReadKeysAndAfterAReleaseWholeLines) {
 
 TEST(ConsoleOnATerminal, SignalsThatEndTheProcessGiveTheTerminalBack) {
   for (const int signal : {SIGTERM, SIGHUP, SIGQUIT, SIGABRT}) {
-    Terminal terminal([signal] {
+    Terminal([signal] {
       rptCheckAbort();
-      if (signal == SIGABRT) std::abort();
       std::raise(signal);
-    });
-    terminal.finish(signal);
+    }).finish(signal);
   }
   Terminal terminal([] {
     rptCatchInterrupt();
