@@ -131,6 +131,7 @@ TEST(TdblLinkedList, ACopyIsASecondViewOfTheSameChain) {
   }
   for (Element* item : items) delete copy.remove(item);
   EXPECT_EQ(0, copy.length());
+  EXPECT_EQ(nullptr, copy.next(items[0])) << "looks at nothing";
   EXPECT_EQ(3, list.length());
   EXPECT_EQ(1, Item::token.use_count());
 }

@@ -120,6 +120,11 @@ TEST(Structures, AreOfTheRegisteredKindsAndOnceThereIsOneOfTheRegisteredFilters)
   MA_free(bare);
   static DS_Methods array = *Ds_array_get_methods();
   array.intersect = nullptr;
+  array.allocate = [](DS_Structure* to, StatusCode* code) {
+    EXPECT_TRUE(code == &Mr_err_ignore && *code == MR_NO_ERROR);
+    return Ds_array_allocate(to, code);
+  };
+  Mr_err_ignore = MR_INVALID_DATA;
   const auto registers = [&](auto tail, StatusCode code) {
     array.tail = tail;
     EXPECT_EQ(code == MR_NO_ERROR, Ds_register_structure(77, &array, &status));
@@ -128,6 +133,7 @@ TEST(Structures, AreOfTheRegisteredKindsAndOnceThereIsOneOfTheRegisteredFilters)
   registers(nullptr, MR_INVALID_DATA);
   registers(Ds_array_tail, MR_NO_ERROR);
   registers(Ds_array_tail, MR_INVALID_FUNCTION);
+  array.allocate = Ds_array_allocate;
   EXPECT_EQ(&array, Ds_get_object_table()->methods);
   const Owned s = makeStructure(77, {1, 2, 3});
   EXPECT_EQ(nullptr, DS_intersect(s.get(), s.get(), &status)) << "has no such method";
