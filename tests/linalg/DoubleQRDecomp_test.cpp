@@ -62,9 +62,10 @@ TEST(DoubleQRDecomp, FactorsAndSolutionsAreExactToRounding) {
       }
       // Each diagonal element of R must be as large as what its row and those below leave of each
       // later column. The norms by which columns are chosen may be off: hardly for well conditioned
-      // matrices, by most of a digit where they shrink to the last digits of the formula. In what
-      // is below the rounding errors of the matrix there is no order.
-      const double slack = easy ? 1e-6 : 9.0, noise = kEpsilon * norm1(r);
+      // matrices, by most of a digit where they shrink to the last digits of the formula, by the
+      // root of the rounding errors where those cancel. In what is below them there is no order.
+      const double slack = easy ? 1e-6 : 9.0, unit = name == "cancelling" ? 1e-7 : kEpsilon,
+                   noise = unit * norm1(r);
       for (unsigned k = 0; pivoting != 0 && k < std::min(m, n); ++k) {
         for (unsigned j = k + 1; j < n; ++j) {
           const double rest = norm2(r.col(j).slice(k, m - k));
