@@ -53,8 +53,8 @@ class Tquaternion {
   constexpr Tquaternion& negateIt() { return *this = -*this; }
   constexpr Tquaternion& scaleIt(double s) { return *this = {w * s, x * s, y * s, z * s}; }
   constexpr Tquaternion operator*(const Tquaternion& q) const {
-    return {(w * q.w - x * q.x) - (y * q.y + z * q.z), (w * q.x + x * q.w) + (y * q.z - z * q.y),
-            (w * q.y - x * q.z) + (y * q.w + z * q.x), (w * q.z + x * q.y) + (z * q.w - y * q.x)};
+    return {w * q.w - x * q.x - y * q.y - z * q.z, w * q.x + x * q.w + y * q.z - z * q.y,
+            w * q.y - x * q.z + y * q.w + z * q.x, w * q.z + x * q.y - y * q.x + z * q.w};
   }
 
   constexpr Tquaternion conjugate() const { return {w, -x, -y, -z}; }
