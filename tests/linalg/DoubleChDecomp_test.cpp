@@ -37,7 +37,7 @@ DoubleGenMat symmetricMatrix(unsigned n, double condition, unsigned negative = 0
 // Decomposes the matrix of which `a` is the upper triangle; without specifiers does not pivot.
 DoubleChDecomp decompose(const DoubleGenMat& a, const std::vector<int>& specifiers = {}) {
   DoubleChDecomp factor;
-  factor.doPivoting(specifiers.empty() ? 0 : 1);
+  EXPECT_EQ(1, factor.doPivoting(specifiers.empty() ? 0 : 1));
   int k = 0;
   for (const int position : specifiers) factor.setPivoting(k++, position);
   factor.factor(upper(a, kNaN));
@@ -161,12 +161,15 @@ TEST(DoubleChDecomp, StorageOfOtherShapesAndSharedStorage) {
   EXPECT_TRUE(plain == DoubleChDecomp(a) && spread == a);
   // Factoring parts copies; assignment copies elements.
   factor.factor(DoubleGenMat(23, 20, 1.0));
+  factor.reference(DoubleGenMat(DoubleVec(920U, 0.0).slice(0, 460, 2), 23, 20));
   factor = view;
   const DoubleVec b = randomVector(20, 2);
   for (const DoubleChDecomp& same : {factor, view}) {
     EXPECT_TRUE(same.lastPosFactor() == 19 && !same.isPD() && same(22, 0) == 0.0);
     EXPECT_LT(norm2(same.solve(b) - plain.solve(b)), 1e-13);
   }
+  factor.update(b * 0.01), factor.downdate(b * 0.01);
+  EXPECT_LT(norm2(factor.solve(b) - plain.solve(b)), 1e-13);
 }
 
 // The factor R of xᵀx, z = R⁻ᵀ xᵀy and the norms of the residuals of y, for data x and y that begin
@@ -213,6 +216,7 @@ TEST(DoubleChDecomp, FollowsTheDataWhenRowsAndColumnsChange) {
       expectFits();
     }
     const DoubleVec row = x.row(n) * 0.5;
+    EXPECT_EQ(0, r.downdate(row, &z));
     EXPECT_EQ(1, r.downdate(row, &z, &large, &rho));
     r.update(row, &z, &large, &rho);
     EXPECT_THAT(list(rho), Each(-1.0));
@@ -221,6 +225,7 @@ TEST(DoubleChDecomp, FollowsTheDataWhenRowsAndColumnsChange) {
 
 TEST(DoubleChDecomp, CosinesAndSinesAreToldApart) {
   DoubleChDecomp one(DoubleGenMat(1, 1, 9.0));
+  EXPECT_EQ(-1, one.downdate(DoubleVec(1U, 3.0)));  // nothing would be left
   for (const int change : {0, 1, 2, 3}) {
     DoubleChDecomp two = decompose(DoubleGenMat(vectorOf({1.0, 3.0, 3.0, 25.0}), 2, 2));
     // Of stride 2 for the shifts, 1 otherwise.
@@ -247,14 +252,16 @@ TEST(DoubleChDecomp, ArgumentsAreCheckedAndFailuresReported) {
   factor.shift(0, 3, 0, &z, &two, &two);
   factor.update(three, &z, &three, &three, &two, &spread);
   other.shift(0, 3, 0);
-  other.update(vectorOf({7.0, 7.0, 7.0, 0.0}), nullptr, &two);
+  other.update(vectorOf({7.0, 7.0, 7.0, 0.0}), nullptr, &two, nullptr, nullptr, &two);
   EXPECT_EQ(upper(other), upper(factor));
   EXPECT_TRUE(z == DoubleGenMat(3, 2, 1.0) && two == DoubleVec(2U, 7.0) &&
               three == DoubleVec(3U, 7.0) && spread(0) != 7.0);
   factor.setPivoting(0, 2);
   EXPECT_EQ(-1.0, factor.condition());
-  const DoubleChDecomp wide(DoubleGenMat(2, 3, 1.0)), none;
-  EXPECT_TRUE(wide.lastPosFactor() == 0 && wide.condition() == 0.0 && wide.permute(two) == two);
+  DoubleChDecomp wide(DoubleGenMat(vectorOf({1.0, 0.0, 0.0, 1.0, 0.0, 0.0}), 2, 3)), none;
+  wide.shift(1, 2, 0);
+  EXPECT_TRUE(wide.lastPosFactor() == 1 && wide.condition() == 0.0 && wide.permute(two) == two &&
+              wide.pivots()(2) == -1);
   EXPECT_TRUE(none.lastPosFactor() == -2 && !none.isPD() && none.good() && none.condition() == 0.0);
   EXPECT_EQ(0U, none.solve(DoubleVec()).length());
   EXPECT_EQ(0.0, DoubleChDecomp(identity(3)).condition());
@@ -264,6 +271,7 @@ TEST(DoubleChDecomp, ArgumentsAreCheckedAndFailuresReported) {
   DoubleChDecomp stopped(diagonal), shared(stopped);
   shared.setPivoting(0, DoubleChDecomp::FINAL);
   EXPECT_THAT(list(stopped.pivots()), ElementsAre(1, 0, 2));
+  EXPECT_THAT(list(shared.permute(DoubleVec(3U, 0.0, 1.0))), ElementsAre(0, 0, 2));
   EXPECT_TRUE(!stopped.isPD() && stopped.good() && stopped.condition() == 0.0);
   stopped(2, 2) = -1.5;
   EXPECT_TRUE(stopped.fail() && stopped.condition() == 0.25);
@@ -281,9 +289,10 @@ TEST(DoubleChDecomp, ArgumentsAreCheckedAndFailuresReported) {
                   "vector wrong length to permute (3!=4)", "Invalid Cholesky shift direction",
                   columns + "1,1)", columns + "-1,2)", columns + "2,4)", height, rotations + "3)",
                   rotations + "3)", "vec pointers must have stride == 1", length + "3!=4)", height,
-                  rotations + "4)", residuals + "3!=2)", residuals + "3!=2)", residuals + "2!=0)",
+                  rotations + "4)", residuals + "3!=2)", residuals + "3!=2)", rotations + "4)",
+                  residuals + "2!=0)",
                   "Pivoting position specifier must be INITIAL,FREE, or FINAL, not 2",
                   "Condition number not calculated",
-                  "Matrix must have more rows than cols to be factorizable, but 2<3", failed,
-                  failed, failed));
+                  "Matrix must have more rows than cols to be factorizable, but 2<3",
+                  columns + "1,2)", failed, failed, failed));
 }

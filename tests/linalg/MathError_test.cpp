@@ -70,7 +70,7 @@ TEST(MathError, StartUpObjectsCountTheirHolds) {
 TEST(MathError, CataloguesAreAddedOnceAndRemovedById) {
   const MathCatalogEntry entries[] = {{0, "first"}, {2, "second %d"}};
   MathMessageCatalog catalog = {9, entries, 2, nullptr}, shadowed = {9, entries + 1, 1, nullptr};
-  for (auto* added : {&catalog, &catalog, &shadowed}) vxKilnBase::addMathCatalog(*added);
+  for (auto* added : {&catalog, &shadowed, &catalog}) vxKilnBase::addMathCatalog(*added);
   for (const auto* expected : {entries, entries + 1, decltype(+entries)(nullptr)}) {
     EXPECT_EQ(expected, findMathMessage(0x9000));
     vxKilnBase::removeMathCatalog(9);
