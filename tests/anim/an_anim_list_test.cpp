@@ -88,6 +88,8 @@ TEST_P(Items, AreEqualByTypeAndDataAndFreedAsAChain) {
   EXPECT_EQ(1, AN_ds_item_equal(chain, chain->next));
   EXPECT_EQ(0, AN_ds_item_equal(chain, &otherType) + AN_ds_item_equal(chain, &otherData));
   EXPECT_EQ(0, AN_ds_item_equal(chain, nullptr) + AN_ds_item_equal(nullptr, nullptr));
+  chain->next->next = AN_item_create_type(2, objects, __LINE__, __FILE__, nullptr);
+  EXPECT_EQ(1, AN_item_free(&chain->next->next, nullptr));  // or the chain meets it again
   EXPECT_EQ(1, AN_item_list_free(&chain, nullptr));
   EXPECT_EQ(nullptr, chain);
   StatusCode status[6] = {};

@@ -114,8 +114,9 @@ TEST(LinkList, BehavesLikeAVectorOfNodes) {
 }
 
 TEST(LinkList, MergesChainsWithTheirCompanions) {
-  Records list, list2 = {10};
+  Records list, list2;
   MR_ll_merge(&list, Records({1, 5, 9}).take());
+  MR_ll_insert(&list2, list.head, newNode(10));  // an empty list has no such place
   MR_ll_merge(&list2, Records({50}).take());
   MR_ll_merge_sorted(&list, Records({5, 20, 0}).take(), &list2, Records({55, 200}).take(),
                      compareKeys);

@@ -57,6 +57,8 @@ TEST(DataList, RemovalReturnsTheSuccessorOrAtTheEndThePredecessor) {
   MR_list_delete_empty(&list);
   EXPECT_EQ("d", read(list));
   EXPECT_EQ(nullptr, MR_list_delete(&list, nullptr));
-  EXPECT_EQ(nullptr, MR_list_delete(&list, list.head));
+  MR_ListNode* const last = list.head;
+  MR_list_remove_all(&list);
   EXPECT_EQ(nullptr, list.head);
+  std::free(last);
 }

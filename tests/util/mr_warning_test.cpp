@@ -57,6 +57,6 @@ TEST(Warning, OnlyTheNumberOfAButtonIsAChoiceAndOnlyATextWithAButtonIsShown) {
   program.takeArguments();
   EXPECT_EQ(-1, MR_warning({"title", {}, {"OK"}, ""}));
   EXPECT_EQ(-1, MR_warning({"title", {"line"}, {}, "extra"}));
-  EXPECT_EQ(-1, MR_warning(1, "OK", 2, "", 99, 0, "behind the end"));
+  EXPECT_EQ(-1, MR_warning(1, "OK", 2, "", 99, "", 0, "behind the end", 4));
   EXPECT_THAT(program.takeArguments(), testing::IsEmpty());
 }

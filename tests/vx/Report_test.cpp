@@ -51,6 +51,7 @@ TEST(Report, InAPipeEveryTextHasLinesOfItsOwnAlsoWhenASinkPassesItOn) {
   rptStatus("three");
   rptClearStatus();
   inner = rptSetSinks(&outer);
+  rptSleep(0);  // the default one
   rptError("broken");
   rptUser("message\n");
   EXPECT_EQ(outer.error, rptSetSinks(nullptr).error);

@@ -81,7 +81,11 @@ TEST_P(Kinds, RemovalAndDestructionMeetItemsHiddenOrNot) {
   EXPECT_EQ(1, DS_remove_nulls(mixed.get(), &status_));
   EXPECT_EQ(1, DS_remove_unfiltered_items(mixed.get(), isEven, nullptr, nullptr, nullptr));
   EXPECT_EQ(isSmall, std::exchange(mixed->filter, nullptr));
+  EXPECT_EQ(Ds_fifo_comparator, mixed->comparator);
   EXPECT_THAT(contents(mixed), ElementsAre(2, 104));
+  void* memory = std::malloc(1);
+  EXPECT_EQ(2, DS_memory_free(static_cast<void*>(&memory)) + DS_memory_free(nullptr));
+  EXPECT_EQ(nullptr, memory);
 }
 
 TEST(Structures, SuppliedComparatorsTakeItemsForNumbersAndStrings) {
@@ -135,6 +139,7 @@ TEST(Structures, AreOfTheRegisteredKindsAndOnceThereIsOneOfTheRegisteredFilters)
   registers(Ds_array_tail, MR_INVALID_FUNCTION);
   array.allocate = Ds_array_allocate;
   EXPECT_EQ(&array, Ds_get_object_table()->methods);
+  EXPECT_EQ(Ds_default_comparator, Ds_get_object_table()->comparator);
   const Owned s = makeStructure(77, {1, 2, 3});
   EXPECT_EQ(nullptr, DS_intersect(s.get(), s.get(), &status)) << "has no such method";
   EXPECT_EQ(MR_ARGUMENT_ERROR, status);

@@ -52,7 +52,9 @@ struct Model {
 
   void sort() {
     if (numbers.empty()) return;
+    s->ordered = 0;
     EXPECT_EQ(1, m.sort(s.get(), nullptr));
+    EXPECT_EQ(1, s->ordered);
     const DS_Filter filter = std::exchange(s->filter, nullptr);
     const Numbers before = std::exchange(numbers, contents(s));
     s->filter = filter;
@@ -161,15 +163,18 @@ TEST_P(Kinds, CallbacksAndLookupsSeeNoHiddenItem) {
 }
 
 TEST(Structures, MisuseIsTold) {
-  const Owned s = makeStructure(DS_SLIST);
+  const Owned s = makeStructure(DS_SLIST), array = makeStructure(DS_ARRAY, {1});
   const DS_Methods& m = *s->methods;
-  StatusCode codes[4] = {};
+  StatusCode codes[6] = {};
   EXPECT_EQ(-1, m.enumerate(nullptr, &codes[0]));
   EXPECT_EQ(0, m.sort(s.get(), &codes[1])) << "empty";
   EXPECT_EQ(nullptr, m.find(s.get(), nullptr, nullptr, &codes[2]));
-  EXPECT_EQ(nullptr, m.tail(s.get(), &codes[3]));
-  EXPECT_THAT(codes, ElementsAre(MR_ARGUMENT_ERROR, MR_ARGUMENT_ERROR, MR_ARGUMENT_ERROR,
-                                 MR_UNEXPECTED_NULL_STRUCTURE));
+  EXPECT_EQ(nullptr, m.next(s.get(), nullptr, &codes[3]));
+  EXPECT_EQ(nullptr, m.tail(s.get(), &codes[4]));
+  EXPECT_EQ(nullptr, m.merge(s.get(), array.get(), &codes[5]));
+  EXPECT_THAT(
+      codes, ElementsAre(MR_ARGUMENT_ERROR, MR_ARGUMENT_ERROR, MR_ARGUMENT_ERROR, MR_ARGUMENT_ERROR,
+                         MR_UNEXPECTED_NULL_STRUCTURE, MR_INCOMPATIBILITY));
 }
 
 // Applications fill in tables and headers themselves.

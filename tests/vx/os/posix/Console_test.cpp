@@ -21,7 +21,8 @@ class Terminal {
   explicit Terminal(const std::function<void()>& program) {
     child_ = forkpty(&master_, nullptr, nullptr, nullptr);
     if (child_ != 0) return;
-    for (const int signal : {SIGINT, SIGQUIT}) std::signal(signal, SIG_DFL);  // as at a prompt
+    // As at a prompt.
+    for (const int signal : {SIGINT, SIGQUIT, SIGHUP}) std::signal(signal, SIG_DFL);
     program();
     std::exit(0);
   }
@@ -165,5 +166,5 @@ TEST(ConsoleOnATerminal, SignalsThatEndTheProcessGiveTheTerminalBack) {
   });
   terminal.answer("ready", false, "\x03");
   terminal.answer("stopped", true, "\x03");
-  terminal.finish(SIGINT);
+  EXPECT_THAT(terminal.finish(SIGINT), testing::HasSubstr("stopped"));
 }
