@@ -68,6 +68,10 @@ TEST(DoubleLeastSqQR, CountsFreeColumnsFromTheEnd) {
   }
   EXPECT_EQ(DoubleVec(4, 0.0), fit.solve(DoubleVec(4, 1.0)));
   EXPECT_EQ(DoubleVec(4, 1.0), fit.residual(DoubleVec(4, 1.0)));
+  a(1, 1) = 0.0;  // nothing behind it is fitted
+  fit.setTolerance(0.0);
+  fit.factor(a);
+  EXPECT_EQ(vectorOf({0.0, 1.0, 1.0, 1.0}), fit.residual(DoubleVec(4, 1.0)));
 
   DoubleLeastSqQR wide(randomMatrix(2, 3, 1));
   EXPECT_EQ(1U, wide.numFreeCols());

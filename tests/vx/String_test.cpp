@@ -32,6 +32,7 @@ TYPED_TEST(StringOf, SearchesChangesAndComparesAlikeInEitherWidth) {
   EXPECT_EQ(TypeParam(), s(" \t ").trimmed());
   EXPECT_EQ(s("xaxa"), s("aaaaa").replaced(s("aa"), s("x")).replaced(s("xx"), s("xax")));
   EXPECT_EQ(path, path.replaced(TypeParam(static_cast<decltype(path.c_str())>(nullptr)), s("x")));
+  EXPECT_EQ(0, path[path.length() + 1]);
   TypeParam twice = s("a") + 'b';
   twice += twice;
   EXPECT_EQ(s("abab!"), twice + s("!"));
