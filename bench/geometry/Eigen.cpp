@@ -22,9 +22,7 @@ struct EigenTypes {
   static Vector point(const double* numbers) { return Eigen::Map<const Vector>(numbers); }
   static constexpr auto vector = point;
   static Quaternion quaternion(const double* n) { return {n[0], n[1], n[2], n[3]}; }
-  static Quaternion rotation(const double* n) { return quaternion(n).normalized(); }
 
-  static void append(Values& values, double number) { values.push_back(number); }
   static void append(Values& values, const Matrix& m) {
     values.insert(values.end(), m.data(), m.data() + 16);
   }

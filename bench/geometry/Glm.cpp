@@ -16,9 +16,7 @@ struct Glm {
   static glm::dvec3 point(const double* numbers) { return glm::make_vec3(numbers); }
   static constexpr auto vector = point;
   static glm::dquat quaternion(const double* n) { return {n[0], n[1], n[2], n[3]}; }
-  static glm::dquat rotation(const double* n) { return glm::normalize(quaternion(n)); }
 
-  static void append(Values& values, double number) { values.push_back(number); }
   static void append(Values& values, const glm::dmat4& m) {
     values.insert(values.end(), glm::value_ptr(m), glm::value_ptr(m) + 16);
   }

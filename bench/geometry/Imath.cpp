@@ -24,9 +24,7 @@ struct ImathTypes {
   static V3d point(const double* n) { return {n[0], n[1], n[2]}; }
   static constexpr auto vector = point;
   static Quatd quaternion(const double* n) { return {n[0], n[1], n[2], n[3]}; }
-  static Quatd rotation(const double* n) { return quaternion(n).normalized(); }
 
-  static void append(Values& values, double number) { values.push_back(number); }
   static void append(Values& values, const M44d& m) {
     values.insert(values.end(), m.getValue(), m.getValue() + 16);
   }

@@ -25,9 +25,7 @@ struct Ours {
     q.z = n[3];
     return q;
   }
-  static TunitQuaternion rotation(const double* n) { return quaternion(n).normalize(); }
 
-  static void append(Values& values, double number) { values.push_back(number); }
   static void append(Values& values, const T4dDblMatrix& m) {
     values.insert(values.end(), m[0], m[0] + 16);
   }

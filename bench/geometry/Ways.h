@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <new>
+#include <type_traits>
 
 #include "Data.h"
 #include "geometry/Libraries.h"
@@ -68,7 +69,13 @@ Contestant onArrays(Operation operation, const Array<Operand>&... operands) {
   };
   return contestant(run, [](const Results& done) {
     Values values;
-    for (const auto& result : done) L::append(values, result);
+    for (const auto& result : done) {
+      if constexpr (std::is_same_v<Result, double>) {
+        values.push_back(result);
+      } else {
+        L::append(values, result);
+      }
+    }
     return values;
   });
 }
@@ -88,7 +95,8 @@ std::vector<Way> waysOf() {
   const auto points = arraysOf<3>(L::point);
   const auto vectors = arraysOf<3>(L::vector);
   const auto quaternions = arraysOf<4>(L::quaternion);
-  const auto rotations = arraysOf<4>(L::rotation);
+  const auto rotations =
+      arraysOf<4>(+[](const double* numbers) { return L::normalised(L::quaternion(numbers)); });
   const auto transform = transformOf(L::transform);
   const auto product = [](const auto& a, const auto& b) { return L::product(a, b); };
   const auto normalised = [](const auto& a) { return L::normalised(a); };

@@ -123,15 +123,15 @@ T4dDblMatrix TxformMatrix::undoneRotationAndScale() const {
 
 void TxformMatrix::extractVectorsFromMatrix() {
   T4dDblMatrix frame = *this;
+  const auto axis = [&](std::size_t r) {
+    return T4dDblVector(frame[r][0], frame[r][1], frame[r][2]);
+  };
   double lengths[3];
-  T4dDblVector axes[3];
   for (std::size_t r = 0; r < 3; ++r) {
-    double* row = frame[r];
-    lengths[r] = T4dDblVector(row[0], row[1], row[2]).length();
-    for (int c = 0; c < 3; ++c) row[c] /= lengths[r];
-    axes[r].set(row[0], row[1], row[2]);
+    lengths[r] = axis(r).length();
+    for (int c = 0; c < 3; ++c) frame[r][c] /= lengths[r];
   }
-  if (axes[2].dotProduct(axes[0].crossProduct(axes[1])) < 0.0) {
+  if (axis(2).dotProduct(axis(0).crossProduct(axis(1))) < 0.0) {
     lengths[2] = -lengths[2];
     for (int c = 0; c < 3; ++c) frame[2][c] = -frame[2][c];
   }

@@ -87,7 +87,7 @@ int heightOf(const MR_AvlNode* node) {
 }
 
 // Balances the tree at the link, both of whose subtrees are balanced. Whatever stands before it in
-// post-order is balanced too, so that the first nodes to rebalance are below the last rotation.
+// post-order is balanced too, so that the first nodes to rotate are below the last rotation.
 void rebalanceSubtree(MR_AvlNode*& link) {
   do {
     const int balance = heightOf(link->right) - heightOf(link->left);

@@ -57,7 +57,6 @@ struct MorlaWarningParams {
 
 }  // namespace vxKilnBase
 
-/// Shows the warning.
 KILNBASE_API int MR_warning(const vxKilnBase::MorlaWarningParams& warning);
 
 /// Warns with what the list that starts with `tag` describes.

@@ -80,11 +80,11 @@ TrestrictedLinkedList::Element* TrestrictedLinkedList::remove(Element* e) {
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::first() const {
-  return moveTo(head_.next_);
+  return length_ == 0 ? nullptr : moveTo(head_.next_);
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::last() const {
-  return moveTo(tail_.prev_);
+  return length_ == 0 ? nullptr : moveTo(tail_.prev_);
 }
 
 TrestrictedLinkedList::Element* TrestrictedLinkedList::next(const Element* e) const {
@@ -142,7 +142,7 @@ TrestrictedLinkedList::Element* TrestrictedLinkedList::protInsert(Element* e, El
 
 // Beyond an end there is no place, and a sentinel does not count as an element.
 TrestrictedLinkedList::Element* TrestrictedLinkedList::moveTo(Element* e) const {
-  if (length_ == 0 || e == nullptr) return nullptr;
+  if (e == nullptr) return nullptr;
   *cursorRef_ = e;
   return isBetweenEnds(e) ? e : nullptr;
 }

@@ -194,8 +194,8 @@ struct BinaryTree {
            comparator == Ds_filo_comparator;
   }
 
-  // Whether an item that equals one end compares with the other as that end does. One that
-  // equals items which differ, as a NaN does among numbers, does not.
+  // Whether an item that equals one end compares with the other as that end does. One that equals
+  // items which differ, as a NaN does among numbers, does not.
   static bool fitsEnds(const Tree& tree, const Slot* slot) {
     const Slot* const front = first(&tree);
     const Slot* const back = last(&tree);

@@ -6,6 +6,7 @@
 
 using vxKilnBase::detail::fail;
 using vxKilnBase::detail::functionCast;
+using vxKilnBase::detail::ignored;
 using vxKilnBase::detail::lacksMethods;
 
 namespace {
@@ -44,7 +45,7 @@ DS_Position findValue(const void* value, const DS_Structure* registry, StatusCod
 }
 
 bool isRegistered(int id, const DS_Structure* registry) {
-  return findId(id, registry, vxKilnBase::detail::ignored()) != nullptr;
+  return findId(id, registry, ignored()) != nullptr;
 }
 
 int addEntry(int id, void* value, DS_Structure* registry, StatusCode* status) {
@@ -89,7 +90,7 @@ int MR_deregister_item(void* value, DS_Structure* registry, StatusCode* status) 
   if (position == nullptr) return 0;
   std::free(entryAt(position, registry));
   registry->methods->set_data(position, nullptr, status);
-  DS_remove_nulls(registry, vxKilnBase::detail::ignored());
+  DS_remove_nulls(registry, ignored());
   return 1;
 }
 

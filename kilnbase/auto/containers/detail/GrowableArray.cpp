@@ -96,7 +96,7 @@ Result GrowableArray<Array, Result>::reset() {
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::createAndInitialise(void* value, std::size_t n,
                                                          std::size_t increment) {
-  const bool own = holds(value);
+  const bool own = placeOf(value).has_value();
   KILN_ASSERT(n < kCounterRange && !own);
   if (own) return Result(kDone);
   const char* const oldBlock = buffer_;
@@ -111,13 +111,12 @@ Result GrowableArray<Array, Result>::createAndInitialise(void* value, std::size_
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::insertElement(const void* source, std::size_t index,
                                                    std::size_t count) {
-  const bool own = holds(source);
-  const std::size_t first = own ? placeOf(source) : 0;
+  const std::optional<std::size_t> own = placeOf(source);
   index = std::min(index, length_);
   if (!insertSlots(index, count)) return Result(kDone);
-  const std::size_t before = own ? std::min(count, index - std::min(first, index)) : count;
-  replace(index, own ? slot(first) : static_cast<const char*>(source), before);
-  if (own) replace(index + before, slot(first + before + count), count - before);
+  const std::size_t before = own ? std::min(count, index - std::min(*own, index)) : count;
+  replace(index, own ? slot(*own) : static_cast<const char*>(source), before);
+  if (own) replace(index + before, slot(*own + before + count), count - before);
   return Result(kDone);
 }
 
@@ -143,14 +142,13 @@ long GrowableArray<Array, Result>::removeElement(const void* element) {
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::copyElements(std::size_t index, const void* source,
                                                   std::size_t count) {
-  const bool own = holds(source);
-  const std::size_t first = own ? placeOf(source) : 0;
+  const std::optional<std::size_t> own = placeOf(source);
   const std::size_t n = index + count;
   if (n < index || (n > length_ && !changeLength(n))) return Result(kDone);
   if (!own) replace(index, static_cast<const char*>(source), count);
-  for (std::size_t i = 0; own && first != index && i < count; ++i) {
-    const std::size_t each = first < index ? count - 1 - i : i;
-    replace(index + each, slot(first + each), 1);
+  for (std::size_t i = 0; own && *own != index && i < count; ++i) {
+    const std::size_t each = *own < index ? count - 1 - i : i;
+    replace(index + each, slot(*own + each), 1);
   }
   setLength(n);
   return Result(kDone);
@@ -177,9 +175,10 @@ Result GrowableArray<Array, Result>::expandArray(std::size_t n) {
 }
 
 template <class Array, class Result>
-bool GrowableArray<Array, Result>::holds(const void* element) const {
+std::optional<std::size_t> GrowableArray<Array, Result>::placeOf(const void* element) const {
   const std::less<> before;
-  return !before(element, buffer_) && before(element, slot(capacity_));
+  if (before(element, buffer_) || !before(element, slot(capacity_))) return std::nullopt;
+  return static_cast<std::size_t>(static_cast<const char*>(element) - buffer_) / elementSize_;
 }
 
 template <class Array, class Result>

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <limits>
+#include <optional>
 
 #include <kilnbase/export.h>
 
@@ -118,10 +119,8 @@ class KILNBASE_API GrowableArray {
 
   Array& self() { return static_cast<Array&>(*this); }
   char* slot(std::size_t i) const { return buffer_ + i * elementSize_; }
-  bool holds(const void* element) const;
-  std::size_t placeOf(const void* element) const {
-    return static_cast<std::size_t>(static_cast<const char*>(element) - buffer_) / elementSize_;
-  }
+  // The slot that the element is in; nothing for one that lies elsewhere.
+  std::optional<std::size_t> placeOf(const void* element) const;
 
   void setLength(std::size_t n) {
     if (n > length_) self().construct(length_, n - length_);

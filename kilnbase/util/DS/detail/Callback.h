@@ -1,4 +1,4 @@
-// Calls of the framework's callbacks, how its functions fail, and pointers as numbers.
+// Calls of the framework's callbacks, how its functions fail, and how values are ordered.
 #pragma once
 
 #include <cstdint>
