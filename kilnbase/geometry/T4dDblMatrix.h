@@ -73,7 +73,6 @@ class T4dDblMatrix {
  private:
   friend class T3dDblPoint;
   friend class T4dDblPoint;
-  friend class T4dDblVector;
   friend class TgenXformMatrix;
   friend class Tquaternion;
   friend class Tscale;
@@ -88,7 +87,7 @@ class T4dDblMatrix {
   // The rotation of `setToAxisRotate` by an angle of this cosine and sine.
   T4dDblMatrix& setToAxisTurn(const T4dDblVector& axis, double cosine, double sine);
 
-  // A row times this matrix.
+  // (x, y, z, w) * this.
   constexpr T4dDblPoint rowProduct(double x, double y, double z, double w) const {
     return {x * element_[0][0] + y * element_[1][0] + z * element_[2][0] + w * element_[3][0],
             x * element_[0][1] + y * element_[1][1] + z * element_[2][1] + w * element_[3][1],
@@ -118,10 +117,11 @@ constexpr T4dDblMatrix T4dDblMatrix::operator*(const T4dDblMatrix& m) const {
   T4dDblMatrix product{Unset()};
   for (std::size_t r = 0; r < 4; ++r) {
     const auto& row = left.element_[r];
-    for (std::size_t c = 0; c < 4; ++c) {
-      product.element_[r][c] = row[0] * right.element_[0][c] + row[1] * right.element_[1][c] +
-                               row[2] * right.element_[2][c] + row[3] * right.element_[3][c];
-    }
+    const auto [x, y, z, w] = right.rowProduct(row[0], row[1], row[2], row[3]);
+    product.element_[r][0] = x;
+    product.element_[r][1] = y;
+    product.element_[r][2] = z;
+    product.element_[r][3] = w;
   }
   return product;
 }
@@ -154,15 +154,15 @@ constexpr T4dDblVector::operator T4dDblMatrix() const {
 }
 
 constexpr T4dDblVector& T4dDblVector::setToProduct(const T4dDblVector& v, const T4dDblMatrix& m) {
-  return set(v.x * m.element_[0][0] + v.y * m.element_[1][0] + v.z * m.element_[2][0],
-             v.x * m.element_[0][1] + v.y * m.element_[1][1] + v.z * m.element_[2][1],
-             v.x * m.element_[0][2] + v.y * m.element_[1][2] + v.z * m.element_[2][2]);
+  return set(v.x * m[0][0] + v.y * m[1][0] + v.z * m[2][0],
+             v.x * m[0][1] + v.y * m[1][1] + v.z * m[2][1],
+             v.x * m[0][2] + v.y * m[1][2] + v.z * m[2][2]);
 }
 
 constexpr T4dDblVector& T4dDblVector::setToProduct(const T4dDblMatrix& m, const T4dDblVector& v) {
-  return set(m.element_[0][0] * v.x + m.element_[0][1] * v.y + m.element_[0][2] * v.z,
-             m.element_[1][0] * v.x + m.element_[1][1] * v.y + m.element_[1][2] * v.z,
-             m.element_[2][0] * v.x + m.element_[2][1] * v.y + m.element_[2][2] * v.z);
+  return set(m[0][0] * v.x + m[0][1] * v.y + m[0][2] * v.z,
+             m[1][0] * v.x + m[1][1] * v.y + m[1][2] * v.z,
+             m[2][0] * v.x + m[2][1] * v.y + m[2][2] * v.z);
 }
 
 constexpr T4dDblVector& T4dDblVector::postmultBy(const T4dDblMatrix& m) {
@@ -204,14 +204,10 @@ constexpr T4dDblPoint& T4dDblPoint::setToProduct(const T4dDblPoint& p, const T4d
 }
 
 constexpr T4dDblPoint& T4dDblPoint::setToProduct(const T4dDblMatrix& m, const T4dDblPoint& p) {
-  return set(m.element_[0][0] * p.x + m.element_[0][1] * p.y + m.element_[0][2] * p.z +
-                 m.element_[0][3] * p.w,
-             m.element_[1][0] * p.x + m.element_[1][1] * p.y + m.element_[1][2] * p.z +
-                 m.element_[1][3] * p.w,
-             m.element_[2][0] * p.x + m.element_[2][1] * p.y + m.element_[2][2] * p.z +
-                 m.element_[2][3] * p.w,
-             m.element_[3][0] * p.x + m.element_[3][1] * p.y + m.element_[3][2] * p.z +
-                 m.element_[3][3] * p.w);
+  return set(m[0][0] * p.x + m[0][1] * p.y + m[0][2] * p.z + m[0][3] * p.w,
+             m[1][0] * p.x + m[1][1] * p.y + m[1][2] * p.z + m[1][3] * p.w,
+             m[2][0] * p.x + m[2][1] * p.y + m[2][2] * p.z + m[2][3] * p.w,
+             m[3][0] * p.x + m[3][1] * p.y + m[3][2] * p.z + m[3][3] * p.w);
 }
 
 constexpr T4dDblPoint& T4dDblPoint::postmultBy(const T4dDblMatrix& m) {

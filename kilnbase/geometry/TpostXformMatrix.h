@@ -19,7 +19,7 @@ class TpostXformMatrix : protected T4dDblMatrix {
   constexpr virtual ~TpostXformMatrix() {}
   constexpr TpostXformMatrix& operator=(const TpostXformMatrix&) = default;
 
-  /// Store a component.
+  /// Set one component and nothing else, and make this `dirty`.
   KILNBASE_API TpostXformMatrix& operator=(const T4dDblVector& v);
   KILNBASE_API TpostXformMatrix& operator=(const Tscale& s);
   KILNBASE_API TpostXformMatrix& operator=(const TunitQuaternion& q);
