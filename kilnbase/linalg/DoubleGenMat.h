@@ -2,8 +2,9 @@
 #pragma once
 
 #include <kilnbase/linalg/DoubleVec.h>
-#include <kilnbase/linalg/detail/GenMat.h>
-#include <kilnbase/linalg/detail/GenMatPick.h>
+#include <kilnbase/linalg/GenMat.h>
+#include <kilnbase/linalg/GenMatPick.h>
+#include <kilnbase/linalg/Products.h>
 
 /// A dense column-major matrix of double; see vxKilnBase::GenMat.
 using DoubleGenMat = vxKilnBase::GenMat<double>;

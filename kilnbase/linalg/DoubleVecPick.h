@@ -1,7 +1,7 @@
 // Elements of DoubleVecs picked by index.
 #pragma once
 
-#include <kilnbase/linalg/detail/VecPick.h>
+#include <kilnbase/linalg/VecPick.h>
 
 /// The elements of a DoubleVec at given indices; see vxKilnBase::VecPick.
 using DoubleVecPick = vxKilnBase::VecPick<double>;

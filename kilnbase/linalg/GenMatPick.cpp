@@ -1,7 +1,7 @@
 #include <algorithm>
 
+#include <kilnbase/linalg/GenMatPick.h>
 #include <kilnbase/linalg/MathError.h>
-#include <kilnbase/linalg/detail/GenMatPick.h>
 
 namespace vxKilnBase {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <kilnbase/export.h>
-#include <kilnbase/linalg/detail/Vec.h>
+#include <kilnbase/linalg/Vec.h>
 
 namespace vxKilnBase {
 

@@ -1,7 +1,7 @@
 // The picks of the general-matrix family: DoubleGenMatPick and IntGenMatPick.
 #pragma once
 
-#include <kilnbase/linalg/detail/GenMat.h>
+#include <kilnbase/linalg/GenMat.h>
 
 namespace vxKilnBase {
 

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include <kilnbase/linalg/MathError.h>
-#include <kilnbase/linalg/detail/Vec.h>
-#include <kilnbase/linalg/detail/VecPick.h>
+#include <kilnbase/linalg/Vec.h>
+#include <kilnbase/linalg/VecPick.h>
 #include <kilnbase/linalg/detail/elements.h>
 #include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/dnrm2.h>

@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include <kilnbase/linalg/MathError.h>
-#include <kilnbase/linalg/detail/VecPick.h>
+#include <kilnbase/linalg/VecPick.h>
 
 namespace vxKilnBase {
 
