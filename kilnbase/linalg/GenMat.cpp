@@ -5,8 +5,8 @@
 
 #include <kilnbase/linalg/GenMat.h>
 #include <kilnbase/linalg/GenMatPick.h>
-#include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/detail/counts.h>
+#include <kilnbase/linalg/detail/errors.h>
 
 namespace vxKilnBase {
 
@@ -27,7 +27,7 @@ GenMat<T>::GenMat(unsigned m, unsigned n, T value) : Base(elementCount(m, n), va
 
 template <class T>
 GenMat<T>::GenMat(const Vec<T>& v, unsigned m, unsigned n) : Base(v), ncols_(n), nrows_(m) {
-  if (v.length() != std::uint64_t{m} * n) raiseMathError(0x400A, v.length(), m, n, className);
+  if (v.length() != std::uint64_t{m} * n) detail::raiseMatrixPoints(v.length(), m, n, className);
 }
 
 template <class T>
@@ -102,13 +102,13 @@ void GenMat<T>::reshape(unsigned m, unsigned n) {
 
 template <class T>
 void GenMat<T>::elementCheck(int i, int j) const {
-  if (!hasRow(i) || !hasColumn(j)) raiseMathError(0x4005, i, j, nrows_, ncols_);
+  if (!hasRow(i) || !hasColumn(j)) detail::raiseElement(i, j, nrows_, ncols_);
 }
 
 template <class T>
 void GenMat<T>::sizeCheck(const GenMat& b) const {
   if (nrows_ == b.nrows_ && ncols_ == b.ncols_) return;
-  raiseMathError(0x4004, b.nrows_, b.ncols_, nrows_, ncols_);
+  detail::raiseMatrixSizes(b.nrows_, b.ncols_, nrows_, ncols_);
 }
 
 template <class T>
@@ -153,13 +153,13 @@ Vec<T> GenMat<T>::diagonal(int k) const {
 
 template <class T>
 Vec<T> GenMat<T>::bccol(int j) const {
-  if (!hasColumn(j)) raiseMathError(0x4007, j, ncols_);
+  if (!hasColumn(j)) detail::raiseColumn(j, ncols_);
   return col(j);
 }
 
 template <class T>
 Vec<T> GenMat<T>::bcrow(int i) const {
-  if (!hasRow(i)) raiseMathError(0x4006, i, nrows_);
+  if (!hasRow(i)) detail::raiseRow(i, nrows_);
   return row(i);
 }
 
@@ -167,7 +167,7 @@ template <class T>
 Vec<T> GenMat<T>::bcdiagonal(int k) const {
   const std::int64_t below = -std::int64_t{k};
   if (k >= std::int64_t{ncols_} || below >= std::int64_t{nrows_}) {
-    raiseMathError(0x4008, static_cast<int>(below), className, nrows_, ncols_);
+    detail::raiseDiagonal(static_cast<int>(below), className, nrows_, ncols_);
   }
   return diagonal(k);
 }
@@ -223,7 +223,7 @@ void GenMat<T>::scanFrom(std::istream& stream) {
   Vec<T> values;
   values.scanFrom(stream);
   if (!stream.good() || values.length() != std::uint64_t{m} * n) {
-    raiseMathError(0x4017, values.length(), className, m, n);
+    detail::raiseMatrixElements(values.length(), className, m, n);
     return;
   }
   resize(m, n);

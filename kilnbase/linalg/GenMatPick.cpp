@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include <kilnbase/linalg/GenMatPick.h>
-#include <kilnbase/linalg/MathError.h>
+#include <kilnbase/linalg/detail/errors.h>
 
 namespace vxKilnBase {
 
@@ -11,7 +11,7 @@ void checkIndices(const Vec<int>& indices, unsigned bound) {
   for (int k = static_cast<int>(indices.length()) - 1; k >= 0; --k) {
     const int index = indices(k);
     const bool inside = index >= 0 && static_cast<unsigned>(index) < bound;
-    if (!inside) raiseMathError(0x4001, index, static_cast<int>(bound) - 1);
+    if (!inside) detail::raiseMatrixPick(index, static_cast<int>(bound) - 1);
   }
 }
 
@@ -28,7 +28,7 @@ GenMatPick<T>::GenMatPick(const GenMat<T>& matrix, const Vec<int>& rowIndices,
 template <class T>
 GenMatPick<T>& GenMatPick<T>::operator=(const GenMat<T>& a) {
   if (a.rows() != rows() || a.cols() != cols()) {
-    raiseMathError(0x4004, a.rows(), a.cols(), rows(), cols());
+    detail::raiseMatrixSizes(a.rows(), a.cols(), rows(), cols());
   }
   const GenMat<T> source = a.copy();
   for (int q = 0; q < static_cast<int>(std::min(cols(), source.cols())); ++q) {

@@ -64,6 +64,81 @@ class KILNBASE_API RWFACTInit {
 
 namespace vxKilnBase {
 
+/// The errors by name, for handlers that tell them apart; docs/errors.md has their texts, who
+/// raises them, and what happens after a handler that returns.
+enum MathErrorNumber : std::uint16_t {
+  // General and vector errors.
+  kFunctionOrderError = 0x3000,
+  kSeriesParityError = 0x3001,
+  kFormatVersionError = 0x3002,
+  kDivisionByZeroError = 0x3003,
+  kGenericError = 0x3004,
+  kIndexError = 0x3005,
+  kUndefinedLUError = 0x3006,
+  kRowsAndColumnsError = 0x3007,
+  kOutOfMemoryError = 0x3008,
+  kTooFewElementsError = 0x3009,
+  kNotSquareError = 0x300A,
+  kBlockSizeError = 0x300B,
+  kSliceError = 0x300C,
+  kStrideError = 0x300D,
+  kVectorAndMatrixError = 0x300E,
+  kVectorLengthsError = 0x300F,
+  kZeroDeviationError = 0x3010,
+  kEmptyVectorError = 0x3011,
+  kZeroPivotError = 0x3012,
+  kZerothRootError = 0x3013,
+
+  // Matrix errors.
+  kMatrixInternalError = 0x4000,
+  kMatrixPickError = 0x4001,
+  kConstantChangedError = 0x4002,
+  kComplexConstantChangedError = 0x4003,
+  kMatrixSizesError = 0x4004,
+  kElementError = 0x4005,
+  kRowError = 0x4006,
+  kColumnError = 0x4007,
+  kDiagonalError = 0x4008,
+  kFixedElementError = 0x4009,
+  kMatrixPointsError = 0x400A,
+  kBandedPointsError = 0x400B,
+  kBandwidthsError = 0x400C,
+  kMatrixNotSquareError = 0x400D,
+  kNotSymmetricError = 0x400E,
+  kNotAntiSymmetricError = 0x400F,
+  kNotHermitianError = 0x4010,
+  kNotBandedError = 0x4011,
+  kNotTriangularError = 0x4012,
+  kNotTridiagonalError = 0x4013,
+  kMatrixVectorProductError = 0x4014,
+  kVectorMatrixProductError = 0x4015,
+  kMatrixProductError = 0x4016,
+  kMatrixElementsError = 0x4017,
+  kLeadingSubmatrixError = 0x4018,
+  kRestoredLengthError = 0x4019,
+
+  // Factorization errors.
+  kFactorizationInternalError = 0x5000,
+  kNoConditionNumberError = 0x5001,
+  kRightSideLengthError = 0x5002,
+  kNonRealDiagonalError = 0x5003,
+  kPermutedLengthError = 0x5004,
+  kShiftDirectionError = 0x5005,
+  kShiftColumnsError = 0x5006,
+  kDataHeightError = 0x5007,
+  kRotationsLengthError = 0x5008,
+  kResidualsLengthError = 0x5009,
+  kNormalEquationsError = 0x500A,
+  kDataColumnError = 0x500B,
+  kVectorStrideError = 0x500C,
+  kFactorNotSquareError = 0x500D,
+  kFactorBandwidthError = 0x500E,
+  kFactoredTwiceError = 0x500F,
+  kTooFewRowsError = 0x5010,
+  kNotFactoredError = 0x5011,
+  kPivotPositionError = 0x5012,
+};
+
 /// Receives a raised error and the arguments of its message (for a catalogue 3 message the class
 /// name is the first). What it returns is passed back to the raise site, which may go on.
 using MathErrorHandler = int (*)(const MathErrorRecord& record, std::va_list arguments);

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <cstdint>
 
-#include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/Products.h>
 #include <kilnbase/linalg/detail/counts.h>
+#include <kilnbase/linalg/detail/errors.h>
 #include <kilnbase/linalg/kernels/Kernels.h>
 
 namespace vxKilnBase {
@@ -99,29 +99,30 @@ Vec<T> multiply(unsigned m, unsigned k, Factor<T> a, const Vec<T>& v) {
   return result;
 }
 
-template <class T>
-void raiseInner(unsigned aRows, unsigned aColumns, unsigned bRows, unsigned bColumns) {
-  raiseMathError(0x4016, GenMat<T>::className, aRows, aColumns, bRows, bColumns);
-}
-
 }  // namespace
 
 template <class T>
 GenMat<T> product(const GenMat<T>& a, const GenMat<T>& b) {
-  if (a.cols() != b.rows()) raiseInner<T>(a.rows(), a.cols(), b.rows(), b.cols());
+  if (a.cols() != b.rows()) {
+    detail::raiseMatrixProduct(GenMat<T>::className, a.rows(), a.cols(), b.rows(), b.cols());
+  }
   return multiply(a.rows(), b.cols(), std::min(a.cols(), b.rows()), factorOf(a), factorOf(b));
 }
 
 template <class T>
 GenMat<T> transProduct(const GenMat<T>& a, const GenMat<T>& b) {
-  if (a.cols() != b.cols()) raiseInner<T>(a.rows(), a.cols(), b.cols(), b.rows());
+  if (a.cols() != b.cols()) {
+    detail::raiseMatrixProduct(GenMat<T>::className, a.rows(), a.cols(), b.cols(), b.rows());
+  }
   return multiply(a.rows(), b.rows(), std::min(a.cols(), b.cols()), factorOf(a),
                   factorOf(b).transposed());
 }
 
 template <class T>
 GenMat<T> transposeProduct(const GenMat<T>& a, const GenMat<T>& b) {
-  if (a.rows() != b.rows()) raiseInner<T>(a.cols(), a.rows(), b.rows(), b.cols());
+  if (a.rows() != b.rows()) {
+    detail::raiseMatrixProduct(GenMat<T>::className, a.cols(), a.rows(), b.rows(), b.cols());
+  }
   return multiply(a.cols(), b.cols(), std::min(a.rows(), b.rows()), factorOf(a).transposed(),
                   factorOf(b));
 }
@@ -129,7 +130,7 @@ GenMat<T> transposeProduct(const GenMat<T>& a, const GenMat<T>& b) {
 template <class T>
 Vec<T> product(const GenMat<T>& a, const Vec<T>& v) {
   if (a.cols() != v.length()) {
-    raiseMathError(0x4014, GenMat<T>::className, a.rows(), a.cols(), v.length());
+    detail::raiseMatrixVectorProduct(GenMat<T>::className, a.rows(), a.cols(), v.length());
   }
   return multiply(a.rows(), std::min(a.cols(), v.length()), factorOf(a), v);
 }
@@ -137,7 +138,7 @@ Vec<T> product(const GenMat<T>& a, const Vec<T>& v) {
 template <class T>
 Vec<T> product(const Vec<T>& v, const GenMat<T>& a) {
   if (a.rows() != v.length()) {
-    raiseMathError(0x4015, v.length(), GenMat<T>::className, a.rows(), a.cols());
+    detail::raiseVectorMatrixProduct(v.length(), GenMat<T>::className, a.rows(), a.cols());
   }
   return multiply(a.cols(), std::min(a.rows(), v.length()), factorOf(a).transposed(), v);
 }

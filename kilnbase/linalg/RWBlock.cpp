@@ -1,8 +1,11 @@
 #include <new>
 
-#include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/RWBlock.h>
 #include <kilnbase/linalg/detail/SmallObjects.h>
+#include <kilnbase/linalg/detail/errors.h>
+
+using vxKilnBase::detail::kBlockSource;
+using vxKilnBase::detail::raiseOutOfMemory;
 
 namespace {
 
@@ -10,10 +13,6 @@ constexpr std::size_t kAlignedFrom = 512;
 constexpr std::size_t kAlignment = 64;
 
 static_assert(sizeof(RWBlock) == 16, "the storage of a joint piece follows a 16-byte header");
-
-void raiseOutOfMemory() {
-  vxKilnBase::raiseMathError(MathErrorRecord{0x3008, 2, 0x901A}, "RWBlock");
-}
 
 // How far into `piece` the header must stand for the storage behind it to be aligned.
 std::size_t headerOffset(const void* piece, std::size_t bytes) {
@@ -29,7 +28,7 @@ constinit RWBlock RWBlock::empty_(kSaturated);
 RWBlock::RWBlock(unsigned count, std::size_t size) : RWBlock(1) {
   if (count == 0) return;
   data = ::operator new(count* size, std::nothrow);
-  if (data == nullptr) raiseOutOfMemory();
+  if (data == nullptr) raiseOutOfMemory(kBlockSource);
 }
 
 RWBlock::~RWBlock() {
@@ -42,7 +41,7 @@ RWBlock* RWBlock::create(unsigned count, std::size_t size) {
   const std::size_t total = bytes + sizeof(RWBlock) + (bytes < kAlignedFrom ? 0 : kAlignment);
   void* piece = total > bytes ? vxKilnBase::detail::takeSmallObject(total) : nullptr;
   if (piece == nullptr) {
-    raiseOutOfMemory();
+    raiseOutOfMemory(kBlockSource);
     return &empty_;
   }
   const std::size_t offset = headerOffset(piece, bytes);

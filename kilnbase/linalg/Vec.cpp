@@ -7,10 +7,10 @@
 #include <utility>
 #include <vector>
 
-#include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/Vec.h>
 #include <kilnbase/linalg/VecPick.h>
 #include <kilnbase/linalg/detail/elements.h>
+#include <kilnbase/linalg/detail/errors.h>
 #include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/dnrm2.h>
 
@@ -25,11 +25,8 @@ int Vec<signed char>::numberPerLine = 5;
 
 namespace {
 
-// Raises an error of the vector class of element type T.
-template <class T, class... Arguments>
-void raise(std::uint16_t number, Arguments... arguments) {
-  raiseMathError(MathErrorRecord{number, 1, VecNames<T>::vecTag}, VecNames<T>::vec, arguments...);
-}
+template <class T>
+constexpr detail::ErrorSource kSource = {VecNames<T>::vec, VecNames<T>::vecTag};
 
 template <class T>
 bool within(T difference, T tolerance) {
@@ -175,12 +172,12 @@ void Vec<T>::resize(unsigned n) {
 
 template <class T>
 void Vec<T>::raiseIndex(int i) const {
-  raise<T>(0x3005, i, npts_ - 1);
+  detail::raiseIndex(kSource<T>, i, npts_ - 1);
 }
 
 template <class T>
 void Vec<T>::raiseLength(unsigned n) const {
-  raise<T>(0x300F, npts_, n);
+  detail::raiseVectorLengths(kSource<T>, npts_, n);
 }
 
 template <class T>
@@ -189,17 +186,19 @@ void Vec<T>::sliceCheck(int start, unsigned n, int stride) const {
   const unsigned span = (n - 1) * static_cast<unsigned>(stride);
   const int last = static_cast<int>(static_cast<unsigned>(start) + span);
   const auto inside = [this](int i) { return i >= 0 && static_cast<unsigned>(i) < npts_; };
-  if (!inside(start) || !inside(last)) raise<T>(0x300C, start, n, stride, npts_);
+  if (!inside(start) || !inside(last)) {
+    detail::raiseSlice(kSource<T>, start, n, stride, npts_);
+  }
 }
 
 template <class T>
 void Vec<T>::strideCheck() const {
-  if (step_ != 1) raise<T>(0x300D);
+  if (step_ != 1) detail::raiseStride(kSource<T>);
 }
 
 template <class T>
 void Vec<T>::emptyErr(const char* function) const {
-  raise<T>(0x3011, function);
+  detail::raiseEmptyVector(kSource<T>, function);
 }
 
 // --- Text
@@ -370,7 +369,9 @@ template <class T>
 void checkDivisor(Operand<T> b) {
   if constexpr (std::is_integral_v<T>) {
     const auto divisors = detail::elements(b.data, b.length, b.stride);
-    if (std::ranges::find(divisors, T(0)) != divisors.end()) raise<T>(0x3003);
+    if (std::ranges::find(divisors, T(0)) != divisors.end()) {
+      detail::raiseDivisionByZero(kSource<T>);
+    }
   }
 }
 

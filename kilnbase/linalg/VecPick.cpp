@@ -1,16 +1,14 @@
 #include <algorithm>
 
-#include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/VecPick.h>
+#include <kilnbase/linalg/detail/errors.h>
 
 namespace vxKilnBase {
 
 namespace {
 
-template <class T, class... Arguments>
-void raise(std::uint16_t number, Arguments... arguments) {
-  raiseMathError(MathErrorRecord{number, 1, VecNames<T>::pickTag}, VecNames<T>::pick, arguments...);
-}
+template <class T>
+constexpr detail::ErrorSource kSource = {VecNames<T>::pick, VecNames<T>::pickTag};
 
 }  // namespace
 
@@ -44,13 +42,13 @@ void VecPick<T>::assertElements() const {
   for (unsigned k = 0; k < length(); ++k) {
     const int index = indices_(static_cast<int>(k));
     const bool inside = index >= 0 && static_cast<unsigned>(index) < vec_.length();
-    if (!inside) raise<T>(0x3005, index, vec_.length() - 1);
+    if (!inside) detail::raiseIndex(kSource<T>, index, vec_.length() - 1);
   }
 }
 
 template <class T>
 void VecPick<T>::lengthCheck(unsigned n) const {
-  if (length() != n) raise<T>(0x300F, length(), n);
+  if (length() != n) detail::raiseVectorLengths(kSource<T>, length(), n);
 }
 
 template class VecPick<double>;

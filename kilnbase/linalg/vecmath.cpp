@@ -3,8 +3,8 @@
 #include <limits>
 #include <type_traits>
 
-#include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/detail/elements.h>
+#include <kilnbase/linalg/detail/errors.h>
 #include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/vecmath.h>
 
@@ -153,7 +153,7 @@ double mean(const DoubleVec& v) {
 
 double variance(const DoubleVec& v) {
   if (v.length() < 2) {
-    raiseMathError(0x3009, VecNames<double>::vec, v.length(), "Variance needs minimum of", 2);
+    detail::raiseTooFewElements(VecNames<double>::vec, v.length(), "Variance needs minimum of", 2);
   }
   const double center = mean(v);
   double squares = 0.0;

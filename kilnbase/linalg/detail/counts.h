@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include <kilnbase/linalg/MathError.h>
+#include <kilnbase/linalg/detail/errors.h>
 
 namespace vxKilnBase::detail {
 
@@ -16,7 +16,7 @@ inline int asInt(unsigned n) {
 inline unsigned elementCount(unsigned m, unsigned n) {
   const std::uint64_t count = std::uint64_t{m} * n;
   if (count <= UINT32_MAX) return static_cast<unsigned>(count);
-  raiseMathError(MathErrorRecord{0x3008, 2, 0x901A}, "RWBlock");
+  raiseOutOfMemory(kBlockSource);
   return 0;
 }
 
