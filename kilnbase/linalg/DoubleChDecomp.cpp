@@ -1,11 +1,10 @@
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <limits>
 
 #include <kilnbase/detail/assert.h>
 #include <kilnbase/linalg/DoubleChDecomp.h>
-#include <kilnbase/linalg/MathError.h>
+#include <kilnbase/linalg/detail/errors.h>
 #include <kilnbase/linalg/linpack/dchdc.h>
 #include <kilnbase/linalg/linpack/dchdd.h>
 #include <kilnbase/linalg/linpack/dchex.h>
@@ -14,22 +13,22 @@
 
 namespace {
 
-using vxKilnBase::raiseMathError;
+namespace detail = vxKilnBase::detail;
 
 // Up to this order the work vector is on the stack.
 constexpr unsigned kSmallOrder = 64;
 
-// Raises `error` with both numbers unless they agree.
-bool agree(unsigned given, unsigned expected, std::uint16_t error) {
+// Raises an error with both numbers unless they agree.
+bool agree(unsigned given, unsigned expected, auto raise) {
   if (given == expected) return true;
-  raiseMathError(error, given, expected);
+  raise(given, expected);
   return false;
 }
 
 // Takes an argument of the wrong length as not given.
 template <class Vector>
-void dropUnlessLength(Vector*& argument, unsigned length, std::uint16_t error) {
-  if (argument != nullptr && !agree(argument->length(), length, error)) argument = nullptr;
+void dropUnlessLength(Vector*& argument, unsigned length, auto raise) {
+  if (argument != nullptr && !agree(argument->length(), length, raise)) argument = nullptr;
 }
 
 // A view of `v`, or a copy if it is not contiguous.
@@ -70,7 +69,7 @@ void DoubleChDecomp::factor(const DoubleGenMat& a) {
 
 void DoubleChDecomp::dofactor() {
   const auto rowCount = static_cast<int>(rows());
-  if (rows() < cols()) raiseMathError(0x5010, rowCount, static_cast<int>(cols()));
+  if (rows() < cols()) detail::raiseTooFewRows(rowCount, static_cast<int>(cols()));
   makeContiguous();
   if (pivoting_ != 0) pvts_.resize(cols());
   pvts_.deepenShallowCopy();
@@ -97,7 +96,7 @@ int DoubleChDecomp::doPivoting(int on) {
 int DoubleChDecomp::setPivoting(int k, int position) {
   KILN_ASSERT(k >= 0);
   if (k < 0) return FREE;
-  if (position < FINAL || position > INITIAL) raiseMathError(0x5012, position);
+  if (position < FINAL || position > INITIAL) detail::raisePivotPosition(position);
   const unsigned length = static_cast<unsigned>(k) + 1;
   if (pvts_.length() < length) pvts_.resize(length);
   pvts_.deepenShallowCopy();  // copies and pivots() keep theirs
@@ -115,7 +114,7 @@ bool DoubleChDecomp::fail() const {
 
 double DoubleChDecomp::condition() const {
   if (pivoting_ == 0) {
-    raiseMathError(0x5001);
+    detail::raiseNoConditionNumber();
     return -1.0;
   }
   const int last = static_cast<int>(cols()) - 1;
@@ -125,16 +124,16 @@ double DoubleChDecomp::condition() const {
 }
 
 DoubleVec DoubleChDecomp::solve(const DoubleVec& b) const {
-  if (!agree(b.length(), order(), 0x5002)) return DoubleVec();
-  if (fail() || info_ < 0) raiseMathError(0x5011);
+  if (!agree(b.length(), order(), detail::raiseRightSideLength)) return DoubleVec();
+  if (fail() || info_ < 0) detail::raiseNotFactored();
   DoubleVec x = solveLeading(b, factoredColumns());
   x.resize(order());
   return unpermute(x);
 }
 
 DoubleVec DoubleChDecomp::partialSolve(const DoubleVec& b, unsigned k) const {
-  if (!agree(b.length(), order(), 0x5002)) return DoubleVec();
-  if (k > factoredColumns()) raiseMathError(0x5011);
+  if (!agree(b.length(), order(), detail::raiseRightSideLength)) return DoubleVec();
+  if (k > factoredColumns()) detail::raiseNotFactored();
   return solveLeading(b, std::min(k, factoredColumns()));
 }
 
@@ -161,14 +160,14 @@ int DoubleChDecomp::originalPlace(int i) const {
 
 DoubleVec DoubleChDecomp::permute(const DoubleVec& v) const {
   DoubleVec result = v.copy();
-  if (!agree(v.length(), order(), 0x5004)) return result;
+  if (!agree(v.length(), order(), detail::raisePermutedLength)) return result;
   for (int i = 0; i < static_cast<int>(order()); ++i) result(i) = v(originalPlace(i));
   return result;
 }
 
 DoubleVec DoubleChDecomp::unpermute(const DoubleVec& v) const {
   DoubleVec result = v.copy();
-  if (!agree(v.length(), order(), 0x5004)) return result;
+  if (!agree(v.length(), order(), detail::raisePermutedLength)) return result;
   for (int i = 0; i < static_cast<int>(order()); ++i) result(originalPlace(i)) = v(i);
   return result;
 }
@@ -176,13 +175,13 @@ DoubleVec DoubleChDecomp::unpermute(const DoubleVec& v) const {
 void DoubleChDecomp::shift(int first, int last, int direction, DoubleGenMat* z, DoubleVec* c,
                            DoubleVec* s) {
   const bool hasDirection = direction == 0 || direction == 1;
-  if (!hasDirection) raiseMathError(0x5005);
+  if (!hasDirection) detail::raiseShiftDirection();
   const bool hasColumns = first >= 0 && first < last && last < static_cast<int>(order());
-  if (!hasColumns) raiseMathError(0x5006, first, last);
+  if (!hasColumns) detail::raiseShiftColumns(first, last);
   const unsigned rotations = hasColumns ? static_cast<unsigned>(last - first) : 0;
-  if (z != nullptr && !agree(z->rows(), rows(), 0x5007)) z = nullptr;
-  if (hasColumns) dropUnlessLength(c, rotations, 0x5008);
-  if (hasColumns) dropUnlessLength(s, rotations, 0x5008);
+  if (z != nullptr && !agree(z->rows(), rows(), detail::raiseDataHeight)) z = nullptr;
+  if (hasColumns) dropUnlessLength(c, rotations, detail::raiseRotationsLength);
+  if (hasColumns) dropUnlessLength(s, rotations, detail::raiseRotationsLength);
   if (!hasDirection || !hasColumns) return;
   makeContiguous();
   Result columns(z, 0, 0.0);
@@ -201,13 +200,13 @@ int DoubleChDecomp::changeRow(RowRoutine routine, const DoubleVec& x, DoubleGenM
   DoubleVec row = x.copy();
   for (const DoubleVec* vec : {y, static_cast<const DoubleVec*>(rho),
                                static_cast<const DoubleVec*>(c), static_cast<const DoubleVec*>(s)})
-    if (vec != nullptr && vec->stride() != 1) raiseMathError(0x500C);
-  if (!agree(x.length(), n, 0x5002)) row.resize(n);
-  if (z != nullptr && !agree(z->rows(), rows(), 0x5007)) z = nullptr;
-  dropUnlessLength(c, n, 0x5008);
-  dropUnlessLength(s, n, 0x5008);
-  dropUnlessLength(y, columns, 0x5009);
-  dropUnlessLength(rho, columns, 0x5009);
+    if (vec != nullptr && vec->stride() != 1) detail::raiseVectorStride();
+  if (!agree(x.length(), n, detail::raiseRightSideLength)) row.resize(n);
+  if (z != nullptr && !agree(z->rows(), rows(), detail::raiseDataHeight)) z = nullptr;
+  dropUnlessLength(c, n, detail::raiseRotationsLength);
+  dropUnlessLength(s, n, detail::raiseRotationsLength);
+  dropUnlessLength(y, columns, detail::raiseResidualsLength);
+  dropUnlessLength(rho, columns, detail::raiseResidualsLength);
 
   makeContiguous();
   const DoubleVec elements = y != nullptr ? contiguous(*y) : DoubleVec(columns, 0.0);

@@ -3,11 +3,11 @@
 #include <utility>
 
 #include <kilnbase/linalg/DoubleQRDecomp.h>
-#include <kilnbase/linalg/MathError.h>
+#include <kilnbase/linalg/detail/errors.h>
 #include <kilnbase/linalg/linpack/dqrdc.h>
 #include <kilnbase/linalg/linpack/dqrsl.h>
 
-using vxKilnBase::raiseMathError;
+namespace detail = vxKilnBase::detail;
 using vxKilnBase::linpack::dqrdc;
 using vxKilnBase::linpack::dqrsl;
 
@@ -72,7 +72,7 @@ unsigned DoubleQRDecomp::regularColumns(unsigned k) const {
 }
 
 DoubleVec DoubleQRDecomp::solve(const DoubleVec& b) const {
-  if (cols() == 0 && b.length() == rows()) raiseMathError(0x5011);
+  if (cols() == 0 && b.length() == rows()) detail::raiseNotFactored();
   return solveLeading(b, diagonalLength());
 }
 
@@ -131,13 +131,13 @@ void DoubleQRDecomp::run(int job, unsigned k, double* y, double* coefficients) c
 
 bool DoubleQRDecomp::lengthAgrees(const DoubleVec& y) const {
   if (y.length() == rows()) return true;
-  raiseMathError(0x5002, y.length(), rows());
+  detail::raiseRightSideLength(y.length(), rows());
   return false;
 }
 
 DoubleVec DoubleQRDecomp::permute(const DoubleVec& v) const {
   if (v.length() == cols()) return v.vecPick(pvts_);
-  raiseMathError(0x5004, v.length(), cols());
+  detail::raisePermutedLength(v.length(), cols());
   return v.copy();
 }
 
@@ -146,7 +146,7 @@ DoubleVec DoubleQRDecomp::unpermute(const DoubleVec& v) const {
   if (v.length() == cols()) {
     result.vecPick(pvts_) = v;
   } else {
-    raiseMathError(0x5004, v.length(), cols());
+    detail::raisePermutedLength(v.length(), cols());
   }
   return result;
 }
