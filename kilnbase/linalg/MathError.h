@@ -1,13 +1,28 @@
-// The error facility of the numeric library.
+// The errors of the numeric library: numbers, messages, and the handler that receives them.
 //
-// A numbered error names a message in one of the registered catalogues; the place that raises it
-// passes the arguments of that message. One replaceable handler receives both. The default handler
-// writes "** ", the message and ".\n" to the error report (`rptError`) and then either lets the
-// operation go on (a warning) or aborts the process (a fatal error). A message that itself ends in
-// a full stop is printed with a second one.
+// Misuse, lack of memory and failed factorizations are raised as numbered errors. The number names
+// a message in one of the registered catalogues; the function that raises the error passes the
+// arguments of the message. One handler receives both, and the program may replace it.
 //
-// After a handler that returns, the operation that raised the error goes on as its own
-// documentation says. None of this is synchronised: it is for one thread at a time.
+// The default handler writes "** ", the message and ".\n" to the error report (`rptError`). After a
+// warning it returns, after a fatal error it aborts the process. Kept as it is: a message that ends
+// in a full stop is printed with a second one.
+//
+// After a handler that returns, the function that raised the error goes on as its own documentation
+// says. A program that must not abort installs a handler that throws, for instance:
+//
+//     vxKilnBase::setMathErrorHandler([](const MathErrorRecord& error, std::va_list list) -> int {
+//       char text[200];
+//       const char* format = vxKilnBase::findMathMessage(error.number)->message;
+//       std::vsnprintf(text, sizeof text, format, list);
+//       throw std::domain_error(text);
+//     });
+//
+// This handler throws for warnings too; `error.number == vxKilnBase::kEmptyVectorError` and its
+// like tell the errors apart. An operation that an exception leaves frees what it has taken, and
+// its objects stay as they were before the call.
+//
+// Nothing here is synchronised: it is for one thread at a time.
 #pragma once
 
 #include <cstdarg>
@@ -152,8 +167,10 @@ KILNBASE_API void addMathCatalog(MathMessageCatalog& catalog);
 /// Unlinks the first catalogue with this id; does nothing when there is none.
 KILNBASE_API void removeMathCatalog(std::uint32_t id);
 
-/// The entry of an error number, or null when no registered catalogue has its id. The index in the
-/// catalogue is not checked: a number past the end of a registered catalogue is the caller's error.
+/// The entry of an error number, or null when no registered catalogue has its id.
+///
+/// Kept as it is: the index in the catalogue is not checked. A number past the end of a registered
+/// catalogue reads past the end of its entries, here and in the default handler.
 KILNBASE_API const MathCatalogEntry* findMathMessage(std::uint16_t number);
 
 namespace detail {
@@ -161,12 +178,17 @@ KILNBASE_API int raiseMathErrorArguments(MathErrorRecord record, ...);
 }
 
 /// Raises an error of the class `className`, whose name is the first argument of the message.
+///
+/// The format of the message is looked up when the program runs, so that no compiler compares it
+/// with the arguments: pass what the conversions of the format want, an `unsigned` for `%u`.
+/// Returns what the handler returns.
 template <class... Arguments>
 int raiseMathError(const MathErrorRecord& record, const char* className, Arguments... arguments) {
   return detail::raiseMathErrorArguments(record, className, arguments...);
 }
 
-/// Raises an error by number, with the catalogue's severity and class tag 0xF000.
+/// Raises an error by number, with the catalogue's severity and class tag 0xF000. The arguments
+/// follow the format as above.
 template <class... Arguments>
 int raiseMathError(std::uint16_t number, Arguments... arguments) {
   return detail::raiseMathErrorArguments(MathErrorRecord{number, 1, 0xF000}, arguments...);

@@ -1,6 +1,7 @@
 #include "tests/support/MathErrors.h"
 
 #include <cstdio>
+#include <gtest/gtest.h>
 #include <utility>
 
 namespace kilntest {
@@ -36,6 +37,19 @@ std::vector<std::string> RecordedMathErrors::takeTexts() {
   std::vector<std::string> texts;
   for (RaisedMathError& error : takeAll()) texts.push_back(std::move(error.text));
   return texts;
+}
+
+void expectErrors(const std::vector<FailingCall>& table) {
+  RecordedMathErrors errors;
+  for (const FailingCall& row : table) {
+    SCOPED_TRACE(row.text);
+    row.call();
+    const std::vector<RaisedMathError> raisedErrors = errors.takeAll();
+    ASSERT_EQ(1U, raisedErrors.size());
+    EXPECT_EQ(row.text, raisedErrors[0].text);
+    EXPECT_EQ(row.number, raisedErrors[0].number);
+    EXPECT_EQ(row.classTag, raisedErrors[0].classTag);
+  }
 }
 
 }  // namespace kilntest

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -30,5 +31,14 @@ class RecordedMathErrors {
  private:
   vxKilnBase::MathErrorHandler previous_;
 };
+
+// A call and the one error that it raises.
+struct FailingCall {
+  std::function<void()> call;
+  vxKilnBase::MathErrorNumber number;
+  std::string text;
+  std::uint16_t classTag = 0xF000;
+};
+void expectErrors(const std::vector<FailingCall>& table);
 
 }  // namespace kilntest
