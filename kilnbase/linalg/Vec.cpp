@@ -1,8 +1,11 @@
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <istream>
+#include <limits>
 #include <ostream>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -42,18 +45,48 @@ auto nearTo(T value, T tolerance) {
   };
 }
 
-// Reads one element; a signed char is read as a number.
-template <class T>
-bool readElement(std::istream& stream, T& value) {
-  if constexpr (std::is_same_v<T, signed char>) {
-    int number = 0;
-    if (!(stream >> number)) return false;
-    value = static_cast<signed char>(number);
-    if (value != number) stream.setstate(std::ios::failbit);
-    return !stream.fail();
+// Takes `word` from the stream, in letters of either case; takes nothing when the stream goes on
+// with anything else.
+bool takeWord(std::istream& stream, std::string_view word) {
+  for (std::size_t taken = 0; taken < word.size(); ++taken) {
+    if (std::tolower(stream.peek()) != word[taken]) {
+      for (; taken > 0; --taken) stream.unget();
+      return false;
+    }
+    stream.get();
+  }
+  return true;
+}
+
+// Reads one element.
+bool readElement(std::istream& stream, int& value) {
+  return static_cast<bool>(stream >> value);
+}
+
+// The standard library prints infinities and NaN but does not read them.
+bool readElement(std::istream& stream, double& value) {
+  const int sign = (stream >> std::ws).peek();
+  const bool hasSign = sign == '-' || sign == '+';
+  if (hasSign) stream.get();
+  if (takeWord(stream, "inf")) {
+    value = std::numeric_limits<double>::infinity();
+  } else if (takeWord(stream, "nan")) {
+    value = std::numeric_limits<double>::quiet_NaN();
   } else {
+    if (hasSign) stream.unget();
     return static_cast<bool>(stream >> value);
   }
+  if (sign == '-') value = -value;
+  return true;
+}
+
+// A signed char is read as a number.
+bool readElement(std::istream& stream, signed char& value) {
+  int number = 0;
+  if (!(stream >> number)) return false;
+  value = static_cast<signed char>(number);
+  if (value != number) stream.setstate(std::ios::failbit);
+  return !stream.fail();
 }
 
 // Whether another element may follow: inside brackets, unless the closing one comes next (and is
@@ -105,8 +138,9 @@ template <class T>
 Vec<T>& Vec<T>::operator=(const Vec& v) {
   lengthCheck(v.npts_);
   const unsigned n = std::min(npts_, v.npts_);
+  if (n == 0) return *this;
   if (step_ == 1 && v.step_ == 1) {
-    if (n != 0) std::memmove(begin_, v.begin_, n * sizeof(T));
+    std::memmove(begin_, v.begin_, n * sizeof(T));
   } else {
     const Vec source = block_ == v.block_ ? v.copy() : v;
     const auto elements = detail::elements(source.begin_, std::min(n, source.npts_), source.step_);

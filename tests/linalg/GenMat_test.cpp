@@ -146,6 +146,22 @@ TYPED_TEST(GenMatFamily, Picks) {
   EXPECT_EQ(DoubleVec(), DoubleGenMat().row(0) + DoubleVec());
 }
 
+TYPED_TEST(GenMatFamily, MatricesWithoutColumnsAssignTheirRows) {
+  GenMat<TypeParam> a(3, 0);
+  const GenMat<TypeParam> b(3, 0);
+  a.row(0) = b.row(0);
+  EXPECT_EQ(0U, b.row(2).copy().length());
+}
+
+TEST(DoubleGenMat, ReadsBackWhatIsNotFinite) {
+  const DoubleGenMat a(vectorOf({kInfinity, -kInfinity, 1.0, kNaN}), 2, 2);
+  std::stringstream text;
+  DoubleGenMat read;
+  text << a;
+  text >> read;
+  EXPECT_THAT(list(read), ElementsAre(kInfinity, -kInfinity, 1.0, testing::IsNan()));
+}
+
 TYPED_TEST(GenMatFamily, TextFormRoundTripsAndRejectsBadInput) {
   using M = GenMat<TypeParam>;
   std::ostringstream out;

@@ -116,6 +116,16 @@ TYPED_TEST(VecFamily, ChecksNameTheirClassAndNumbers) {
   EXPECT_EQ(5U, errors.takeAll().size());
 }
 
+TYPED_TEST(VecFamily, EmptyViewsOfAnyStrideCopyAndAssign) {
+  using V = Vec<TypeParam>;
+  for (const int stride : {5, 0, -1}) {
+    V none = V().slice(0, 0, stride);
+    EXPECT_EQ(V(), none.copy());
+    EXPECT_EQ(V(), none = V().slice(0, 0, 3));
+    EXPECT_EQ(V(), none += none);
+  }
+}
+
 TYPED_TEST(VecFamily, TextFormRoundTripsAndSurvivesJunk) {
   using V = Vec<TypeParam>;
   const auto printed = [](unsigned n) {
@@ -241,6 +251,28 @@ TEST(DoubleVec, RunningSumConstructorAndFunctions) {
   variance(DoubleVec(1U, 3.0));
   EXPECT_THAT(errors.takeTexts(),
               ElementsAre("[NPOINTS: DoubleVec]: Vector (1) Variance needs minimum of 2"));
+}
+
+TEST(DoubleVec, ReadsBackWhatIsNotFinite) {
+  const DoubleVec v = vectorOf({1.5, kInfinity, -kInfinity, kNaN, -kNaN, -2.0});
+  std::stringstream text;
+  DoubleVec read;
+  text << v << std::uppercase << std::showpos << v;
+  for (int i = 0; i < 2; ++i) {
+    text >> read;
+    EXPECT_THAT(list(read),
+                ElementsAre(1.5, kInfinity, -kInfinity, testing::IsNan(), testing::IsNan(), -2.0));
+  }
+  // A word that is no number stays in the stream.
+  for (const std::string word : {"north", "inch", "in", "word"}) {
+    std::istringstream words("1 nan " + word);
+    words >> read;
+    EXPECT_EQ(2U, read.length());
+    words.clear();
+    std::string rest;
+    words >> rest;
+    EXPECT_EQ(word, rest);
+  }
 }
 
 TEST(DoubleVec, NormIsSafeAtAllScalesAndZeroHasATolerance) {
