@@ -10,6 +10,10 @@
 
 namespace vxKilnBase {
 
+void detail::raiseSizesDiffer(unsigned bRows, unsigned bCols, unsigned rows, unsigned cols) {
+  raiseMatrixSizes(bRows, bCols, rows, cols);
+}
+
 using detail::asInt;
 using detail::elementCount;
 
@@ -45,18 +49,31 @@ void GenMat<T>::setSize(unsigned m, unsigned n) {
   ncols_ = stored ? n : 0;
 }
 
-// A view of these elements as a matrix.
+// A view of these elements as a matrix of this size.
 template <class T>
-GenMat<T> GenMat<T>::sized(const Vec<T>& elements, unsigned m, unsigned n) {
+GenMat<T> GenMat<T>::withElements(const Vec<T>& elements) const {
   GenMat result(elements);
-  result.setSize(m, n);
+  result.setSize(nrows_, ncols_);
   return result;
 }
 
 template <class T>
 GenMat<T>& GenMat<T>::operator=(const GenMat& b) {
-  sizeCheck(b);
-  Base::operator=(b);
+  if (Base::isMovedFrom()) {
+    reference(b.copy());
+    return *this;
+  }
+  Base::sizeCheck(b);
+  Vec<T>::operator=(b);
+  return *this;
+}
+
+template <class T>
+GenMat<T>& GenMat<T>::operator=(GenMat&& b) {
+  if (!Base::isMovedFrom()) return *this = b;
+  Base::exchange(b);
+  std::swap(nrows_, b.nrows_);
+  std::swap(ncols_, b.ncols_);
   return *this;
 }
 
@@ -67,7 +84,7 @@ GenMat<T>& GenMat<T>::operator=(const GenMatPick<T>& pick) {
 
 template <class T>
 GenMat<T>& GenMat<T>::operator=(T value) {
-  Base::operator=(value);
+  Vec<T>::operator=(value);
   return *this;
 }
 
@@ -80,16 +97,17 @@ void GenMat<T>::reference(const GenMat& other) {
 
 template <class T>
 void GenMat<T>::resize(unsigned m, unsigned n) {
-  const GenMat old(*this);
-  Base::resize(elementCount(m, n));
-  setSize(m, n);
-  if (nrows_ == old.nrows_) return;
-  if (Base::block_ == old.block_) deepenShallowCopy();
-  zero();
-  const unsigned keptRows = std::min(nrows_, old.nrows_);
-  for (int j = 0; j < asInt(std::min(ncols_, old.ncols_)); ++j) {
-    col(j).slice(0, keptRows) = old.col(j).slice(0, keptRows);
+  if (m == nrows_) {
+    Base::resize(elementCount(m, n));
+    setSize(m, n);
+    return;
   }
+  GenMat result(m, n, T(0));
+  const unsigned keptRows = std::min(result.nrows_, nrows_);
+  for (int j = 0; j < asInt(std::min(result.ncols_, ncols_)); ++j) {
+    result.col(j).slice(0, keptRows) = col(j).slice(0, keptRows);
+  }
+  reference(result);
 }
 
 template <class T>
@@ -103,12 +121,6 @@ void GenMat<T>::reshape(unsigned m, unsigned n) {
 template <class T>
 void GenMat<T>::elementCheck(int i, int j) const {
   if (!hasRow(i) || !hasColumn(j)) detail::raiseElement(i, j, nrows_, ncols_);
-}
-
-template <class T>
-void GenMat<T>::sizeCheck(const GenMat& b) const {
-  if (nrows_ == b.nrows_ && ncols_ == b.ncols_) return;
-  detail::raiseMatrixSizes(b.nrows_, b.ncols_, nrows_, ncols_);
 }
 
 template <class T>
@@ -242,40 +254,6 @@ GenMat<T> GenMat<T>::apply(T (*f)(T)) const {
   GenMat result = copy();
   std::transform(result.begin_, result.begin_ + result.npts_, result.begin_, f);
   return result;
-}
-
-template <class T>
-bool GenMat<T>::operator==(const GenMat& b) const {
-  return nrows_ == b.nrows_ && ncols_ == b.ncols_ && Base::operator==(b);
-}
-
-template <class T>
-GenMat<T> GenMat<T>::combine(Operation operation, const GenMat& a, const GenMat& b) {
-  a.sizeCheck(b);
-  return sized(Base::combine(operation, a, b), a.nrows_, a.ncols_);
-}
-
-template <class T>
-GenMat<T> GenMat<T>::combine(Operation operation, const GenMat& a, T b) {
-  return sized(Base::combine(operation, a, b), a.nrows_, a.ncols_);
-}
-
-template <class T>
-GenMat<T> GenMat<T>::combine(Operation operation, T a, const GenMat& b) {
-  return sized(Base::combine(operation, a, b), b.nrows_, b.ncols_);
-}
-
-template <class T>
-GenMat<T>& GenMat<T>::update(Operation operation, const GenMat& b) {
-  sizeCheck(b);
-  Base::update(operation, b);
-  return *this;
-}
-
-template <class T>
-GenMat<T>& GenMat<T>::update(Operation operation, T b) {
-  Base::update(operation, b);
-  return *this;
 }
 
 template class GenMat<double>;

@@ -1,7 +1,10 @@
 // The general-matrix family: DoubleGenMat and IntGenMat are GenMat<double> and GenMat<int>.
 #pragma once
 
+#include <utility>
+
 #include <kilnbase/linalg/Vec.h>
+#include <kilnbase/linalg/detail/ElementwiseMatrix.h>
 
 namespace vxKilnBase {
 
@@ -24,8 +27,8 @@ class GenMatPick;
 /// with the access as asked for. More than 2^32 - 1 elements raise 0x3008. For one thread at a
 /// time.
 template <class T>
-class KILNBASE_API GenMat : public Vec<T> {
-  using Base = Vec<T>;
+class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
+  using Base = detail::ElementwiseMatrix<GenMat, T>;
 
  public:
   /// What messages call this class.
@@ -46,6 +49,11 @@ class KILNBASE_API GenMat : public Vec<T> {
   explicit GenMat(const Vec<T>& v, unsigned m, unsigned n);
   /// A view of the same elements; nothing is copied.
   GenMat(const GenMat& other) = default;
+  /// Takes over the view of `other`, which is 0 by 0 afterwards and may be assigned any matrix.
+  GenMat(GenMat&& other) noexcept
+      : Base(std::move(other)),
+        ncols_(std::exchange(other.ncols_, 0)),
+        nrows_(std::exchange(other.nrows_, 0)) {}
   /// A new matrix of the picked elements.
   GenMat(const GenMatPick<T>&
              pick);  // NOLINT(google-explicit-constructor): a pick is a matrix to callers
@@ -59,6 +67,7 @@ class KILNBASE_API GenMat : public Vec<T> {
 
   /// Copies the elements of `b`. Raises 0x4004 when the sizes differ.
   GenMat& operator=(const GenMat& b);
+  GenMat& operator=(GenMat&& b);
   GenMat& operator=(const GenMatPick<T>& pick);
   /// Sets every element.
   GenMat& operator=(T value);
@@ -67,7 +76,7 @@ class KILNBASE_API GenMat : public Vec<T> {
   /// Makes this a view of `other`, of any size.
   void reference(const GenMat& other);
   /// A new matrix with the same elements.
-  GenMat copy() const { return sized(Base::copy(), nrows_, ncols_); }
+  GenMat copy() const { return withElements(Base::copy()); }
   GenMat deepCopy() const { return copy(); }
   /// Gives this matrix storage of its own, unless it is the only view of such storage.
   void deepenShallowCopy() {
@@ -83,8 +92,6 @@ class KILNBASE_API GenMat : public Vec<T> {
 
   unsigned rows() const { return nrows_; }
   unsigned cols() const { return ncols_; }
-  /// A view of all elements, column by column.
-  Vec<T> dataVec() const { return *this; }
 
   /// Element (i, j), not checked.
   T& operator()(int i, int j) { return Base::begin_[position(i, j)]; }
@@ -126,67 +133,11 @@ class KILNBASE_API GenMat : public Vec<T> {
   /// elements is not that of the size told, raises 0x4017 and leaves the matrix as it was.
   void scanFrom(std::istream& stream);
 
-  GenMat& operator+=(const GenMat& b) { return update(Base::kAdd, b); }
-  GenMat& operator-=(const GenMat& b) { return update(Base::kSubtract, b); }
-  GenMat& operator*=(const GenMat& b) { return update(Base::kMultiply, b); }
-  GenMat& operator/=(const GenMat& b) { return update(Base::kDivide, b); }
-  GenMat& operator+=(T x) { return update(Base::kAdd, x); }
-  GenMat& operator-=(T x) { return update(Base::kSubtract, x); }
-  GenMat& operator*=(T x) { return update(Base::kMultiply, x); }
-  GenMat& operator/=(T x) { return update(Base::kDivide, x); }
-  GenMat& operator++() { return update(Base::kAdd, T(1)); }
-  GenMat& operator--() { return update(Base::kSubtract, T(1)); }
-
-  /// Element by element; matrices of different sizes are unequal.
-  bool operator==(const GenMat& b) const;
-
-  /// Element by element; the result is a new matrix. Raises 0x4004 when the sizes differ.
-  friend GenMat operator+(const GenMat& a, const GenMat& b) { return combine(Base::kAdd, a, b); }
-  friend GenMat operator-(const GenMat& a, const GenMat& b) {
-    return combine(Base::kSubtract, a, b);
-  }
-  friend GenMat operator*(const GenMat& a, const GenMat& b) {
-    return combine(Base::kMultiply, a, b);
-  }
-  friend GenMat operator/(const GenMat& a, const GenMat& b) { return combine(Base::kDivide, a, b); }
-  friend GenMat operator+(const GenMat& a, T x) { return combine(Base::kAdd, a, x); }
-  friend GenMat operator-(const GenMat& a, T x) { return combine(Base::kSubtract, a, x); }
-  friend GenMat operator*(const GenMat& a, T x) { return combine(Base::kMultiply, a, x); }
-  friend GenMat operator/(const GenMat& a, T x) { return combine(Base::kDivide, a, x); }
-  friend GenMat operator+(T x, const GenMat& a) { return combine(Base::kAdd, x, a); }
-  friend GenMat operator-(T x, const GenMat& a) { return combine(Base::kSubtract, x, a); }
-  friend GenMat operator*(T x, const GenMat& a) { return combine(Base::kMultiply, x, a); }
-  friend GenMat operator/(T x, const GenMat& a) { return combine(Base::kDivide, x, a); }
-  friend GenMat operator-(const GenMat& a) { return combine(Base::kMultiply, a, T(-1)); }
-  friend GenMat operator+(const GenMat& a) { return a.copy(); }
-
-  /// Exchanges the two views.
-  friend void swap(GenMat& a, GenMat& b) noexcept {
-    a.exchange(b);
-    std::swap(a.nrows_, b.nrows_);
-    std::swap(a.ncols_, b.ncols_);
-  }
-
-  friend std::ostream& operator<<(std::ostream& stream, const GenMat& a) {
-    a.printOn(stream);
-    return stream;
-  }
-  friend std::istream& operator>>(std::istream& stream, GenMat& a) {
-    a.scanFrom(stream);
-    return stream;
-  }
-
  private:
+  friend Base;
+
   // A view of these elements without a size yet.
   explicit GenMat(const Vec<T>& elements) : Base(elements) {}
-
-  using Operation = typename Vec<T>::Operation;
-
-  static GenMat combine(Operation operation, const GenMat& a, const GenMat& b);
-  static GenMat combine(Operation operation, const GenMat& a, T b);
-  static GenMat combine(Operation operation, T a, const GenMat& b);
-  GenMat& update(Operation operation, const GenMat& b);
-  GenMat& update(Operation operation, T b);
 
   std::ptrdiff_t position(int i, int j) const {
     return (static_cast<std::ptrdiff_t>(nrows_) * j + i) * Base::step_;
@@ -194,12 +145,20 @@ class KILNBASE_API GenMat : public Vec<T> {
   bool hasRow(int i) const { return i >= 0 && static_cast<unsigned>(i) < nrows_; }
   bool hasColumn(int j) const { return j >= 0 && static_cast<unsigned>(j) < ncols_; }
   void elementCheck(int i, int j) const;
-  void sizeCheck(const GenMat& b) const;
   void setSize(unsigned m, unsigned n);
-  static GenMat sized(const Vec<T>& elements, unsigned m, unsigned n);
+  GenMat withElements(const Vec<T>& elements) const;
 
   unsigned ncols_ = 0;
   unsigned nrows_ = 0;
 };
+
+/// Neither of these is a product of linear algebra: call `product(a, v)` or `product(v, a)`.
+struct UseProductInstead {};
+template <class V>
+concept ExactlyAVec = std::same_as<V, Vec<typename V::Element>>;
+template <class T, ExactlyAVec V>
+UseProductInstead operator*(const GenMat<T>& a, const V& v) = delete;
+template <class T, ExactlyAVec V>
+UseProductInstead operator*(const V& v, const GenMat<T>& a) = delete;
 
 }  // namespace vxKilnBase

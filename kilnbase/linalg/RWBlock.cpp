@@ -24,6 +24,7 @@ std::size_t headerOffset(const void* piece, std::size_t bytes) {
 }  // namespace
 
 constinit RWBlock RWBlock::empty_(kSaturated);
+constinit RWBlock RWBlock::movedFrom_(kSaturated);
 
 RWBlock::RWBlock(unsigned count, std::size_t size) : RWBlock(1) {
   if (count == 0) return;

@@ -37,6 +37,9 @@ class KILNBASE_API RWBlock {
   /// memory.
   static RWBlock* create(unsigned count, std::size_t size);
 
+  /// The block, without storage, of all vectors and matrices whose elements were moved away.
+  static RWBlock* movedFrom() noexcept { return &movedFrom_; }
+
   void acquire() {
     if (refs != kSaturated) ++refs;
   }
@@ -51,6 +54,7 @@ class KILNBASE_API RWBlock {
 
   constexpr explicit RWBlock(std::uint16_t references) noexcept : refs(references), data(nullptr) {}
   static RWBlock empty_;
+  static RWBlock movedFrom_;
 
   static void destroy(RWBlock* block);
 };

@@ -14,7 +14,6 @@
 #include <kilnbase/linalg/VecPick.h>
 #include <kilnbase/linalg/detail/elements.h>
 #include <kilnbase/linalg/detail/errors.h>
-#include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/dnrm2.h>
 
 namespace vxKilnBase {
@@ -136,6 +135,10 @@ Vec<T>::Vec(const VecPick<T>& pick) : Vec(pick.length()) {
 
 template <class T>
 Vec<T>& Vec<T>::operator=(const Vec& v) {
+  if (isMovedFrom()) {
+    reference(v.copy());
+    return *this;
+  }
   lengthCheck(v.npts_);
   const unsigned n = std::min(npts_, v.npts_);
   if (n == 0) return *this;
@@ -386,89 +389,6 @@ Vec<T>::operator Vec<int>() const requires std::same_as<T, signed char> {
   Vec<int> result(npts_);
   std::ranges::copy(detail::elements(begin_, result.length(), step_), result.data());
   return result;
-}
-
-// --- Arithmetic
-
-namespace {
-
-template <class T>
-struct Operand {
-  const T* data;
-  unsigned length;
-  int stride;  // 0: one number
-};
-
-template <class T>
-void checkDivisor(Operand<T> b) {
-  if constexpr (std::is_integral_v<T>) {
-    const auto divisors = detail::elements(b.data, b.length, b.stride);
-    if (std::ranges::find(divisors, T(0)) != divisors.end()) {
-      detail::raiseDivisionByZero(kSource<T>);
-    }
-  }
-}
-
-}  // namespace
-
-template <class T>
-auto Vec<T>::kernelOf(Operation operation) {
-  const kernels::ElementKernels<T>& kernels = kernels::elements<T>();
-  switch (operation) {
-    case kAdd:
-      return kernels.add;
-    case kSubtract:
-      return kernels.subtract;
-    case kMultiply:
-      return kernels.multiply;
-    default:
-      return kernels.divide;
-  }
-}
-
-template <class T>
-Vec<T> Vec<T>::combine(Operation operation, const Vec& a, const Vec& b) {
-  a.lengthCheck(b.npts_);
-  if (operation == kDivide) checkDivisor(Operand<T>{b.begin_, b.npts_, b.step_});
-  Vec result(a.npts_);
-  const unsigned n = std::min(result.npts_, b.npts_);
-  kernelOf(operation)(n, a.begin_, a.step_, b.begin_, b.step_, result.begin_, 1);
-  std::fill_n(result.begin_ + n, result.npts_ - n, T(0));
-  return result;
-}
-
-template <class T>
-Vec<T> Vec<T>::combine(Operation operation, const Vec& a, T b) {
-  if (operation == kDivide) checkDivisor(Operand<T>{&b, 1, 0});
-  Vec result(a.npts_);
-  kernelOf(operation)(result.npts_, a.begin_, a.step_, &b, 0, result.begin_, 1);
-  return result;
-}
-
-template <class T>
-Vec<T> Vec<T>::combine(Operation operation, T a, const Vec& b) {
-  if (operation == kDivide) checkDivisor(Operand<T>{b.begin_, b.npts_, b.step_});
-  Vec result(b.npts_);
-  kernelOf(operation)(result.npts_, &a, 0, b.begin_, b.step_, result.begin_, 1);
-  return result;
-}
-
-template <class T>
-Vec<T>& Vec<T>::update(Operation operation, const Vec& b) {
-  lengthCheck(b.npts_);
-  if (operation == kDivide) checkDivisor(Operand<T>{b.begin_, b.npts_, b.step_});
-  const bool sameElements = begin_ == b.begin_ && step_ == b.step_;
-  const Vec source = block_ == b.block_ && !sameElements ? b.copy() : b;
-  const unsigned n = std::min(npts_, source.npts_);
-  kernelOf(operation)(n, begin_, step_, source.begin_, source.step_, begin_, step_);
-  return *this;
-}
-
-template <class T>
-Vec<T>& Vec<T>::update(Operation operation, T b) {
-  if (operation == kDivide) checkDivisor(Operand<T>{&b, 1, 0});
-  kernelOf(operation)(npts_, begin_, step_, &b, 0, begin_, step_);
-  return *this;
 }
 
 template class Vec<double>;

@@ -5,10 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <type_traits>
 #include <utility>
 
 #include <kilnbase/export.h>
 #include <kilnbase/linalg/RWBlock.h>
+#include <kilnbase/linalg/detail/arithmetic.h>
 
 namespace vxKilnBase {
 
@@ -90,6 +92,10 @@ class KILNBASE_API Vec {
       : block_(other.block_), begin_(other.begin_), npts_(other.npts_), step_(other.step_) {
     block_->acquire();
   }
+  /// Takes over the view of `other`, which is empty afterwards and may be assigned any vector.
+  Vec(Vec&& other) noexcept : block_(RWBlock::movedFrom()), begin_(nullptr), npts_(0), step_(1) {
+    exchange(other);
+  }
   /// A new vector of the picked elements.
   Vec(const VecPick<T>&
           pick);  // NOLINT(google-explicit-constructor): a pick is a vector to callers
@@ -98,6 +104,11 @@ class KILNBASE_API Vec {
   /// Copies the elements of `v`, whose length must be this one's; views that overlap assign as if
   /// `v` had been copied first.
   Vec& operator=(const Vec& v);
+  Vec& operator=(Vec&& v) {
+    if (!isMovedFrom()) return *this = v;
+    exchange(v);
+    return *this;
+  }
   Vec& operator=(const VecPick<T>& pick);
   /// Sets every element.
   Vec& operator=(T value);
@@ -142,9 +153,6 @@ class KILNBASE_API Vec {
   /// A view of `n` elements from `start` on, `stride` elements of this vector apart. Not checked;
   /// ask `sliceCheck` first where the arguments are not known to be good.
   Vec slice(int start, unsigned n, int stride = 1) const { return Vec(*this, start, n, stride); }
-
-  /// Whether this is a vector of fewer than 16 doubles: too short for the call of a kernel to pay.
-  bool isShort() const { return std::same_as<T, double> && npts_ < 16; }
 
   /// Raises 0x3005 unless 0 <= i < length.
   void boundsCheck(int i) const {
@@ -206,41 +214,55 @@ class KILNBASE_API Vec {
   operator Vec<int>()
       const requires std::same_as<T, signed char>;  // NOLINT(google-explicit-constructor)
 
-  Vec& operator+=(const Vec& v) { return change<kAdd>(v); }
-  Vec& operator-=(const Vec& v) { return change<kSubtract>(v); }
-  Vec& operator*=(const Vec& v) { return change<kMultiply>(v); }
-  Vec& operator/=(const Vec& v) { return change<kDivide>(v); }
-  Vec& operator+=(T x) { return change<kAdd>(x); }
-  Vec& operator-=(T x) { return change<kSubtract>(x); }
-  Vec& operator*=(T x) { return change<kMultiply>(x); }
-  Vec& operator/=(T x) { return change<kDivide>(x); }
+  /// Element by element, in place.
+  Vec& operator+=(const Vec& v) { return change<kAdd>(v.operand()); }
+  Vec& operator-=(const Vec& v) { return change<kSubtract>(v.operand()); }
+  Vec& operator*=(const Vec& v) { return change<kMultiply>(v.operand()); }
+  Vec& operator/=(const Vec& v) { return change<kDivide>(v.operand()); }
+  Vec& operator+=(T x) { return change<kAdd>(number(x)); }
+  Vec& operator-=(T x) { return change<kSubtract>(number(x)); }
+  Vec& operator*=(T x) { return change<kMultiply>(number(x)); }
+  Vec& operator/=(T x) { return change<kDivide>(number(x)); }
   /// Adds 1 to every element.
-  Vec& operator++() { return change<kAdd>(T(1)); }
-  Vec& operator--() { return change<kSubtract>(T(1)); }
+  Vec& operator++() { return *this += T(1); }
+  Vec& operator--() { return *this -= T(1); }
 
   /// Element by element; vectors of different lengths are unequal, empty ones equal.
   bool operator==(const Vec& v) const;
 
   /// Element by element; the result is a new vector. A zero divisor of integers raises 0x3003 and
   /// gives 0 where the handler returns.
-  friend Vec operator+(const Vec& a, const Vec& b) { return combined<kAdd>(a, b); }
-  friend Vec operator-(const Vec& a, const Vec& b) { return combined<kSubtract>(a, b); }
-  friend Vec operator*(const Vec& a, const Vec& b) { return combined<kMultiply>(a, b); }
-  friend Vec operator/(const Vec& a, const Vec& b) { return combined<kDivide>(a, b); }
-  friend Vec operator+(const Vec& a, T x) { return combined<kAdd>(a, x); }
-  friend Vec operator-(const Vec& a, T x) { return combined<kSubtract>(a, x); }
-  friend Vec operator*(const Vec& a, T x) { return combined<kMultiply>(a, x); }
-  friend Vec operator/(const Vec& a, T x) { return combined<kDivide>(a, x); }
-  friend Vec operator+(T x, const Vec& a) { return combined<kAdd>(x, a); }
-  friend Vec operator-(T x, const Vec& a) { return combined<kSubtract>(x, a); }
-  friend Vec operator*(T x, const Vec& a) { return combined<kMultiply>(x, a); }
-  friend Vec operator/(T x, const Vec& a) { return combined<kDivide>(x, a); }
-  friend Vec operator-(const Vec& a) { return combined<kMultiply>(a, T(-1)); }
+  friend Vec operator+(const Vec& a, const Vec& b) { return a.combine<kAdd>(b.operand()); }
+  friend Vec operator-(const Vec& a, const Vec& b) { return a.combine<kSubtract>(b.operand()); }
+  friend Vec operator*(const Vec& a, const Vec& b) { return a.combine<kMultiply>(b.operand()); }
+  friend Vec operator/(const Vec& a, const Vec& b) { return a.combine<kDivide>(b.operand()); }
+  friend Vec operator+(const Vec& a, T x) { return a.combine<kAdd>(a.number(x)); }
+  friend Vec operator-(const Vec& a, T x) { return a.combine<kSubtract>(a.number(x)); }
+  friend Vec operator*(const Vec& a, T x) { return a.combine<kMultiply>(a.number(x)); }
+  friend Vec operator/(const Vec& a, T x) { return a.combine<kDivide>(a.number(x)); }
+  friend Vec operator+(T x, const Vec& a) {
+    return detail::combine<kAdd>(a.number(x), a.operand());
+  }
+  friend Vec operator-(T x, const Vec& a) {
+    return detail::combine<kSubtract>(a.number(x), a.operand());
+  }
+  friend Vec operator*(T x, const Vec& a) {
+    return detail::combine<kMultiply>(a.number(x), a.operand());
+  }
+  friend Vec operator/(T x, const Vec& a) {
+    return detail::combine<kDivide>(a.number(x), a.operand());
+  }
+  friend Vec operator-(const Vec& a) { return a * T(-1); }
   friend Vec operator+(const Vec& a) { return a.copy(); }
 
-  /// Exchanges the two views. (The standard library's own exchange, by copies that share, loses
-  /// one.)
-  friend void swap(Vec& a, Vec& b) noexcept { a.exchange(b); }
+  /// Exchanges two vectors, or two matrices, with all that they consist of. Copies no element.
+  template <std::derived_from<Vec> V>
+  requires std::is_nothrow_move_constructible_v<V>
+  friend void swap(V& a, V& b) noexcept {
+    V other(std::move(a));
+    a = std::move(b);
+    b = std::move(other);
+  }
 
   friend std::ostream& operator<<(std::ostream& stream, const Vec& v) {
     v.printOn(stream);
@@ -252,53 +274,7 @@ class KILNBASE_API Vec {
   }
 
  protected:
-  enum Operation { kAdd, kSubtract, kMultiply, kDivide };
-
-  // Short vectors are worked on right here, where calling a kernel would cost more. An operand is a
-  // vector or a number.
-  template <Operation operation>
-  Vec& change(const auto& b) {
-    if (!areShort(*this, b) || sharesBlock(b)) return update(operation, b);
-    workOnShort<operation>(*this, b, *this);
-    return *this;
-  }
-  template <Operation operation>
-  static Vec combined(const auto& a, const auto& b) {
-    if (!areShort(a, b)) return combine(operation, a, b);
-    Vec result(lengthOf(a, b));
-    workOnShort<operation>(a, b, result);
-    return result;
-  }
-  static bool areShort(const Vec& a, const Vec& b) { return a.isShort() && a.npts_ == b.npts_; }
-  static bool areShort(const Vec& a, T) { return a.isShort(); }
-  static bool areShort(T, const Vec& b) { return b.isShort(); }
-  static unsigned lengthOf(const Vec& a, const auto&) { return a.npts_; }
-  static unsigned lengthOf(T, const Vec& b) { return b.npts_; }
-  static T elementOf(const Vec& v, unsigned i) { return v(static_cast<int>(i)); }
-  static T elementOf(T x, unsigned) { return x; }
-  bool sharesBlock(const Vec& v) const { return block_ == v.block_; }
-  bool sharesBlock(T) const { return false; }
-
-  template <Operation operation>
-  static void workOnShort(const auto& a, const auto& b, Vec& result) {
-    for (unsigned i = 0; i < result.npts_; ++i) {
-      const T x = elementOf(a, i);
-      const T y = elementOf(b, i);
-      T& z = result(static_cast<int>(i));
-      if constexpr (operation == kAdd) z = static_cast<T>(x + y);
-      if constexpr (operation == kSubtract) z = static_cast<T>(x - y);
-      if constexpr (operation == kMultiply) z = static_cast<T>(x * y);
-      if constexpr (operation == kDivide) z = static_cast<T>(x / y);
-    }
-  }
-
-  static auto kernelOf(Operation operation);
-  static Vec combine(Operation operation, const Vec& a, const Vec& b);
-  static Vec combine(Operation operation, const Vec& a, T b);
-  static Vec combine(Operation operation, T a, const Vec& b);
-  Vec& update(Operation operation, const Vec& b);
-  Vec& update(Operation operation, T b);
-
+  bool isMovedFrom() const noexcept { return block_ == RWBlock::movedFrom(); }
   void exchange(Vec& v) noexcept {
     std::swap(block_, v.block_);
     std::swap(begin_, v.begin_);
@@ -329,6 +305,20 @@ class KILNBASE_API Vec {
   template <std::same_as<RWBlock> Block>
   Vec(Block* block, unsigned n)
       : block_(block), begin_(static_cast<T*>(block->data)), npts_(begin_ ? n : 0), step_(1) {}
+
+  using enum detail::Operation;
+  detail::Operand<T> operand() const { return {begin_, block_, npts_, step_}; }
+  // x as often as this vector has elements.
+  detail::Operand<T> number(const T& x) const { return {&x, nullptr, npts_, 0}; }
+  template <detail::Operation operation>
+  Vec combine(const detail::Operand<T>& b) const {
+    return detail::combine<operation>(operand(), b);
+  }
+  template <detail::Operation operation>
+  Vec& change(const detail::Operand<T>& b) {
+    detail::change<operation>(begin_, operand(), b);
+    return *this;
+  }
 
   void copyFrom(const T* values);
   void raiseIndex(int i) const;

@@ -9,6 +9,7 @@
 #include <kilnbase/linalg/DoubleVec.h>
 #include <kilnbase/linalg/IntVec.h>
 #include <kilnbase/linalg/SCharVec.h>
+#include <kilnbase/linalg/detail/arithmetic.h>
 #include <kilnbase/linalg/detail/elementTypes.h>
 
 namespace vxKilnBase {
@@ -22,19 +23,6 @@ KILNBASE_API SumOf<T> dotOfAnyLength(const Vec<T>& a, const Vec<T>& b);
 template <class T>
 KILNBASE_API SumOf<T> sumOfAnyLength(const Vec<T>& v);
 
-/// term(0) + ... + term(n - 1), in two accumulators.
-template <class Term>
-double shortSum(unsigned n, Term term) {
-  double even = 0.0;
-  double odd = 0.0;
-  std::ptrdiff_t i = 0;
-  for (; i + 2 <= std::ptrdiff_t{n}; i += 2) {
-    even += term(i);
-    odd += term(i + 1);
-  }
-  return i < std::ptrdiff_t{n} ? even + odd + term(i) : even + odd;
-}
-
 }  // namespace detail
 
 /// Element i is v[0] + ... + v[i].
@@ -46,7 +34,8 @@ KILNBASE_API Vec<T> delta(const Vec<T>& v);
 /// The sum of products; 0 for empty vectors. Lengths must agree (0x300F).
 template <class T>
 SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
-  if (!a.isShort() || a.length() != b.length()) return detail::dotOfAnyLength(a, b);
+  if (!detail::isShort<T>(a.length()) || a.length() != b.length())
+    return detail::dotOfAnyLength(a, b);
   const T* x = a.data();
   const T* y = b.data();
   const std::ptrdiff_t strideX = a.stride();
@@ -61,7 +50,7 @@ SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
 /// The sum of all elements; 0 for an empty vector.
 template <class T>
 SumOf<T> sum(const Vec<T>& v) {
-  if (!v.isShort()) return detail::sumOfAnyLength(v);
+  if (!detail::isShort<T>(v.length())) return detail::sumOfAnyLength(v);
   const T* x = v.data();
   const std::ptrdiff_t stride = v.stride();
   return static_cast<SumOf<T>>(
