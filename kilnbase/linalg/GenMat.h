@@ -13,10 +13,14 @@ class GenMatPick;
 
 /// A dense m by n matrix, column-major over one vector.
 ///
+/// **`a * b` multiplies element by element; `product(a, b)` is the product of linear algebra**
+/// (Products.h), also for a matrix and a vector.
+///
 /// Element (i, j), row i and column j from 0, is element `rows() * j + i` of the data vector. Rows,
 /// columns and diagonals are views of the same storage: writing through them changes the matrix. As
 /// with vectors, **copy construction shares** the storage and **assignment copies** elements
-/// between matrices of the same size; `copy` makes an independent matrix.
+/// between matrices of the same size; `copy` makes an independent matrix. Containers hold
+/// `Owned<DoubleGenMat>`, for the reasons that Vec.h tells.
 ///
 ///     DoubleGenMat a(3, 2, 0.0);
 ///     a(2, 1) = 5.0;
@@ -24,8 +28,8 @@ class GenMatPick;
 ///     DoubleVec y = product(a, a.row(2));  // A times its last row
 ///
 /// Errors are raised by number through MathError.h; when the handler returns, the operation goes on
-/// with the access as asked for. More than 2^32 - 1 elements raise 0x3008. For one thread at a
-/// time.
+/// with the access as asked for. More than 2^32 - 1 elements raise kOutOfMemoryError. A matrix, and
+/// every view of its storage, is for one thread at a time.
 template <class T>
 class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   using Base = detail::ElementwiseMatrix<GenMat, T>;
@@ -44,12 +48,12 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   explicit GenMat(const Value* values, unsigned m, unsigned n) : GenMat(m, n) {
     Base::copyFrom(values);
   }
-  /// A matrix over the storage of `v`, nothing copied. Raises 0x400A unless the length of `v` is m
-  /// * n.
+  /// A matrix over the storage of `v`, nothing copied. Raises kMatrixPointsError unless the length
+  /// of `v` is m * n.
   explicit GenMat(const Vec<T>& v, unsigned m, unsigned n);
   /// A view of the same elements; nothing is copied.
   GenMat(const GenMat& other) = default;
-  /// Takes over the view of `other`, which is 0 by 0 afterwards and may be assigned any matrix.
+  /// Takes the view of `other` over. Afterwards `other` is 0 by 0 and takes any assignment.
   GenMat(GenMat&& other) noexcept
       : Base(std::move(other)),
         ncols_(std::exchange(other.ncols_, 0)),
@@ -65,29 +69,29 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   }
   ~GenMat() = default;
 
-  /// Copies the elements of `b`. Raises 0x4004 when the sizes differ.
+  /// Copies the elements of `b`. Raises kMatrixSizesError when the sizes differ.
   GenMat& operator=(const GenMat& b);
+  /// The same; but a matrix whose view was moved away takes the view of `b` over.
   GenMat& operator=(GenMat&& b);
   GenMat& operator=(const GenMatPick<T>& pick);
   /// Sets every element.
   GenMat& operator=(T value);
   void zero() { *this = T(0); }
 
-  /// Makes this a view of `other`, of any size.
+  /// Makes this matrix a view of `other`, of any size.
   void reference(const GenMat& other);
   /// A new matrix with the same elements.
   GenMat copy() const { return withElements(Base::copy()); }
   GenMat deepCopy() const { return copy(); }
-  /// Gives this matrix storage of its own, unless it is the only view of such storage.
+  /// Copies the elements into storage of this matrix's own, unless they have it already.
   void deepenShallowCopy() {
     Base::deepenShallowCopy();
     setSize(nrows_, ncols_);
   }
-  /// Changes the size. Elements that the old and the new matrix have in common keep their values
-  /// and places, all others are 0.
+  /// Changes the size. The top left block that the old and the new matrix have in common keeps its
+  /// elements; all others are 0.
   void resize(unsigned m, unsigned n);
-  /// Changes the size. The elements are lost, and not initialised, unless the number of elements
-  /// stays.
+  /// Changes the size. Another number of elements loses them; the new ones are not initialised.
   void reshape(unsigned m, unsigned n);
 
   unsigned rows() const { return nrows_; }
@@ -102,7 +106,7 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   T val(int i, int j) const { return (*this)(i, j); }
   /// Sets element (i, j), not checked, and returns the value.
   T set(int i, int j, T value) { return (*this)(i, j) = value; }
-  /// Element (i, j); raises 0x4005 when it is not in the matrix.
+  /// Element (i, j). Raises kElementError when the matrix has no such element.
   T& bcref(int i, int j);
   T bcval(int i, int j) const;
   T bcset(int i, int j, T value);
@@ -112,14 +116,14 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   Vec<T> col(int j) const;
   Vec<T> row(int i) const;
   Vec<T> diagonal(int k = 0) const;
-  /// The same, raising 0x4007, 0x4006 and 0x4008 for what is not in the matrix. The last one tells
-  /// the negated index.
+  /// The same views, checked: raise kColumnError, kRowError and kDiagonalError when the matrix has
+  /// no such column, row or diagonal. Kept as it is: kDiagonalError tells -k.
   Vec<T> bccol(int j) const;
   Vec<T> bcrow(int i) const;
   Vec<T> bcdiagonal(int k = 0) const;
 
-  /// The sub-matrix of these rows and columns, in this order, as a view that reads and writes
-  /// through. Each index outside the matrix raises 0x4001.
+  /// A view of these rows and columns, in this order. Each index outside the matrix raises
+  /// kMatrixPickError.
   GenMatPick<T> matPick(const Vec<int>& rowIndices, const Vec<int>& columnIndices) const;
   GenMatPick<T> operator()(const Vec<int>& rowIndices, const Vec<int>& columnIndices) const;
 
@@ -129,8 +133,9 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   /// Writes "MxN [", the rows, a line each, and "]". Every element takes the field width that the
   /// stream has on entry.
   void printOn(std::ostream& stream) const;
-  /// Reads what `printOn` writes and takes its size. When the text is cut short, or the number of
-  /// elements is not that of the size told, raises 0x4017 and leaves the matrix as it was.
+  /// Reads what `printOn` writes, and takes the size that is written. Raises kMatrixElementsError
+  /// and leaves the matrix as it was when the text is cut short, or does not have rows times
+  /// columns elements.
   void scanFrom(std::istream& stream);
 
  private:
@@ -152,10 +157,13 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   unsigned nrows_ = 0;
 };
 
-/// Neither of these is a product of linear algebra: call `product(a, v)` or `product(v, a)`.
+/// What the compiler names where `*` stands between a matrix and a vector: the product is
+/// `product(a, v)` or `product(v, a)`.
 struct UseProductInstead {};
+
 template <class V>
 concept ExactlyAVec = std::same_as<V, Vec<typename V::Element>>;
+
 template <class T, ExactlyAVec V>
 UseProductInstead operator*(const GenMat<T>& a, const V& v) = delete;
 template <class T, ExactlyAVec V>

@@ -7,18 +7,18 @@ namespace vxKilnBase {
 
 /// The sub-matrix of a matrix at given rows and columns, made by `GenMat::matPick`.
 ///
-/// Element (p, q) of the pick is element (row index p, column index q) of the matrix. The pick
-/// views the matrix and both index vectors: writing through it changes the matrix.
+/// Element (p, q) of the pick is element (rowIndices(p), columnIndices(q)) of the matrix. The pick
+/// views the matrix and both index vectors: writing to an element of the pick changes the matrix.
 template <class T>
 class KILNBASE_API GenMatPick {
  public:
-  /// Shares the storage of all three. Each index outside the matrix raises 0x4001, from the last to
-  /// the first, rows before columns.
+  /// Shares the storage of all three arguments. Each index outside the matrix raises
+  /// kMatrixPickError, from the last index to the first, rows before columns.
   GenMatPick(const GenMat<T>& matrix, const Vec<int>& rowIndices, const Vec<int>& columnIndices);
   GenMatPick(const GenMatPick&) = default;
 
-  /// Each of these sets the picked elements; sizes must agree (0x4004). A source that shares
-  /// storage with the pick is copied first.
+  /// Each of these sets the picked elements. Sizes must agree (kMatrixSizesError). The source
+  /// counts as it was before, also where it shares storage with the pick.
   GenMatPick& operator=(const GenMat<T>& a);
   GenMatPick& operator=(const GenMatPick& pick);
   GenMatPick& operator=(T value);

@@ -5,27 +5,29 @@
 
 namespace vxKilnBase {
 
-/// A times B, new. Raises 0x4016 unless A has as many columns as B has rows; when the handler
-/// returns, the product is taken over the columns of A and rows of B that both have. So do the two
-/// below.
+// Results are new. Each product raises an error unless the inner dimensions agree; when the handler
+// returns, the sums run over the indices that both factors have.
+
+/// A times B. Raises kMatrixProductError unless A has as many columns as B has rows.
 template <class T>
 KILNBASE_API GenMat<T> product(const GenMat<T>& a, const GenMat<T>& b);
-/// A times B transposed.
+/// A times B transposed. Raises kMatrixProductError unless the numbers of columns agree.
 template <class T>
 KILNBASE_API GenMat<T> transProduct(const GenMat<T>& a, const GenMat<T>& b);
-/// A transposed times B.
+/// A transposed times B. Raises kMatrixProductError unless the numbers of rows agree.
 template <class T>
 KILNBASE_API GenMat<T> transposeProduct(const GenMat<T>& a, const GenMat<T>& b);
-/// A times a column vector. Raises 0x4014 on a mismatch.
+/// A times a column vector. Raises kMatrixVectorProductError unless A has as many columns as v
+/// elements.
 template <class T>
 KILNBASE_API Vec<T> product(const GenMat<T>& a, const Vec<T>& v);
-/// A row vector times A. Raises 0x4015 on a mismatch.
+/// A row vector times A. Raises kVectorMatrixProductError unless A has as many rows as v elements.
 template <class T>
 KILNBASE_API Vec<T> product(const Vec<T>& v, const GenMat<T>& a);
-/// A transposed, new.
+/// A transposed.
 template <class T>
 KILNBASE_API GenMat<T> transpose(const GenMat<T>& a);
-/// The Kronecker product, new: block (i, j) is B times A(i, j).
+/// The Kronecker product: block (i, j) is B times A(i, j).
 template <class T>
 KILNBASE_API GenMat<T> kronecker(const GenMat<T>& a, const GenMat<T>& b);
 

@@ -8,36 +8,37 @@
 
 /// A reference-counted block of raw, uninitialised element storage.
 ///
-/// Vectors and matrices obtain theirs with `create`, which takes the header and the storage from
-/// the heap as one piece, count references with `acquire` and `release`, and never look at how a
-/// block was made. Counts are plain integers: a block belongs to one thread at a time. A count that
-/// reaches 65535 stays there, so that a block with too many views is never freed rather than freed
-/// too early.
+/// Vectors and matrices obtain their block with `create` and count references with `acquire` and
+/// `release`; a constructed block works the same. Counts are plain integers: a block belongs to one
+/// thread at a time. A count that reaches 65535 stays there: a block with too many views is never
+/// freed, rather than freed too early.
 class KILNBASE_API RWBlock {
  public:
   std::uint16_t refs;  ///< Number of references; 1 in a new block.
 
  private:
-  std::uint16_t pieceOffset_ = 0;  // made by create(): bytes from the start of the piece, plus 1
+  // Of a block that create() made: bytes from the start of the piece of memory to the block,
+  // plus 1.
+  std::uint16_t pieceOffset_ = 0;
 
  public:
   void* data;  ///< The storage, or null for an empty block.
 
   /// Takes `count` times `size` bytes (less than 2^64) from the heap, none when `count` is 0. When
-  /// there is not enough memory, raises 0x3008 (always fatal under the default handler) and leaves
-  /// `data` null.
+  /// there is not enough memory, raises kOutOfMemoryError (always fatal under the default handler)
+  /// and leaves `data` null.
   RWBlock(unsigned count, std::size_t size);
   ~RWBlock();
   RWBlock(const RWBlock&) = delete;
   RWBlock& operator=(const RWBlock&) = delete;
 
-  /// A new block with one reference for the caller, its storage aligned for the widest vector
-  /// registers from 512 bytes up. `release` ends it; it must not be deleted. All blocks of 0
-  /// elements are one and the same, which is also what is returned, after 0x3008, when there is no
-  /// memory.
+  /// A new block with one reference for the caller, its header and storage in one piece of memory.
+  /// Storage of 512 bytes and more is aligned for the widest vector registers. The block must not
+  /// be deleted; the last `release` ends it. All blocks of 0 elements are one block. When there is
+  /// not enough memory, raises kOutOfMemoryError and returns the block of 0 elements.
   static RWBlock* create(unsigned count, std::size_t size);
 
-  /// The block, without storage, of all vectors and matrices whose elements were moved away.
+  /// The block, without storage, of all vectors and matrices whose view was moved away.
   static RWBlock* movedFrom() noexcept { return &movedFrom_; }
 
   void acquire() {

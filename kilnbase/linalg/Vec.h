@@ -17,7 +17,7 @@ namespace vxKilnBase {
 template <class T>
 class VecPick;
 
-/// What the numeric errors of a family call its classes.
+/// The names and tags of the classes of a family in numeric errors.
 template <class T>
 struct VecNames;
 
@@ -49,23 +49,33 @@ struct VecNames<signed char> {
 
 /// A one-dimensional array: a strided view onto counted storage.
 ///
-/// A vector is a block of storage, a start in it, a length and a stride. **Copy construction shares
-/// the storage** (so do `slice`, `reference`, `reverse` and the rows and columns of matrices):
-/// writing through one view shows in all. **Assignment copies elements** into the storage that the
-/// target already views, and the lengths must agree. `copy` and `deepenShallowCopy` make a vector
-/// independent; the results of arithmetic are.
+/// A vector is a block of storage, a start in the block, a length and a stride. **Copy construction
+/// shares the storage**, and so do `slice`, `reference`, `reverse`, and the rows and columns of
+/// matrices: writing through one view shows in all. **Assignment copies elements** into the storage
+/// that the target already views, also from temporaries, and the lengths must agree. `copy` and
+/// `deepenShallowCopy` make a vector independent; the results of arithmetic are independent.
 ///
 ///     DoubleVec v(10, 0.0, 1.0);          // 0 1 2 ... 9
 ///     DoubleVec even = v.slice(0, 5, 2);  // a view: 0 2 4 6 8
 ///     even = 7.0;                         // v is now 7 1 7 3 7 5 7 7 7 9
 ///     DoubleVec own = v.copy();           // independent of v
 ///
+/// **In containers** hold `Owned<DoubleVec>` (Owned.h). Algorithms that only move elements (sort,
+/// rotate, swap, insert) are right with plain vectors too, because a vector whose view was moved
+/// away takes any assignment. `erase`, `remove` and `unique` assign to vectors that are alive,
+/// which copies elements, into whatever else views them, and fails where the lengths differ:
+///
+///     std::vector<DoubleVec> columns = {DoubleVec(2, 1.0), DoubleVec(2, 5.0)};
+///     DoubleVec view = columns[0];
+///     columns.erase(columns.begin());  // view is now 5 5
+///
 /// Index, length, slice and stride errors are raised through MathError.h. When the handler returns,
 /// the operation goes on: with the access as asked for, and after a mismatch of lengths with the
-/// elements that both have (a new vector has 0 beyond them). A vector whose storage could not be
-/// had (0x3008) is empty. Integer arithmetic wraps around. A vector, and every view of its storage,
-/// is for one thread at a time. Element i lies `i * stride()` elements after the start, a product
-/// taken in 32-bit arithmetic.
+/// elements that both vectors have (a new vector has 0 beyond them). A vector for which there was
+/// no storage (kOutOfMemoryError) is empty. Integer arithmetic wraps around.
+///
+/// Element i lies `i * stride()` elements after the start, a product taken in 32-bit arithmetic. A
+/// vector, and every view of its storage, is for one thread at a time.
 template <class T>
 class KILNBASE_API Vec {
  public:
@@ -92,7 +102,7 @@ class KILNBASE_API Vec {
       : block_(other.block_), begin_(other.begin_), npts_(other.npts_), step_(other.step_) {
     block_->acquire();
   }
-  /// Takes over the view of `other`, which is empty afterwards and may be assigned any vector.
+  /// Takes the view of `other` over. Afterwards `other` is empty and takes any assignment.
   Vec(Vec&& other) noexcept : block_(RWBlock::movedFrom()), begin_(nullptr), npts_(0), step_(1) {
     exchange(other);
   }
@@ -101,9 +111,10 @@ class KILNBASE_API Vec {
           pick);  // NOLINT(google-explicit-constructor): a pick is a vector to callers
   ~Vec() { RWBlock::release(block_); }
 
-  /// Copies the elements of `v`, whose length must be this one's; views that overlap assign as if
-  /// `v` had been copied first.
+  /// Copies the elements of `v`. The lengths must agree. Where the views overlap, `v` counts as it
+  /// was before.
   Vec& operator=(const Vec& v);
+  /// The same; but a vector whose view was moved away takes the view of `v` over.
   Vec& operator=(Vec&& v) {
     if (!isMovedFrom()) return *this = v;
     exchange(v);
@@ -113,18 +124,17 @@ class KILNBASE_API Vec {
   /// Sets every element.
   Vec& operator=(T value);
 
-  /// Makes this a view of the elements of `v`, of any length.
+  /// Makes this vector a view of the elements of `v`, of any length.
   void reference(const Vec& v);
   /// A new vector of stride 1 with the same elements.
   Vec copy() const;
   Vec deepCopy() const { return copy(); }
-  /// Gives this vector storage of its own, stride 1, unless it is the only view of such storage.
+  /// Copies the elements into storage of this vector's own, stride 1, unless they have it already.
   void deepenShallowCopy();
-  /// Changes the length. The elements are lost, and not initialised, unless the length stays the
-  /// same.
+  /// Changes the length. Another length loses the elements; the new ones are not initialised.
   void reshape(unsigned n);
-  /// Changes the length, keeping the first elements; new ones are 0. Afterwards the storage is this
-  /// vector's own, unless the length stays the same.
+  /// Changes the length, keeping the first elements; new ones are 0. Another length gives this
+  /// vector storage of its own; the same length leaves a view a view.
   void resize(unsigned n);
 
   /// Element i, checked.
@@ -139,8 +149,8 @@ class KILNBASE_API Vec {
   /// Element i, not checked.
   T& operator()(int i) { return begin_[offset(i)]; }
   T operator()(int i) const { return begin_[offset(i)]; }
-  /// The i-th element of the storage from the start on, not checked and **whatever the stride**:
-  /// the fast path for vectors of stride 1.
+  /// Element i of the storage from the start on, not checked. Kept as it is: **the stride does not
+  /// count**, which callers rely on as the fast path for vectors of stride 1.
   T& sub(int i) { return begin_[i]; }
   T sub(int i) const { return begin_[i]; }
 
@@ -150,31 +160,32 @@ class KILNBASE_API Vec {
   unsigned length() const { return npts_; }
   /// Distance between neighbours, in elements; negative in a reversed view.
   int stride() const { return step_; }
-  /// A view of `n` elements from `start` on, `stride` elements of this vector apart. Not checked;
-  /// ask `sliceCheck` first where the arguments are not known to be good.
+  /// A view of `n` elements from `start` on, `stride` elements of this vector apart. Not checked:
+  /// call `sliceCheck` first where the arguments may be bad.
   Vec slice(int start, unsigned n, int stride = 1) const { return Vec(*this, start, n, stride); }
 
-  /// Raises 0x3005 unless 0 <= i < length.
+  /// Raises kIndexError unless 0 <= i < length.
   void boundsCheck(int i) const {
     if (static_cast<unsigned>(i) >= npts_ || i < 0) raiseIndex(i);
   }
-  /// Raises 0x300F unless the length is `n`.
+  /// Raises kVectorLengthsError unless the length is `n`.
   void lengthCheck(unsigned n) const {
     if (npts_ != n) raiseLength(n);
   }
-  /// Raises 0x300C unless the slice lies in this vector; an empty one always does. The last index
-  /// is computed modulo 2^32 and then taken as signed.
+  /// Raises kSliceError unless the slice lies in this vector, as an empty slice always does. The
+  /// last index is computed modulo 2^32 and then taken as signed.
   void sliceCheck(int start, unsigned n, int stride) const;
-  /// Raises 0x300D unless the stride is 1.
+  /// Raises kStrideError unless the stride is 1.
   void strideCheck() const;
-  /// Raises the warning 0x3011 in the name of `function`.
+  /// Raises the warning kEmptyVectorError in the name of `function`.
   void emptyErr(const char* function) const;
 
   /// Writes the elements between "[" and "]", `numberPerLine` on a line, with the stream's
   /// formatting; signed characters as numbers.
   void printOn(std::ostream& stream) const;
-  /// Reads "[", elements and "]", or, without the bracket, elements until the stream fails. They go
-  /// into the existing elements first; the vector takes the length that was read.
+  /// Reads "[", elements and "]"; without the bracket, elements until the stream fails. Doubles may
+  /// be "inf" and "nan", with a sign. The numbers go into the existing elements first, and the
+  /// vector takes the length that was read.
   void scanFrom(std::istream& stream);
   /// Sets `numberPerLine` and returns the old value.
   static int setFormatting(int n);
@@ -187,10 +198,9 @@ class KILNBASE_API Vec {
   Vec<int> lessIndex(T value) const;
   /// Indices of the elements with |x - value| <= tolerance, ascending.
   Vec<int> valueIndex(T value, T tolerance) const;
-  /// Indices of the elements that `valueIndex` leaves out, ascending.
+  /// Indices of all other elements, ascending.
   Vec<int> nonValueIndex(T value, T tolerance) const;
-  /// The elements at these indices, as a view that reads and writes through. Each index outside the
-  /// vector raises 0x3005.
+  /// A view of the elements at these indices. Each index outside the vector raises kIndexError.
   VecPick<T> vecPick(const Vec<int>& indices) const;
 
   unsigned countZero(double tolerance) const requires std::same_as<T, double>;
@@ -201,10 +211,9 @@ class KILNBASE_API Vec {
   void clampZero(double tolerance) requires std::same_as<T, double>;
   /// A new vector of f(x) for every element x.
   Vec apply(double (*f)(double)) const requires std::same_as<T, double>;
-  /// The Euclidean norm, safe from overflow and underflow of the squares; 0 for an empty vector.
+  /// The Euclidean norm; 0 for an empty vector. The squares neither overflow nor underflow.
   double vecLen() const requires std::same_as<T, double>;
-  /// Scales to length 1 and returns 1; a vector whose length is not greater than 0 stays, returning
-  /// 0.
+  /// Scales to norm 1 and returns 1. A vector whose norm is not greater than 0 stays: returns 0.
   int normalise() requires std::same_as<T, double>;
 
   /// The same numbers as doubles.
@@ -230,8 +239,8 @@ class KILNBASE_API Vec {
   /// Element by element; vectors of different lengths are unequal, empty ones equal.
   bool operator==(const Vec& v) const;
 
-  /// Element by element; the result is a new vector. A zero divisor of integers raises 0x3003 and
-  /// gives 0 where the handler returns.
+  /// Element by element; the result is a new vector. A zero divisor of integers raises
+  /// kDivisionByZeroError, and gives 0 when the handler returns.
   friend Vec operator+(const Vec& a, const Vec& b) { return a.combine<kAdd>(b.operand()); }
   friend Vec operator-(const Vec& a, const Vec& b) { return a.combine<kSubtract>(b.operand()); }
   friend Vec operator*(const Vec& a, const Vec& b) { return a.combine<kMultiply>(b.operand()); }
@@ -255,7 +264,8 @@ class KILNBASE_API Vec {
   friend Vec operator-(const Vec& a) { return a * T(-1); }
   friend Vec operator+(const Vec& a) { return a.copy(); }
 
-  /// Exchanges two vectors, or two matrices, with all that they consist of. Copies no element.
+  /// Exchanges two vectors, or two objects of a class derived from Vec, with all that they consist
+  /// of. Copies no element.
   template <std::derived_from<Vec> V>
   requires std::is_nothrow_move_constructible_v<V>
   friend void swap(V& a, V& b) noexcept {

@@ -8,18 +8,19 @@ namespace vxKilnBase {
 
 /// The elements of a vector at given indices, made by `Vec::vecPick`.
 ///
-/// Element k of the pick is element `indices(k)` of the vector. The pick views both: writing
-/// through it changes the vector, and a later change of the index vector shows in the pick. Indices
-/// may repeat; the last value written stays.
+/// Element k of the pick is element `indices(k)` of the vector. The pick views the vector and the
+/// indices: writing to an element of the pick changes the vector, and a later change of the index
+/// vector shows in the pick. Where an index repeats, the last value written stays.
 template <class T>
 class KILNBASE_API VecPick {
  public:
-  /// Shares the storage of both. Each index outside the vector raises 0x3005, from the first on.
+  /// Shares the storage of both arguments. Each index outside the vector raises kIndexError, from
+  /// the first index to the last.
   VecPick(const Vec<T>& vec, const Vec<int>& indices);
   VecPick(const VecPick&) = default;
 
-  /// Each of these sets the picked elements; lengths must agree (0x300F). A source that shares
-  /// storage with the pick is copied first.
+  /// Each of these sets the picked elements. Lengths must agree (kVectorLengthsError). The source
+  /// counts as it was before, also where it shares storage with the pick.
   VecPick& operator=(const Vec<T>& v);
   VecPick& operator=(const VecPick& pick);
   VecPick& operator=(T value);
@@ -31,9 +32,9 @@ class KILNBASE_API VecPick {
 
   unsigned length() const { return indices_.length(); }
 
-  /// Raises 0x3005 for each index outside the vector.
+  /// Raises kIndexError for each index outside the vector.
   void assertElements() const;
-  /// Raises 0x300F unless the length is `n`.
+  /// Raises kVectorLengthsError unless the length is `n`.
   void lengthCheck(unsigned n) const;
 
  private:

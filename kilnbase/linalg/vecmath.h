@@ -1,7 +1,11 @@
 // Functions of whole vectors: sums, searches, running sums and element-wise mathematics.
 //
-// Results that are vectors are new, with stride 1, unless a comment says otherwise. Sums and
+// Vectors that a function returns are new, with stride 1, unless a comment says otherwise. Sums and
 // products of int and signed char vectors are ints that wrap around.
+//
+//     const DoubleVec v(4, 1.0, 1.0);  // 1 2 3 4
+//     const double length = std::sqrt(vxKilnBase::dot(v, v));
+//     const DoubleVec halves = vxKilnBase::cumsum(v) / 2.0;  // 0.5 1.5 3 5
 #pragma once
 
 #include <cstddef>
@@ -31,7 +35,7 @@ KILNBASE_API Vec<T> cumsum(const Vec<T>& v);
 /// Element 0 is v[0], element i is v[i] - v[i-1].
 template <class T>
 KILNBASE_API Vec<T> delta(const Vec<T>& v);
-/// The sum of products; 0 for empty vectors. Lengths must agree (0x300F).
+/// The sum of products; 0 for empty vectors. Lengths must agree (kVectorLengthsError).
 template <class T>
 SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
   if (!detail::isShort<T>(a.length()) || a.length() != b.length())
@@ -62,8 +66,9 @@ KILNBASE_API SumOf<T> prod(const Vec<T>& v);
 /// A view of the same elements in reverse order, not a copy: writing through it changes `v`.
 template <class T>
 KILNBASE_API Vec<T> reverse(const Vec<T>& v);
-/// Index of the first largest (smallest) element: a later one takes over only when strictly larger
-/// (smaller), so a NaN never does. An empty vector raises the warning 0x3011 and gives -1.
+/// Index of the first of the largest (smallest) elements. A later element counts only when it is
+/// strictly larger (smaller) than those before; a NaN never is. An empty vector raises the warning
+/// kEmptyVectorError and gives -1.
 template <class T>
 KILNBASE_API int maxIndex(const Vec<T>& v);
 template <class T>
@@ -73,18 +78,18 @@ template <class T>
 KILNBASE_API T maxValue(const Vec<T>& v);
 template <class T>
 KILNBASE_API T minValue(const Vec<T>& v);
-/// Absolute values; that of the least integer is itself.
+/// Absolute values. Kept as it is: the least integer stays.
 template <class T>
 KILNBASE_API Vec<T> abs(const Vec<T>& v);
 
 /// The sum divided by the length: 0/0, a NaN, for an empty vector.
 KILNBASE_API double mean(const DoubleVec& v);
 /// The population variance: the mean of the squared deviations from the mean (divisor n). Fewer
-/// than two elements raise 0x3009.
+/// than two elements raise kTooFewElementsError.
 KILNBASE_API double variance(const DoubleVec& v);
 
-/// The standard function of the same name of every element, angles in radians. Those of two vectors
-/// check the lengths (0x300F).
+/// The standard function of the same name, of every element. Angles are in radians. The lengths of
+/// two vectors must agree (kVectorLengthsError).
 KILNBASE_API DoubleVec acos(const DoubleVec& v);
 KILNBASE_API DoubleVec asin(const DoubleVec& v);
 KILNBASE_API DoubleVec atan(const DoubleVec& v);
