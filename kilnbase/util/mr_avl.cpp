@@ -1,13 +1,19 @@
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <utility>
 
 #include <kilnbase/detail/assert.h>
 #include <kilnbase/util/mr_avl.h>
+#include <kilnbase/util/mr_status.h>
 
 namespace {
 
-// As `direction` has it.
-enum Side : std::uint8_t { kNeither, kLeft, kRight };
+// The values of `direction`.
+enum Side : std::uint8_t { kLeft = 1, kRight = 2 };
 
 Side opposite(Side side) {
   return side == kLeft ? kRight : kLeft;
@@ -22,7 +28,8 @@ std::int16_t leanTo(std::uint8_t direction) {
   return direction == kRight ? 1 : -1;
 }
 
-// The left or the right link, found without a jump: nobody can foresee which way a search goes.
+// The left or the right link, found without a jump, since a processor cannot predict which way a
+// search goes.
 MR_AvlNode** linkBelow(MR_AvlNode* node, bool right) {
   char* const bytes = reinterpret_cast<char*>(node);
   return reinterpret_cast<MR_AvlNode**>(bytes + right * offsetof(MR_AvlNode, right));
@@ -32,7 +39,7 @@ MR_AvlNode*& child(MR_AvlNode* node, std::uint8_t side) {
   return *linkBelow(node, side == kRight);
 }
 
-// Field by field: a record may go on in the padding.
+// Field by field, since the bytes behind `direction` may belong to the record.
 void clear(MR_AvlNode* node) {
   node->left = nullptr;
   node->right = nullptr;
@@ -40,7 +47,7 @@ void clear(MR_AvlNode* node) {
   node->direction = 0;
 }
 
-// The child on that side takes the node's place, and the node becomes the child's child.
+// The child on the given side takes the place of the node, and the node becomes a child of it.
 MR_AvlNode* rotate(MR_AvlNode* node, Side side) {
   MR_AvlNode* const up = child(node, side);
   child(node, side) = child(up, opposite(side));
@@ -48,7 +55,7 @@ MR_AvlNode* rotate(MR_AvlNode* node, Side side) {
   return up;
 }
 
-// A double rotation: the inner grandchild on that side takes the node's place.
+// A double rotation: the inner grandchild on the given side takes the place of the node.
 MR_AvlNode* rotateTwice(MR_AvlNode* node, Side side) {
   MR_AvlNode* const near = child(node, side);
   MR_AvlNode* const inner = child(near, opposite(side));
@@ -60,8 +67,9 @@ MR_AvlNode* rotateTwice(MR_AvlNode* node, Side side) {
   return rotate(node, side);
 }
 
-// Rotates when the balance of the node at the link demands it; tells whether it did. It does not
-// where the balances, left over from a removal without rebalancing, claim nodes that are not there.
+// Rotates at the link if the balance of the node there is beyond -1 to 1; returns whether it did.
+// After a removal without rebalancing a balance may claim nodes that are not there; then nothing is
+// rotated.
 bool rebalance(MR_AvlNode*& link) {
   MR_AvlNode* const node = link;
   if (node->balance >= -1 && node->balance <= 1) return false;
@@ -79,15 +87,15 @@ bool rebalance(MR_AvlNode*& link) {
   return true;
 }
 
-// Of a tree whose balances are right.
+// The height of a tree whose balances are right.
 int heightOf(const MR_AvlNode* node) {
   int height = 0;
   for (; node != nullptr; node = node->balance < 0 ? node->left : node->right) ++height;
   return height;
 }
 
-// Balances the tree at the link, both of whose subtrees are balanced. Whatever stands before it in
-// post-order is balanced too, so that the first nodes to rotate are below the last rotation.
+// Balances the tree at the link, both subtrees of which are balanced. After a rotation only nodes
+// below the link can be out of balance, and they come before its node in post-order.
 void rebalanceSubtree(MR_AvlNode*& link) {
   do {
     const int balance = heightOf(link->right) - heightOf(link->left);
@@ -98,96 +106,75 @@ void rebalanceSubtree(MR_AvlNode*& link) {
   } while (true);
 }
 
-// The way from the root to a node, to go back on. The steps of the first levels are noted here; the
-// tree has no room for deeper ones but in the link that each goes down, which holds the step before
-// until it is put back (link inversion; Schorr and Waite, Comm. ACM 10, 1967). A step is the
-// address of its upper node plus its side.
+// The links from the root down to a node. The first 128, more than the levels of any balanced tree,
+// stand in the object itself; a longer path moves to the heap.
 class Path {
  public:
-  static constexpr unsigned kMostNoted = 128;
+  bool isEmpty() const { return depth_ == 0; }
+  MR_AvlNode** last() const { return links_[depth_ - 1]; }
+  MR_AvlNode** pop() { return links_[--depth_]; }
 
-  explicit Path(unsigned noted) : noted_(noted) {}
-
-  bool atRoot() const { return depth_ == 0; }
-
-  void down(MR_AvlNode*& node, Side side) {
-    char* const step = reinterpret_cast<char*>(node) + side;
-    MR_AvlNode*& link = child(node, side);
-    node = link;
-    if (depth_ < noted_) {
-      steps_[depth_] = step;
-    } else {
-      link = reinterpret_cast<MR_AvlNode*>(deepest_);
-      deepest_ = step;
-    }
-    ++depth_;
-  }
-
-  // Tells from which side it came up.
-  Side up(MR_AvlNode*& node) {
-    --depth_;
-    char* const step = depth_ < noted_ ? steps_[depth_] : deepest_;
-    const Side side = static_cast<Side>(reinterpret_cast<std::uintptr_t>(step) & kSideBits);
-    MR_AvlNode* const parent = reinterpret_cast<MR_AvlNode*>(step - side);
-    if (depth_ >= noted_) {
-      MR_AvlNode*& link = child(parent, side);
-      deepest_ = reinterpret_cast<char*>(link);
-      link = node;
-    }
-    node = parent;
-    return side;
+  // False when there is no memory.
+  bool push(MR_AvlNode** link) {
+    if (depth_ == room_ && !grow()) return false;
+    links_[depth_++] = link;
+    return true;
   }
 
  private:
-  static constexpr std::uintptr_t kSideBits = kLeft | kRight;
-  static_assert(alignof(MR_AvlNode) > kSideBits);
+  bool grow() {
+    std::unique_ptr<MR_AvlNode**[]> larger(new (std::nothrow) MR_AvlNode**[2 * room_]);
+    if (larger == nullptr) return false;
+    std::copy_n(links_, depth_, larger.get());
+    heap_ = std::move(larger);
+    links_ = heap_.get();
+    room_ *= 2;
+    return true;
+  }
 
-  const unsigned noted_;
-  unsigned depth_ = 0;
-  char* deepest_ = nullptr;
-  char* steps_[kMostNoted];
+  MR_AvlNode** own_[128];
+  std::unique_ptr<MR_AvlNode**[]> heap_;
+  MR_AvlNode*** links_ = own_;
+  std::size_t room_ = std::size(own_);
+  std::size_t depth_ = 0;
 };
 
-// Goes round the tree from its root and back to it, until a call returns anything but 0. Calls
-// `between` for each node between its subtrees and `after` behind both; the latter may put another
-// node in its place.
-template <class Between, class After>
-int traverse(MR_AvlNode*& node, unsigned noted, Between between, After after) {
-  if (node == nullptr) return 0;
-  Path path(noted);
-  Side done = kNeither;
-  int result = 0;
-  while (result == 0) {
-    if (done == kNeither && node->left != nullptr) {
-      path.down(node, kLeft);
-      continue;
-    }
-    if (done != kRight) result = between(node);
-    if (result == 0 && done != kRight && node->right != nullptr) {
-      path.down(node, kRight);
-      done = kNeither;
-      continue;
-    }
-    if (result == 0) result = after(node);
-    if (path.atRoot()) return result;
-    done = path.up(node);
-  }
-  while (!path.atRoot()) path.up(node);
-  return result;
-}
-
-int goOn(MR_AvlNode*) {
-  return 0;
-}
-
+// Calls `visit` for each node, after its left and before its right subtree, until a call returns
+// anything but 0. Returns that, or 0 at the end, or MR_MEMORY_FAULT.
 template <class Visit>
 int walkInorder(MR_AvlNode* root, Visit visit) {
-  return traverse(root, Path::kMostNoted, visit, goOn);
+  Path path;
+  for (MR_AvlNode** link = &root;;) {
+    for (; *link != nullptr; link = &(*link)->left) {
+      if (!path.push(link)) return MR_MEMORY_FAULT;
+    }
+    if (path.isEmpty()) return 0;
+    MR_AvlNode* const node = *path.pop();
+    if (const int result = visit(node); result != 0) return result;
+    link = &node->right;
+  }
 }
 
+MR_AvlNode*& firstChild(MR_AvlNode* node) {
+  return node->left != nullptr ? node->left : node->right;
+}
+
+// Calls `visit` for the link to each node, after both subtrees of the node, and returns as
+// `walkInorder` does. `visit` may free the node or put another one into the link.
 template <class Visit>
-int walkPostorder(MR_AvlNode* root, Visit visit) {
-  return traverse(root, Path::kMostNoted, goOn, visit);
+int walkPostorder(MR_AvlNode*& root, Visit visit) {
+  Path path;
+  MR_AvlNode* none = nullptr;
+  for (MR_AvlNode** link = &root;;) {
+    for (; *link != nullptr; link = &firstChild(*link)) {
+      if (!path.push(link)) return MR_MEMORY_FAULT;
+    }
+    if (path.isEmpty()) return 0;
+    MR_AvlNode** const done = path.pop();
+    if (const int result = visit(*done); result != 0) return result;
+    const bool wasLeft = !path.isEmpty() && done == &(*path.last())->left;
+    link = wasLeft ? &(*path.last())->right : &none;
+  }
 }
 
 MR_AvlNode* outermost(MR_AvlNode* node, Side side) {
@@ -196,11 +183,11 @@ MR_AvlNode* outermost(MR_AvlNode* node, Side side) {
   return node;
 }
 
-// The next node on that side of the one that compares equal to the key.
+// The next node on the given side of the node that compares equal to the key.
 MR_AvlNode* neighbour(MR_AvlNode* root, const void* key, MR_AvlCompare compare, Side side) {
   KILN_ASSERT(compare != nullptr);
-  MR_AvlNode* turn = nullptr;  // the last node from which the search went away from that side
-  for (MR_AvlNode* node = root; node != nullptr;) {
+  MR_AvlNode* turn = nullptr;  // the last node from which the search went to the other side
+  for (MR_AvlNode* node = compare != nullptr ? root : nullptr; node != nullptr;) {
     const int order = compare(key, node);
     if (order == 0) {
       MR_AvlNode* const next = child(node, side);
@@ -213,7 +200,7 @@ MR_AvlNode* neighbour(MR_AvlNode* root, const void* key, MR_AvlCompare compare, 
   return nullptr;
 }
 
-// The link that points to the node, or null when the search for it ends elsewhere.
+// The link that points to the node; null when the search ends at an equal node or at none.
 MR_AvlNode** linkTo(MR_AvlNode** root, const MR_AvlNode* node, MR_AvlCompare compare) {
   MR_AvlNode** link = root;
   while (*link != node) {
@@ -225,7 +212,7 @@ MR_AvlNode** linkTo(MR_AvlNode** root, const MR_AvlNode* node, MR_AvlCompare com
   return link;
 }
 
-// What takes the place of a node that is removed.
+// The tree that takes the place of a removed node with these subtrees.
 MR_AvlNode* joined(MR_AvlNode* left, MR_AvlNode* right) {
   if (right == nullptr) return left;
   outermost(right, kLeft)->left = left;
@@ -237,7 +224,7 @@ MR_AvlNode* joined(MR_AvlNode* left, MR_AvlNode* right) {
 int MR_avl_insert(MR_AvlNode** root, MR_AvlNode* node, MR_AvlCompare compare) {
   if (root == nullptr || node == nullptr || compare == nullptr) return -1;
   MR_AvlNode** link = root;
-  MR_AvlNode** critical = root;  // the last link on the way to a node with a balance, or the root
+  MR_AvlNode** critical = root;  // the last link on the way whose node has a balance other than 0
   while (MR_AvlNode* const at = *link) {
     if (at->balance != 0) critical = link;
     const int order = compare(node, at);
@@ -279,13 +266,12 @@ int MR_avl_balance(MR_AvlNode** root) {
     rebalanceSubtree(link);
     return 0;
   };
-  if (root != nullptr) traverse(*root, 0, goOn, rebalanceOne);
-  return 1;
+  return root == nullptr || walkPostorder(*root, rebalanceOne) == 0 ? 1 : 0;
 }
 
 MR_AvlNode* MR_avl_find(MR_AvlNode* root, const void* key, MR_AvlCompare compare) {
   KILN_ASSERT(compare != nullptr);
-  MR_AvlNode* node = root;
+  MR_AvlNode* node = compare != nullptr ? root : nullptr;
   while (node != nullptr) {
     const int order = compare(key, node);
     if (order == 0) break;

@@ -1,11 +1,42 @@
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <limits>
+#include <new>
 #include <random>
 #include <set>
 #include <vector>
 
 #include <kilnbase/util/mr_avl.h>
+#include <kilnbase/util/mr_status.h>
+
+namespace {
+
+constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+
+// Larger pieces of memory are not to be had.
+std::size_t largestPiece = kNoLimit;
+bool wasRefused = false;
+
+}  // namespace
+
+// Not inlined, as GCC warns about a pair of which only one half is.
+[[gnu::noinline]] void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+  wasRefused = wasRefused || bytes > largestPiece;
+  return bytes > largestPiece ? nullptr : std::malloc(bytes);
+}
+[[gnu::noinline]] void* operator new[](std::size_t bytes) {
+  void* const memory = operator new[](bytes, std::nothrow);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+[[gnu::noinline]] void operator delete[](void* memory) noexcept {
+  std::free(memory);
+}
+[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
 
 namespace {
 
@@ -24,7 +55,7 @@ int compareItems(const void* a, const void* b) {
   return keyOf(a) - keyOf(b);
 }
 
-// The fields of all nodes, each in front of its subtrees, with -1 for a subtree that is not there.
+// The fields of all nodes, each node before its subtrees, and -1 for each missing subtree.
 std::vector<int> shape(const MR_AvlNode* node) {
   if (node == nullptr) return {-1};
   std::vector<int> all = {keyOf(node), node->balance, node->direction};
@@ -34,7 +65,7 @@ std::vector<int> shape(const MR_AvlNode* node) {
   return all;
 }
 
-// The definition of the operations, word by word: heights anew for each pass, a rotation a pass.
+// The operations as they are defined: each pass measures all heights and rotates once at most.
 namespace plain {
 
 // Returns the height and sets the balances.
@@ -102,7 +133,7 @@ std::vector<Item> numbered(int count) {
   return items;
 }
 
-// A chain with a step to the left each so many steps, to the right else.
+// A chain whose steps go to the right, but for every `period`-th, which goes to the left.
 MR_AvlNode* chained(std::vector<Item>& items, std::size_t period) {
   MR_AvlNode* root = nullptr;
   MR_AvlNode** link = &root;
@@ -158,7 +189,7 @@ TEST(Avl, RandomOperationsGiveTheDefinedTrees) {
 }
 
 TEST(Avl, ChainsAreBalancedAndWalkedAsFarAsTold) {
-  std::vector<Item> items = numbered(300);         // deeper than the walks note the way
+  std::vector<Item> items = numbered(300);         // more levels than fit without the heap
   std::vector<Item> deepItems = numbered(300000);  // too deep for the stack
   for (const std::size_t period : {1U, 2U, 1000000U}) {
     MR_AvlNode *root = chained(items, period), *deepRoot = chained(deepItems, period);
@@ -190,11 +221,44 @@ TEST(Avl, ChainsAreBalancedAndWalkedAsFarAsTold) {
   }
 }
 
+TEST(Avl, CallbacksMaySearchATreeOfAnyHeight) {
+  static MR_AvlNode* root;
+  std::vector<Item> items = numbered(300);
+  root = chained(items, 2);
+  const auto search = [](MR_AvlNode* node) {
+    EXPECT_EQ(node, MR_avl_find(root, node, compareItems));
+    return 0;
+  };
+  EXPECT_EQ(0, MR_avl_inorder(root, search));
+  EXPECT_EQ(0, MR_avl_postorder(root, search));
+}
+
+TEST(Avl, StaysASearchTreeWhenThereIsNoMemoryToWalkIt) {
+  std::vector<Item> items = numbered(300);
+  MR_AvlNode* root = chained(items, 2);
+  const std::vector<int> before = shape(root);
+  largestPiece = 2000;
+  const auto goOn = [](MR_AvlNode*) { return 0; };
+  const int inorder = MR_avl_inorder(root, goOn), postorder = MR_avl_postorder(root, goOn);
+  const std::vector<int> walked = shape(root);
+  const int balanced = MR_avl_balance(&root);
+  largestPiece = kNoLimit;
+  if (!wasRefused) GTEST_SKIP() << "the library has an allocator of its own";
+  EXPECT_EQ(MR_MEMORY_FAULT, inorder);
+  EXPECT_EQ(MR_MEMORY_FAULT, postorder);
+  EXPECT_EQ(before, walked);
+  EXPECT_EQ(0, balanced);
+  Stop never = {0};
+  EXPECT_EQ(0, MR_avl_inorder_user(root, visit, &never));
+  EXPECT_TRUE(std::ranges::equal(items, never.keys, {}, &Item::key));
+}
+
 TEST(Avl, SearchesAndNeighboursAreThoseOfASortedSet) {
   std::mt19937 random(1);
   MR_AvlNode* root = nullptr;
-  EXPECT_TRUE(!MR_avl_first(root) && !MR_avl_last(root) && !MR_avl_left(root) &&
-              !MR_avl_right(root));
+  for (const auto end : {MR_avl_first, MR_avl_last, MR_avl_left, MR_avl_right}) {
+    EXPECT_EQ(nullptr, end(root));
+  }
   std::vector<Item> items = numbered(400);
   EXPECT_EQ(-1, MR_avl_insert(nullptr, &items[0].node, compareItems));
   EXPECT_EQ(-1, MR_avl_insert(&root, nullptr, compareItems));
