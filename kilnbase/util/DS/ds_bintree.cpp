@@ -27,13 +27,12 @@ struct Node : Slot {
 
 // A treap (R. Seidel and C. R. Aragon, "Randomized search trees", Algorithmica 16, 1996): the items
 // are in order from left to right, and no node has a smaller priority than its children. Random
-// priorities keep the depth logarithmic whatever the order of adding.
-struct Tree : Node {  // The node above the root, which is its left child.
+// priorities keep the depth logarithmic whatever the order of adding. The tree itself is a node
+// whose left child is the root.
+struct Tree : Node {
   std::array<Node*, 2> ends;
-  std::size_t count;
   std::uint32_t random = 2463534242U;
-  DS_Comparator comparator;  // What `consistent` is about; null for nothing.
-  bool consistent;           // So far, all answers were those of one order of all items.
+  DS_Comparator order;  // All items are in the order of this comparator; null for none.
 };
 
 Node* nodeOf(Slot* slot) {
@@ -53,7 +52,7 @@ void attach(Node* parent, Side side, Node* child) {
   if (child != nullptr) child->parent = parent;
 }
 
-// Lets a node and its parent change places, keeping the order.
+// Lets a node and its parent change places; the order of the items stays.
 void rotateUp(Node* node) {
   Node* parent = node->parent;
   const Side side = sideOf(node);
@@ -62,7 +61,7 @@ void rotateUp(Node* node) {
   attach(node, opposite(side), parent);
 }
 
-// The next node in order towards that side, of a node that is not the last one there.
+// The neighbour in order on the given side. The node must not be the last one on that side.
 Node* neighbour(Node* node, Side side) {
   if (Node* child = node->children[side]; child != nullptr) {
     while (child->children[opposite(side)] != nullptr) child = child->children[opposite(side)];
@@ -88,29 +87,23 @@ struct BinaryTree {
   static Slot* next(const void* data, Slot* slot) { return step(data, slot, kRight); }
   static Slot* previous(const void* data, Slot* slot) { return step(data, slot, kLeft); }
 
-  // The promised place is found by asking in order. Under a comparator that orders the items and
-  // answers -1, 0 or 1 a binary search finds the same one.
+  // The gap that `gapInOrder` finds: by binary search while the items are in the comparator's
+  // order.
   static Gap place(void* data, DS_Comparator comparator, void* item) {
-    if (first(data) == nullptr) return {};
     Tree& tree = *treeOf(data);
-    if (tree.comparator != comparator) {
-      tree.comparator = comparator;
-      tree.consistent = !isConstant(comparator) && isInOrder(tree);
-    }
-    if (tree.consistent && tree.count < kProbation) tree.consistent = isMonotone(tree, item);
-    if (tree.consistent && tree.count >= kProbation) {
+    const bool isInOrder = first(data) == nullptr || tree.order == comparator;
+    tree.order = isInOrder && comparator != Ds_fifo_comparator ? comparator : nullptr;
+    if (tree.order != nullptr) {
       if (const std::optional<Gap> gap = search(tree, item)) return *gap;
-      tree.consistent = false;
+      tree.order = nullptr;
     }
     return gapInOrder<BinaryTree>(data, comparator, item);
   }
 
-  static void reordered(Slot* slot) {
+  static void reordered(Slot* slot, DS_Comparator comparator) {
     Node* node = nodeOf(slot);
     while (node->parent != nullptr) node = node->parent;
-    Tree& tree = *static_cast<Tree*>(node);
-    tree.comparator = nullptr;
-    tree.consistent = false;
+    static_cast<Tree*>(node)->order = comparator;
   }
 
   static void* make() { return new (std::nothrow) Tree(); }
@@ -123,7 +116,6 @@ struct BinaryTree {
     node->priority = nextRandom(tree.random);
     insertLeaf(tree, gap, node);
     while (node->parent != &tree && node->parent->priority < node->priority) rotateUp(node);
-    ++tree.count;
     return true;
   }
 
@@ -133,7 +125,6 @@ struct BinaryTree {
     if (node == tree.ends[kLeft]) tree.ends[kLeft] = nodeOf(next(data, slot));
     if (node == tree.ends[kRight]) tree.ends[kRight] = nodeOf(before);
     unlink(node);
-    --tree.count;
     return later;
   }
 
@@ -154,10 +145,6 @@ struct BinaryTree {
   }
 
  private:
-  // The number of items up to which a comparator is asked about all of them and its answers are
-  // compared. One that does not order items, or has other answers, shows it here.
-  static constexpr std::size_t kProbation = 32;
-
   static Slot* end(const void* data, Side side) {
     return data != nullptr ? static_cast<const Tree*>(data)->ends[side] : nullptr;
   }
@@ -166,7 +153,7 @@ struct BinaryTree {
     return slot == end(data, side) ? nullptr : neighbour(nodeOf(slot), side);
   }
 
-  // One side of the gap is free.
+  // One of the two neighbours has no child on the side of the gap.
   static void insertLeaf(Tree& tree, Gap gap, Node* node) {
     Node* before = nodeOf(gap.before);
     Node* after = nodeOf(gap.after);
@@ -189,61 +176,27 @@ struct BinaryTree {
     delete node;
   }
 
-  static bool isConstant(DS_Comparator comparator) {
-    return comparator == nullptr || comparator == Ds_fifo_comparator ||
-           comparator == Ds_filo_comparator;
-  }
-
-  // Whether an item that equals one end compares with the other as that end does. One that equals
-  // items which differ, as a NaN does among numbers, does not.
-  static bool fitsEnds(const Tree& tree, const Slot* slot) {
-    const Slot* const front = first(&tree);
-    const Slot* const back = last(&tree);
-    const int toFront = tree.comparator(slot, front), toBack = tree.comparator(slot, back);
-    return (toFront != 0 || toBack == tree.comparator(front, back)) &&
-           (toBack != 0 || toFront == tree.comparator(back, front));
-  }
-
-  // Whether no item is less than the one before it, by answers of 0 and 1.
-  static bool isInOrder(const Tree& tree) {
-    Slot* slot = first(&tree);
-    for (Slot* later = next(&tree, slot); later != nullptr; later = next(&tree, later)) {
-      const int answer = tree.comparator(later, slot);
-      if ((answer != 0 && answer != 1) || !fitsEnds(tree, later)) return false;
-      slot = later;
-    }
-    return true;
-  }
-
-  // Whether the answers about an item go from 1 by way of 0 to -1 along the order.
-  static bool isMonotone(const Tree& tree, void* item) {
-    const Slot added{item};
-    if (!fitsEnds(tree, &added)) return false;
-    int least = 1;
-    for (Slot* slot = first(&tree); slot != nullptr; slot = next(&tree, slot)) {
-      const int answer = tree.comparator(&added, slot);
-      if (answer > least || answer < -1) return false;
-      least = answer;
-    }
-    return true;
-  }
-
-  // The gap by binary search; nothing when the comparator answers anything but -1, 0 and 1. One
-  // that answers with differences shows it best at the front, which is asked first.
+  // Nothing when an answer is not -1, 0 or 1. Only exactly 1 counts as greater, so a comparator
+  // that answers with differences puts an item in front of lesser ones and leaves the items in no
+  // order. The front is asked first, because such a comparator shows there before it does so.
   static std::optional<Gap> search(const Tree& tree, void* item) {
     const Slot added{item};
-    Slot* const front = first(&tree);
-    int answer = tree.comparator(&added, front);
-    if (!fitsEnds(tree, &added)) return std::nullopt;
-    if (answer == 0 || answer == -1) return Gap{nullptr, front};
-    Gap gap{};
-    Node* node = tree.children[kLeft];
-    while (node != nullptr && answer <= 1 && answer >= -1) {
-      answer = tree.comparator(&added, node);
-      (answer == 1 ? gap.before : gap.after) = node;
-      node = node->children[answer == 1 ? kRight : kLeft];
+    bool isUsual = true;
+    const auto isGreaterThan = [&](const Slot* slot) {
+      const int answer = tree.order(&added, slot);
+      isUsual = isUsual && answer >= -1 && answer <= 1;
+      return answer == 1;
+    };
+    Gap gap{nullptr, first(&tree)};
+    if (gap.after != nullptr && isGreaterThan(gap.after)) {
+      gap.after = nullptr;
+      for (Node* node = tree.children[kLeft]; node != nullptr;) {
+        const bool isGreater = isGreaterThan(node);
+        (isGreater ? gap.before : gap.after) = node;
+        node = node->children[isGreater ? kRight : kLeft];
+      }
     }
-    if (answer > 1 || answer < -1) return std::nullopt;
+    if (!isUsual) return std::nullopt;
     return gap;
   }
 };

@@ -21,7 +21,7 @@ constinit DS_Structure* objectTable = nullptr;
 constinit DS_Structure* comparators = nullptr;
 constinit DS_Structure* filters = nullptr;
 
-// The caller's status, or a stand-in where there is none; 0 to begin with.
+// The caller's status, or a stand-in for a null one. Sets it to 0.
 class Outcome {
  public:
   explicit Outcome(StatusCode* status) : code_(status != nullptr ? status : &standIn_) {
@@ -75,7 +75,7 @@ bool isComplete(const DS_Methods& m) {
          m.tail && m.next && m.prev && m.destructor && m.get_type;
 }
 
-// A structure like `model` with storage that `make` returns; null when that fails.
+// A structure like `model` with the storage that `make` returns. Null when `make` fails.
 template <class Make>
 DS_Structure* resultLike(const DS_Structure& model, Outcome& outcome, Make make) {
   DS_Structure* result = newHeader(model, outcome, __LINE__, __FILE__);
@@ -90,7 +90,7 @@ DS_Structure* resultLike(const DS_Structure& model, Outcome& outcome, Make make)
 
 using Selection = void* (*)(const DS_Structure*, const DS_Structure*, StatusCode*);
 
-// The difference or the intersection.
+// The difference or the intersection, as the slot of the table says.
 DS_Structure* select(const DS_Structure* a, const DS_Structure* b, Selection DS_Methods::*slot,
                      StatusCode* status) {
   Outcome outcome(status);
@@ -132,8 +132,8 @@ int registerFunction(int id, Fn fn, DS_Structure*& registry, StatusCode* status)
   return MR_register_item(id, reinterpret_cast<void*>(fn), &registry, outcome);
 }
 
-// Puts `fn` into the header's field unless the registry exists and lacks it. Returns what was
-// there.
+// Puts `fn` into the header's field unless the registry exists and lacks `fn`. Returns the previous
+// value of the field.
 template <class Fn>
 Fn install(Fn& field, Fn fn, const DS_Structure* registry, StatusCode* status) {
   const Fn previous = field;

@@ -1,32 +1,32 @@
 /* Generic structures: containers of item pointers behind one set of operations.
  *
- * A structure is a header with a table of methods. The operations that begin with `DS_` work over
- * any table; four kinds are built in, a doubly and a singly linked list, a binary tree and an array
- * (`DS_DLIST` to `DS_ARRAY`), and an application can register its own. Items are not owned: freeing
- * a structure leaves them alone unless a `DS_FreeFn` is given. A comparator decides where new items
- * go, and a filter hides items from every walk, count, lookup and copy.
+ * A structure is a header with a table of methods. The operations that begin with `DS_` work with
+ * any table. Four kinds are built in: a doubly and a singly linked list, a binary tree and an array
+ * (`DS_DLIST` to `DS_ARRAY`). An application can register kinds of its own. Items are not owned:
+ * freeing a structure leaves them alone unless a `DS_FreeFn` is given. A comparator decides where
+ * new items go, and a filter hides items from every walk, count, lookup and copy.
  *
- *     StatusCode status = 0;
+ *     char wing[] = "wing", bonnet[] = "bonnet";
+ *     StatusCode status = MR_NO_ERROR;
  *     DS_Structure* names = DS_create_type(DS_SLIST, &status, __LINE__, __FILE__);
  *     names->comparator = Ds_string_comparator;
- *     names->methods->add(names, "wing", &status);
- *     names->methods->add(names, "bonnet", &status);
- *     ...
+ *     names->methods->add(names, wing, &status);
+ *     names->methods->add(names, bonnet, &status);
  *     DS_destructor(&names, NULL, NULL, &status);
  *
  * Status. A `StatusCode*` may be null everywhere. The operations set the code to 0 first. The
- * methods of a table only ever write a code when something fails; a lookup that misses is
+ * methods of a table write a code only when something fails. A lookup that finds nothing is
  * `MR_ITEM_NOT_FOUND`.
  *
- * Callbacks. Most take the caller's `user` pointer. When that is null, the callback is called
+ * Callbacks. Most take the caller's `user` pointer. When `user` is null, the callback is called
  * without it: a `DS_WalkFn` as `int (*)(void* item, StatusCode*)`, the others with their first
- * argument alone. A function of that shorter form is passed with a cast.
+ * argument alone. A function of such a shorter form is passed with a cast.
  *
- * Positions. A position stands for an item's place, and its first word is the item. In the lists
- * and the tree it is a node, which stays where it is until its item is removed. In the array it is
- * the address of a slot: adding may move the whole buffer, after which every position is stale, and
- * both adding and removing shift the items behind. `remove` returns a position that is good after
- * the removal. A structure must not change while `walk` or `find` is in it.
+ * Positions. A position stands for the place of an item, and its first word is the item. In the
+ * lists and the tree a position is a node, which stays where it is until its item is removed. In
+ * the array a position is the address of a slot: adding may move the whole buffer, which makes
+ * every position stale, and adding and removing shift the items behind. `remove` returns a position
+ * that is valid after the removal. A structure must not change while `walk` or `find` runs.
  *
  * Nothing is locked; registrations are made at start-up.
  */
@@ -57,10 +57,10 @@ typedef int (*DS_Filter)(void* item);
 /** Visits an item; 0 tells that it failed. Without `user`: (item, status). */
 typedef int (*DS_WalkFn)(void* item, void* user, StatusCode* status);
 
-/** Whether this is the item that is looked for. Without `user`: (item). */
+/** Whether the item is the one that the caller looks for. Without `user`: (item). */
 typedef int (*DS_MatchFn)(const void* item, const void* user);
 
-/** Disposes of the item at a position that is about to go. Without `user`: (position). */
+/** Disposes of the item at a position that is about to be removed. Without `user`: (position). */
 typedef int (*DS_FreeFn)(DS_Position position, void* user);
 
 /** The item to put into a copy. Without `user`: (item). */
@@ -69,10 +69,10 @@ typedef void* (*DS_CopyFn)(void* item, void* user);
 /** Prints an item. Always called with both arguments. */
 typedef int (*DS_PrintFn)(void* item, void* user);
 
-/** What a kind of structure can do. The positions that `head`, `tail`, `next` and `prev` return are
- * those of items that pass the filter. "Storage" is what `data` of a structure points to; the
- * methods that return some make it anew, for the caller to put into a header, and return null both
- * for storage without items and (with a code) on failure. A null structure, or a null position, is
+/** What a kind of structure can do. `head`, `tail`, `next` and `prev` return positions of items
+ * that pass the filter. "Storage" is what `data` of a structure points to. A method that returns
+ * storage makes it anew, for the caller to put into a header. It returns null for storage without
+ * items, and null with a code on failure. A null structure or a null position is
  * `MR_ARGUMENT_ERROR` everywhere. */
 typedef struct DS_Methods {
   /** Calls `fn` for each item, forward (`direction` 0) or backward (1), at most `limit` times
@@ -84,25 +84,25 @@ typedef struct DS_Methods {
               StatusCode* status);
   /** The number of items that pass the filter, or -1 for a null structure. */
   int (*enumerate)(const DS_Structure* structure, StatusCode* status);
-  /** Puts the item in front of the first one for which the comparator, asked (new, other), returns
-   * anything but exactly 1: so before its equals. Without a comparator the item goes to the end,
-   * with `MR_CANNOT_SORT`. An item that the filter hides is not added (`MR_ITEM_FILTERED`). Clears
-   * `ordered` when `status` is null or holds `MR_CANNOT_SORT` afterwards. Returns whether the item
-   * was added. */
+  /** Puts the item in front of the first item for which the comparator, asked (new, other), returns
+   * anything but exactly 1. So a new item goes before its equals. Without a comparator the item
+   * goes to the end, with `MR_CANNOT_SORT`. An item that the filter hides is not added
+   * (`MR_ITEM_FILTERED`). Returns whether the item was added. Kept as it is: an addition clears
+   * `ordered` when `status` is null or holds `MR_CANNOT_SORT` afterwards, even from before. */
   int (*add)(DS_Structure* structure, void* item, StatusCode* status);
-  /** Removes the first visible place of the item, calling `free_fn`, if given, just before. Returns
-   * the position of the next visible item. */
+  /** Removes the first visible position of the item. `free_fn`, if given, is called just before.
+   * Returns the position of the next visible item. */
   DS_Position (*remove)(DS_Structure* structure, void* item, DS_FreeFn free_fn, void* user,
                         StatusCode* status);
-  /** Sorts all items, hidden ones too, by the comparator with qsort, and sets `ordered`. Positions
-   * stay and get other items. The comparator must order the items, which `Ds_fifo_comparator` and
+  /** Sorts all items, also hidden ones, by the comparator with qsort, and sets `ordered`. Positions
+   * stay and get other items. The comparator must order the items; `Ds_fifo_comparator` and
    * `Ds_filo_comparator` do not. A structure without items is `MR_ARGUMENT_ERROR`. */
   int (*sort)(DS_Structure* structure, StatusCode* status);
   /** New storage with the visible items of `a`, then those of `b`, each added by the comparator and
    * the filter of `a`; either may be null. */
   void* (*merge)(const DS_Structure* a, const DS_Structure* b, StatusCode* status);
-  /** The position of the first visible item for which `match` returns non-zero; without `match`,
-   * of the item that is the pointer `user`. Both null is `MR_ARGUMENT_ERROR`. */
+  /** The position of the first visible item for which `match` returns non-zero; without `match`, of
+   * the item that is the pointer `user`. When both are null, the code is `MR_ARGUMENT_ERROR`. */
   DS_Position (*find)(const DS_Structure* structure, DS_MatchFn match, const void* user,
                       StatusCode* status);
   /** New storage with the visible items of `a` that `b` does not contain. */
@@ -113,8 +113,8 @@ typedef struct DS_Methods {
   int (*contains_item)(const DS_Structure* structure, const void* item, StatusCode* status);
   void* (*get_data)(DS_Position position, StatusCode* status);
   void (*set_data)(DS_Position position, void* item, StatusCode* status);
-  /** New storage with what `copy_fn` returns for each visible item, or with the items themselves,
-   * added by the comparator. The filter is not asked about copies. */
+  /** New storage with what `copy_fn` returns for each visible item, or with the items themselves
+   * when `copy_fn` is null, added by the comparator. The filter is not asked about copies. */
   void* (*duplicate)(const DS_Structure* structure, DS_CopyFn copy_fn, void* user,
                      StatusCode* status);
   DS_Position (*head)(const DS_Structure* structure, StatusCode* status);
@@ -123,10 +123,10 @@ typedef struct DS_Methods {
   DS_Position (*next)(const DS_Structure* structure, DS_Position position, StatusCode* status);
   /** Counts from the head in a singly linked list. */
   DS_Position (*prev)(const DS_Structure* structure, DS_Position position, StatusCode* status);
-  /** Removes all items, hidden ones too, and frees the storage. `free_fn`, if given, is called for
+  /** Removes all items, also hidden ones, and frees the storage. `free_fn`, if given, is called for
    * each position, from the head. The header stays and can be filled again. */
   int (*destructor)(DS_Structure* structure, DS_FreeFn free_fn, void* user, StatusCode* status);
-  /** Storage to begin with. May be null in a table: storage begins as null. */
+  /** New storage without items. May be null in a table whose kind takes null for such storage. */
   void* (*allocate)(DS_Structure* structure, StatusCode* status);
   /** The number of the kind. */
   int (*get_type)(void);
@@ -142,17 +142,24 @@ struct DS_Structure {
   const DS_Methods* methods;
 };
 
-/** The built-in kinds, which need no registration. */
+/** The built-in kinds, which need no registration.
+ *
+ * The tree asks the comparator on the way down only, which makes adding logarithmic. The comparator
+ * of a tree must therefore order the items: a comparator with a tolerance orders nothing and
+ * belongs to a list. The keys of items must not change while the items are in a tree.
+ *
+ * After an addition under another comparator, after `set_data`, and once the comparator answers
+ * anything but -1, 0 and 1, a tree asks item by item, as the lists do, until the tree is emptied or
+ * sorted. */
 enum {
   DS_DLIST = 1,   /**< Doubly linked list. */
   DS_SLIST = 2,   /**< Singly linked list. */
-  DS_BINTREE = 3, /**< Binary tree. Adding takes logarithmic time under a comparator that orders the
-                       items, which then must not change their order while they are in. */
+  DS_BINTREE = 3, /**< Binary tree. */
   DS_ARRAY = 4    /**< Array, which grows in proportion to its size. */
 };
 
-/* The methods of the kinds, `Ds_slist_walk` for example, as told in `DS_Methods`, and the table
- * that holds them. */
+/* The methods of the kinds, `Ds_slist_walk` for example, as told in `DS_Methods`, and the tables
+ * that hold them. */
 #define DS_DECLARE_KIND(kind)                                                                     \
   KILNBASE_API const DS_Methods* Ds_##kind##_get_methods(void);                                   \
   KILNBASE_API int Ds_##kind##_walk(const DS_Structure* structure, DS_WalkFn fn, void* user,      \
@@ -192,23 +199,25 @@ DS_DECLARE_KIND(array);
 #undef DS_DECLARE_KIND
 KILNBASE_API void* Ds_array_allocate(DS_Structure* structure, StatusCode* status);
 
-/** Registers a kind of structure under an id of at least 0; the table is kept, not copied. A null
- * table is `MR_ARGUMENT_ERROR`, one that lacks any method but `intersect` and `allocate` is
- * `MR_INVALID_DATA`. A negative or used id is `MR_INVALID_FUNCTION`. Returns 1 or 0. */
+/** Registers a kind of structure under an id of at least 0. The table is kept, not copied. A null
+ * table is `MR_ARGUMENT_ERROR`. A table that lacks a method is `MR_INVALID_DATA`. A negative or
+ * used id is `MR_INVALID_FUNCTION`. Returns 1 or 0. Kept as it is: `intersect` may be missing, like
+ * `allocate`. */
 KILNBASE_API int Ds_register_structure(int id, const DS_Methods* methods, StatusCode* status);
 
 /** The registered kinds: a structure of the kind that was registered first, with entries as in
- * mr_register.h. Null until a complete table is handed in for registration. */
+ * mr_register.h. Null until the first registration of a complete table. */
 KILNBASE_API DS_Structure* Ds_get_object_table(void);
 
 /** A new structure of a registered or built-in kind: `ordered`, with `Ds_fifo_comparator`, without
- * a filter. Null with `MR_MEMORY_FAULT` when there is no memory. Of an unknown kind it has no
- * methods, and the status tells why; such a header is freed with `MA_free`. `line` and `file` are
- * what the report of unfreed memory (vx/Memory.h) names. */
+ * a filter. Null with `MR_MEMORY_FAULT` when there is no memory. For an unknown kind the header has
+ * no methods, and the status holds the code of the look-up; such a header is freed with `MA_free`.
+ * The report of unfreed memory (vx/Memory.h) names `line` and `file`. */
 KILNBASE_API DS_Structure* DS_create_type(int kind, StatusCode* status, int line, const char* file);
 
-/** Registers a comparator or a filter under an id, as `MR_register_item` does. The functions below
- * find one by the other; a miss is null or -1 with a code. */
+/** Registers a comparator or a filter under an id, as `MR_register_item` does. The four functions
+ * that follow find a function by its id and an id by its function. When there is none, they return
+ * null or -1 with a code. */
 KILNBASE_API int DS_register_comparator(int id, DS_Comparator fn, StatusCode* status);
 KILNBASE_API int DS_register_filter(int id, DS_Filter fn, StatusCode* status);
 KILNBASE_API DS_Comparator DS_get_comparator_function(int id, StatusCode* status);
@@ -216,57 +225,60 @@ KILNBASE_API DS_Filter DS_get_filter_function(int id, StatusCode* status);
 KILNBASE_API int DS_get_comparator_index(DS_Comparator fn, StatusCode* status);
 KILNBASE_API int DS_get_filter_index(DS_Filter fn, StatusCode* status);
 
-/** Installs a comparator and returns the previous one. Once any comparator is registered, one that
- * is not is refused with `MR_ITEM_NOT_FOUND`. Neither sorts nor touches `ordered`. */
+/** Installs a comparator and returns the previous one. Once any comparator is registered, a
+ * comparator that is not registered is refused with `MR_ITEM_NOT_FOUND`. Does not sort, and leaves
+ * `ordered` as it is. */
 KILNBASE_API DS_Comparator DS_set_comparator(DS_Structure* structure, DS_Comparator fn,
                                              StatusCode* status);
 
-/** Installs a filter and returns the previous one. Once any filter is registered, one that is not
- * is refused with `MR_ITEM_NOT_FOUND`. Clears `ordered` in either case. */
+/** Installs a filter and returns the previous one. Once any filter is registered, a filter that is
+ * not registered is refused with `MR_ITEM_NOT_FOUND`. Kept as it is: `ordered` is cleared even when
+ * the filter is refused. */
 KILNBASE_API DS_Filter DS_set_filter(DS_Structure* structure, DS_Filter fn, StatusCode* status);
 
-/** A new structure with the methods, comparator, filter and `ordered` of this one, and with copies
- * of its visible items made by `copy_fn`, or with the items themselves when that is null. Null on
- * failure, which leaves behind the copies made so far. */
+/** A new structure with the methods, comparator, filter and `ordered` of the given one, and with
+ * copies of its visible items made by `copy_fn`, or with the items themselves when `copy_fn` is
+ * null. Null on failure; copies made before the failure are not freed. */
 KILNBASE_API DS_Structure* DS_duplicate(const DS_Structure* structure, DS_CopyFn copy_fn,
                                         void* user, StatusCode* status);
 
-/** A new structure like `a` with those of its visible items that `b` does not contain, or does.
- * Both must be of one kind and have one comparator (else `MR_INCOMPATIBILITY`). Null, without a
- * code, when there are no such items. The result is `ordered` when both are, the status pointer is
- * not null and the items could be sorted. Takes the time of a lookup in `b` for each item. */
+/** A new structure like `a` with the visible items of `a` that `b` does not contain, or with those
+ * that `b` contains. Both must be of one kind and have one comparator (else `MR_INCOMPATIBILITY`).
+ * Null, without a code, when there are no such items. The result is `ordered` when `a` and `b` are,
+ * `status` is not null and the items could be sorted. Takes one look-up in `b` for each item. */
 KILNBASE_API DS_Structure* DS_difference(const DS_Structure* a, const DS_Structure* b,
                                          StatusCode* status);
 KILNBASE_API DS_Structure* DS_intersect(const DS_Structure* a, const DS_Structure* b,
                                         StatusCode* status);
 
-/** A new structure like `a` with the visible items of `a`, then those of `b`, added one by one; an
- * item of `b` that the filter of `a` hides makes it fail. One of the two may be null. Both must be
- * of one kind and have one comparator (else `MR_INCOMPATIBILITY`). The result is `ordered` when
- * there is a comparator. */
+/** A new structure like `a` with the visible items of `a`, then those of `b`, added one by one. An
+ * item of `b` that the filter of `a` hides makes the merger fail. One of `a` and `b` may be null.
+ * Both must be of one kind and have one comparator (else `MR_INCOMPATIBILITY`). The result is
+ * `ordered` when there is a comparator. */
 KILNBASE_API DS_Structure* DS_merge(const DS_Structure* a, const DS_Structure* b,
                                     StatusCode* status);
 
-/** Removes every item, hidden or not, for which `keep` returns 0, or all when `keep` is null.
- * Null items are shown to `keep`, too. Each removal looks for its item from the head, so many of
- * them in a long structure take quadratic time. Returns 1, or 0 for a null structure. */
+/** Removes every item, hidden or not, for which `keep` returns 0, or all items when `keep` is null.
+ * `keep` is also asked about null items. Each removal looks for its item from the head, so many
+ * removals from a long structure take quadratic time. Returns 1, or 0 for a null structure. */
 KILNBASE_API int DS_remove_unfiltered_items(DS_Structure* structure, DS_Filter keep,
                                             DS_FreeFn free_fn, void* user, StatusCode* status);
 
 /** Removes the items that are null. */
 KILNBASE_API int DS_remove_nulls(DS_Structure* structure, StatusCode* status);
 
-/** Removes all items, hidden or not; the structure can be filled again. Returns 1 or 0. */
+/** Removes all items, hidden or not. The structure can be filled again. Returns 1 or 0. */
 KILNBASE_API int DS_empty_list(DS_Structure* structure, DS_FreeFn free_fn, void* user,
                                StatusCode* status);
 
-/** Empties and frees a structure and sets the variable to null. Returns 1, or 0 when emptying
- * fails, which it does for a structure without methods; then nothing is freed. */
+/** Empties and frees a structure and sets the variable to null. Returns 1; or 0, with nothing
+ * freed, when emptying fails, as it does for a structure without methods. */
 KILNBASE_API int DS_destructor(DS_Structure** structure, DS_FreeFn free_fn, void* user,
                                StatusCode* status);
 
-/** Frees what the pointer variable at `variable` points to, with `free`, and sets it to null.
- * Returns 1. It serves as a `DS_FreeFn` of the shorter form for items that came from `malloc`. */
+/** Frees, with `free`, the memory that the pointer variable at `variable` points to, and sets the
+ * variable to null. Returns 1. Serves as a `DS_FreeFn` of the shorter form for items from `malloc`.
+ */
 KILNBASE_API int DS_memory_free(void* variable);
 
 /** Prints the header and the visible items through `rptDebug`, level 0. */
@@ -285,11 +297,11 @@ KILNBASE_API int Ds_filo_comparator(const void* a, const void* b);
  * equals every other. */
 KILNBASE_API int Ds_string_comparator(const void* a, const void* b);
 
-/** A `DS_MatchFn`: whether two strings are equal; a null one never is. */
+/** A `DS_MatchFn`: whether two strings are equal. A null string equals none. */
 KILNBASE_API int Ds_string_find(const void* s1, const void* s2);
 
-/** A `DS_WalkFn` that adds 1 to the `int` at `counter`, if there is one, and returns 1. In a walk
- * without `user` the status stands in the counter's place and is counted up. */
+/** A `DS_WalkFn` that adds 1 to the `int` at `counter`, unless that is null, and returns 1. Kept as
+ * it is: a walk without `user` passes the status as the counter, and the status is counted up. */
 KILNBASE_API int Ds_enumerate(void* item, void* counter, StatusCode* status);
 
 #ifdef __cplusplus

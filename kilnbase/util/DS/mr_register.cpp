@@ -17,8 +17,8 @@ MR_Registration* entryAt(DS_Position position, const DS_Structure* registry) {
   return static_cast<MR_Registration*>(registry->methods->get_data(position, nullptr));
 }
 
-// The place of the first entry that `matches`. Look-ups go through all entries before it, which in
-// a list of the built-in kind takes no calls.
+// The position of the first entry for which `matches` returns true. In a list of the built-in kind
+// the search goes through the nodes without calls by pointer.
 template <class Predicate>
 DS_Position findEntry(const DS_Structure* registry, Predicate matches, StatusCode* status) {
   if (lacksMethods(registry)) return fail(status, MR_ARGUMENT_ERROR);

@@ -8,7 +8,7 @@
 
 namespace vxKilnBase::detail {
 
-// What a function that fails returns: 0 or null.
+// The result of a function that fails: 0 or null.
 struct Failure {
   operator int() const { return 0; }
   template <class T>
@@ -26,13 +26,13 @@ inline bool lacksMethods(const DS_Structure* structure) {
   return structure == nullptr || structure->methods == nullptr;
 }
 
-// To print and to compare.
+// The address as a number, to be printed or compared.
 template <class T>
 unsigned long long addressOf(T* pointer) {
   return reinterpret_cast<std::uintptr_t>(pointer);
 }
 
-// Where the codes go of what is only tidied up.
+// The status for operations whose failure does not matter.
 inline StatusCode* ignored() {
   Mr_err_ignore = MR_NO_ERROR;
   return &Mr_err_ignore;
@@ -44,13 +44,14 @@ int order(T a, T b) {
   return (a > b) - (a < b);
 }
 
-// The same function under another type. By way of void (*)(), as compilers warn about other casts.
+// The same function under another type. The cast by way of void (*)() is the one that compilers do
+// not warn about.
 template <class To, class From>
 To functionCast(From* fn) {
   return reinterpret_cast<To>(reinterpret_cast<void (*)()>(fn));
 }
 
-// Calls `fn` with the caller's pointer, or in its shorter form when there is none.
+// Calls `fn` with the caller's pointer, or in the shorter form when that pointer is null.
 template <class Result, class Item, class User>
 Result call(Result (*fn)(Item*, User*), Item* item, User* user) {
   return user != nullptr ? fn(item, user) : functionCast<Result (*)(Item*)>(fn)(item);

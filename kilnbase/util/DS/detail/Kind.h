@@ -1,23 +1,7 @@
-// The methods of a kind of structure, made from what its storage can do.
-//
-// A storage is a struct of static functions over the `data` of a structure:
-//
-//     constexpr int kType;
-//     Slot* first(const void* data), last(const void* data)     null when there are no items
-//     Slot* next(const void* data, Slot*), previous(const void* data, Slot*)     null at the ends;
-//         a storage that only goes forward has no `previous`
-//     void* make()     null when there is no memory, as below
-//     bool insert(void* data, Gap, void* item)     false when there is no memory
-//     Slot* remove(void* data, Slot* before, Slot*, Slot* later)     where `later` is from now on
-//     void free(void* data)     with all in it; null too
-//
-// and, where it can do better than the rest:
-//
-//     Gap place(void* data, DS_Comparator, void* item)     where an item goes
-//     void reordered(Slot*)     tells that items have changed places behind its back
-//     Slot* firstWhere(const void* data, Predicate)     the first whose item matches
+// The methods of a kind of structure, made from the operations of its storage.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
@@ -34,10 +18,54 @@ struct Slot {
   void* item;
 };
 
-// Neighbours between which an item goes; null at the ends.
+// The place between two neighbours; null for the neighbour that is missing at an end.
 struct Gap {
   Slot* before;
   Slot* after;
+};
+
+// A class of static functions over the `data` of a structure; null data is an empty storage.
+template <class S>
+concept KindStorage = requires(void* data, const void* view, Slot* slot, Gap gap, void* item) {
+  { S::kType } -> std::convertible_to<int>;
+  // Null in an empty storage.
+  { S::first(view) } -> std::same_as<Slot*>;
+  { S::last(view) } -> std::same_as<Slot*>;
+  // Null behind the last slot.
+  { S::next(view, slot) } -> std::same_as<Slot*>;
+  // New data, or null when there is no memory.
+  { S::make() } -> std::same_as<void*>;
+  // False when there is no memory. The data is not null.
+  { S::insert(data, gap, item) } -> std::same_as<bool>;
+  // Removes the second slot; the first is its predecessor. Returns where the third slot, which
+  // comes later or is null, is after the removal.
+  { S::remove(data, slot, slot, slot) } -> std::same_as<Slot*>;
+  // Frees the data with all slots.
+  S::free(data);
+};
+
+// Null before the first slot.
+template <class S>
+concept GoesBackward = requires(const void* view, Slot* slot) {
+  { S::previous(view, slot) } -> std::same_as<Slot*>;
+};
+
+// Finds the gap that `gapInOrder` finds, in less time. The data is not null.
+template <class S>
+concept FindsPlace = requires(void* data, DS_Comparator comparator, void* item) {
+  { S::place(data, comparator, item) } -> std::same_as<Gap>;
+};
+
+// Is told that items have changed places, and which comparator orders them now, or null for none.
+template <class S>
+concept NotesOrder = requires(Slot* slot, DS_Comparator comparator) {
+  S::reordered(slot, comparator);
+};
+
+// Finds the first slot whose item matches, in less time than by `next`.
+template <class S, class Predicate>
+concept SearchesSlots = requires(const void* view, Predicate matches) {
+  { S::firstWhere(view, matches) } -> std::same_as<Slot*>;
 };
 
 // The gap in front of the first item for which the comparator returns anything but exactly 1. The
@@ -56,7 +84,7 @@ Gap gapInOrder(const void* data, DS_Comparator comparator, void* item) {
   return gap;
 }
 
-template <class Storage>
+template <KindStorage Storage>
 struct Kind {
   static int walk(const DS_Structure* s, DS_WalkFn fn, void* user, int limit, int direction,
                   StatusCode* status) {
@@ -116,7 +144,7 @@ struct Kind {
     if (s == nullptr || Storage::first(s->data) == nullptr) return fail(status, MR_ARGUMENT_ERROR);
     if (s->comparator == nullptr) return fail(status, MR_CANNOT_SORT);
     if (!sortItems(s->data, s->comparator)) return fail(status, MR_MEMORY_FAULT);
-    noteReordered(Storage::first(s->data));
+    noteOrder(Storage::first(s->data), s->comparator);
     s->ordered = 1;
     return 1;
   }
@@ -176,7 +204,7 @@ struct Kind {
     }
     Slot* const slot = static_cast<Slot*>(position);
     slot->item = item;
-    noteReordered(slot);
+    noteOrder(slot, nullptr);
   }
 
   static void* duplicate(const DS_Structure* s, DS_CopyFn copy, void* user, StatusCode* status) {
@@ -255,7 +283,7 @@ struct Kind {
   }
 
   static Slot* previousVisible(const DS_Structure& s, Slot* slot) {
-    if constexpr (requires { Storage::previous(s.data, slot); }) {
+    if constexpr (GoesBackward<Storage>) {
       do slot = Storage::previous(s.data, slot);
       while (slot != nullptr && !shows(s, slot));
       return slot;
@@ -269,7 +297,7 @@ struct Kind {
     }
   }
 
-  // Stops where `fn` returns 0 or false; whether it never did.
+  // Calls `fn` for each visible slot until a call returns 0 or false; returns whether none did.
   template <class Fn>
   static bool forEachVisible(const DS_Structure& s, Fn fn) {
     Slot* slot = firstVisible(s);
@@ -279,7 +307,7 @@ struct Kind {
 
   template <class Predicate>
   static Slot* firstMatch(const DS_Structure& s, Predicate matches) {
-    if constexpr (requires { Storage::firstWhere(s.data, matches); }) {
+    if constexpr (SearchesSlots<Storage, Predicate>) {
       if (s.filter == nullptr) return Storage::firstWhere(s.data, matches);
     }
     Slot* slot = firstVisible(s);
@@ -302,15 +330,15 @@ struct Kind {
   }
 
   static Gap place(const DS_Structure& s, void* item) {
-    if constexpr (requires { Storage::place(s.data, s.comparator, item); }) {
+    if constexpr (FindsPlace<Storage>) {
       return Storage::place(s.data, s.comparator, item);
     } else {
       return gapInOrder<Storage>(s.data, s.comparator, item);
     }
   }
 
-  static void noteReordered(Slot* slot) {
-    if constexpr (requires { Storage::reordered(slot); }) Storage::reordered(slot);
+  static void noteOrder(Slot* slot, DS_Comparator comparator) {
+    if constexpr (NotesOrder<Storage>) Storage::reordered(slot, comparator);
   }
 
   static bool sortItems(void* data, DS_Comparator comparator) {
@@ -328,7 +356,7 @@ struct Kind {
     return true;
   }
 
-  // The storage of a structure like `model` after `fill`; null, with a code, when that fails.
+  // The storage of a structure like `model` after `fill`. Null, with a code, when `fill` fails.
   template <class Fill>
   static void* build(const DS_Structure& model, DS_Filter filter, Fill fill, StatusCode* status) {
     DS_Structure result{1, nullptr, model.comparator, filter, model.methods};
@@ -339,7 +367,7 @@ struct Kind {
     return result.data;
   }
 
-  // The visible items of `a` that `b` contains, or those that it does not.
+  // The visible items of `a` that `b` contains, or those that `b` does not contain.
   static void* select(const DS_Structure* a, const DS_Structure* b, bool contained,
                       StatusCode* status) {
     if (lacksMethods(a) || lacksMethods(b)) return fail(status, MR_ARGUMENT_ERROR);
@@ -357,94 +385,64 @@ struct Kind {
 
 }  // namespace vxKilnBase::detail
 
-// Defines the exported methods of a kind.
-#define DS_DEFINE_KIND(kind, Storage, allocate)                                                    \
-  int Ds_##kind##_walk(const DS_Structure* structure, DS_WalkFn fn, void* user, int limit,         \
-                       int direction, StatusCode* status) {                                        \
-    return vxKilnBase::detail::Kind<Storage>::walk(structure, fn, user, limit, direction, status); \
-  }                                                                                                \
-  int Ds_##kind##_enumerate(const DS_Structure* structure, StatusCode* status) {                   \
-    return vxKilnBase::detail::Kind<Storage>::enumerate(structure, status);                        \
-  }                                                                                                \
-  int Ds_##kind##_add(DS_Structure* structure, void* item, StatusCode* status) {                   \
-    return vxKilnBase::detail::Kind<Storage>::add(structure, item, status);                        \
-  }                                                                                                \
-  DS_Position Ds_##kind##_remove(DS_Structure* structure, void* item, DS_FreeFn free_fn,           \
-                                 void* user, StatusCode* status) {                                 \
-    return vxKilnBase::detail::Kind<Storage>::remove(structure, item, free_fn, user, status);      \
-  }                                                                                                \
-  int Ds_##kind##_sort(DS_Structure* structure, StatusCode* status) {                              \
-    return vxKilnBase::detail::Kind<Storage>::sort(structure, status);                             \
-  }                                                                                                \
-  void* Ds_##kind##_merge(const DS_Structure* a, const DS_Structure* b, StatusCode* status) {      \
-    return vxKilnBase::detail::Kind<Storage>::merge(a, b, status);                                 \
-  }                                                                                                \
-  DS_Position Ds_##kind##_find(const DS_Structure* structure, DS_MatchFn match, const void* user,  \
-                               StatusCode* status) {                                               \
-    return vxKilnBase::detail::Kind<Storage>::find(structure, match, user, status);                \
-  }                                                                                                \
-  void* Ds_##kind##_difference(const DS_Structure* a, const DS_Structure* b, StatusCode* status) { \
-    return vxKilnBase::detail::Kind<Storage>::difference(a, b, status);                            \
-  }                                                                                                \
-  void* Ds_##kind##_intersect(const DS_Structure* a, const DS_Structure* b, StatusCode* status) {  \
-    return vxKilnBase::detail::Kind<Storage>::intersect(a, b, status);                             \
-  }                                                                                                \
-  int Ds_##kind##_contains_item(const DS_Structure* structure, const void* item,                   \
-                                StatusCode* status) {                                              \
-    return vxKilnBase::detail::Kind<Storage>::containsItem(structure, item, status);               \
-  }                                                                                                \
-  void* Ds_##kind##_get_data(DS_Position position, StatusCode* status) {                           \
-    return vxKilnBase::detail::Kind<Storage>::getData(position, status);                           \
-  }                                                                                                \
-  void Ds_##kind##_set_data(DS_Position position, void* item, StatusCode* status) {                \
-    vxKilnBase::detail::Kind<Storage>::setData(position, item, status);                            \
-  }                                                                                                \
-  void* Ds_##kind##_duplicate(const DS_Structure* structure, DS_CopyFn copy_fn, void* user,        \
-                              StatusCode* status) {                                                \
-    return vxKilnBase::detail::Kind<Storage>::duplicate(structure, copy_fn, user, status);         \
-  }                                                                                                \
-  DS_Position Ds_##kind##_head(const DS_Structure* structure, StatusCode* status) {                \
-    return vxKilnBase::detail::Kind<Storage>::head(structure, status);                             \
-  }                                                                                                \
-  DS_Position Ds_##kind##_tail(const DS_Structure* structure, StatusCode* status) {                \
-    return vxKilnBase::detail::Kind<Storage>::tail(structure, status);                             \
-  }                                                                                                \
-  DS_Position Ds_##kind##_next(const DS_Structure* structure, DS_Position position,                \
-                               StatusCode* status) {                                               \
-    return vxKilnBase::detail::Kind<Storage>::next(structure, position, status);                   \
-  }                                                                                                \
-  DS_Position Ds_##kind##_prev(const DS_Structure* structure, DS_Position position,                \
-                               StatusCode* status) {                                               \
-    return vxKilnBase::detail::Kind<Storage>::prev(structure, position, status);                   \
-  }                                                                                                \
-  int Ds_##kind##_destructor(DS_Structure* structure, DS_FreeFn free_fn, void* user,               \
-                             StatusCode* status) {                                                 \
-    return vxKilnBase::detail::Kind<Storage>::destructor(structure, free_fn, user, status);        \
-  }                                                                                                \
-  int Ds_##kind##_get_type() {                                                                     \
-    return Storage::kType;                                                                         \
-  }                                                                                                \
-  const DS_Methods* Ds_##kind##_get_methods() {                                                    \
-    static constexpr DS_Methods kMethods{Ds_##kind##_walk,                                         \
-                                         Ds_##kind##_enumerate,                                    \
-                                         Ds_##kind##_add,                                          \
-                                         Ds_##kind##_remove,                                       \
-                                         Ds_##kind##_sort,                                         \
-                                         Ds_##kind##_merge,                                        \
-                                         Ds_##kind##_find,                                         \
-                                         Ds_##kind##_difference,                                   \
-                                         Ds_##kind##_intersect,                                    \
-                                         Ds_##kind##_contains_item,                                \
-                                         Ds_##kind##_get_data,                                     \
-                                         Ds_##kind##_set_data,                                     \
-                                         Ds_##kind##_duplicate,                                    \
-                                         Ds_##kind##_head,                                         \
-                                         Ds_##kind##_tail,                                         \
-                                         Ds_##kind##_next,                                         \
-                                         Ds_##kind##_prev,                                         \
-                                         Ds_##kind##_destructor,                                   \
-                                         allocate,                                                 \
-                                         Ds_##kind##_get_type,                                     \
-                                         {}};                                                      \
-    return &kMethods;                                                                              \
+// X(kind, Storage, result, name of the method, member of Kind, parameters, arguments) for the
+// methods that Kind has, in the order of DS_Methods.
+#define DS_EACH_METHOD(X, kind, Storage)                                                          \
+  X(kind, Storage, int, walk, walk,                                                               \
+    (const DS_Structure* s, DS_WalkFn fn, void* user, int limit, int direction,                   \
+     StatusCode* status),                                                                         \
+    (s, fn, user, limit, direction, status))                                                      \
+  X(kind, Storage, int, enumerate, enumerate, (const DS_Structure* s, StatusCode* status),        \
+    (s, status))                                                                                  \
+  X(kind, Storage, int, add, add, (DS_Structure * s, void* item, StatusCode* status),             \
+    (s, item, status))                                                                            \
+  X(kind, Storage, DS_Position, remove, remove,                                                   \
+    (DS_Structure * s, void* item, DS_FreeFn fn, void* user, StatusCode* status),                 \
+    (s, item, fn, user, status))                                                                  \
+  X(kind, Storage, int, sort, sort, (DS_Structure * s, StatusCode * status), (s, status))         \
+  X(kind, Storage, void*, merge, merge,                                                           \
+    (const DS_Structure* a, const DS_Structure* b, StatusCode* status), (a, b, status))           \
+  X(kind, Storage, DS_Position, find, find,                                                       \
+    (const DS_Structure* s, DS_MatchFn fn, const void* user, StatusCode* status),                 \
+    (s, fn, user, status))                                                                        \
+  X(kind, Storage, void*, difference, difference,                                                 \
+    (const DS_Structure* a, const DS_Structure* b, StatusCode* status), (a, b, status))           \
+  X(kind, Storage, void*, intersect, intersect,                                                   \
+    (const DS_Structure* a, const DS_Structure* b, StatusCode* status), (a, b, status))           \
+  X(kind, Storage, int, contains_item, containsItem,                                              \
+    (const DS_Structure* s, const void* item, StatusCode* status), (s, item, status))             \
+  X(kind, Storage, void*, get_data, getData, (DS_Position at, StatusCode * status), (at, status)) \
+  X(kind, Storage, void, set_data, setData, (DS_Position at, void* item, StatusCode* status),     \
+    (at, item, status))                                                                           \
+  X(kind, Storage, void*, duplicate, duplicate,                                                   \
+    (const DS_Structure* s, DS_CopyFn fn, void* user, StatusCode* status), (s, fn, user, status)) \
+  X(kind, Storage, DS_Position, head, head, (const DS_Structure* s, StatusCode* status),          \
+    (s, status))                                                                                  \
+  X(kind, Storage, DS_Position, tail, tail, (const DS_Structure* s, StatusCode* status),          \
+    (s, status))                                                                                  \
+  X(kind, Storage, DS_Position, next, next,                                                       \
+    (const DS_Structure* s, DS_Position at, StatusCode* status), (s, at, status))                 \
+  X(kind, Storage, DS_Position, prev, prev,                                                       \
+    (const DS_Structure* s, DS_Position at, StatusCode* status), (s, at, status))                 \
+  X(kind, Storage, int, destructor, destructor,                                                   \
+    (DS_Structure * s, DS_FreeFn fn, void* user, StatusCode* status), (s, fn, user, status))
+
+#define DS_DEFINE_METHOD(kind, Storage, Result, name, member, parameters, arguments) \
+  Result Ds_##kind##_##name parameters {                                             \
+    return vxKilnBase::detail::Kind<Storage>::member arguments;                      \
+  }
+
+#define DS_METHOD_NAME(kind, Storage, Result, name, member, parameters, arguments) \
+  Ds_##kind##_##name,
+
+// Defines the exported methods of a kind and the table of them.
+#define DS_DEFINE_KIND(kind, Storage, allocate)                                            \
+  DS_EACH_METHOD(DS_DEFINE_METHOD, kind, Storage)                                          \
+  int Ds_##kind##_get_type() {                                                             \
+    return Storage::kType;                                                                 \
+  }                                                                                        \
+  const DS_Methods* Ds_##kind##_get_methods() {                                            \
+    static constexpr DS_Methods kMethods{                                                  \
+        DS_EACH_METHOD(DS_METHOD_NAME, kind, Storage) allocate, Ds_##kind##_get_type, {}}; \
+    return &kMethods;                                                                      \
   }

@@ -51,8 +51,8 @@ struct LinkedList {
 
   static void free(void* data) { delete static_cast<Ends*>(data); }
 
-  // Nodes that were added one after another mostly lie side by side; going on to the neighbour does
-  // not wait for the link to arrive.
+  // Nodes that were added one after another mostly lie side by side. Going on to `node + 1` instead
+  // of to `node->next` does not wait until the link is read from memory.
   template <class Predicate>
   static Slot* firstWhere(const void* data, Predicate matches) {
     Node* node = nodeOf(first(data));
@@ -78,7 +78,7 @@ struct LinkedList {
 
   static Node* nodeOf(Slot* slot) { return static_cast<Node*>(slot); }
 
-  // Makes two nodes neighbours; null stands for the list's end on that side.
+  // Makes two nodes neighbours. Null instead of a node stands for the end of the list.
   static void join(void* data, Slot* before, Slot* after) {
     (before != nullptr ? nodeOf(before)->next : ends(data).first) = nodeOf(after);
     if (after == nullptr) ends(data).last = nodeOf(before);

@@ -9,8 +9,9 @@
 
 namespace vxKilnBase::detail {
 
-// Hands out nodes from blocks of growing size, those of a block one behind the other. Nodes that
-// are given back, chained by their `next`, serve first; the blocks live as long as this object.
+// Hands out nodes from blocks of growing size, the nodes of a block one after the other. Nodes that
+// were given back are chained by their `next` and handed out first. The blocks live as long as this
+// object.
 template <class Node>
 class NodeBlocks {
  public:
@@ -51,9 +52,9 @@ class NodeBlocks {
     return true;
   }
 
-  Block* blocks_ = nullptr;  // The newest first.
-  std::size_t used_ = 0;     // Nodes of the newest block that have been handed out.
-  Node* free_ = nullptr;
+  Block* blocks_ = nullptr;  // the newest block, from which the older ones are reached
+  std::size_t used_ = 0;     // nodes of the newest block that have been handed out
+  Node* free_ = nullptr;     // the chain of nodes that were given back
 };
 
 }  // namespace vxKilnBase::detail
