@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include <kilnbase/util/DS/ds_structures.h>
 #include <kilnbase/util/aa_debug.h>
@@ -17,9 +18,8 @@ struct FileEntry {
 };
 
 constinit std::int32_t mode = AA_TO_ERROR;
-constinit FileEntry* file = nullptr;      // the chosen one
-constinit std::FILE* stream = nullptr;    // the chosen one, or that of the file
-constinit bool isOpen = false;            // whether the file has been opened since it was chosen
+constinit FileEntry* file = nullptr;    // the chosen file
+constinit std::FILE* stream = nullptr;  // the caller's stream, or the chosen file while it is open
 constinit DS_Structure* files = nullptr;  // every file ever named
 constinit std::int32_t indentation = 0;
 
@@ -29,9 +29,10 @@ void complain(const char* message) {
 }
 
 std::FILE* openedFile() {
-  if (!isOpen) stream = vxOS::openFile(file->name, file->wasOpened ? "a" : "w");
-  isOpen = file->wasOpened = true;
-  return stream ? stream : stdout;
+  if (!stream) stream = vxOS::openFile(file->name, file->wasOpened ? "a" : "w");
+  if (!stream) return stdout;
+  file->wasOpened = true;
+  return stream;
 }
 
 std::FILE* output() {
@@ -47,9 +48,12 @@ std::FILE* output() {
   }
 }
 
+void closeFile() {
+  if (mode == AA_TO_FILE && stream) std::fclose(std::exchange(stream, nullptr));
+}
+
 void choose(std::int32_t newMode, FileEntry* newFile, std::FILE* newStream) {
-  if (isOpen && stream) std::fclose(stream);
-  isOpen = false;
+  closeFile();
   mode = newMode;
   file = newFile;
   stream = newStream;
@@ -89,10 +93,11 @@ void chooseFile(const char* name) {
   choose(AA_TO_FILE, entry, nullptr);
 }
 
-// Without a stream the output stays what it is, though a file is closed until it is written to.
+// Kept as it is: a null stream leaves the output as it is, but closes the file of it until the next
+// text.
 void chooseStream(std::FILE* callers) {
-  if (callers) return choose(AA_TO_STREAM, nullptr, callers);
-  choose(mode, file, stream);
+  if (!callers) return closeFile();
+  choose(AA_TO_STREAM, nullptr, callers);
 }
 
 // The level wraps around at its limits.
