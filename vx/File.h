@@ -9,8 +9,8 @@
 namespace vxOS {
 
 /// `fopen` for a path of the application: UTF-8 on every system, with `\` or `/` between the names,
-/// of any length that the system knows. Null when the file cannot be opened, when the path holds a
-/// zero, and when there is no memory.
+/// of any length that the system accepts. Null when the file cannot be opened, when the path holds
+/// a zero byte, and when there is no memory.
 VX_API std::FILE* openFile(std::string_view path, const char* mode) noexcept;
 
 }  // namespace vxOS

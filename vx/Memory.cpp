@@ -20,7 +20,7 @@ constexpr bool kTracked = false;
 constexpr bool kTracked = true;
 #endif
 
-// Stands in front of the caller's bytes, which need the strictest alignment.
+// Stands in front of the caller's bytes, which need the strictest alignment of all types.
 struct alignas(std::max_align_t) Block {
   Block* previous;
   Block* next;
@@ -29,7 +29,7 @@ struct alignas(std::max_align_t) Block {
   int line;
 };
 
-constinit Block head = {&head, &head, 0, nullptr, 0};  // of a ring of all blocks
+constinit Block head = {&head, &head, 0, nullptr, 0};  // the ring of all blocks begins here
 constinit MaOutstanding outstanding = {};
 std::mutex trackMutex;
 
@@ -66,14 +66,14 @@ void trackedFree(void* memory) {
   std::free(block);
 }
 
-// What a report tells of a block.
+// The part of a block that goes into a report.
 struct Record {
   const char* file;
   int line;
   std::size_t bytes;
 };
 
-// Null when there is no memory for them.
+// Null when there is no memory for the records.
 std::unique_ptr<Record[]> listBlocks(std::size_t& count) {
   const std::scoped_lock lock(trackMutex);
   count = outstanding.blocks;
@@ -90,7 +90,7 @@ bool isBefore(const Record& a, const Record& b) {
   return files != 0 ? files < 0 : a.line < b.line;
 }
 
-// The records from `first` to `last` are of one place in the source.
+// Reports the records from `first` to `last`, all of one place in the source.
 void reportPlace(const Record* first, const Record* last) {
   std::size_t bytes = 0;
   for (const Record* record = first; record != last; ++record) bytes += record->bytes;
@@ -98,8 +98,8 @@ void reportPlace(const Record* first, const Record* last) {
            first->file, first->line);
 }
 
-// Reports at the end of the process, after all that uses this library has been destroyed; the
-// host's sinks are gone as well. A forked child has its parent's blocks, not leaks of its own.
+// Reports at the end of the process, after everything that uses this library has been destroyed.
+// The host's sinks are gone then, too. A forked child does not report the blocks of its parent.
 struct ReportAtExit {
   ~ReportAtExit() {
     if (process != vxOS::console::processId()) return;

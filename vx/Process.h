@@ -10,30 +10,33 @@ namespace vxOS {
 
 /// Starts programs.
 ///
+///     const vxString::CString path = "wing.txt";
 ///     const vx::vector<vxString::CString> command = {APP_getBinaryPath("convert"), "-o", path};
 ///     const std::optional<int> exitCode = vxOS::ProcessManager::getInstance().startSync(command);
 ///     if (exitCode != 0) rptError("cannot convert to %s\n", path.c_str());
 ///
 /// A command is the path of a program, which is not searched for in other folders, and its
-/// arguments. No shell reads them: the program receives each one exactly as it is, blanks, quotes
-/// and all. The program has this process's environment, current folder and standard streams, and
-/// nothing else that is open here.
+/// arguments. No shell reads the arguments: the program receives each of them byte for byte, with
+/// blanks and quotes. The program gets the environment, the current folder and the standard streams
+/// of this process, and no other open file of it.
 ///
-/// Elsewhere than on Windows, `\` in the path of the program means `/`. On Windows that path has at
-/// most 260 characters, arguments that are not valid UTF-8 arrive with U+FFFD in the place of what
-/// is not, a console program opens no window of its own, and batch files are refused, for their
-/// interpreter would read the arguments its own way.
+/// Elsewhere than on Windows, `\` in the path of the program means `/`. On Windows:
+/// - the path of the program has at most 260 characters;
+/// - in arguments that are not valid UTF-8, U+FFFD replaces the invalid bytes;
+/// - a console program opens no window of its own;
+/// - batch files are refused, because their interpreter would split the arguments by other rules.
 class VX_API ProcessManager {
  public:
   static ProcessManager& getInstance();
 
-  /// Runs a command and waits for its end. Before the start it gives the terminal back
-  /// (`rptReleaseKeys`) and flushes the output streams of this process, whose texts so come first.
+  /// Runs a command and waits for its end. Before the start the call gives the terminal back
+  /// (`rptReleaseKeys`) and flushes the output streams of this process, so that earlier texts come
+  /// first.
   ///
-  /// Returns the exit code, which on Windows is the number of the exception when the program has
-  /// crashed; nothing when it cannot be started (it is empty or holds a zero byte, there is no such
-  /// program), or has been killed by a signal, or when its exit code is lost: so it is where the
-  /// host ignores SIGCHLD or waits for all children itself.
+  /// Returns the exit code. When the program crashes on Windows, the exit code is the number of the
+  /// exception. Returns nothing when the command is empty or holds a zero byte, when there is no
+  /// such program, when a signal kills the program, and when the exit code is lost, because the
+  /// host ignores SIGCHLD or itself waits for all children.
   std::optional<int> startSync(const vx::vector<vxString::CString>& command);
 
  private:

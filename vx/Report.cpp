@@ -18,8 +18,9 @@ namespace console = vxOS::console;
 
 namespace {
 
-// The text of a format and its arguments. Short texts take no memory from the heap; a long one is
-// cut when there is none. Arguments that cannot be formatted leave the format itself.
+// The text of a format and its arguments. A short text takes no memory from the heap; a long text
+// is cut when there is no memory. When the arguments cannot be formatted, the text is the format
+// itself.
 class FormattedText {
  public:
   FormattedText(const char* format, std::va_list arguments) {
@@ -55,7 +56,7 @@ void blankControlCharacters(char* text) {
   }
 }
 
-// What stands on the last line of standard error, as far as the default sinks wrote it.
+// The content of the last line of standard error, as far as the default sinks wrote it.
 enum class LastLine { kNothing, kText, kStatus };
 constinit LastLine lastLine = LastLine::kNothing;
 
@@ -71,13 +72,14 @@ void clearStatus() {
   lastLine = LastLine::kNothing;
 }
 
-// What leads to an empty line.
+// The text to be written before a text that begins a line.
 const char* lineStart() {
   if (lastLine == LastLine::kStatus) return kClearLine;
   return lastLine == LastLine::kText ? "\n" : "";
 }
 
-// The last status stays readable when the process that showed it exits.
+// Ends the line of the last status when the process that showed the status exits, so that the
+// prompt of the shell does not overwrite it.
 struct EndOfStatus {
   ~EndOfStatus() {
     if (lastLine == LastLine::kStatus && process == console::processId()) console::writeError("\n");
@@ -86,8 +88,8 @@ struct EndOfStatus {
 };
 EndOfStatus endOfStatus;
 
-// One write, lest the line flicker. Without line wrapping a status that is wider than the terminal
-// still fills one line only; more bytes than a terminal is wide are cut.
+// A single write, so that the line does not flicker. Line wrapping is off, so that a status wider
+// than the terminal stays on one line. A text of more than 4000 bytes is cut.
 void showStatusInPlace(const char* text) {
   char line[4096];
   std::snprintf(line, sizeof line, "%s\x1b[?7l%.4000s\x1b[?7h", lineStart(), text);
@@ -125,7 +127,7 @@ void confirmOK(const char* text) {
   if (!console::mayReadInput()) return;
   rptReleaseKeys();
   console::writeError("(press Return) ");
-  std::clearerr(stdin);  // Ctrl-D, pressed for an earlier one, does not end the input
+  std::clearerr(stdin);  // Ctrl-D may have confirmed an earlier message
   int c;
   do {
     c = std::getchar();
@@ -150,7 +152,7 @@ constinit int debugLevel = 0;
 constinit std::bitset<1024> debugCodes;
 
 constinit std::atomic<bool> abortAsked = false;
-constinit std::atomic<bool> interruptSpent = false;  // noteInterrupt has made way for the default
+constinit std::atomic<bool> interruptSpent = false;  // noteInterrupt has restored the default
 constinit bool keysWatched = false;
 
 void noteInterrupt(int) {

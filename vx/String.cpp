@@ -28,7 +28,7 @@ bool isSurrogate(char32_t c) {
   return c >= 0xD800 && c <= 0xDFFF;
 }
 
-// The range of the second byte of a UTF-8 sequence, which rules out overlong forms, surrogates and
+// The range of the second byte of a UTF-8 sequence. It rules out overlong forms, surrogates and
 // numbers beyond U+10FFFF (the Unicode Standard, table 3-7).
 struct SecondByte {
   unsigned char first;
@@ -50,14 +50,16 @@ SecondByte secondByteAfter(unsigned char lead) {
   }
 }
 
-// Bytes that follow the first byte of a UTF-8 sequence; -1 for a byte that cannot be first.
+// The number of bytes that follow the first byte of a UTF-8 sequence; -1 for a byte that cannot be
+// the first.
 int trailingBytes(unsigned char lead) {
   if (lead < 0x80) return 0;
   if (lead < 0xC2 || lead > 0xF4) return -1;
   return lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
 }
 
-// Each of these takes the next code point off the front of a text that is not empty.
+// The three functions that follow remove the first code point of a text that is not empty, and
+// return it.
 char32_t takeCodePoint(std::string_view& text) {
   const auto lead = static_cast<unsigned char>(text.front());
   text.remove_prefix(1);

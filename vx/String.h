@@ -20,19 +20,19 @@ namespace vxString {
 ///     if (name.startsWith("curve")) name = name.substring(6);  // "007"
 ///     vxString::IString wide = name.asWide();
 ///
-/// Operations on case and blanks know the ASCII letters and blanks only, whatever the locale. No
-/// operation fails but for want of memory (`std::bad_alloc`); positions beyond the end are taken as
-/// the end.
+/// Operations on case and blanks know only the letters and blanks of ASCII, in every locale. An
+/// operation fails only when there is no memory (`std::bad_alloc`). A position beyond the end
+/// counts as the end.
 template <class Char>
 class VX_API BasicString {
  public:
   using View = std::basic_string_view<Char>;
 
-  /// What the searches return when there is nothing to be found.
+  /// The result of a search that finds nothing.
   static constexpr std::size_t npos = View::npos;
 
   BasicString() = default;
-  /// The text up to its terminating zero; null is the empty string.
+  /// The text up to its terminating zero. Null stands for the empty string.
   BasicString(const Char* text);  // NOLINT(google-explicit-constructor): a literal is a string
   /// The text of the view, which may hold zeros.
   explicit BasicString(View text);
@@ -45,9 +45,9 @@ class VX_API BasicString {
   /// The code unit at `i`; zero at the end and beyond.
   Char operator[](std::size_t i) const;
 
-  /// The order of the code units, taken as unsigned in a CString.
+  /// Below 0, 0 or above 0: the order of the code units, which are unsigned numbers in a CString.
   int compare(const BasicString& other) const;
-  /// `compare` with ASCII letters taken as lower case.
+  /// As `compare`, with the upper-case letters of ASCII taken as lower case.
   int compareIgnoringCase(const BasicString& other) const;
   friend bool operator==(const BasicString& a, const BasicString& b) { return a.compare(b) == 0; }
   friend std::strong_ordering operator<=>(const BasicString& a, const BasicString& b) {
@@ -59,8 +59,8 @@ class VX_API BasicString {
   friend BasicString operator+(BasicString a, const BasicString& b) { return std::move(a += b); }
   friend BasicString operator+(BasicString a, Char c) { return std::move(a += c); }
 
-  /// The position of the first occurrence of `text` at or after `from`; the empty text is
-  /// everywhere.
+  /// The position of the first occurrence of `text` at or after `from`. The empty text occurs at
+  /// every position.
   std::size_t find(const BasicString& text, std::size_t from = 0) const;
   /// The position of the last occurrence.
   std::size_t findLast(const BasicString& text) const;
@@ -72,20 +72,22 @@ class VX_API BasicString {
   BasicString substring(std::size_t start, std::size_t count = npos) const;
   /// Without the blanks, tabs and line ends at both ends.
   BasicString trimmed() const;
-  /// With every occurrence of `text`, found from the front, replaced. An empty text is nowhere.
+  /// With every occurrence of `text` replaced, searched from the front. Kept as it is: for an empty
+  /// `text` nothing is replaced, though `find` finds it everywhere.
   BasicString replaced(const BasicString& text, const BasicString& replacement) const;
   BasicString toLower() const;
   BasicString toUpper() const;
 
-  /// The text that printf would write; empty when the format cannot be written.
+  /// The text that printf would write; empty when printf refuses the format or the arguments.
   VX_PRINTF(1, 2)
   static BasicString format(const char* format, ...) requires std::same_as<Char, char>;
   VX_PRINTF(1, 0)
   static BasicString formatV(const char* format,
                              std::va_list arguments) requires std::same_as<Char, char>;
 
-  /// The same text in the other encoding. What is not valid (in UTF-8, each longest beginning of a
-  /// sequence or else one byte; a lone surrogate; a number beyond U+10FFFF) becomes U+FFFD.
+  /// The same text in the other encoding. U+FFFD replaces each invalid part: a lone surrogate, a
+  /// number beyond U+10FFFF, and in UTF-8 each longest beginning of a valid sequence, or else one
+  /// byte.
   BasicString<wchar_t> asWide() const requires std::same_as<Char, char>;
   BasicString<char> asMultibyte() const requires std::same_as<Char, wchar_t>;
 

@@ -6,7 +6,7 @@ using vxString::CString;
 
 namespace {
 
-// Folders end with a separator here; what is empty is not known.
+// Folders end with a separator in this file. An empty folder stands for one that is not known.
 CString ownFolder() {
   const CString program = process::ownProgram();
   const std::size_t last = program.findLast(process::kSeparator);

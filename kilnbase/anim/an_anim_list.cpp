@@ -50,7 +50,7 @@ int addNode(const An_Record& record, MR_LinkList* list) {
   return 1;
 }
 
-// Null is last.
+// Null comes last.
 int orderOfNulls(const void* a, const void* b) {
   return !a ? (b ? 1 : 0) : -1;
 }
@@ -65,7 +65,7 @@ int orderOfRecords(const An_Record& a, const An_Record& b) {
   return order(std::bit_cast<std::uint64_t>(a.value), std::bit_cast<std::uint64_t>(b.value));
 }
 
-// Gives the records to the nodes from the head on and returns the first node that gets none.
+// Writes the records into the nodes from the head on. Returns the first node that gets no record.
 MR_LinkNode* writeBack(std::span<const An_Record> records, MR_LinkList* list) {
   MR_LinkNode* node = list->head;
   for (const An_Record& record : records) {

@@ -1,9 +1,9 @@
-/* Item lists: typed pointers in a generic structure (`AN_`), and typed, valued pointers in a link
- * list (`An_`).
+/* Item lists: typed pointers in a generic structure (`AN_`), and typed pointers with a value in a
+ * link list (`An_`).
  *
- * Items and nodes come from the tracked allocator: what the caller unlinks by other means is
- * released with `MA_free`. The data and the objects they point at are the caller's. Null data and
- * structures are `MR_ARGUMENT_ERROR` to the operations on structures.
+ * Items and nodes come from the tracked allocator. A caller who unlinks an item or a node by other
+ * means releases it with `MA_free`. The data and the objects behind the pointers are the caller's.
+ * For the operations on structures, null data and null structures are `MR_ARGUMENT_ERROR`.
  */
 #ifndef KILNBASE_ANIM_AN_ANIM_LIST_H
 #define KILNBASE_ANIM_AN_ANIM_LIST_H
@@ -29,22 +29,22 @@ typedef struct AN_Item {
   struct AN_Item* next; /**< Null when the item is made; for chains of the caller. */
 } AN_Item;
 
-/** A new item, or null with `MR_MEMORY_FAULT`. `line` and `file` tell where the caller stands. */
+/** A new item, or null with `MR_MEMORY_FAULT`. `line` and `file` are the caller's, for the report
+ * of unfreed memory. */
 KILNBASE_API AN_Item* AN_item_create_type(int type, void* data, int line, const char* file,
                                           StatusCode* status);
 
-/** Adds a new item to the structure. Returns 1 when that went without a code. Without a status
- * variable the structure is no longer `ordered`, as after any addition without one. When the
- * structure has an item with this data, whatever its type, nothing is added and the result is 0,
- * without a code. */
+/** Adds a new item to the structure. Returns 1 when the addition gave no code. When the structure
+ * has an item with this data, of any type, nothing is added, and the result is 0 without a code. An
+ * addition without a status variable clears `ordered`, as in all structures. */
 KILNBASE_API int AN_add_to_item_list(int type, void* data, DS_Structure* list, StatusCode* status);
 
 /** The first item with this data, or null, which is no failure. */
 KILNBASE_API AN_Item* AN_is_item_in_item_list(const void* data, const DS_Structure* list,
                                               StatusCode* status);
 
-/** Removes the first item with this data and frees it. Returns 1, or 0 with `MR_ITEM_NOT_FOUND`
- * when there is none. */
+/** Removes and frees the first item with this data. Returns 1, or 0 with `MR_ITEM_NOT_FOUND` when
+ * there is none. */
 KILNBASE_API int AN_remove_from_item_list(const void* data, DS_Structure* list, StatusCode* status);
 
 /** 1 when two items have the same type and data, else 0, as for null. */
@@ -54,7 +54,7 @@ KILNBASE_API int AN_ds_item_equal(const void* a, const void* b);
  * handle. */
 KILNBASE_API int AN_item_free(AN_Item** item, StatusCode* status);
 
-/** `AN_item_free` for all items of the chain that begins here. */
+/** Calls `AN_item_free` for all items of the chain, and sets the handle to null. */
 KILNBASE_API int AN_item_list_free(AN_Item** first, StatusCode* status);
 
 /** Prints the item through the debug channel. Returns 1, or 0 for a null item. */
@@ -65,7 +65,7 @@ typedef union An_Value {
   double number; /**< In the nodes that `An_addUnique_to_item_list` makes. */
 } An_Value;
 
-/** What a node of a link list tells. */
+/** The content of a node of a link list. */
 typedef struct An_Record {
   int32_t type;
   void* object;
@@ -77,24 +77,24 @@ typedef struct An_ItemNode {
   An_Record record;
 } An_ItemNode;
 
-/** Puts a new node at the head. The value is an integer: C turns a number given here into one, in
- * C++ it does not compile. Returns 1, or 0 for a null object or list or without memory. */
+/** Puts a new node at the head. The value is an integer: in C a `double` is converted, in C++ a
+ * `double` does not compile. Returns 1; or 0 for a null object or list, or without memory. */
 KILNBASE_API int An_add_to_item_list(int type, void* object, int64_t value, MR_LinkList* list);
 
-/** As `An_add_to_item_list`, unless a node has the same object and the very same value, to the last
- * bit: then nothing is added, and the result is 1 as well. */
+/** As `An_add_to_item_list`, unless a node has the same object and a value with the same bits. Then
+ * nothing is added, and the result is 1, too. */
 KILNBASE_API int An_addUnique_to_item_list(int type, void* object, double value, MR_LinkList* list);
 
-/** Orders nodes by their objects and then by the bits of their values, both as unsigned numbers:
- * -1, 0 or 1. A null `a` sorts after every node, a null `b` after `a`. */
+/** Orders nodes by their objects, then by the bits of their values, both as unsigned numbers: -1, 0
+ * or 1. Null sorts after every node and equals null. */
 KILNBASE_API int32_t An_compareItemList(const void* a, const void* b);
 
-/** Orders `An_Record`s by their objects alone, for qsort; null as above. */
+/** Orders `An_Record`s by their objects alone, for qsort. Null sorts after every record. */
 KILNBASE_API int An_compareItem(const void* a, const void* b);
 
-/** Sorts by object. The nodes stay in their places and exchange their records. With `unique` one
- * record for each object is kept, and the nodes left over at the end are freed. Returns 1, or 0
- * for a null or empty list, and when there is no memory to sort, which leaves it as it is. */
+/** Sorts by object. The nodes stay in their places and exchange their records. With `unique` other
+ * than 0 one record for each object is kept, and the nodes left over at the end are freed. Returns
+ * 1; or 0 for a null or empty list, and when there is no memory, which leaves the list as it is. */
 KILNBASE_API int An_sort_item_list(MR_LinkList* list, int unique);
 
 #ifdef __cplusplus

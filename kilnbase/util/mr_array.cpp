@@ -13,8 +13,8 @@ std::size_t bytes(const MR_Array& array, std::int32_t elements) {
   return static_cast<std::size_t>(elements) * static_cast<std::size_t>(array.elementSize);
 }
 
-// Gives the array a buffer of n + growth elements, when that is more than it has. Returns the
-// buffer that this replaced, for the caller to free, or null.
+// Gives the array a buffer of n + growth elements, when that is more than the array has. Returns
+// the replaced buffer, which the caller frees, or null.
 void* grow(MR_Array& array, int n) {
   const std::int64_t count = std::int64_t{n} + array.growth;
   if (count <= array.count || count > std::numeric_limits<std::int32_t>::max()) return nullptr;

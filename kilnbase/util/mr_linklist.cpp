@@ -9,7 +9,7 @@
 
 namespace {
 
-// A place in a list: between two neighbours, one of which is null at an end.
+// The place between two neighbours in a list; at an end one of the two is null.
 struct Gap {
   MR_LinkNode* before;
   MR_LinkNode* after;

@@ -5,7 +5,7 @@
 
 namespace {
 
-// The nodes and the head stand where the link layer expects them.
+// The links of a node stand where mr_linklist.h expects them.
 static_assert(offsetof(MR_ListNode, prev) == offsetof(MR_LinkNode, prev));
 static_assert(offsetof(MR_ListNode, next) == offsetof(MR_LinkNode, next));
 

@@ -1,15 +1,16 @@
 /* Lists of borrowed pointers.
  *
- * The list makes its nodes with `malloc` and releases them with `free`; the data they point at is
- * the caller's and never touched. A node is a link node (mr_linklist.h) with one more field, so
- * that the operations of that layer serve these lists, too:
+ * The list makes its nodes with `malloc` and releases them with `free`. The data that the nodes
+ * point at is the caller's and never touched. A node is a link node (mr_linklist.h) with one more
+ * field, so the operations of mr_linklist.h work on these lists, too.
  *
- *     MR_List curves = {NULL};
- *     MR_list_append(&curves, curve);
- *     for (MR_ListNode* node = curves.head; node; node = node->next) draw(node->data);
- *     MR_list_delete_all(&curves);
+ *     char wing[] = "wing";
+ *     MR_List names = {NULL};
+ *     MR_list_append(&names, wing);
+ *     for (MR_ListNode* node = names.head; node; node = node->next) puts((const char*)node->data);
+ *     MR_list_delete_all(&names);
  *
- * An operation that makes a node returns it; it returns null, and has changed nothing, when the
+ * An operation that makes a node returns the node. It returns null and changes nothing when the
  * list or the data is null or the memory runs out.
  */
 #ifndef KILNBASE_UTIL_MR_LIST_H
@@ -33,12 +34,12 @@ typedef struct MR_List {
   MR_ListNode* head;
 } MR_List;
 
-/** Not 0 when the data is the one that is looked for: the reverse of a comparator's answer. */
+/** Not 0 when the data is what the caller looks for. A comparator, in contrast, returns 0 then. */
 typedef int32_t (*MR_ListMatch)(const void* data, const void* key);
 
 KILNBASE_API MR_ListNode* MR_list_append(MR_List* list, void* data);
 KILNBASE_API MR_ListNode* MR_list_prepend(MR_List* list, void* data);
-/** In front of `before`; at the end when that is null or the list is empty. */
+/** In front of the node `before`; at the end when `before` is null or the list is empty. */
 KILNBASE_API MR_ListNode* MR_list_insert(MR_List* list, MR_ListNode* before, void* data);
 /** At the place that `MR_ll_insert_sorted` chooses. `cmp` is given two `MR_ListNode`s, not their
  * data. With a null `cmp` the new node is returned without being in the list. */
@@ -46,17 +47,17 @@ KILNBASE_API MR_ListNode* MR_list_insert_sorted(MR_List* list, void* data, MR_Li
 
 /** The first node from `start` on with this `data` pointer, or null. */
 KILNBASE_API MR_ListNode* MR_list_find(MR_ListNode* start, const void* data);
-/** The first node from `start` on for whose data `match` (data, `key`) is not 0; null when there is
- * none or an argument is null. */
+/** The first node from `start` on for which `match` (data of the node, `key`) is not 0. Null when
+ * there is none or an argument is null. */
 KILNBASE_API MR_ListNode* MR_list_compar(MR_ListNode* start, const void* key, MR_ListMatch match);
 
-/** Unlinks `node`, which is then the caller's to `free`. Returns the node after it, or the one
- * before it when it was the last, or null when it was the only one. */
+/** Unlinks `node`, which the caller then releases with `free`. Returns the node after `node`; or
+ * the node before, when `node` was the last one; or null, when `node` was the only one. */
 KILNBASE_API MR_ListNode* MR_list_remove(MR_List* list, MR_ListNode* node);
-/** As `MR_list_remove`, and releases the node. */
+/** As `MR_list_remove`, and releases the node, but never its data. */
 KILNBASE_API MR_ListNode* MR_list_delete(MR_List* list, MR_ListNode* node);
 
-/** `MR_list_remove` and `MR_list_delete` for all nodes. */
+/** Calls `MR_list_remove`, or `MR_list_delete`, until the list is empty. */
 KILNBASE_API void MR_list_remove_all(MR_List* list);
 KILNBASE_API void MR_list_delete_all(MR_List* list);
 

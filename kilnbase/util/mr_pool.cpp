@@ -15,7 +15,7 @@ void* take(MR_Pool& pool, std::uint32_t bytes) {
   return piece;
 }
 
-// Kept out of the way that most pieces take.
+// Not inlined, so that the code for most pieces stays short.
 [[gnu::noinline]] void* takeFromNewBlock(MR_Pool& pool, std::uint32_t bytes) {
   void* const block = std::malloc(pool.blockSize);
   if (!MR_list_prepend(&pool.blocks, block)) {

@@ -1,13 +1,13 @@
-/* Status codes: how the plain functions of the library tell what went wrong.
+/* Status codes: how the plain functions of the library report failures.
  *
  * A function that can fail takes a `StatusCode*` as its last argument and writes a code there when
- * it fails; on success it leaves the variable alone, unless its own text says that it sets it to 0
- * first. Callers set it to 0 beforehand:
+ * it fails. On success the function leaves the variable alone, unless the text of the function says
+ * that it sets the variable to 0 first. Callers set the variable to 0 beforehand:
  *
- *     StatusCode status = 0;
- *     if (!MR_register_item(7, value, &registry, &status)) {
- *       Mr_print_error(status, __FILE__, __LINE__, "registering the curve kinds");
- *     }
+ *     StatusCode status = MR_NO_ERROR;
+ *     DS_Structure* curves = DS_create_type(DS_SLIST, &status, __LINE__, __FILE__);
+ *     Mr_print_conditional(status, __FILE__, __LINE__, "no list for the curves\n");
+ *     DS_destructor(&curves, NULL, NULL, &status);
  */
 #ifndef KILNBASE_UTIL_MR_STATUS_H
 #define KILNBASE_UTIL_MR_STATUS_H
@@ -58,14 +58,16 @@ enum {
   MR_EXPRESSION_ERROR = 31
 };
 
-/** Where callers who do not care let the code go; read by nobody. 0 at the start. */
+/** The status for callers who do not care about the code. Nobody reads it. 0 at the start. */
 KILNBASE_API extern StatusCode Mr_err_ignore;
 
-/** A debug switch kept for the application; the library does not look at it. 0 at the start. */
+/** A debug switch of the application. The library does not read it. 0 at the start. */
 KILNBASE_API extern int32_t morla_debug;
 
-/** Reports "ERROR name (file f, line n): message" through `rptError`, with the name of the code,
- * which must be 0 to 31. Returns 1. */
+/** Reports "ERROR name (file f, line n): message" through `rptError`, with the name of the code. No
+ * line feed is added: the message ends with one where the report is to go on in a new line. Returns
+ * 1. The code must be 0 to 31. Asserted in debug builds; in release builds another code is reported
+ * as "UNKNOWN". */
 KILNBASE_API int Mr_print_error(int code, const char* file, int line, const char* message);
 
 /** `Mr_print_error` unless the code is 0. Returns 1 either way. */

@@ -1,12 +1,12 @@
 /* The modelling settings of the process: tolerances, fitting limits, checkpoints, the up axis and
  * the current window.
  *
- * The application changes them when the user edits the construction options; the geometry code
- * reads them. Lengths are in model units. Angles go in and out in radians (they are kept in
- * degrees). No setter checks its argument; instead, the getters marked "guarded" answer 5e-05, the
- * minimum fit tolerance, while the stored value is below the machine tolerance.
+ * The application changes the settings when the user edits the construction options; the geometry
+ * code reads them. Lengths are in model units. Angles are passed and returned in radians and stored
+ * in degrees. No setter checks its argument. Instead, the getters marked "guarded" return 5e-05,
+ * the minimum fit tolerance, while the stored value is below the machine tolerance.
  *
- * None of this is locked: it is for the application's main thread.
+ * Nothing is locked: the settings are for the application's main thread.
  */
 #ifndef KILNBASE_UTIL_MR_TOLERANCE_H
 #define KILNBASE_UTIL_MR_TOLERANCE_H
@@ -60,10 +60,11 @@ KILNBASE_API void set_continuity_angle_tolerance(double radians);
 /** 0.1 at the start. */
 KILNBASE_API double get_curvature_tolerance(void);
 KILNBASE_API void set_curvature_tolerance(double tolerance);
-/** Saves the curvature tolerance and multiplies it by `factor`. One value is saved: a second call
- * before `unscale_curvature_tolerance` saves the one already scaled. */
+/** Saves the curvature tolerance, then multiplies it by `factor`. Kept as it is: there is room for
+ * one saved value, so a second call before `unscale_curvature_tolerance` saves the tolerance that
+ * the first call scaled. */
 KILNBASE_API void scale_curvature_tolerance(double factor);
-/** Puts the saved curvature tolerance back (0.1 when none was saved). */
+/** Restores the saved curvature tolerance, 0.1 when none was saved. */
 KILNBASE_API void unscale_curvature_tolerance(void);
 
 /** Checkpoints; 5 at the start. */
@@ -106,7 +107,7 @@ KILNBASE_API bool MR_zIsUp(void);
 /** The unit vector of the up axis: three doubles that stay as they are when the axis changes. */
 KILNBASE_API const double* MR_get_up_vector(void);
 
-/** The application's current window, kept for it and not looked at; null at the start. */
+/** The application's current window, stored for the application; null at the start. */
 KILNBASE_API void* getMorlaCurrentWindow(void);
 KILNBASE_API void setMorlaCurrentWindow(void* window);
 

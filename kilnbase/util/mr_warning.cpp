@@ -39,7 +39,7 @@ void addTagged(MorlaWarningParams& warning, int tag, std::va_list values) {
   }
 }
 
-// C callers cannot catch what is thrown when memory runs out.
+// C callers cannot catch std::bad_alloc: without memory no button is chosen.
 int showTagged(int count, const char** labels, int tag, std::va_list values) noexcept {
   try {
     KILN_ASSERT(count <= 0 || labels != nullptr);

@@ -1,15 +1,15 @@
-/* Modal warnings: a message with buttons, shown by the program "morlaWarning" that stands beside
- * the application's own. The call waits until the user has chosen a button.
+/* Modal warnings: a message with buttons, shown by the program "morlaWarning" in the folder of the
+ * application's programs. The call waits until the user has chosen a button.
  *
  *     const char* answers[] = {"Save", "Discard"};
- *     if (MR_warning_buttons(2, answers, MR_WARNING_MESSAGE, "The model has changed.",
- *                            MR_WARNING_END) == 0)
- *       save();
+ *     const int answer = MR_warning_buttons(2, answers, MR_WARNING_MESSAGE,
+ *                                           "The model has changed.", MR_WARNING_END);
+ *     if (answer == 0) puts("saving");
  *
- * All of them return the position of the chosen button, counted from 0. They return -1 when no
- * button was chosen, when the program could not be run, or when there is nothing to show: neither a
- * message line nor a non-empty extra text, or no button. Texts are UTF-8 and shown as they are; a
- * null text is an empty one.
+ * All functions return the position of the chosen button, counted from 0. They return -1 when no
+ * button was chosen, when the program could not be run, and when there is nothing to show: neither
+ * a message line nor a non-empty extra text, or no button. Texts are UTF-8 and shown as they are. A
+ * null text counts as an empty one.
  */
 #ifndef KILNBASE_UTIL_MR_WARNING_H
 #define KILNBASE_UTIL_MR_WARNING_H
@@ -20,7 +20,7 @@
 extern "C" {
 #endif
 
-/** The tags of a list that describes a warning. A `const char*` follows each but the last. */
+/** The tags of a list that describes a warning. A `const char*` follows each tag but the end. */
 enum {
   MR_WARNING_MESSAGE = 0, /**< One more line of the message. */
   MR_WARNING_BUTTON = 1,  /**< One more button. */
@@ -29,8 +29,9 @@ enum {
   MR_WARNING_END = 4      /**< The end of the list. Any other number ends it too. */
 };
 
-/** Warns with `count` buttons (none when it is below 1), before those of the list that starts with
- * `tag`. */
+/** Warns with `count` buttons, followed by the buttons of the list that starts with `tag`. A
+ * `count` below 1 means none. With a `count` above 0 `labels` must not be null. Asserted in debug
+ * builds; in release builds the list's own buttons are shown. */
 KILNBASE_API int MR_warning_buttons(int count, const char** labels, int tag, ...);
 
 /** Warns with one line and one button, "OK". */
@@ -59,11 +60,11 @@ struct MorlaWarningParams {
 
 KILNBASE_API int MR_warning(const vxKilnBase::MorlaWarningParams& warning);
 
-/// Warns with what the list that starts with `tag` describes.
+/// Shows the warning that the list starting with `tag` describes.
 KILNBASE_API int MR_warning(int tag, ...);
 
-// What a list cannot hold, and compilers may let pass: strings other than `const char*`. And `{}`,
-// which is no warning, but could be taken for a tag.
+// Compilers let any class pass as a value of such a list, which can hold `const char*` only. They
+// take `{}`, meant as an empty warning, for a tag.
 template <class... Values>
 int MR_warning(int tag, const Values&... values) requires(std::is_class_v<Values> || ...) = delete;
 template <class... Values>

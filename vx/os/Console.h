@@ -14,17 +14,17 @@ void writeError(std::string_view text);
 /// Whether standard input is a terminal of which this process may read.
 bool mayReadInput();
 
-/// Whether ESC was pressed since the last call, if `mayReadInput`. Takes the terminal: until
-/// `releaseKeys`, the end of the process (also by a signal) or its suspension keys are not echoed,
-/// and those other than ESC are dropped. Waits only after ESC, at most 50 ms, for what tells a
-/// cursor key from the ESC key.
+/// Whether ESC was pressed since the last call; false unless `mayReadInput`. Takes the terminal:
+/// keys are not echoed, and keys other than ESC are dropped. That lasts until `releaseKeys`, the
+/// end of the process (also by a signal) or its suspension. Waits at most 50 ms, and only after
+/// ESC, to tell a cursor key from the ESC key.
 bool escapePressed();
 
-/// Gives the terminal back as it was before `escapePressed`; may be called from a signal handler. A
-/// forked child leaves the terminal of its parent alone.
+/// Gives the terminal back as it was before `escapePressed`. May be called from a signal handler.
+/// In a forked child the terminal of the parent stays as it is.
 void releaseKeys() noexcept;
 
-/// Tells this process from its forked children.
+/// A number that differs between this process and its forked children.
 long processId();
 
 }  // namespace vxOS::console

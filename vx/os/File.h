@@ -7,7 +7,7 @@
 
 namespace vxOS::file {
 
-/// Opens a file as `fopen` does; the path holds no zero.
+/// Opens a file as `fopen` does. The path holds no zero byte.
 std::FILE* open(const vxString::CString& path, const char* mode);
 
 }  // namespace vxOS::file

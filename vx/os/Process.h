@@ -16,8 +16,9 @@ extern const char* const kProgramEnding;
 /// The path of the program that this process runs; empty when the system does not tell.
 vxString::CString ownProgram();
 
-/// Runs a program, the first text of `command`, with the others as its arguments; none holds a zero
-/// byte. Returns its exit code; nothing when it cannot be started or does not exit by itself.
+/// Runs a program, the first text of `command`, with the other texts as its arguments. No text
+/// holds a zero byte. Returns the exit code; nothing when the program cannot be started or does not
+/// exit by itself.
 std::optional<int> run(const vx::vector<vxString::CString>& command);
 
 }  // namespace vxOS::process

@@ -16,22 +16,23 @@ namespace {
 constexpr tcflag_t kLineEditing = ICANON | ECHO;
 
 termios savedMode;
-std::atomic<pid_t> keysTakenBy = 0;  // the process that changed the mode; 0 after it gave it back
+std::atomic<pid_t> keysTakenBy =
+    0;  // the process that changed the mode; 0 when the mode is restored
 
 struct ReleaseAtExit {
   ~ReleaseAtExit() { releaseKeys(); }
 };
 const ReleaseAtExit releaseAtExit;
 
-// A background job must leave the terminal alone; touching it would stop the process. (A terminal
-// that does not control the process has no foreground group.)
+// A background job must leave the terminal alone, or the system stops the process. A terminal that
+// does not control the process has no foreground group (-1).
 bool inForeground() {
   const pid_t foreground = tcgetpgrp(STDIN_FILENO);
   return foreground == -1 || foreground == getpgrp();
 }
 
-// SA_RESETHAND has put the default action back, so that raising the signal again ends or suspends
-// the process as usual.
+// SA_RESETHAND has restored the default action, so raising the signal again ends or suspends the
+// process as usual.
 void releaseAndRaise(int signal) {
   const int error = errno;
   releaseKeys();
@@ -39,7 +40,7 @@ void releaseAndRaise(int signal) {
   errno = error;
 }
 
-// The host keeps the signals that it handles or ignores.
+// Signals that the host handles or ignores stay with the host.
 void releaseKeysOnSignals() {
   for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGABRT, SIGTSTP}) {
     struct sigaction action = {};
@@ -51,8 +52,8 @@ void releaseKeysOnSignals() {
   }
 }
 
-// Reads deliver keys at once and still wait for one, so that others who read the terminal see no
-// end of the input.
+// Reads return each key at once. They wait for one key, so that other readers of the terminal do
+// not take an empty read for the end of the input.
 void setKeyMode(termios mode) {
   mode.c_lflag &= ~kLineEditing;
   mode.c_cc[VMIN] = 1;
@@ -60,7 +61,7 @@ void setKeyMode(termios mode) {
   tcsetattr(STDIN_FILENO, TCSANOW, &mode);
 }
 
-// Shells set their own mode while the process is suspended, so the mode is looked at every time. A
+// A shell sets its own mode while the process is suspended, so the mode is read every time. A
 // signal may release the keys at any moment, even before the mode is set.
 void takeKeys() {
   termios mode;
@@ -73,8 +74,8 @@ void takeKeys() {
   if (keysTakenBy == 0) tcsetattr(STDIN_FILENO, TCSANOW, &savedMode);
 }
 
-// Finds the ESC key among the keys as they come. Cursor and function keys arrive as ESC followed by
-// "[" or "O", perhaps a moment later (over a slow line).
+// Finds the ESC key among the keys in the order of their arrival. Cursor and function keys arrive
+// as ESC followed by "[" or "O", over a slow line a moment later.
 class EscapeFinder {
  public:
   void look(std::string_view keys) {
@@ -85,7 +86,7 @@ class EscapeFinder {
   }
   bool found() const { return found_ || pending_; }
 
-  // How many milliseconds what follows the last key may take.
+  // How many milliseconds to wait for the next key.
   int longestGap() const { return pending_ ? 50 : 0; }
 
  private:

@@ -12,7 +12,7 @@ namespace {
 
 using vxString::CString;
 
-// What the child does before it becomes another program.
+// The actions of the child before it becomes another program.
 class SpawnActions {
  public:
   SpawnActions() { posix_spawn_file_actions_init(&actions_); }
@@ -29,7 +29,7 @@ class SpawnActions {
   posix_spawn_file_actions_t actions_;
 };
 
-// The arguments as exec wants them, in the memory of the texts.
+// The arguments in the form for exec. They point into the texts of `command`.
 std::vector<char*> argumentPointers(const vx::vector<CString>& command) {
   std::vector<char*> pointers;
   for (const CString& text : command) pointers.push_back(const_cast<char*>(text.c_str()));

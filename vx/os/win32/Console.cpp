@@ -25,7 +25,7 @@ bool isEscapeKey(const INPUT_RECORD& input) {
          input.Event.KeyEvent.wVirtualKeyCode == VK_ESCAPE;
 }
 
-// The console takes texts of limited length, and perhaps a part of one.
+// The console limits the length of a text, and may write only a part of it.
 void writeWide(HANDLE console, std::wstring_view text) {
   constexpr std::size_t kPiece = 8192;
   while (!text.empty()) {

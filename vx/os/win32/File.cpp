@@ -7,7 +7,7 @@ namespace vxOS::file {
 
 namespace {
 
-// The complete path as the system's functions take it: marked when it is longer than MAX_PATH
+// The complete path in the form for system functions: a path longer than MAX_PATH gets a prefix
 // ("Maximum Path Length Limitation" in the Windows documentation). Empty when the system refuses.
 std::wstring systemPath(const vxString::CString& path) {
   const vxString::IString given = path.asWide();

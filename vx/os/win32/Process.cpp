@@ -13,8 +13,8 @@ namespace {
 
 using vxString::CString;
 
-// Quotes as programs take their command line apart ("Parsing C command-line arguments" in the
-// Microsoft C documentation): backslashes are themselves but before a quote, where each takes two.
+// Quotes by the rules of "Parsing C command-line arguments" in the Microsoft C documentation: a
+// backslash stands for itself, except before a quote, where each backslash is doubled.
 void appendQuoted(std::wstring& line, std::wstring_view argument) {
   line += L" \"";
   std::size_t backslashes = 0;
@@ -26,7 +26,7 @@ void appendQuoted(std::wstring& line, std::wstring_view argument) {
   line.append(backslashes, L'\\') += L'"';
 }
 
-// The program's own name is read without escapes; no file name holds a quote.
+// The name of the program is read without escapes. No file name holds a quote.
 std::wstring commandLine(const vx::vector<CString>& command) {
   std::wstring line = L'"' + std::wstring(command.front().asWide().view()) + L'"';
   for (std::size_t i = 1; i < command.size(); ++i) appendQuoted(line, command[i].asWide().view());
@@ -48,8 +48,8 @@ class Handle {
   HANDLE handle_;
 };
 
-// A copy of a standard stream of this process that a child can inherit; null when there is no such
-// stream.
+// A copy of a standard stream of this process, which a child can inherit. Null when there is no
+// such stream.
 HANDLE inheritableStream(DWORD stream) {
   const HANDLE original = GetStdHandle(stream);
   if (original == nullptr || original == INVALID_HANDLE_VALUE) return nullptr;
@@ -59,7 +59,7 @@ HANDLE inheritableStream(DWORD stream) {
   return copy;
 }
 
-// How a child starts: with the standard streams of this process and no other handle.
+// Starts a child with the standard streams of this process and no other handle.
 class Startup {
  public:
   Startup() {
@@ -108,8 +108,8 @@ class Startup {
   bool isComplete_ = false;
 };
 
-// A console program shares this process's console; where there is none, it gets one without a
-// window.
+// A console program shares the console of this process. Without such a console the program gets one
+// that has no window.
 DWORD creationFlags() {
   const bool hasConsole = GetConsoleCP() != 0;
   return EXTENDED_STARTUPINFO_PRESENT | (hasConsole ? 0U : CREATE_NO_WINDOW);
@@ -123,7 +123,7 @@ std::optional<int> waitFor(HANDLE process) {
   return static_cast<int>(exitCode);
 }
 
-// The system overlooks blanks and dots at the end of a file's name.
+// The system ignores blanks and dots at the end of a file name.
 bool isBatchFile(const CString& program) {
   const std::size_t length = program.view().find_last_not_of(" .") + 1;
   const CString name = program.substring(0, length).toLower();
