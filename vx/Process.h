@@ -10,10 +10,9 @@ namespace vxOS {
 
 /// Starts programs.
 ///
-///     const vxString::CString path = "wing.txt";
-///     const vx::vector<vxString::CString> command = {APP_getBinaryPath("convert"), "-o", path};
+///     const vx::vector<vxString::CString> command = {"tools/convert", "-o", "wing.txt"};
 ///     const std::optional<int> exitCode = vxOS::ProcessManager::getInstance().startSync(command);
-///     if (exitCode != 0) rptError("cannot convert to %s\n", path.c_str());
+///     if (exitCode != 0) puts("cannot convert");
 ///
 /// A command is the path of a program, which is not searched for in other folders, and its
 /// arguments. No shell reads the arguments: the program receives each of them byte for byte, with
