@@ -15,13 +15,13 @@ namespace {
 
 constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 
-// Larger pieces of memory are not to be had.
+// Requests for more bytes than this are refused.
 std::size_t largestPiece = kNoLimit;
 bool wasRefused = false;
 
 }  // namespace
 
-// Not inlined, as GCC warns about a pair of which only one half is.
+// Not inlined: GCC warns when only one half of such a pair is inlined.
 [[gnu::noinline]] void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
   wasRefused = wasRefused || bytes > largestPiece;
   return bytes > largestPiece ? nullptr : std::malloc(bytes);
@@ -98,7 +98,7 @@ void balance(MR_AvlNode*& root) {
   while (rotateFirst(root));
 }
 
-// Into a balanced tree.
+// Inserts into a balanced tree.
 int insert(MR_AvlNode*& root, Item& item) {
   MR_AvlNode** link = &root;
   while (*link != nullptr) {
@@ -264,7 +264,7 @@ TEST(Avl, SearchesAndNeighboursAreThoseOfASortedSet) {
   EXPECT_EQ(-1, MR_avl_insert(&root, nullptr, compareItems));
   EXPECT_EQ(-1, MR_avl_insert(&root, &items[0].node, nullptr));
   std::set<int> keys;
-  for (int step = 0; step < 5000; ++step) {  // insertions meet stale balances
+  for (int step = 0; step < 5000; ++step) {  // balances are not kept up to date
     Item& item = items[random() % (step < 1000 ? 4 : 400)];
     const bool isNew = keys.insert(item.key).second;
     EXPECT_EQ(0, (isNew ? MR_avl_insert : MR_bt_remove)(&root, &item.node, compareItems));

@@ -29,7 +29,7 @@ int keyOf(const void* record) {
 
 int comparisons;
 
-// Accepts no node behind the end of a list.
+// Accepts a null node, which a search passes at the end of a list.
 std::int32_t compareKeys(const void* a, const void* b) {
   ++comparisons;
   return b ? keyOf(a) - keyOf(b) : 0;
@@ -46,7 +46,7 @@ struct Records : MR_LinkList {
 
   MR_LinkNode* take() { return std::exchange(head, nullptr); }
 
-  // In order, once it is sure that the links back agree.
+  // All nodes in order. Checks that the links back agree.
   std::vector<MR_LinkNode*> nodes() const {
     std::vector<MR_LinkNode*> all;
     for (MR_LinkNode* node = head; node; node = node->next) {
@@ -94,11 +94,12 @@ TEST(LinkList, BehavesLikeAVectorOfNodes) {
       if (kind == 4) MR_ll_replace(&list, there, *at = newNode(wanted.key));
       if (kind > 4) MR_ll_remove(&list, there);
       if (kind > 4) model.erase(at);
-      EXPECT_TRUE(!there->prev && !there->next);
+      EXPECT_EQ(nullptr, there->prev);
+      EXPECT_EQ(nullptr, there->next);
       std::free(there);
     }
-    MR_LinkNode* const any = model.empty() ? nullptr : model.back();  // these change nothing
-    MR_ll_insert(&list, any, any);
+    MR_LinkNode* const any = model.empty() ? nullptr : model.back();
+    MR_ll_insert(&list, any, any);  // this and the five calls that follow change nothing
     MR_ll_replace(&list, any, any);
     MR_ll_replace(&list, any, nullptr);
     MR_ll_insert_sorted(&list, any, nullptr);
@@ -116,11 +117,11 @@ TEST(LinkList, BehavesLikeAVectorOfNodes) {
 TEST(LinkList, MergesChainsWithTheirCompanions) {
   Records list, list2;
   MR_ll_merge(&list, Records({1, 5, 9}).take());
-  MR_ll_insert(&list2, list.head, newNode(10));  // an empty list has no such place
+  MR_ll_insert(&list2, list.head, newNode(10));  // appends, since list2 is empty
   MR_ll_merge(&list2, Records({50}).take());
   MR_ll_merge_sorted(&list, Records({5, 20, 0}).take(), &list2, Records({55, 200}).take(),
                      compareKeys);
-  Record lost = {};  // no companion has its position
+  Record lost = {};  // list2 is too short for its position
   MR_ll_insert_sorted2(&list, newNode(7), &list2, &lost.link, compareKeys);
   EXPECT_THAT(list.keys(), ElementsAre(0, 1, 5, 5, 7, 9, 20));
   EXPECT_THAT(list2.keys(), ElementsAre(10, 55, 50, 200));
@@ -138,7 +139,7 @@ TEST(LinkList, RemovesDuplicatesAmongNeighboursWithTheirCompanions) {
   EXPECT_THAT(list.keys(), ElementsAre(2, 3, 5));
 }
 
-// Of the tail's chain one node is attached, and only that.
+// Only the first node of the tail's chain is attached.
 TEST(LinkList, CopiesAChainAndLeavesTheHeadsOfOtherLists) {
   const Records list = {1, 2};
   Records tail = {4, 5}, copy;

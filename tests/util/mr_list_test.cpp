@@ -31,7 +31,9 @@ TEST(DataList, NewNodesGoToTheirPlacesAndAreFound) {
   MR_ListNode* const c = MR_list_insert_sorted(&list, &letters[2], compareNodes);
   MR_list_prepend(&list, &letters[3]);
   MR_ListNode* const notLinked = MR_list_insert_sorted(&list, letters, nullptr);
-  EXPECT_TRUE(notLinked->data == letters && !notLinked->prev && !notLinked->next);
+  EXPECT_EQ(letters, notLinked->data);
+  EXPECT_EQ(nullptr, notLinked->prev);
+  EXPECT_EQ(nullptr, notLinked->next);
   std::free(notLinked);
   EXPECT_EQ(nullptr, MR_list_append(&list, nullptr));
   EXPECT_EQ(nullptr, MR_list_prepend(nullptr, letters));

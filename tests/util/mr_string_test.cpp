@@ -36,7 +36,7 @@ TEST(Strings, LoseCharactersAtTheEndsOrEverywhere) {
   EXPECT_STREQ("", copied);
 }
 
-// Integers are not spared.
+// Integers lose their zeros, too.
 TEST(Strings, NumbersLoseTheirZerosAtTheEnd) {
   const char* const cases[][2] = {{"1.500", "1.5"}, {"2.000", "2.0"}, {"000", "0"}, {"100", "1"},
                                   {"1.05", "1.05"}, {"", "0"},        {"5.", "5.0"}};

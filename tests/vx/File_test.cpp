@@ -5,7 +5,7 @@
 #include <vx/File.h>
 
 TEST(File, LongPathsAreOpenedWithEitherSeparatorAndOnesWithAZeroRefused) {
-  const std::string name(250, 'x');  // with its folder, more than Windows functions take as it is
+  const std::string name(250, 'x');  // longer, with its folder, than MAX_PATH of Windows
   const std::string path = testing::TempDir() + name;
   std::FILE* file = vxOS::openFile(testing::TempDir() + "\\./" + name, "w");
   ASSERT_NE(nullptr, file);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <vector>
@@ -12,7 +13,7 @@ namespace kilntest {
 
 using Numbers = std::vector<std::intptr_t>;
 
-// What a comparator gets the address of.
+// A comparator gets the addresses of two slots.
 struct Slot {
   void* item;
 };
@@ -52,7 +53,7 @@ class Kinds : public testing::TestWithParam<int> {
   StatusCode status_ = MR_NO_ERROR;
 };
 
-// What a filter lets through, from head to tail.
+// The items that the filter lets through, from head to tail.
 inline Numbers contents(const Owned& s) {
   Numbers numbers;
   const DS_Methods& m = *s->methods;
@@ -70,10 +71,25 @@ inline int isSmall(void* item) {
   return number(item) < 100 ? 1 : 0;
 }
 
-// A callback of the shorter form as one of the longer.
+// A callback of the shorter form under the type of the longer form.
 template <class To, class From>
 To longForm(From* fn) {
   return reinterpret_cast<To>(reinterpret_cast<void (*)()>(fn));
+}
+
+// A call that fails: `fails` returns whether the result is that of a failure.
+struct Misuse {
+  const char* call;
+  std::function<bool(StatusCode*)> fails;
+  StatusCode code = MR_ARGUMENT_ERROR;
+};
+
+inline void expectCodes(const std::vector<Misuse>& misuses) {
+  for (const Misuse& misuse : misuses) {
+    StatusCode status = MR_NO_ERROR;
+    EXPECT_TRUE(misuse.fails(&status)) << misuse.call;
+    EXPECT_EQ(misuse.code, status) << misuse.call;
+  }
 }
 
 }  // namespace kilntest

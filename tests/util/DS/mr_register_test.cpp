@@ -10,14 +10,15 @@ TEST(Register, IdsAreUniqueAndValuesAreFoundByThem) {
   DS_Structure* none = nullptr;
   DS_Structure bare{1, nullptr, nullptr, nullptr, nullptr};
   for (DS_Structure* registry : {none, &bare}) {
-    StatusCode codes[5] = {};
-    EXPECT_EQ(0,
-              MR_register_item(1, item(1), registry != nullptr ? &registry : nullptr, &codes[0]));
-    EXPECT_EQ(nullptr, MR_get_id_registration(1, registry, &codes[1]));
-    EXPECT_EQ(-1, MR_get_items_registration_id(item(1), registry, &codes[2]));
-    EXPECT_EQ(0, MR_deregister_item(item(1), registry, &codes[3]));
-    EXPECT_EQ(0, MR_clear_registrations(registry, &codes[4]));
-    for (const StatusCode code : codes) EXPECT_EQ(MR_ARGUMENT_ERROR, code);
+    DS_Structure** const handle = registry != nullptr ? &registry : nullptr;
+    expectCodes({
+        {"register", [&](auto code) { return MR_register_item(1, item(1), handle, code) == 0; }},
+        {"value of id", [&](auto code) { return !MR_get_id_registration(1, registry, code); }},
+        {"id of value",
+         [&](auto code) { return MR_get_items_registration_id(item(1), registry, code) == -1; }},
+        {"deregister", [&](auto code) { return MR_deregister_item(item(1), registry, code) == 0; }},
+        {"clear", [&](auto code) { return MR_clear_registrations(registry, code) == 0; }},
+    });
   }
   DS_Structure* registry = nullptr;
   StatusCode status = MR_NO_ERROR;

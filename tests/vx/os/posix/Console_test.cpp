@@ -21,21 +21,22 @@ class Terminal {
   explicit Terminal(const std::function<void()>& program) {
     child_ = forkpty(&master_, nullptr, nullptr, nullptr);
     if (child_ != 0) return;
-    // As at a prompt.
+    // The signals are handled as in a program started at a prompt.
     for (const int signal : {SIGINT, SIGQUIT, SIGHUP}) std::signal(signal, SIG_DFL);
     program();
     std::exit(0);
   }
   ~Terminal() { close(master_); }
 
-  // Presses the keys after that text. Before, the terminal echoes keys and edits lines, or not.
+  // Waits for the text in the output and presses the keys. When the text has come, the terminal
+  // must edit lines and echo keys, or do neither.
   void answer(const char* text, bool editsLines, const std::string& keys) {
     while (output_.find(text) == output_.npos && readSome()) continue;
     expectMode(editsLines);
     EXPECT_EQ(static_cast<ssize_t>(keys.size()), write(master_, keys.data(), keys.size()));
   }
 
-  // Waits for the program to exit or to be ended by the signal, and returns the output.
+  // Waits until the program exits or the signal ends it. Returns the output.
   std::string finish(int signal = 0) {
     while (readSome()) continue;
     int status = -1;

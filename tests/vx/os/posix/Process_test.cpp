@@ -22,7 +22,7 @@ TEST(PosixProcess, DeathBySignalIsNoExitAndOtherSignalsDoNotCutTheWaitShort) {
   EXPECT_EQ(std::nullopt, runScript("kill -TERM $$"));
   static volatile std::sig_atomic_t alarms = 0;
   struct sigaction action = {};
-  action.sa_handler = [](int) { alarms = alarms + 1; };  // and no SA_RESTART
+  action.sa_handler = [](int) { alarms = alarms + 1; };  // without SA_RESTART
   sigaction(SIGALRM, &action, nullptr);
   ualarm(5000, 5000);
   while (alarms == 0) pause();
