@@ -5,8 +5,8 @@
 
 /// A position: three contiguous doubles.
 ///
-/// A point is a row: p * M adds the translation in row 3 of M; the fourth column of M is ignored
-/// and nothing is divided. The products stand in T4dDblMatrix.h. Comparisons answer 0 or 1.
+/// A point is a row: p * M adds the translation in row 3 of M. The fourth column of M is ignored:
+/// nothing is divided. T4dDblMatrix.h defines the products. Comparisons return 0 or 1.
 class T3dDblPoint {
  public:
   double x = 0.0;
@@ -24,11 +24,11 @@ class T3dDblPoint {
   constexpr int operator!=(const T3dDblPoint& p) const { return !(*this == p); }
   constexpr int operator==(const T4dDblVector& v) const { return *this == T3dDblPoint(v); }
   constexpr int operator!=(const T4dDblVector& v) const { return !(*this == v); }
-  /// Would drop the weight.
+  /// Deleted: the weight would be lost.
   int operator==(const T4dDblPoint& p) const = delete;
   int operator!=(const T4dDblPoint& p) const = delete;
-  /// Whether the points are at most `tol` apart. Squares are compared, so the sign of `tol` does
-  /// not matter.
+  /// Whether the points are at most `tol` apart: tol*tol >= the squared distance. Kept as it is:
+  /// the sign of `tol` does not matter.
   constexpr int equivalent(const T3dDblPoint& p, double tol) const {
     return tol * tol >= distance2To(p);
   }
@@ -40,7 +40,8 @@ class T3dDblPoint {
     return {x + v.x, y + v.y, z + v.z};
   }
   constexpr T3dDblPoint operator-(const T4dDblVector& v) const { return *this + -v; }
-  /// Would drop the weight, and be a point.
+  /// Deleted: the weight would be lost.
+  T3dDblPoint operator+(const T4dDblPoint& p) const = delete;
   T4dDblVector operator-(const T4dDblPoint& p) const = delete;
   constexpr double distance2To(const T3dDblPoint& p) const { return (*this - p).norm(); }
 

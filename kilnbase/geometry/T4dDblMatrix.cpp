@@ -14,16 +14,16 @@ void copyElements(const From (*from)[4], To (*to)[4]) {
   }
 }
 
-// A row during Gauss-Jordan elimination. The matrix and its companion share the storage: in the
-// columns that are cleared already, where the matrix is the identity, stands the companion, whose
-// other columns are still those of the identity. Rows are written out, and passed one by one, so
-// that compilers keep all of them in registers.
+// A row of the matrix and its companion during Gauss-Jordan elimination. Both share the storage. In
+// the cleared columns the matrix is the identity: there stands the companion. In the other columns
+// the companion is the identity: there stands the matrix. Rows are separate variables, passed one
+// by one, so that compilers keep all of them in registers.
 struct Row {
   Row(const double* elements, int number)
       : element{elements[0], elements[1], elements[2], elements[3]}, source(number) {}
 
   double element[4];
-  int source;  // the number of this row before rows were swapped: its column of the companion
+  int source;  // the row number before all swaps: the column of the companion
 };
 
 template <int kColumn>
@@ -31,7 +31,8 @@ double square(const Row& row) {
   return row.element[kColumn] * row.element[kColumn];
 }
 
-// Swaps the row of the greatest square in the column, the uppermost of equals, with the top row.
+// Swaps the top row with the row whose element in the column has the greatest square. Of equal
+// squares the uppermost row is taken.
 template <int kColumn, class... Rows>
 void movePivotUp(Row& top, Rows&... below) {
   double greatest = square<kColumn>(top);

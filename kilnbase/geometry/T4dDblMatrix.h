@@ -8,20 +8,21 @@
 #include <kilnbase/geometry/T4dDblPoint.h>
 #include <kilnbase/geometry/T4dDblVector.h>
 
-/// A 4x4 matrix of doubles, row-major: element (r, c) is the (4*r + c)-th.
+/// A 4x4 matrix of doubles, row-major: element (r, c) is the (4*r + c)-th double.
 ///
-/// Points and vectors are rows: a point p is transformed as p * M, the translation is row 3, and in
-/// A * B the transform A acts first. Rotations are right-handed, angles in radians. `postmultBy(M)`
-/// is this := this * M, `premultBy(M)` this := M * this. Indices are not checked. Comparisons
-/// answer 0 or 1.
+/// Points and vectors are rows: a point p is transformed as p * M. The translation is row 3. In
+/// A * B the transform A acts first. Rotations are right-handed. Angles are in radians. Indices are
+/// not checked. Comparisons return 0 or 1.
 ///
 ///     T4dDblMatrix m;
-///     m.setToAxisRotate(T4dDblVector(0, 0, 1), pi / 2);
-///     m *= T4dDblVector(5, 0, 0);                 // turns, then moves
-///     T3dDblPoint p = T3dDblPoint(1, 0, 0) * m;   // (5, 1, 0)
+///     m.setToAxisRotate(T4dDblVector(0, 0, 1), Tangle(90.0).radians());
+///     m.postmultBy(T4dDblVector(5, 0, 0));    // turns, then moves
+///     T3dDblPoint p(1, 0, 0);
+///     p.postmultBy(m);                        // (5, 1, 0)
 ///
-/// Vectors, scales and quaternions convert to matrices, as in the example. M * v is the column
-/// product.
+/// Vectors, scales and quaternions convert to matrices. The matrix of a vector is the translation
+/// by that vector, as in the example, so `m *= v` is this := this * T(v). The product `m * v` is
+/// not that matrix but a vector, the column product. So `m = m * v` does not compile.
 class T4dDblMatrix {
  public:
   /// The identity; T4dDblMatrix() is the constexpr form.
@@ -38,12 +39,14 @@ class T4dDblMatrix {
 
   constexpr int operator==(const T4dDblMatrix& m) const;
   constexpr int operator!=(const T4dDblMatrix& m) const { return !(*this == m); }
-  /// Whether every element differs by at most `tol`.
+  /// Whether all elements differ by at most `tol`.
   KILNBASE_API int equivalent(const T4dDblMatrix& m, double tol) const;
 
-  /// this := A * B, where A or B may be this matrix.
+  /// this := A * B. Either may be this matrix.
   constexpr T4dDblMatrix& setToProduct(const T4dDblMatrix& a, const T4dDblMatrix& b);
+  /// this := this * M.
   constexpr T4dDblMatrix& postmultBy(const T4dDblMatrix& m) { return setToProduct(*this, m); }
+  /// this := M * this.
   constexpr T4dDblMatrix& premultBy(const T4dDblMatrix& m) { return setToProduct(m, *this); }
   constexpr T4dDblMatrix operator*(const T4dDblMatrix& m) const;
   constexpr T4dDblMatrix& operator*=(const T4dDblMatrix& m) { return postmultBy(m); }
@@ -58,10 +61,10 @@ class T4dDblMatrix {
   /// The determinant of the upper left 3x3.
   constexpr double det3x3() const;
 
-  /// this := the rotation about an axis through the origin, which must be of unit length for a pure
-  /// rotation; the identity for an angle of exactly 0.
+  /// this := the rotation by `angle` radians about an axis through the origin. For a pure rotation
+  /// the axis must be of unit length. An angle of exactly 0 gives the identity.
   KILNBASE_API T4dDblMatrix& setToAxisRotate(const T4dDblVector& axis, double angle);
-  /// this := R * this, where R is the rotation of `setToAxisRotate`; nothing for an angle of 0.
+  /// this := R * this, where R is the rotation of `setToAxisRotate`. An angle of 0 changes nothing.
   KILNBASE_API T4dDblMatrix& axisRotateIt(const T4dDblVector& axis, double angle);
 
   KILNBASE_API T4dDblMatrix& setFromDouble(const double elements[4][4]);
@@ -76,15 +79,15 @@ class T4dDblMatrix {
   friend class TgenXformMatrix;
   friend class Tquaternion;
   friend class Tscale;
-  // The upper left 3x3, row by row; the rest is that of the identity.
+  // Sets the upper left 3x3, row by row. All else is as in the identity.
   constexpr T4dDblMatrix(double xx, double xy, double xz, double yx, double yy, double yz,
                          double zx, double zy, double zz)
       : element_{{xx, xy, xz, 0}, {yx, yy, yz, 0}, {zx, zy, zz, 0}, {0, 0, 0, 1}} {}
 
   struct Unset {};
-  constexpr explicit T4dDblMatrix(Unset) {}  // for who sets every element
+  constexpr explicit T4dDblMatrix(Unset) {}  // the caller sets every element
 
-  // The rotation of `setToAxisRotate` by an angle of this cosine and sine.
+  // `setToAxisRotate` by the angle of this cosine and sine.
   T4dDblMatrix& setToAxisTurn(const T4dDblVector& axis, double cosine, double sine);
 
   // (x, y, z, w) * this.
@@ -111,7 +114,7 @@ constexpr T4dDblMatrix& T4dDblMatrix::setToProduct(const T4dDblMatrix& a, const 
   return *this = a * b;
 }
 
-// Of copies, which compilers keep in vector registers.
+// Multiplies copies, which compilers keep in vector registers.
 constexpr T4dDblMatrix T4dDblMatrix::operator*(const T4dDblMatrix& m) const {
   const T4dDblMatrix left = *this, right = m;
   T4dDblMatrix product{Unset()};
@@ -173,16 +176,16 @@ constexpr T4dDblVector& T4dDblVector::premultBy(const T4dDblMatrix& m) {
   return setToProduct(m, *this);
 }
 
-constexpr T4dDblVector T4dDblVector::operator*(const T4dDblMatrix& m) const {
-  return T4dDblVector().setToProduct(*this, m);
+constexpr T4dDblVector::Product T4dDblVector::operator*(const T4dDblMatrix& m) const {
+  return Product(T4dDblVector().setToProduct(*this, m));
 }
 
 /// The column product with the upper left 3x3.
-constexpr T4dDblVector operator*(const T4dDblMatrix& m, const T4dDblVector& v) {
-  return T4dDblVector().setToProduct(m, v);
+constexpr T4dDblVector::Product operator*(const T4dDblMatrix& m, const T4dDblVector& v) {
+  return T4dDblVector::Product(T4dDblVector().setToProduct(m, v));
 }
 
-/// Points have no column product by `*`: they would lose their weight, and the translation.
+/// Deleted: a point would be taken for a vector and lose its weight and the translation.
 T4dDblVector operator*(const T4dDblMatrix& m, const T3dDblPoint& p) = delete;
 T4dDblVector operator*(const T4dDblMatrix& m, const T4dDblPoint& p) = delete;
 

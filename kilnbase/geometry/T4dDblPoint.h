@@ -5,15 +5,15 @@
 
 /// A position with a weight `w`: four contiguous doubles.
 ///
-/// With w = 1 a point is Cartesian. Its rational form is (x/w, y/w, z/w, w), its homogeneous form
-/// (x*w, y*w, z*w, w); which of them a point holds is known to the caller, not to the point.
-/// Constructors, assignments, comparisons and products take the components as they stand;
-/// differences and sums with vectors are those of the Cartesian forms.
+/// A point with w = 1 is Cartesian. The rational form of a point is (x/w, y/w, z/w, w), the
+/// homogeneous form (x*w, y*w, z*w, w). The caller knows which form a point holds; the point keeps
+/// no flag. Constructors, assignments, comparisons and products use the stored components.
+/// Differences, and sums with vectors, use the Cartesian form.
 ///
-/// A point is a row in p * M; for the column product use `premultBy` or `setToProduct(M, p)`. The
-/// products stand in T4dDblMatrix.h.
+/// A point is a row: p * M. The column product is `premultBy` or `setToProduct(M, p)`.
+/// T4dDblMatrix.h defines the products.
 ///
-/// Comparisons answer 0 or 1. Nothing guards against w = 0: the results are infinite or NaN.
+/// Comparisons return 0 or 1. Nothing guards against w = 0: the results are infinite or NaN.
 class T4dDblPoint {
  public:
   double x = 0.0;
@@ -45,8 +45,8 @@ class T4dDblPoint {
     return x == p.x && y == p.y && z == p.z && w == p.w;
   }
   constexpr int operator!=(const T4dDblPoint& p) const { return !(*this == p); }
-  /// Whether the four stored components, weight included, are at most `tol` apart as points of
-  /// four-dimensional space.
+  /// Whether the points are at most `tol` apart. Kept as it is: the distance is that of the four
+  /// stored components, weight included, in four-dimensional space.
   int equivalent(const T4dDblPoint& p, double tol) const {
     const double dx = x - p.x;
     const double dy = y - p.y;
@@ -59,13 +59,15 @@ class T4dDblPoint {
   constexpr T4dDblVector operator-(const T4dDblPoint& p) const {
     return T4dDblVector(cartesian()) - T4dDblVector(p.cartesian());
   }
-  /// The Cartesian form moved by the vector; always Cartesian.
+  /// The Cartesian form, moved by the vector.
   constexpr T4dDblPoint operator+(const T4dDblVector& v) const {
     const T4dDblPoint p = cartesian();
     return {p.x + v.x, p.y + v.y, p.z + v.z, 1.0};
   }
   constexpr T4dDblPoint operator-(const T4dDblVector& v) const { return *this + -v; }
-  /// Would be a point.
+  /// Deleted: the weight of the second point would be lost.
+  T4dDblPoint operator+(const T4dDblPoint& p) const = delete;
+  /// Deleted: the result would be a point instead of the displacement.
   T4dDblVector operator-(const T3dDblPoint& p) const = delete;
   double distanceTo(const T4dDblPoint& p) const { return (*this - p).length(); }
 

@@ -16,18 +16,20 @@ class TunitQuaternion;
 /// An axis, by the index of its component.
 enum class Taxis { X, Y, Z };
 
-/// A direction or displacement: three contiguous doubles, whatever the name says. In products with
-/// a matrix its implicit fourth component is 0, so translations never act on it.
+/// A direction or displacement: three contiguous doubles. The class has no fourth component,
+/// despite its name. Products with a matrix take 0 for it: a translation never acts on a vector.
 ///
-/// A vector is a row: v * M, and in v * A * B the transform A acts first. The products stand in
-/// T4dDblMatrix.h, the rotations in Tangle.h. Comparisons answer 0 or 1. A vector of length 1e-9 or
-/// less is left as it is by normalisation.
+/// A vector is a row: v * M. In v * A * B the transform A acts first. T4dDblMatrix.h defines the
+/// products, Tangle.h the rotations about the axes. Comparisons return 0 or 1. Normalisation leaves
+/// a vector of length 1e-9 or less unchanged.
 ///
 ///     T4dDblVector v(3, 0, 4);
-///     v.normalizeIt();                    // (0.6, 0, 0.8)
-///     T4dDblVector turned = v * matrix;
+///     v.normalizeIt();                  // (0.6, 0, 0.8)
+///     v.postmultBy(Tscale(2, 1, 1));    // (1.2, 0, 0.8)
 class T4dDblVector {
  public:
+  class Product;
+
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;
@@ -46,7 +48,7 @@ class T4dDblVector {
     z = newZ;
     return *this;
   }
-  /// Takes the translation of a matrix, or of what is one: (M(3,0), M(3,1), M(3,2)).
+  /// Takes the translation of a matrix: (M(3,0), M(3,1), M(3,2)).
   template <std::derived_from<T4dDblMatrix> Matrix>
   constexpr T4dDblVector& operator=(const Matrix& m);
   /// The pure translation by this vector.
@@ -65,13 +67,11 @@ class T4dDblVector {
   constexpr int operator!=(const T4dDblVector& v) const { return !(*this == v); }
   constexpr int operator==(const T3dDblPoint& p) const;
   constexpr int operator!=(const T3dDblPoint& p) const;
-  /// Would drop the weight.
-  int operator==(const T4dDblPoint& p) const = delete;
-  int operator!=(const T4dDblPoint& p) const = delete;
-  /// Whether the difference is shorter than `tol`. Unlike for points, one of exactly `tol` is not.
+  /// Whether the difference is shorter than `tol`. Kept as it is: a difference of exactly `tol` is
+  /// too long, unlike for points.
   int equivalent(const T4dDblVector& v, double tol) const { return (*this - v).length() < tol; }
   int unitLength(double tol) const { return std::fabs(length() - 1.0) < tol; }
-  /// Whether the normals of both are `equivalent`, or those of one and of the other's opposite.
+  /// Whether both directions, normalised, are `equivalent`, or one and the opposite of the other.
   int parallel(const T4dDblVector& v, double tol) const {
     const T4dDblVector normal = getNormal();
     const T4dDblVector other = v.getNormal();
@@ -89,6 +89,13 @@ class T4dDblVector {
   friend constexpr T4dDblVector operator*(double s, const T4dDblVector& v) { return v * s; }
   constexpr T4dDblVector& operator*=(double s) { return *this = *this * s; }
   constexpr T4dDblVector& operator+=(const T4dDblVector& v) { return *this = *this + v; }
+  /// Deleted: the weight of the point would be lost. T4dDblVector(p) says that this is meant.
+  int operator==(const T4dDblPoint& p) const = delete;
+  int operator!=(const T4dDblPoint& p) const = delete;
+  T4dDblVector operator+(const T4dDblPoint& p) const = delete;
+  T4dDblVector operator-(const T4dDblPoint& p) const = delete;
+  T4dDblVector operator^(const T4dDblPoint& p) const = delete;
+  T4dDblVector& operator+=(const T4dDblPoint& p) = delete;
   /// The displacement back: the negated vector.
   constexpr T4dDblVector inverse() const { return -*this; }
   constexpr T4dDblVector& invertIt() { return *this = -*this; }
@@ -100,14 +107,14 @@ class T4dDblVector {
   constexpr T4dDblVector crossProduct(const T4dDblVector& v) const {
     return {y * v.z - z * v.y, z * v.x - x * v.z, x * v.y - y * v.x};
   }
-  /// The cross product. Beware that `^` binds more loosely than `+` and `==`.
+  /// The cross product. The operator `^` binds more loosely than `+` and `==`: use parentheses.
   constexpr T4dDblVector operator^(const T4dDblVector& v) const { return crossProduct(v); }
   constexpr T4dDblVector& setToCrossProduct(const T4dDblVector& a, const T4dDblVector& b) {
     return *this = a.crossProduct(b);
   }
 
   T4dDblVector& normalizeIt() { return normalizeIt(length()); }
-  /// Normalises with a length that the caller knows already.
+  /// Normalises a vector whose length the caller knows.
   constexpr T4dDblVector& normalizeIt(double len) {
     if (len > 1e-9) *this *= 1.0 / len;
     return *this;
@@ -117,7 +124,7 @@ class T4dDblVector {
     return normal.normalizeIt();
   }
 
-  /// The axis of the component of largest magnitude, the later one of equals.
+  /// The axis of the component of largest magnitude; of equal components the later axis.
   Taxis dominantAxis() const {
     const double sizeX = std::fabs(x);
     const double sizeY = std::fabs(y);
@@ -130,21 +137,32 @@ class T4dDblVector {
   inline T4dDblVector& rotateItX(const Tangle& angle);
   inline T4dDblVector& rotateItY(const Tangle& angle);
   inline T4dDblVector& rotateItZ(const Tangle& angle);
-  /// The rotation that turns this direction into the target's; the identity when the product of
-  /// their lengths is below 1e-9. Opposite directions turn about an axis perpendicular to both, if
-  /// their cosine comes out as exactly -1; one ulp off and the turn is about the rounding errors of
-  /// their cross product, or none at all.
+  /// The rotation that turns this direction into the target's. The axis is the cross product of
+  /// both vectors. Opposite directions turn about an axis perpendicular to this vector, made of two
+  /// of its components.
   ///
-  /// The identity also when the axis is too short for `Tquaternion::setToPivotAxis`: when the
-  /// squared length of the cross product, or of the perpendicular axis, which two components of
-  /// this vector make up, is 1e-9 or less. So normalise first; even then, directions within 3e-5 of
-  /// parallel do not turn, nor those within 3e-5 of opposite whose cosine is not exactly -1.
+  /// Kept as it is: the result is the identity when the product of the lengths is below 1e-9, and
+  /// when the squared length of the axis is 1e-9 or less. So normalise both vectors first. Unit
+  /// vectors that are within 3e-5 of parallel still give the identity.
+  ///
+  /// Kept as it is: directions count as opposite only when the computed cosine is exactly -1. Other
+  /// unit vectors within 3e-5 of opposite give the identity, and long vectors turn about the
+  /// rounding errors of their cross product.
   KILNBASE_API TunitQuaternion rotateTo(const T4dDblVector& target) const;
 
-  /// this := v * M and this := M * v, by the upper left 3x3 of M only.
+  /// this := v * M and this := M * v. Both use the upper left 3x3 of M only.
   constexpr T4dDblVector& setToProduct(const T4dDblVector& v, const T4dDblMatrix& m);
   constexpr T4dDblVector& setToProduct(const T4dDblMatrix& m, const T4dDblVector& v);
   constexpr T4dDblVector& postmultBy(const T4dDblMatrix& m);
   constexpr T4dDblVector& premultBy(const T4dDblMatrix& m);
-  constexpr T4dDblVector operator*(const T4dDblMatrix& m) const;
+  constexpr Product operator*(const T4dDblMatrix& m) const;
+};
+
+/// The product of a vector and a matrix, in either order. It is a vector that does not convert to a
+/// matrix. Otherwise `m = m * v` would set m to the translation by the vector M * v, while `m *= v`
+/// is the product of m and the translation by v.
+class T4dDblVector::Product : public T4dDblVector {
+ public:
+  constexpr explicit Product(const T4dDblVector& v) : T4dDblVector(v) {}
+  operator T4dDblMatrix() const = delete;
 };

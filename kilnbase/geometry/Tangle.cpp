@@ -11,7 +11,7 @@ struct CosSin {
   double sine;
 };
 
-// Of 0, 15, 30, ... degrees.
+// For 0, 15, 30, ... degrees. Kept as it is: the sine of 60, 120, 240 and 300 degrees.
 constexpr CosSin kTable[] = {{1.0, 0.0},
                              {0.9659258262890683, 0.2588190451025207},
                              {0.8660254037844387, 0.5},

@@ -4,19 +4,21 @@
 #include <kilnbase/export.h>
 #include <kilnbase/geometry/T4dDblVector.h>
 
-/// An angle, kept as degrees, as radians, or as its cosine and sine: as it was last set. A getter
-/// derives what it needs from what is there and keeps the result, also in a const angle, which two
-/// threads must not read at once for that reason.
+/// An angle, kept in the representation that was last set: degrees, radians, or cosine and sine. A
+/// getter derives a missing representation and stores it, even in a const angle. So two threads
+/// must not read the same angle at once.
 ///
-/// Angles that were set are never wrapped into a range, but for whole degrees; angles derived from
-/// a cosine and sine lie in [-180, 180] degrees. Whole degrees, a `long`, and degrees with a
-/// fraction, a `double`, are different things: multiples of 15 whole degrees have cosine and sine
-/// from a table, in which the sine of 60, 120, 240 and 300 degrees has the magnitude 0.5. An `int`
-/// is ambiguous, so that the caller chooses.
+/// Only whole degrees are wrapped into a range, by `degrees(long)`. Angles derived from cosine and
+/// sine lie in [-180, 180] degrees.
 ///
-///     Tangle quarter(90L);            // cosine 0 and sine 1, exactly
-///     Tangle(60.0).sin();             // 0.8660254037844386
-///     Tangle(60L).sin();              // 0.5
+/// Whole degrees are a `long`, degrees with a fraction a `double`. An `int` is ambiguous and does
+/// not compile. Multiples of 15 whole degrees take cosine and sine from a table. Kept as it is: the
+/// sine of 60, 120, 240 and 300 degrees has the magnitude 0.5 in this table. Callers rely on the
+/// table as it stands.
+///
+///     Tangle(90L).cos();     // 0, exactly
+///     Tangle(60.0).sin();    // 0.8660254037844386
+///     Tangle(60L).sin();     // 0.5
 class Tangle {
  public:
   /// 0 degrees.
@@ -29,7 +31,7 @@ class Tangle {
     degrees_ = value;
     valid_ = kDegrees;
   }
-  /// Sets the remainder of `value` by 360, which has the sign of `value`; a negative multiple of 15
+  /// Sets the remainder of `value` by 360, which has the sign of `value`. A negative multiple of 15
   /// is raised by 360.
   KILNBASE_API void degrees(long value);
   constexpr void radians(double value) {
@@ -63,8 +65,8 @@ class Tangle {
     sine = sin_;
   }
 
-  /// Snaps the cosine and the sine, each, to 0, 1 or -1 when it is less than 1e-5 away. Degrees and
-  /// radians stay as they are.
+  /// Replaces the cosine by 0, 1 or -1 when it differs by less than 1e-5, and likewise the sine.
+  /// Degrees and radians stay unchanged.
   KILNBASE_API void clamp();
 
  private:

@@ -6,13 +6,14 @@
 
 namespace {
 
-struct Lengths {
-  double d;  // of the vector
-  double r;  // of its part across the Y axis
+// A vector (x, y, z), its length d, and the length r of (x, 0, z).
+struct Direction {
+  double x, y, z, d, r;
 };
 
-Lengths lengthsOf(const double v[3]) {
-  return {T4dDblVector(v[0], v[1], v[2]).length(), std::sqrt(v[0] * v[0] + v[2] * v[2])};
+Direction directionOf(const double v[3]) {
+  return {v[0], v[1], v[2], T4dDblVector(v[0], v[1], v[2]).length(),
+          std::sqrt(v[0] * v[0] + v[2] * v[2])};
 }
 
 }  // namespace
@@ -33,7 +34,6 @@ TgenXformMatrix& TgenXformMatrix::scale(double sx, double sy, double sz) {
   return *this;
 }
 
-// Rotates about the third axis, from the one towards the other.
 TgenXformMatrix& TgenXformMatrix::rotateRows(std::size_t from, std::size_t to,
                                              const Tangle& angle) {
   const double cosine = angle.cos();
@@ -61,27 +61,23 @@ TgenXformMatrix& TgenXformMatrix::multiplyBy(const T4dDblMatrix& m) {
 }
 
 TgenXformMatrix& TgenXformMatrix::alignVectorWithZAxis(const double v[3]) {
-  const auto [d, r] = lengthsOf(v);
-  if (d != 0.0) rotatex(Tangle(r / d, v[1] / d));
-  if (r != 0.0) rotatey(Tangle(v[2] / r, -v[0] / r));
+  const auto [x, y, z, d, r] = directionOf(v);
+  if (d != 0.0) rotatex(Tangle(r / d, y / d));
+  if (r != 0.0) rotatey(Tangle(z / r, -x / r));
   return *this;
 }
 
 TgenXformMatrix& TgenXformMatrix::alignZAxisWithVector(const double v[3]) {
-  const auto [d, r] = lengthsOf(v);
-  if (r != 0.0) rotatey(Tangle(v[2] / r, v[0] / r));
-  if (d != 0.0) rotatex(Tangle(r / d, -v[1] / d));
+  const auto [x, y, z, d, r] = directionOf(v);
+  if (r != 0.0) rotatey(Tangle(z / r, x / r));
+  if (d != 0.0) rotatex(Tangle(r / d, -y / d));
   return *this;
 }
 
 TgenXformMatrix& TgenXformMatrix::setOrientation(const double a[3], const double b[3],
                                                  const double c[3]) {
-  for (std::size_t r = 0; r < 3; ++r) {
-    double* row = (*this)[r];
-    row[0] = a[r];
-    row[1] = b[r];
-    row[2] = c[r];
-  }
+  const double rows[3][3] = {{a[0], b[0], c[0]}, {a[1], b[1], c[1]}, {a[2], b[2], c[2]}};
+  for (std::size_t r = 0; r < 3; ++r) std::copy_n(rows[r], 3, (*this)[r]);
   return *this;
 }
 

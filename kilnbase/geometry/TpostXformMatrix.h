@@ -6,11 +6,11 @@
 #include <kilnbase/geometry/Tscale.h>
 #include <kilnbase/geometry/TunitQuaternion.h>
 
-/// A transform kept as scale S, rotation R and translation: S * R * T(translation). Its matrix is
-/// composed when the inverse is asked for.
+/// A transform kept as scale S, rotation R and translation. Its matrix is S * R * T(translation),
+/// where T(v) is the translation by v. `inverse` composes the matrix.
 ///
-/// The pivots do not enter the matrix. A scale or rotation that is added moves the translation: the
-/// origin of the transform is scaled or turned about the pivot.
+/// The pivots are no part of the matrix. Adding a scale or a rotation also scales or turns the
+/// translation about the pivot.
 class TpostXformMatrix : protected T4dDblMatrix {
  public:
   /// No transform, pivots at the origin.
@@ -19,15 +19,17 @@ class TpostXformMatrix : protected T4dDblMatrix {
   constexpr virtual ~TpostXformMatrix() {}
   constexpr TpostXformMatrix& operator=(const TpostXformMatrix&) = default;
 
-  /// Set one component and nothing else, and make this `dirty`.
+  /// Stores the component and sets `dirty` to 1, as every operation on components does. The other
+  /// components stay unchanged.
   KILNBASE_API TpostXformMatrix& operator=(const T4dDblVector& v);
   KILNBASE_API TpostXformMatrix& operator=(const Tscale& s);
   KILNBASE_API TpostXformMatrix& operator=(const TunitQuaternion& q);
   KILNBASE_API TpostXformMatrix& operator+=(const T4dDblVector& v);
-  /// Multiplies the scales component by component, clamps the products, and scales the translation
-  /// about the scale pivot along the rotated axes.
+  /// Multiplies the scales component by component and clamps the products. Scales the translation
+  /// about the scale pivot, along the rotated axes.
   KILNBASE_API TpostXformMatrix& operator+=(const Tscale& s);
-  /// Turns the translation by `q` about the rotate pivot; `q` acts after the current rotation.
+  /// Sets the rotation to q * rotation, where the current rotation acts first. Turns the
+  /// translation by `q` about the rotate pivot.
   KILNBASE_API TpostXformMatrix& operator+=(const TunitQuaternion& q);
 
   T4dDblVector translation() const { return translation_; }
@@ -35,6 +37,7 @@ class TpostXformMatrix : protected T4dDblMatrix {
   Tscale scale() const { return scale_; }
   T4dDblPoint rotatePivotPoint() const { return rotatePivot_; }
   T4dDblPoint scalePivotPoint() const { return scalePivot_; }
+  /// Store the pivot. The matrix does not change, so `dirty` stays unchanged.
   TpostXformMatrix& setRotatePivotPoint(const T4dDblPoint& p) {
     rotatePivot_ = p;
     return *this;
@@ -44,9 +47,10 @@ class TpostXformMatrix : protected T4dDblMatrix {
     return *this;
   }
 
-  /// 1 when a component was changed since the matrix was composed, else 0.
+  /// 1 when a component has changed since the matrix was composed, else 0.
   int dirty() const { return dirty_; }
-  /// The inverse of the matrix, which is composed first when `dirty` is 1.
+  /// Composes the matrix when `dirty` is 1, which clears `dirty`. Returns the inverse of the
+  /// matrix.
   KILNBASE_API T4dDblMatrix inverse();
 
  private:

@@ -13,7 +13,7 @@ Tquaternion& Tquaternion::setToRotation(const T4dDblMatrix& m) {
                   (m[0][1] - m[1][0]) * k};
 }
 
-// For turns of 120 degrees and more, where w may be 0.
+// For rotations by 120 degrees and more, where w may be 0.
 Tquaternion& Tquaternion::setFromLargestDiagonal(const T4dDblMatrix& m) {
   int i = m[1][1] > m[0][0] ? 1 : 0;
   if (m[2][2] > m[i][i]) i = 2;
@@ -36,13 +36,11 @@ Tquaternion& Tquaternion::setToPivotAxis(double angle, const T4dDblVector& axis)
 }
 
 void Tquaternion::getPivotAxis(double& angle, T4dDblVector& axis) const {
-  angle = 2.0 * std::acos(w);
-  if (std::fabs(angle) <= 1e-9) {
-    angle = 0.0;
-    return;
-  }
-  const double s = std::sin(angle / 2.0);
-  axis.set(x / s, y / s, z / s);
+  const double half = std::acos(w);
+  const bool turns = !(2.0 * half <= 1e-9);
+  const double s = std::sin(half);
+  if (turns) axis.set(x / s, y / s, z / s);
+  angle = turns ? 2.0 * half : 0.0;
 }
 
 TunitQuaternion Tquaternion::exp() const {

@@ -11,10 +11,10 @@ class TunitQuaternion;
 
 /// A quaternion w + xi + yj + zk: four doubles, the scalar part first.
 ///
-/// The rotation of a quaternion q is that of the matrix it converts to: v * T4dDblMatrix(q) turns
-/// the row v, right-handed, whatever the length of q. Multiplication is Hamilton's, so in the
-/// rotation of p * q the rotation of q acts first, other than in the product of their matrices.
-/// Angles are in radians. Comparisons answer 0 or 1.
+/// The rotation of a quaternion q is that of the matrix T4dDblMatrix(q): v * q turns the row v,
+/// right-handed, whatever the length of q. Products are Hamilton's: in p * q the rotation of q acts
+/// first. So T4dDblMatrix(p * q) = T4dDblMatrix(q) * T4dDblMatrix(p). Angles are in radians.
+/// Comparisons return 0 or 1.
 class Tquaternion {
  public:
   double w = 1.0;
@@ -24,10 +24,10 @@ class Tquaternion {
 
   /// The identity, (1, 0, 0, 0).
   constexpr Tquaternion() = default;
-  /// Takes the rotation of the upper left 3x3, which must be a rotation for the result to be of
-  /// unit length. A component that is not small is found first, w for a positive trace, else that
-  /// of the largest diagonal element, and the others by dividing by it (Shoemake, "Animating
-  /// rotation with quaternion curves", 1985).
+  /// Takes the rotation of the upper left 3x3. The result is of unit length when the 3x3 is a
+  /// rotation. The first component found is w for a positive trace, else the one of the largest
+  /// diagonal element: this component is not small, and the others come from a division by it
+  /// (Shoemake, "Animating rotation with quaternion curves", 1985).
   template <std::derived_from<T4dDblMatrix> Matrix>
   Tquaternion& operator=(const Matrix& m) {
     return setToRotation(m);
@@ -37,8 +37,8 @@ class Tquaternion {
     return w == q.w && x == q.x && y == q.y && z == q.z;
   }
   constexpr int operator!=(const Tquaternion& q) const { return !(*this == q); }
-  /// Whether the quaternions are at most `tol` (at least 0) apart as points of four-dimensional
-  /// space.
+  /// Whether the quaternions, as points of four-dimensional space, are at most `tol` apart. A
+  /// negative `tol` counts as 0.
   int equivalent(const Tquaternion& q, double tol) const {
     return std::sqrt((*this - q).norm()) <= (tol > 0.0 ? tol : 0.0);
   }
@@ -66,20 +66,22 @@ class Tquaternion {
   }
   constexpr Tquaternion& invertIt() { return *this = inverse(); }
 
-  /// Divides by the length; a quaternion of length 1e-9 or less becomes the identity.
+  /// The quaternion divided by its length. A length of 1e-9 or less gives the identity.
   TunitQuaternion normalize() const;
   Tquaternion& normalizeIt() {
     const double n = std::sqrt(norm());
     return *this = n <= 1e-9 ? Tquaternion() : Tquaternion(w / n, x / n, y / n, z / n);
   }
 
-  /// Sets the rotation by `angle` about the axis, which need not be of unit length; the identity
-  /// when its squared length is 1e-9 or less.
+  /// Sets the rotation by `angle` radians about an axis of any length. Kept as it is: an axis whose
+  /// squared length is 1e-9 or less gives the identity.
   KILNBASE_API Tquaternion& setToPivotAxis(double angle, const T4dDblVector& axis);
-  /// The angle and the unit axis of a unit quaternion. For angles of 1e-9 or less, `angle` is 0 and
-  /// `axis` keeps its value; NaN when `w` is beyond [-1, 1].
+  /// Sets `angle` to 2*acos(w), in radians, and `axis` to (x, y, z)/sin(angle/2): the unit axis of
+  /// a unit quaternion. For w = 1 `angle` becomes 0 and `axis` stays unchanged. This is what
+  /// doubles make of the cosine of every rotation by less than 2.1e-8; the next greater result
+  /// is 3.0e-8. For |w| > 1 both become NaN.
   KILNBASE_API void getPivotAxis(double& angle, T4dDblVector& axis) const;
-  /// The exponential of the vector part (x, y, z); `w` is not used.
+  /// The exponential of (0, x, y, z): `w` is not used.
   KILNBASE_API TunitQuaternion exp() const;
 
   constexpr void convertToMatrix(T4dDblMatrix& m) const { m = *this; }
@@ -105,5 +107,5 @@ constexpr Tquaternion::operator T4dDblMatrix() const {
           (x * z + w * y) * s,       (y * z - w * x) * s,       1.0 - (x * x + y * y) * s};
 }
 
-/// A vector is turned as a row, v * q; the column product would turn it the other way.
+/// Deleted: the column product would turn the vector the other way. Use v * q.
 T4dDblVector operator*(const Tquaternion& q, const T4dDblVector& v) = delete;

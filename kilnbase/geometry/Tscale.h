@@ -4,11 +4,9 @@
 #include <kilnbase/export.h>
 #include <kilnbase/geometry/T4dDblMatrix.h>
 
-/// A scale along each axis. What is stored is clamped: a value between -0.0001 and 0.0001 becomes
-/// 0.0001 (a tiny negative one, too), every other value is kept, and negative scales mirror. Copies
-/// and `invertIt` store their results as they are, and so may who writes the fields.
-///
-/// Comparisons answer 0 or 1.
+/// A scale along each axis. A negative scale mirrors. Constructors and `set` clamp each component:
+/// a value between -0.0001 and 0.0001 becomes 0.0001, also a negative one, and all others are kept.
+/// Copies, `invertIt` and writes to the fields are not clamped. Comparisons return 0 or 1.
 class Tscale {
  public:
   double x = 1.0;
@@ -31,18 +29,18 @@ class Tscale {
     return *this;
   }
 
-  /// The identity with the clamped components on the diagonal.
+  /// The matrix with the clamped components on the diagonal.
   constexpr operator T4dDblMatrix() const {
     return {clamped(x), 0, 0, 0, clamped(y), 0, 0, 0, clamped(z)};
   }
 
-  /// The reciprocals of the clamped components, clamped themselves.
+  /// The reciprocals of the clamped components. The reciprocals are clamped, too.
   constexpr Tscale inverse() const {
     Tscale s = *this;
     s.invertIt();
     return s.set(s.x, s.y, s.z);
   }
-  /// Stores the reciprocals of the clamped components, without clamping them.
+  /// Stores the reciprocals of the clamped components. The reciprocals are not clamped.
   constexpr Tscale& invertIt() {
     set(x, y, z);
     x = 1.0 / x;
@@ -51,10 +49,10 @@ class Tscale {
     return *this;
   }
 
-  /// Whether each component differs by at most `tol`, which is clamped like a scale: it is at least
-  /// 0.0001, or below -0.0001, which nothing is equivalent within.
+  /// Whether each component differs by at most `tol`. Kept as it is: `tol` is clamped like a scale,
+  /// so a `tol` of 0 counts as 0.0001.
   KILNBASE_API int equivalent(const Tscale& s, double tol) const;
-  /// Whether the scale is the same along all axes, to within 1e-9.
+  /// Whether each two components differ by at most 1e-9.
   KILNBASE_API int proportionalScale() const;
 
  private:

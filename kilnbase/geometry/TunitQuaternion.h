@@ -3,18 +3,20 @@
 
 #include <kilnbase/geometry/Tquaternion.h>
 
-/// A rotation: a quaternion of unit length. It comes from a matrix, from an axis and an angle, or
-/// from operations that keep unit length; `inverse` takes that length for granted. A quaternion and
-/// its negative are the same rotation. Call `renormalizeIt` after long chains of products.
+/// A rotation: a quaternion of unit length. Callers get one from a matrix, from an axis and an
+/// angle, or from operations that keep unit length. `inverse` relies on unit length, so call
+/// `renormalizeIt` after long chains of products. A quaternion and its negative are the same
+/// rotation.
 ///
 ///     TunitQuaternion turn;
-///     turn.setToPivotAxis(pi / 2, T4dDblVector(0, 0, 1));
-///     T4dDblVector y = T4dDblVector(1, 0, 0) * turn;
+///     turn.setToPivotAxis(Tangle(90.0).radians(), T4dDblVector(0, 0, 1));
+///     T4dDblVector v(1, 0, 0);
+///     v.postmultBy(turn);    // (0, 1, 0)
 class TunitQuaternion : public Tquaternion {
  public:
   /// No rotation.
   constexpr TunitQuaternion() = default;
-  /// Takes the rotation of the upper left 3x3, which must be one.
+  /// Takes the rotation of the upper left 3x3, which must be a rotation.
   template <std::derived_from<T4dDblMatrix> Matrix>
   TunitQuaternion& operator=(const Matrix& m) {
     Tquaternion::operator=(m);
@@ -31,7 +33,7 @@ class TunitQuaternion : public Tquaternion {
 
   constexpr TunitQuaternion conjugate() const { return TunitQuaternion(Tquaternion::conjugate()); }
   constexpr TunitQuaternion& conjugateIt() { return *this = conjugate(); }
-  /// The conjugate: nothing is divided.
+  /// The conjugate, without a division.
   constexpr TunitQuaternion inverse() const { return conjugate(); }
   constexpr TunitQuaternion& invertIt() { return conjugateIt(); }
 
@@ -41,11 +43,12 @@ class TunitQuaternion : public Tquaternion {
   }
   TunitQuaternion& renormalizeIt() { return normalizeIt(); }
 
+  /// As `Tquaternion::setToPivotAxis`: `angle` is in radians.
   TunitQuaternion& setToPivotAxis(double angle, const T4dDblVector& axis) {
     Tquaternion::setToPivotAxis(angle, axis);
     return *this;
   }
-  /// (0, half the angle times the axis); (0, 0, 0, 0) when there is no vector part.
+  /// The logarithm: (0, angle/2 * axis). It is 0 for x = y = z = 0, also when w is -1.
   KILNBASE_API Tquaternion log() const;
 
  protected:

@@ -10,7 +10,7 @@ T4dDblMatrix turn(const TunitQuaternion& q) {
   return q;
 }
 
-// Exact also where the reciprocals are so small that `Tscale::inverse` clamps them.
+// Unlike `Tscale::inverse`, this does not clamp the reciprocals of large scales.
 T4dDblMatrix undo(const Tscale& s) {
   T4dDblMatrix m = s;
   for (short i = 0; i < 3; ++i) m(i, i) = 1.0 / m(i, i);

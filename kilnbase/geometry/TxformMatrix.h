@@ -6,69 +6,71 @@
 #include <kilnbase/geometry/Tscale.h>
 #include <kilnbase/geometry/TunitQuaternion.h>
 
-/// A transform kept as a matrix, which it is, and as its components: translation, rotation, scale
-/// and the pivots of rotation and scale. The components compose to
+/// A transform kept as a matrix, which is the base class, and as components: translation, rotation
+/// R, scale S, and the pivots of rotation and scale. With T(v) as the translation by v, the
+/// components compose to T(scalePivotOffset) * S * T(scalePivotTranslation + rotatePivotOffset) * R
+/// * T(rotatePivotTranslation + translation). So a point is moved by minus the scale pivot, scaled,
+/// moved back, moved by minus the rotate pivot, rotated, moved back, translated.
 ///
-///     T(scalePivotOffset) * S * T(scalePivotTranslation + rotatePivotOffset) * R
-///         * T(rotatePivotTranslation + translation)
+/// Kept as it is: the matrix and the components can disagree. Setting or adding a component leaves
+/// the matrix unchanged and sets `dirty` to 1. Only assigning a matrix sets `dirty` to 0. The
+/// inherited operations change the matrix alone. `composed` and `inverse` use the components alone;
+/// they clamp the scale, so scales between -0.0001 and 0.0001 act as 0.0001.
 ///
-/// where T(v) moves by v: as a point meets them, move by minus the scale pivot, scale, move back,
-/// move by minus the rotate pivot, rotate, move back, translate.
-///
-/// Assigning a component changes the components alone: the matrix stays what it was last set to,
-/// and `dirty` is 1 until a matrix is assigned. `composed` and `inverse` are those of the
-/// components, with the clamped scale: scales nearer to 0 than 0.0001, which a matrix may have, are
-/// composed as 0.0001. The matrix operations that are inherited change the matrix alone.
-///
-///     TxformMatrix xform(matrix);
-///     xform.setRotatePivotPoint(centre);    // changes nothing
-///     xform += turn;                        // turns about that centre
-///     p.postmultBy(xform.composed());
+///     TxformMatrix xform(Tscale(2, 2, 2));
+///     xform.setRotatePivotPoint(T4dDblPoint(1, 0, 0, 1));    // moves nothing
+///     TunitQuaternion turn;
+///     turn.setToPivotAxis(Tangle(90.0).radians(), T4dDblVector(0, 0, 1));
+///     xform += turn;                                         // turns about the pivot
+///     T3dDblPoint p(1, 0, 0);
+///     p.postmultBy(xform.composed());                        // (2, 0, 0)
 class KILNBASE_API TxformMatrix : public T4dDblMatrix {
  public:
   /// No transform.
   constexpr TxformMatrix() = default;
-  /// Takes the matrix and extracts the components. All pivots are 0, and a mirroring matrix has a
-  /// negative z scale. Row vectors of length 0 give NaN components.
+  /// Copies the matrix and extracts the components. All pivots become 0. A mirroring matrix gives a
+  /// negative z scale. A row (of the upper left 3x3) of length 0 gives NaN components.
   TxformMatrix(const T4dDblMatrix& m);
   TxformMatrix& operator=(const T4dDblMatrix& m);
 
-  /// Stores the scale. Moves back exactly from the scale pivot, which drops what kept the transform
-  /// in place when that was set.
+  /// Stores the scale and sets scalePivotTranslation := -scalePivotOffset. This drops what
+  /// `setScalePivotPoint` added to keep the transform in place.
   TxformMatrix& operator=(const Tscale& s);
-  /// Stores the rotation, and likewise moves back exactly from the rotate pivot.
+  /// Stores the rotation and sets rotatePivotTranslation := -rotatePivotOffset. This drops what
+  /// `setRotatePivotPoint` added to keep the transform in place.
   TxformMatrix& operator=(const TunitQuaternion& q);
-  /// A rotation is of unit length: normalise first.
+  /// Deleted: a rotation is of unit length. Use `q.normalize()`.
   TxformMatrix& operator=(const Tquaternion& q) = delete;
-  /// Sets the translation such that the origin of the composed transform is at v * S * R.
+  /// Sets the translation so that the composed transform maps the origin to v * S * R.
   TxformMatrix& operator=(const T4dDblVector& v);
-  /// Moves, before scale and rotation, by `v`.
+  /// Adds v * S * R to the translation: moves by `v` before scale and rotation.
   TxformMatrix& operator+=(const T4dDblVector& v);
-  /// Multiplies the scales component by component. The products are not clamped.
+  /// Multiplies the scales component by component. Kept as it is: the products are not clamped.
   TxformMatrix& operator+=(const Tscale& s);
-  /// Turns by `q` before the current rotation.
+  /// Sets the rotation to rotation * q, where `q` acts first.
   TxformMatrix& operator+=(const TunitQuaternion& q);
 
-  /// The translation brought back through rotation and scale: with all pivots at 0 the vector that
-  /// was assigned.
+  /// The translation, mapped back through rotation and scale. With all pivots at 0 this is the
+  /// assigned vector.
   T4dDblVector translation() const;
   TunitQuaternion rotation() const { return rotation_; }
   Tscale scale() const { return scale_; }
   T4dDblPoint scalePivotPoint() const;
   /// The rotate pivot in the untransformed space.
   T4dDblPoint rotatePivotPoint() const;
-  /// Set the pivots, Cartesian points of the untransformed space, and leave the composed transform
-  /// where it is.
+  /// Set a pivot, which must be a Cartesian point of the untransformed space. The composed
+  /// transform does not change.
   TxformMatrix& setScalePivotPoint(const T4dDblPoint& p);
   TxformMatrix& setRotatePivotPoint(const T4dDblPoint& p);
 
-  /// 1 when a component was changed since a matrix was assigned, else 0.
+  /// 1 when a component has changed since a matrix was assigned, else 0.
   int dirty() const { return dirty_; }
+  /// The transform that the components compose to, and its inverse.
   T4dDblMatrix composed() const;
   T4dDblMatrix inverse() const;
 
  protected:
-  /// Sets the components from the matrix; `dirty` stays.
+  /// Sets the components from the matrix. `dirty` stays unchanged.
   void extractVectorsFromMatrix();
 
  private:

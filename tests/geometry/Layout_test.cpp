@@ -2,6 +2,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstring>
+#include <functional>
 #include <gtest/gtest.h>
 #include <type_traits>
 
@@ -39,6 +40,29 @@ constexpr bool kTakesNone = !(std::is_assignable_v<To&, From> || ...);
 static_assert(kTakesNone<TxformMatrix, Tquaternion>);
 static_assert(kTakesNone<T4dDblVector, Tscale, Tquaternion, TunitQuaternion>);
 static_assert(kTakesNone<TunitQuaternion, Tscale, Tquaternion, T4dDblVector>);
+
+// A vector is assigned as a translation, the product of a vector and a matrix is not.
+using ColumnProduct = decltype(T4dDblMatrix() * T4dDblVector());
+using RowProduct = decltype(T4dDblVector() * T4dDblMatrix());
+static_assert(kTakesNone<T4dDblMatrix, ColumnProduct, RowProduct>);
+static_assert(std::is_assignable_v<T4dDblMatrix&, T4dDblVector>);
+static_assert(std::is_assignable_v<T4dDblVector&, ColumnProduct>);
+static_assert(std::is_assignable_v<TxformMatrix&, ColumnProduct>);
+
+// A point with a weight is no operand where a vector is meant.
+template <class Operator, class... Left>
+constexpr bool kTakePoint = (std::is_invocable_v<Operator, Left, T4dDblPoint> || ...);
+static_assert(!kTakePoint<std::plus<>, T3dDblPoint, T4dDblPoint, T4dDblVector, ColumnProduct>);
+static_assert(!kTakePoint<std::minus<>, T3dDblPoint, T4dDblVector, ColumnProduct>);
+static_assert(!kTakePoint<std::bit_xor<>, T4dDblVector>);
+static_assert(!kTakePoint<std::equal_to<>, T3dDblPoint, T4dDblVector>);
+static_assert(!kTakePoint<std::multiplies<>, T4dDblMatrix>);
+template <class T>
+constexpr bool kAccumulatesPoints = requires(T value, T4dDblPoint p) {
+  value += p;
+};
+static_assert(!kAccumulatesPoints<T4dDblVector>);
+
 template <class T>
 constexpr bool kTakesBraces = requires(T value) {
   value = {};

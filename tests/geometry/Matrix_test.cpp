@@ -119,3 +119,25 @@ TEST(GenXform, MultipliesElementaryTransformsOnTheLeft) {
     EXPECT_LT(distance(T4dDblMatrix::identity, align * back), kRounding);
   }
 }
+
+TEST(GenXform, TakesItsOwnRowsAsOperands) {
+  using Call = void (*)(TgenXformMatrix & changed, const T4dDblMatrix& rows);
+  const std::pair<const char*, Call> calls[] = {
+      {"translate", [](auto& g, const auto& m) { g.translate(m[0]); }},
+      {"scale", [](auto& g, const auto& m) { g.scale(m[1]); }},
+      {"rotateAxis", [](auto& g, const auto& m) { g.rotateAxis(m[2], Tangle(50.0)); }},
+      {"multiplyBy", [](auto& g, const auto& m) { g.multiplyBy(m); }},
+      {"alignVectorWithZAxis", [](auto& g, const auto& m) { g.alignVectorWithZAxis(m[2]); }},
+      {"alignZAxisWithVector", [](auto& g, const auto& m) { g.alignZAxisWithVector(m[0]); }},
+      {"setOrientation", [](auto& g, const auto& m) { g.setOrientation(m[0], m[1], m[2]); }},
+      {"transformPoint", [](auto& g, const auto& m) { g.transformPoint(m[1], g[3]); }}};
+  for (const auto& [name, call] : calls) {
+    const T4dDblMatrix start = RandomValues(8).matrix();
+    TgenXformMatrix own, other;
+    own.multiplyBy(start);
+    other.multiplyBy(start);
+    call(own, own);
+    call(other, start);
+    EXPECT_EQ(other, own) << name;
+  }
+}

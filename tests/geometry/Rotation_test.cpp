@@ -132,6 +132,11 @@ TEST(Rotation, TooShortOnesAndNoTurnAreSpecial) {
   identity.getPivotAxis(angle, axis);
   EXPECT_EQ(0.0, angle);
   EXPECT_EQ(T4dDblVector(7, 8, 9), axis);
+  quaternion(std::nextafter(1.0, 0.0), 1e-8, 0, 0).getPivotAxis(angle, axis);
+  EXPECT_NEAR(3e-8, angle, 1e-9);
+  Tquaternion halfTurn = quaternion(0, 1, 0, 0);
+  halfTurn.getPivotAxis(halfTurn.x, axis);
+  EXPECT_EQ(T4dDblVector(1, 0, 0), axis);
   quaternion(1.5, 0, 0, 0).getPivotAxis(angle, axis);
   EXPECT_TRUE(std::isnan(angle));
   EXPECT_EQ(identity, quaternion(0, 1e-9, 0, 0).normalizeIt());
