@@ -5,8 +5,8 @@
 #include <kilnbase/auto/containers/detail/TypedArray.h>
 #include <kilnbase/geometry/T3dDblPoint.h>
 
-/// A growable array of points, new ones of which are the origin; see TobjArray and, for the calls,
-/// vxKilnBase::detail::TypedArray.
+/// A growable array of points. A new point without a value is the origin. See TobjArray, and
+/// vxKilnBase::detail::TypedArray for the calls.
 class KILNBASE_API T3dDblPointArray : public vxKilnBase::detail::TypedObjArray<T3dDblPoint> {
  public:
   explicit constexpr T3dDblPointArray(std::size_t sizeIncrement) noexcept

@@ -7,24 +7,22 @@
 #include <kilnbase/auto/containers/detail/GrowableArray.h>
 #include <kilnbase/export.h>
 
-/// A growable array of elements of any fixed size, which are copied and moved as plain bytes: no
-/// constructor and no destructor runs, and new elements have any value. Elements that need more go
-/// into a `TobjArray`; users take an array of their type (`TdoubleArray`, `TcharPtrArray`), which
-/// has calls to insert, find and read elements.
+/// A growable array of elements of any fixed size, which are copied and moved as plain bytes. No
+/// constructor and no destructor runs. New elements have any value. Elements that need construction
+/// go into a `TobjArray`. Users take the array of their type (`TdoubleArray`, `TcharPtrArray`),
+/// which has calls to insert, find and read elements.
 ///
-/// All results are 0, but for 2 when `create`, `createAndInitialise`, `changePhysicalSizeTo`,
-/// `buffer` or `pack` cannot get memory and for 150 when an element is not found. Indexing and
-/// `last` are not checked against the length; see vxKilnBase::detail::GrowableArray for the
-/// operations.
+/// A result is 0, except for 150 when an element is not found, and 2 when `create`,
+/// `createAndInitialise`, `changePhysicalSizeTo`, `buffer` or `pack` cannot get memory.
+/// vxKilnBase::detail::GrowableArray describes the operations.
 ///
-///     TdoubleArray heights(32);  // takes 32 slots at first, then 32, 41, 52, ... more
-///     heights.addLast(0.5);
-///     heights.removeAt(0, 1);
+///     TdoubleArray heights(32);    // the first block has 32 slots, the growths add 32, 41, 52,
+///     ... heights.addLast(0.5); heights.removeAt(0, 1);
 class KILNBASE_API Tarray : public vxKilnBase::detail::GrowableArray<Tarray, long> {
  public:
   using Result = long;
 
-  /// No elements and no block yet; neither size must be 0.
+  /// No elements and no block yet. Without an `elementSize` the array never gets a block.
   constexpr Tarray(std::size_t elementSize, std::size_t sizeIncrement) noexcept
       : GrowableArray(elementSize, sizeIncrement) {}
   ~Tarray() override;

@@ -66,7 +66,8 @@ TautoArrayBase::~TautoArrayBase() {
   fsToBeCleared.reset();
 }
 
-// Arrays in use keep their storage in the old block, which is freed when the last one has ended.
+// Arrays in use keep their storage in the old block. The old block is freed when no array is in
+// use.
 bool TautoArrayBase::makeRoom(std::size_t bytes) {
   const std::size_t free = fsBufferSize - fsCurrentUse;
   if (bytes <= free) return true;

@@ -6,20 +6,25 @@
 #include <kilnbase/auto/containers/TcharPtrArray.h>
 #include <kilnbase/export.h>
 
-/// A scratch array: uninitialised storage for a number of elements, taken from a buffer that all
-/// scratch arrays of the process share and given back by the destructor. The buffer is a stack:
-/// **arrays must end in the reverse order of their creation**. It grows where it must and is never
-/// given up, so that a scratch array usually costs no allocation.
+/// A scratch array: uninitialised storage for a number of elements. The constructor takes the
+/// storage from a buffer that all scratch arrays of the process share, the destructor gives it
+/// back. The buffer grows where it must and is never freed, so a scratch array usually allocates
+/// nothing.
+///
+/// The buffer is a stack: **arrays must end in the reverse order of their creation**. Asserted in
+/// debug builds; in release builds later arrays may overlap the ones that are still in use.
 ///
 ///     class Weights : public TautoArrayBase {
 ///      public:
 ///       explicit Weights(std::size_t n) : TautoArrayBase(sizeof(double), n) {}
 ///       double& operator[](std::size_t i) { return static_cast<double*>(base())[i]; }
 ///     };
+///     Weights weights(100);
+///     weights[0] = 0.5;
 ///
-/// The storage begins at a multiple of the element size from the start of a block that is aligned
-/// to 64 bytes, which aligns elements of any type of at most that alignment. Nothing is locked:
-/// scratch arrays are for a single thread.
+/// The storage begins at a multiple of the element size in a block that is aligned to 64 bytes. So
+/// elements of every type with an alignment of at most 64 are aligned. Nothing is locked: scratch
+/// arrays are for a single thread.
 class KILNBASE_API TautoArrayBase {
  public:
   TautoArrayBase(const TautoArrayBase&) = delete;
@@ -28,20 +33,21 @@ class KILNBASE_API TautoArrayBase {
 
   /// Bytes of the shared buffer.
   static std::size_t bufferSize();
-  /// Bytes of it that are in use.
+  /// Bytes of the shared buffer that are in use.
   static std::size_t currentUse();
-  /// The buffer grows by a multiple of so many bytes; 8192 at the start.
+  /// The growth step in bytes: the buffer grows by multiples of it. The first step is 8192.
   static std::size_t incrementalSize();
-  /// Sets it; it must not be 0.
+  /// Sets the growth step, which must not be 0. Asserted in debug builds; in release builds 0
+  /// counts as 1.
   static void setIncrementSize(std::size_t bytes);
 
  protected:
-  /// Storage for `count` elements of `size` bytes, which must be from 1 to 65535. Nothing is
-  /// reserved for 0 elements or another size, nor when there is no memory: `base()` is then null
-  /// and `count()` 0.
+  /// Takes storage for `count` elements of `size` bytes. For a `count` of 0, and without memory,
+  /// nothing is taken: `base()` is null and `count()` is 0. The size must be from 1 to 65535.
+  /// Asserted in debug builds; in release builds nothing is taken for other sizes.
   TautoArrayBase(std::size_t size, std::size_t count);
 
-  /// The first element. It stays where it is while other scratch arrays make the buffer grow.
+  /// The first element. The elements stay in place while other scratch arrays make the buffer grow.
   void* base() const { return base_; }
   std::size_t count() const { return count_; }
 

@@ -1,5 +1,4 @@
-// Progress of long numerical operations: what the user sees, and whether the user wants them to
-// stop.
+// Progress messages of long numerical operations, and the user's wish to stop them.
 #pragma once
 
 #include <kilnbase/export.h>
@@ -7,44 +6,47 @@
 
 /// Reports how far an operation has come.
 ///
-/// Fitting, constraint solving and tolerance iterations hold a reporter and call it once a step. It
-/// puts the name of the operation (the option name) before fixed messages and hands them to
-/// `rptStatus` and `rptUser`. A reporter that is not loud reports nothing.
+/// Fitting, constraint solving and tolerance iterations hold a reporter and call it once per step.
+/// The reporter puts the name of the operation (the option name) before fixed messages and passes
+/// them to `rptStatus` and `rptUser`. A reporter that is not loud reports nothing.
 ///
 ///     TbaseReporter reporter("Fit", 1);
-///     for (int i = 1; i <= max && !reporter.quit(); ++i) {
-///       refine();
-///       reporter.toleranceReport(i, max, u, v, deviation);
+///     double deviation = 16.0;
+///     for (int i = 1; i <= 10 && deviation >= 1.0 && !reporter.quit(); ++i) {
+///       deviation /= 4.0;    // a step of the operation
+///       reporter.toleranceReport(i, 10, 0.5, 0.25, deviation);
 ///     }
 class KILNBASE_API TbaseReporter {
  public:
   /// A printf-style function that shows a message.
   using Prompt VX_PRINTF(1, 2) = void (*)(const char* format, ...);
 
-  /// Message hooks for callers, which the application may replace; the reports below do not use
-  /// them.
+  /// Message hooks for callers, which the application may replace. Kept as it is: the reports below
+  /// call `rptStatus` and `rptUser` directly.
   static Prompt sPrompt;        ///< `rptUser` from load on.
   static Prompt sPromptNoHist;  ///< `rptUser` from load on.
   static Prompt sPromptStatus;  ///< `rptStatus` from load on.
 
   /// No option name, not loud.
   TbaseReporter();
-  /// The first 11 characters of `name` (null: none) become the option name.
+  /// The option name becomes the first 11 characters of `name`, or empty for null.
   TbaseReporter(const char* name, int loud);
   TbaseReporter(const TbaseReporter&) = default;
   TbaseReporter& operator=(const TbaseReporter&) = default;
   virtual ~TbaseReporter();
 
-  /// A message about iteration `i`, which ends the work when `requested > achieved`.
+  /// Reports the tolerance that iteration `i` has achieved, to the user. The message offers ESC to
+  /// stop unless requested > achieved.
   virtual void tolReport(int i, double achieved, double requested) const;
 
-  /// The status of iteration `i` of a constraint solver.
+  /// Reports that a constraint solver is at iteration `i`.
   void iterationsReport(int i) const;
-  /// The status of a constraint solver that has done the fraction `f` of its work.
+  /// Reports that a constraint solver has done the fraction `f` of its work, 0 to 1.
   void percentageReport(double f) const;
   void noMemoryReport() const;
-  /// The status of fitting iteration `i` of at most `max`: the deviation relative to the tolerance
-  /// (below 1: within it) and the place (u, v) where it is largest, left out when it is 0.
+  /// Reports fitting iteration `i` of at most `max`: the deviation divided by the tolerance, and
+  /// the place (u, v) of the deviation. The place is left out when |dev| < 1e-9. The message offers
+  /// ESC to stop when dev >= 1 and i < max.
   void toleranceReport(int i, int max, double u, double v, double dev) const;
 
   /// 0 for a reporter that reports nothing.
@@ -57,7 +59,7 @@ class KILNBASE_API TbaseReporter {
   unsigned int sleep(unsigned int n) const;
 
  protected:
-  /// Keeps the first 11 characters; null clears the name.
+  /// Sets the option name to the first 11 characters of `name`, or empty for null.
   void setOptionName(const char* name);
 
  private:

@@ -4,8 +4,8 @@
 #include <kilnbase/auto/containers/Tarray.h>
 #include <kilnbase/auto/containers/detail/TypedArray.h>
 
-/// A growable array of `char*`; see Tarray and, for the calls, vxKilnBase::detail::TypedArray. It
-/// holds the pointers only: the strings stay the caller's, and a search compares addresses.
+/// A growable array of `char*`. The array holds the pointers only: the caller owns the strings, and
+/// a search compares addresses. See Tarray, and vxKilnBase::detail::TypedArray for the calls.
 class KILNBASE_API TcharPtrArray : public vxKilnBase::detail::TypedArray<Tarray, char*> {
  public:
   explicit constexpr TcharPtrArray(std::size_t sizeIncrement) noexcept

@@ -6,7 +6,8 @@ static_assert(sizeof(TdblLinkedList) == 10 * sizeof(void*));
 
 namespace {
 
-// Linked, and no sentinel: in every view of a chain, whatever sentinels it has of its own.
+// Whether e is linked and no sentinel. A sentinel, of any view of the chain, has one neighbour
+// only.
 bool isBetweenEnds(const TdblLinkedListElement* e) {
   return e->next() != nullptr && e->prev() != nullptr;
 }
@@ -23,6 +24,7 @@ TdblLinkedListElement::~TdblLinkedListElement() {
 
 void TdblLinkedListElement::append(TdblLinkedListElement* e) {
   KILN_ASSERT(next_ != nullptr);
+  if (next_ == nullptr) return;
   e->next_ = next_;
   e->prev_ = this;
   next_->prev_ = e;
@@ -31,11 +33,12 @@ void TdblLinkedListElement::append(TdblLinkedListElement* e) {
 
 void TdblLinkedListElement::insert(TdblLinkedListElement* e) {
   KILN_ASSERT(prev_ != nullptr);
-  prev_->append(e);
+  if (prev_ != nullptr) prev_->append(e);
 }
 
 void TdblLinkedListElement::remove() {
   KILN_ASSERT(isBetweenEnds(this));
+  if (!isBetweenEnds(this)) return;
   next_->prev_ = prev_;
   prev_->next_ = next_;
   next_ = nullptr;
@@ -52,7 +55,7 @@ TrestrictedLinkedList::TrestrictedLinkedList(const TrestrictedLinkedList& other)
   *this = other;
 }
 
-// Elements do not copy their links: those of the sentinels make the view.
+// Assigning an element leaves its links unchanged, so the links of the sentinels are copied here.
 TrestrictedLinkedList& TrestrictedLinkedList::operator=(const TrestrictedLinkedList& other) {
   head_.next_ = other.head_.next_;
   head_.prev_ = other.head_.prev_;
@@ -140,7 +143,7 @@ TrestrictedLinkedList::Element* TrestrictedLinkedList::protInsert(Element* e, El
   return linkBehind((where != nullptr ? where : head_.next_)->prev_, e);
 }
 
-// Beyond an end there is no place, and a sentinel does not count as an element.
+// Returns null for a sentinel, and for null, which moves nothing: the place beyond a sentinel.
 TrestrictedLinkedList::Element* TrestrictedLinkedList::moveTo(Element* e) const {
   if (e == nullptr) return nullptr;
   *cursorRef_ = e;

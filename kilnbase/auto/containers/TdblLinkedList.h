@@ -3,8 +3,12 @@
 
 #include <kilnbase/export.h>
 
-/// What the elements of a list derive from. The list deletes its elements through the virtual
-/// destructor; nobody else may delete one that is linked.
+/// The base class of list elements. The list deletes its elements through the virtual destructor.
+/// Nobody else may delete a linked element. Asserted in debug builds; in release builds its
+/// neighbours keep pointers to the deleted element.
+///
+/// The lists call `append`, `insert` and `remove`, which count nothing and do not check that an
+/// element is in the list.
 class KILNBASE_API TdblLinkedListElement {
  public:
   TdblLinkedListElement() = default;
@@ -15,16 +19,19 @@ class KILNBASE_API TdblLinkedListElement {
   TdblLinkedListElement& operator=(const TdblLinkedListElement&) noexcept { return *this; }
   virtual ~TdblLinkedListElement();
 
-  /// The neighbours, which may be the sentinels of the list; both null in no list.
+  /// The neighbours, which may be sentinels of the list. Both are null while the element is in no
+  /// list.
   TdblLinkedListElement* next() const { return next_; }
   TdblLinkedListElement* prev() const { return prev_; }
 
-  /// Links `e` directly after this element, which must be linked. These three are for the lists:
-  /// they count nothing, and only debug builds check anything.
+  /// Links `e` directly after this element, which must be linked. Asserted in debug builds; in
+  /// release builds nothing is linked.
   void append(TdblLinkedListElement* e);
-  /// Links `e` directly before this element.
+  /// Links `e` directly before this element, which must be linked. Asserted in debug builds; in
+  /// release builds nothing is linked.
   void insert(TdblLinkedListElement* e);
-  /// Unlinks this element.
+  /// Unlinks this element, which must be linked. Asserted in debug builds; in release builds
+  /// nothing happens.
   void remove();
 
  private:
@@ -34,68 +41,73 @@ class KILNBASE_API TdblLinkedListElement {
   TdblLinkedListElement* prev_ = nullptr;
 };
 
-/// A list of elements between two sentinels, with a cursor on the element last touched. It owns the
-/// elements that are linked and deletes them with itself. Only derived classes insert into it;
-/// `TdblLinkedList` lets everybody.
+/// A list of elements between two sentinels. The list owns the linked elements: its destructor
+/// deletes them. Only derived classes insert elements; `TdblLinkedList` lets everybody insert.
 ///
-/// Elements that are handed in must be in the list; `inList` tells, nothing else checks. Where one
-/// may be null, the cursor's is meant. The cursor may rest on a sentinel, beyond the first or last
-/// element, and moves in const operations, too. On an empty list an operation does nothing and
-/// gives 0 or null, if nothing else is said.
+/// The cursor is on the element last touched, or on a sentinel, before the first or after the last
+/// element. Const operations move the cursor, too. Where an element may be null, null means the
+/// element at the cursor. All other elements must be in the list: only `inList` checks this. On an
+/// empty list an operation does nothing and returns 0 or null unless its comment says otherwise.
 ///
-/// **A copy is a second view of the same chain**, not a second chain. It moves the cursor of the
-/// original, which it must not outlive. Each view counts its own changes only. The ends of a copy
-/// stay those that it was made with: once either view has changed the first or last element, only
-/// `next`, `prev`, `remove`, `beyondEnds`, `length` and insertion at a `where` may be used on it.
-/// The view to be destroyed with elements linked is the original; a copy may be destroyed when all
-/// of them have been removed through it.
+/// Kept as it is: **a copy is a second view of the same chain**, not a second chain.
+/// - A copy moves the cursor of the original, so the original must outlive the copy.
+/// - Each view counts its own changes only.
+/// - A copy keeps the ends with which it was made. When either view has changed the first or last
+///   element, only `next`, `prev`, `remove`, `beyondEnds`, `length` and insertion at a `where` may
+///   be used on the copy.
+/// - Only the original may be destroyed while elements are linked. A copy may be destroyed after
+/// all
+///   elements were removed through the copy.
 class KILNBASE_API TrestrictedLinkedList {
  public:
   using Element = TdblLinkedListElement;
 
   TrestrictedLinkedList();
   TrestrictedLinkedList(const TrestrictedLinkedList& other);
-  /// Makes this a second view of the other chain; elements that it had are forgotten.
+  /// Makes this list a second view of the other chain. The elements of this list are not deleted.
   TrestrictedLinkedList& operator=(const TrestrictedLinkedList& other);
   virtual ~TrestrictedLinkedList();
 
-  /// Unlinks an element, which is the caller's from then on, and returns it. The cursor moves to
-  /// the one after it. Without `e` and with the cursor beyond the ends nothing happens and null is
-  /// returned.
+  /// Unlinks an element and returns it: now the caller owns it. The cursor moves to the next
+  /// element or sentinel. With `e` null and the cursor on a sentinel, nothing happens and the
+  /// result is null. Another `e` must be linked. Asserted in debug builds; in release builds
+  /// nothing happens and the result is null.
   Element* remove(Element* e = nullptr);
 
   /// Moves the cursor to the first or last element and returns it.
   Element* first() const;
   Element* last() const;
-  /// Moves the cursor to the neighbour of an element and returns it; null when the cursor is beyond
-  /// the end now.
+  /// Moves the cursor to the neighbour of an element and returns the neighbour, or null when it is
+  /// a sentinel.
   Element* next(const Element* e = nullptr) const;
   Element* prev(const Element* e = nullptr) const;
 
-  /// 1 when the cursor is on the first or last element, and in an empty list.
+  /// 1 when the cursor is on the first or last element, and for an empty list.
   int atStart() const;
   int atEnd() const;
-  /// 1 when the cursor is on a sentinel, and in an empty list.
+  /// 1 when the cursor is on a sentinel, and for an empty list.
   int beyondEnds() const;
 
-  /// Moves the cursor to element i, counted from 0, and returns it. With `i` below 0 this is the
-  /// first element and beyond the last one the sentinel there, not null.
+  /// Moves the cursor to element i, counted from 0, and returns it. A negative i means the first
+  /// element. Kept as it is: for i >= `length` the result is the sentinel after the last element,
+  /// not null.
   Element* getElement(int i) const;
-  /// The place of an element, counted from 0, to which the cursor moves. When it is not there, the
-  /// length, and the cursor is beyond the last element; **1 in an empty list**.
+  /// The place of an element, counted from 0. The cursor moves to the element. For an element that
+  /// is not found, the result is the length, and the cursor moves to the sentinel after the last
+  /// element. Kept as it is: the result is 1 for an empty list.
   int elementIndex(const Element* e = nullptr) const;
-  /// 1 when `e` is linked between the sentinels or one of them. Takes linear time and leaves the
-  /// cursor.
+  /// 1 when `e` is a sentinel or linked between the sentinels. Takes linear time. The cursor stays.
   int inList(const Element* e) const;
   int length() const { return length_; }
-  /// 1 when `b` is not null; the list does not matter.
+  /// 1 when `b` is not null. Kept as it is: nothing else is checked.
   int validate(const Element* a, const Element* b) const;
 
  protected:
-  /// Links `e` after `where` (null: at the end), moves the cursor to it and returns it. `e` must be
-  /// in no list and `where` in this one; otherwise nothing is linked and null returned.
+  /// Links `e` after `where`, or at the end for null, moves the cursor to `e` and returns `e`. `e`
+  /// must be in no list and `where` must be linked. Asserted in debug builds; in release builds
+  /// nothing is linked and the result is null.
   Element* protAppend(Element* e, Element* where);
-  /// Links `e` before `where` (null: at the start) in the same way.
+  /// The same before `where`, or at the start for null.
   Element* protInsert(Element* e, Element* where);
 
  private:
@@ -106,15 +118,22 @@ class KILNBASE_API TrestrictedLinkedList {
   Element head_;
   Element tail_;
   Element* cursor_;
-  Element** cursorRef_;  // through which const operations move the cursor
+  Element** cursorRef_;  // const operations move the cursor through this pointer
   int length_ = 0;
 };
 
 /// A list into which everybody may insert.
 ///
+///     struct Layer : TdblLinkedListElement {
+///       explicit Layer(const char* text) : name(text) {}
+///       const char* name;
+///     };
 ///     TdblLinkedList list;
 ///     list.append(new Layer("ground"));
-///     for (auto* layer = list.first(); layer != nullptr; layer = list.next()) show(layer);
+///     list.append(new Layer("water"));
+///     for (auto* each = list.first(); each != nullptr; each = list.next()) {
+///       std::puts(static_cast<Layer*>(each)->name);
+///     }
 class KILNBASE_API TdblLinkedList : public TrestrictedLinkedList {
  public:
   TdblLinkedList() = default;

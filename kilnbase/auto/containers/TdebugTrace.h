@@ -1,11 +1,11 @@
-// The interface of a trace facility that is switched off: everything is accepted, nothing happens.
+// The interface of a trace facility that is switched off: every call does nothing.
 #pragma once
 
 #include <kilnbase/export.h>
 
 using TdebugCallback = void (*)(char*);
 
-/// A trace of one scope. Callers ask `on()` and skip their output, as tracing is never on.
+/// A trace of one scope. Tracing is never on: callers ask `on()` and skip their output.
 class KILNBASE_API TdebugTrace {
  public:
   static unsigned short fsTraceLevel;
@@ -27,7 +27,7 @@ class KILNBASE_API TdebugTrace {
   static void signal_handler();
 };
 
-/// A registration of a function to be called for the traces of a key; it never is.
+/// The registration of a function for the traces of a key. The function is never called.
 class KILNBASE_API TdbgCbRegister {
  public:
   static char* fsCbKeyInEnv;

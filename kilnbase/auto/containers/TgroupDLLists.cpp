@@ -56,11 +56,12 @@ int TgroupDLLists::setUsing(int first, int last) {
 
 int TgroupDLLists::totalActiveLength() const {
   if (lists_ == nullptr) return 0;
-  KILN_ASSERT(areSlots(usingIndices_));
   int total = 0;
   for (int i = 0; i < static_cast<int>(usingIndices_.length()); ++i) {
     const int index = usingIndices_(i);
-    if (isSlot(index)) total += listB(index)->length();
+    const TrestrictedLinkedList* const each = isSlot(index) ? listB(index) : nullptr;
+    KILN_ASSERT(each != nullptr);
+    if (each != nullptr) total += each->length();
   }
   return total;
 }

@@ -1,15 +1,15 @@
-// A fixed number of lists, some of which are in use.
+// Groups of lists, some of which are in use.
 #pragma once
 
 #include <kilnbase/auto/containers/TdblLinkedList.h>
 #include <kilnbase/export.h>
 #include <kilnbase/linalg/IntVec.h>
 
-/// Owns a fixed number of lists, in slots that a derived class fills, and knows which of them are
-/// in use: the indices of those stand in one vector.
+/// A group owns a fixed number of lists, in slots that a derived class fills. A vector holds the
+/// indices of the lists in use.
 ///
-/// **A copy has the same array of lists** and shares the vector of indices: only one of the two may
-/// be cleared or destroyed. Assignment forgets the lists that were there.
+/// Kept as it is: **a copy has the same array of lists** and shares the vector of indices. Only one
+/// of the two may be cleared or destroyed. Assignment does not delete the lists that were there.
 class KILNBASE_API TgroupDLLists {
  public:
   TgroupDLLists(const TgroupDLLists&) = default;
@@ -17,32 +17,33 @@ class KILNBASE_API TgroupDLLists {
   /// Deletes the lists.
   ~TgroupDLLists() { clear(); }
 
-  /// Number of slots; -1 when the group has been cleared.
+  /// Number of slots, or -1 when the group has been cleared.
   int length() const { return count_; }
-  /// The list in slot i, not checked; null where there is none.
+  /// The list in slot i, or null for an empty slot. The index is not checked.
   TrestrictedLinkedList* listB(int i) const { return lists_[i]; }
 
-  /// Sets which lists are in use to a copy of `indices` and returns 1; 0, and nothing changes, when
-  /// there are none or one of them is not the index of a slot.
+  /// Puts the lists at `indices`, which are copied, in use and returns 1. Returns 0 and changes
+  /// nothing when `indices` is empty or one of them is no index of a slot.
   int setUsing(const IntVec& indices);
-  /// The same for the lists from `first` to `last`, which must not be below `first`.
+  /// Puts the lists from `first` to `last` in use and returns 1. Returns 0 and changes nothing
+  /// unless 0 <= first <= last < `length`.
   int setUsing(int first, int last);
-  /// Number of elements in the lists in use, all of which must exist; 0 when there are no slots.
+  /// Number of elements in the lists in use, or 0 without slots. All lists in use must exist.
+  /// Asserted in debug builds; in release builds the missing lists count as empty.
   int totalActiveLength() const;
-  /// Indices of the lists in use: the vector that the group has, not a copy. Who changes its
-  /// numbers must leave indices of slots.
+  /// The vector of the indices of the lists in use, not a copy.
   const IntVec& usingIndices() const { return usingIndices_; }
 
  protected:
-  /// `n` empty slots, all in use. Without memory for them the group is cleared.
+  /// Makes `n` empty slots, all in use. Without memory the group is cleared.
   explicit TgroupDLLists(int n);
-  /// `n` empty slots, those at the indices, which are copied, in use. Each must be from 0 to
-  /// n - 1; otherwise no lists are in use.
+  /// Makes `n` empty slots. The slots at `indices`, which are copied, are in use. Each index must
+  /// be from 0 to n - 1. Asserted in debug builds; in release builds no slots are in use.
   TgroupDLLists(int n, const IntVec& indices);
 
-  /// Slot i, for its list. What was in it is not deleted.
+  /// Slot i, to store a list in it. The index is not checked. A list that was there is not deleted.
   TrestrictedLinkedList*& slot(int i) { return lists_[i]; }
-  /// Deletes all lists and gives up the slots.
+  /// Deletes all lists and frees the slots.
   void clear();
 
  private:

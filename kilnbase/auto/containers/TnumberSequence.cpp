@@ -78,7 +78,7 @@ void TnumberSequence::add(const DoubleVec& v) {
   values_.reference(grown);
 }
 
-// Lengths are ints.
+// Whether length + count is an int.
 bool TnumberSequence::hasRoomFor(unsigned count) const {
   const bool hasRoom = count <= INT_MAX - values_.length();
   KILN_ASSERT(hasRoom);

@@ -12,9 +12,8 @@ TobjArray::~TobjArray() {
 
 char* TobjArray::moveElements(std::size_t n) {
   auto* const block = static_cast<char*>(std::malloc(n * elementSize_));
-  if (block == nullptr) return nullptr;
-  if (buffer_ == nullptr) return block;
-  initialize(block, buffer_, std::min(length_, n));
+  if (block == nullptr || buffer_ == nullptr) return block;
+  transfer(block, buffer_, std::min(length_, n));
   destroy(buffer_, length_);
   std::free(buffer_);
   return block;

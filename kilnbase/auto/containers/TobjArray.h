@@ -6,36 +6,39 @@
 #include <kilnbase/auto/containers/detail/GrowableArray.h>
 #include <kilnbase/export.h>
 
-/// A growable array like `Tarray`, for elements that need construction and destruction. It works on
-/// its elements through hooks, which the array of a type implements (`T3dDblPointArray`; see
-/// vxKilnBase::detail::TypedObjArray) and which must not throw. The operations return nothing but
-/// for the search.
+/// A growable array like `Tarray`, for elements that need construction and destruction. It handles
+/// its elements through hooks, which must not throw. The array of a type implements the hooks: see
+/// vxKilnBase::detail::TypedObjArray and `T3dDblPointArray`. Only the search returns a result.
 ///
-/// As a hook moves elements by an int, there are at most 2^31 - 1 elements. Elements have the
-/// alignment of the heap, 16 bytes.
+/// An array has at most 2^31 - 1 elements, because a hook moves elements by an int. Elements have
+/// the alignment of the heap, 16 bytes.
 class KILNBASE_API TobjArray : public vxKilnBase::detail::GrowableArray<TobjArray, void> {
  public:
   using Result = void;
 
-  /// No elements and no block yet; neither size must be 0.
+  /// No elements and no block yet. Without an `elementSize` the array never gets a block.
   constexpr TobjArray(std::size_t elementSize, std::size_t sizeIncrement) noexcept
       : GrowableArray(elementSize, sizeIncrement) {}
-  /// There must be no elements any more: the hooks that end them are gone by now. The destructor of
-  /// the class that has the hooks calls `changePhysicalSizeTo(0)`.
+  /// The destructor of the class that implements the hooks must call `changePhysicalSizeTo(0)`: no
+  /// elements may be left here. Asserted in debug builds; in release builds they are not
+  /// destructed.
   ~TobjArray() override;
 
  protected:
-  /// Begins the elements of `count` slots from `first` on, with the value that new ones have.
+  /// Begins the `count` elements from `first` on, with the value of new elements.
   virtual void construct(std::size_t first, std::size_t count) = 0;
-  /// Ends `count` elements from `first` on.
+  /// Ends the `count` elements from `first` on.
   virtual void destruct(std::size_t first, std::size_t count) = 0;
   /// Ends the `count` elements at an address.
   virtual void destroy(char* elements, std::size_t count) = 0;
-  /// Begins `count` elements in the unused memory `to` as copies of those at `from`.
+  /// Begins `count` elements in the unused memory `to` as copies of the elements at `from`.
   virtual void initialize(char* to, char* from, std::size_t count) = 0;
-  /// Assigns to each element its counterpart: element `first + distance + i` becomes what element
-  /// `first + i` is, for all i below `count`. The two runs may overlap.
+  /// Assigns element first + i to element first + distance + i for 0 <= i < count. Both runs may
+  /// overlap.
   virtual void shuffle(std::size_t first, int distance, std::size_t count) = 0;
+  /// Begins `count` elements in the unused memory `to` with the values of the elements at `from`,
+  /// which `destroy` ends afterwards. Copies, unless a class overrides it to move.
+  virtual void transfer(char* to, char* from, std::size_t count) { initialize(to, from, count); }
 
  private:
   friend GrowableArray;

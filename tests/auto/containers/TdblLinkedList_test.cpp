@@ -112,6 +112,10 @@ TEST(TdblLinkedList, TheCursorStaysOnASentinelAndComesBackFromThere) {
   }
   EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, list.append(&stranger, list.getElement(9))), "canLink");
   EXPECT_DEBUG_DEATH(delete (new TdblLinkedList)->append(new Item), "isBetweenEnds");
+  for (const auto link : {&Element::append, &Element::insert}) {
+    EXPECT_DEBUG_DEATH((stranger.*link)(list.append(new Item)), "_ != nullptr");
+  }
+  EXPECT_DEBUG_DEATH(stranger.remove(), "isBetweenEnds");
   Item twin(static_cast<const Item&>(*first));
   *last = twin;
   EXPECT_TRUE(twin.next() == nullptr && twin.prev() == nullptr && last->prev() == first);

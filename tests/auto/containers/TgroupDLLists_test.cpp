@@ -16,6 +16,7 @@ namespace {
 class Group : public TgroupDLLists {
  public:
   using TgroupDLLists::clear;
+  using TgroupDLLists::slot;
 
   template <class... Indices>
   explicit Group(int n, const Indices&... indices) : TgroupDLLists(n, indices...) {
@@ -49,7 +50,9 @@ TEST(TgroupDLLists, UsesTheListsThatItIsTold) {
   EXPECT_EQ(7, other.totalActiveLength());
   IntVec shared = group.usingIndices();
   shared(1) = 4;
-  EXPECT_DEBUG_DEATH(EXPECT_EQ(6, group.totalActiveLength()), "areSlots");
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(6, group.totalActiveLength()), "each");
+  delete std::exchange(group.slot(3), nullptr);
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(0, group.totalActiveLength()), "each");
   EXPECT_EQ(0, Group(4, IntVec()).totalActiveLength());
   EXPECT_DEBUG_DEATH(EXPECT_EQ(0, Group(3, vectorOf({1, 3})).totalActiveLength()), "canUse");
 }

@@ -16,10 +16,10 @@ namespace {
 constexpr int kDone = 0;
 constexpr int kNoMemory = 2;
 
-// The range of the 16-bit counters.
+// The number of values of the 16-bit counters.
 constexpr std::size_t kCounterRange = 65536;
 
-// A growth step from here on stays as it is.
+// Growth raises a step below this value only.
 constexpr std::size_t kLargestStep = 0x7fffffff;
 
 }  // namespace
@@ -107,7 +107,8 @@ Result GrowableArray<Array, Result>::createAndInitialise(void* value, std::size_
   return Result(kDone);
 }
 
-// Elements of this array that stand behind the new ones have moved by the time they are copied.
+// A source in this array is copied in two parts: the elements of the source before `index` are
+// still in their slots, the others have moved up by `count` slots.
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::insertElement(const void* source, std::size_t index,
                                                    std::size_t count) {
@@ -138,7 +139,8 @@ long GrowableArray<Array, Result>::removeElement(const void* element) {
   return result;
 }
 
-// Elements of this array are copied one by one, in an order that allows for overlap.
+// A source in this array is copied element by element: from the back when the copies go to higher
+// slots, from the front when they go to lower ones.
 template <class Array, class Result>
 Result GrowableArray<Array, Result>::copyElements(std::size_t index, const void* source,
                                                   std::size_t count) {
@@ -206,7 +208,8 @@ bool GrowableArray<Array, Result>::grow(std::size_t n) {
   return true;
 }
 
-// One step, or as many as make up for the slots that n elements lack.
+// The slots to add for n elements: one step, or n - capacity rounded up to whole steps when the
+// step is below n.
 template <class Array, class Result>
 std::size_t GrowableArray<Array, Result>::missingSlots(std::size_t n) const {
   KILN_ASSERT(sizeIncrement_ > 0);

@@ -9,25 +9,24 @@
 
 namespace vxKilnBase::detail {
 
-/// Elements of one size, one after the other in one block of the heap: the common half of `Tarray`
-/// and `TobjArray`, which are `Array`. It decides when a block grows and which elements move; how
-/// elements begin, are copied, move and end is for `Array` to say:
+/// The common half of `Tarray` and `TobjArray`: elements of one size, one after the other in one
+/// block of the heap. This class decides when the block grows and which elements move. The derived
+/// class `Array` says how elements begin, are copied, move and end:
 ///
 /// - `construct(first, count)` begins the elements of `count` unused slots;
 /// - `destruct(first, count)` ends elements;
-/// - `destroy(block, count)` ends the first elements of a block whose elements have been copied to
-///   another;
 /// - `initialize(to, from, count)` begins elements in unused memory as copies of others;
-/// - `shuffle(first, distance, count)` assigns each element to the one `distance` (a
-///   `Array::Distance`) slots away, in an order that allows for overlap;
-/// - `moveElements(n)` returns a new block of `n` slots with the elements that fit, having freed
-///   the old one, or null when there is no memory.
+/// - `shuffle(first, distance, count)` assigns each element to the slot `distance` slots away,
+/// where
+///   both runs may overlap. `Array::Distance` is the type of the distance;
+/// - `moveElements(n)` moves the elements that fit into a new block of `n` slots, frees the old
+///   block and returns the new one. Without memory it returns null.
 ///
-/// The elements before `length` have begun and not ended, those from there on have not begun.
+/// Exactly the elements i < `length` have begun and not ended.
 ///
-/// An operation that cannot get memory leaves the array as it was, but for the step that `create`
-/// sets. `create`, `createAndInitialise`, `changePhysicalSizeTo`, `buffer` and `pack` then give 2;
-/// the others do not tell but by `length`. Where `Result` is void, no result is given at all. An
+/// An operation that cannot get memory leaves the elements unchanged. `create`,
+/// `createAndInitialise`, `changePhysicalSizeTo`, `buffer` and `pack` then return 2. The other
+/// operations return 0: `length` tells. Where `Result` is void, no operation returns anything. An
 /// array is for one thread at a time.
 template <class Array, class Result>
 class KILNBASE_API GrowableArray {
@@ -35,27 +34,29 @@ class KILNBASE_API GrowableArray {
   /// Frees the block.
   virtual ~GrowableArray();
 
-  /// Starts anew with `n` elements in a block of just that size and with another growth step. With
-  /// `n` 0 the old block is kept, though as one of no slots.
+  /// Sets the growth step, then replaces all elements by `n` new ones in a new block of `n` slots.
+  /// With n = 0 the old block stays, and `capacity` becomes 0.
   virtual Result create(std::size_t n, std::size_t increment);
-  /// Removes `count` elements, or as many as there are, from `index` on. Of the last element one is
-  /// removed whatever `count` says; an index beyond the end changes nothing. Returns 0.
+  /// Removes the elements from `index` to index + count - 1 that exist. Kept as it is: when `index`
+  /// is the last element, that element is removed even with a `count` of 0. Returns 0.
   virtual Result removeAt(std::size_t index, std::size_t count);
   /// Removes the last `count` elements, or all. Returns 0.
   virtual Result removeLast(std::size_t count);
-  /// Sets the growth step, in elements; it must not be 0. Returns 0.
+  /// Sets the growth step, in elements. Returns 0. The step must not be 0 when the array grows.
+  /// Asserted in debug builds; in release builds a step of 0 counts as 1.
   virtual Result setSizeIncrement(std::size_t increment);
-  /// Changes the number of elements in use to `n`. The block grows where it must, by whole steps,
-  /// and never shrinks. Returns 0.
+  /// Changes the number of elements in use to `n`. The block grows by whole steps where it must and
+  /// never shrinks. Returns 0.
   virtual Result changeLogicalSizeTo(std::size_t n);
-  /// The same by a difference, which must not lead below 0. Returns 0.
+  /// Adds `difference` to the number of elements in use. Returns 0. The sum must not be negative.
+  /// Asserted in debug builds; in release builds nothing changes.
   virtual Result changeLogicalSizeBy(long difference);
-  /// Changes the number of slots of the block to `n`; elements beyond it are gone. With 0 the block
+  /// Changes the number of slots to `n`, which ends all elements from `n` on. With n = 0 the block
   /// is freed. Returns 0, or 2 when there is no memory.
   virtual Result changePhysicalSizeTo(std::size_t n);
-  /// Makes room for `n` more elements, and for no others.
+  /// Makes room for exactly `n` more elements where there is less room.
   virtual Result buffer(std::size_t n);
-  /// Gives up the slots that are not in use.
+  /// Frees the slots that are not in use.
   virtual Result pack();
   /// Removes all elements and keeps the block.
   virtual Result reset();
@@ -64,26 +65,27 @@ class KILNBASE_API GrowableArray {
   std::size_t length() const { return length_; }
   /// Slots of the block.
   std::size_t capacity() const { return capacity_; }
-  /// The slots that the next growth adds, unless more are needed. Each growth of a block raises it
-  /// by a quarter and 1.
+  /// The slots that the next growth adds, unless it needs more. Each growth of an existing block
+  /// raises the step by a quarter and 1.
   std::size_t sizeIncrement() const { return sizeIncrement_; }
-  /// Bytes an element.
+  /// Bytes per element.
   std::size_t elementSize() const { return elementSize_; }
 
  protected:
-  /// What `findElement` and `removeElement` give for an element that is absent.
+  /// The result of `findElement` and `removeElement` for an absent element.
   static constexpr long kNotFound = 150;
 
-  /// `create`, then every slot becomes a copy of `value`. The slots are counted with 16 bits: `n`
-  /// must be below 65536, as slots from there on are not reached and stay as `create` left them.
-  /// `value` must not lie in this array, which else stays as it is.
+  /// `create`, then every slot becomes a copy of `value`. Kept as it is: the slots are counted with
+  /// 16 bits, so `n` must be below 65536. Asserted in debug builds; in release builds slots from
+  /// 65536 on stay as `create` left them. `value` must not be in this array. Asserted in debug
+  /// builds; in release builds nothing changes.
   virtual Result createAndInitialise(void* value, std::size_t n, std::size_t increment);
 
-  /// Inserts copies of `count` elements before `index` (beyond the end: at the end). They may be
-  /// elements of this array. Returns 0.
+  /// Inserts copies of the `count` elements at `source` before `index`, or at the end when `index`
+  /// lies beyond it. The source may be in this array. Returns 0.
   Result insertElement(const void* source, std::size_t index, std::size_t count);
-  /// Makes room for `count` elements before `index`, which must not lie beyond the end: the new
-  /// elements have begun, with any value. Returns whether there was memory.
+  /// Inserts `count` elements of any value before `index` <= `length`. Returns whether there was
+  /// memory.
   bool insertSlots(std::size_t index, std::size_t count) {
     const std::size_t behind = length_ - index;
     const std::size_t n = length_ + count;
@@ -91,17 +93,20 @@ class KILNBASE_API GrowableArray {
     moveBy(index, static_cast<std::ptrdiff_t>(count), behind);
     return true;
   }
-  /// Finds the first element with the same bytes: `index` is its place and the result 0, or, when
-  /// there is none, `index` is the length and the result 150. The bytes are counted with 16 bits:
-  /// elements are taken for equal when their first 65536 bytes are.
+  /// Finds the first element with the same bytes as `element`: sets `index` to its place and
+  /// returns 0. When there is none, sets `index` to the length and returns 150. Kept as it is: the
+  /// bytes are counted with 16 bits, so `elementSize` must be below 65536. Asserted in debug
+  /// builds; in release builds the first 65536 bytes are compared.
   long findElement(const void* element, std::size_t& index) const;
-  /// Removes the first element with the same bytes. Returns 0, or 150 when there is none.
+  /// Removes the first element with the same bytes as `element`. Returns 0, or 150 when there is
+  /// none.
   long removeElement(const void* element);
-  /// Changes the length to `index + count` and makes the elements from `index` on copies of those
-  /// at `source`, which may be elements of this array. Returns 0.
+  /// Changes the length to index + count, even when that is less, and makes the elements from
+  /// `index` on copies of the `count` elements at `source`. The source may be in this array.
+  /// Returns 0.
   Result copyElements(std::size_t index, const void* source, std::size_t count);
 
-  /// The first slot; null as long as there is no block.
+  /// The first slot, or null without a block.
   char* block() const { return buffer_; }
 
  private:
@@ -112,14 +117,14 @@ class KILNBASE_API GrowableArray {
   GrowableArray(const GrowableArray&) = delete;
   GrowableArray& operator=(const GrowableArray&) = delete;
 
-  // Takes a new block of `n` slots, all in use.
+  // Replaces the block by a new one of `n` slots, all in use.
   virtual Result allocateArray(std::size_t n);
-  // Changes the length to `n`, growing the block where it must.
+  // Changes the length to `n`. Grows the block when n > capacity.
   virtual Result expandArray(std::size_t n);
 
   Array& self() { return static_cast<Array&>(*this); }
   char* slot(std::size_t i) const { return buffer_ + i * elementSize_; }
-  // The slot that the element is in; nothing for one that lies elsewhere.
+  // The slot of an element, or nothing for an address outside of the block.
   std::optional<std::size_t> placeOf(const void* element) const;
 
   void setLength(std::size_t n) {
@@ -127,7 +132,7 @@ class KILNBASE_API GrowableArray {
     if (n < length_) self().destruct(n, length_ - n);
     length_ = n;
   }
-  // `expandArray`, without a call where the block need not grow; tells whether there was memory.
+  // `expandArray`, without a virtual call when n <= capacity. Returns whether there was memory.
   bool changeLength(std::size_t n) {
     if (n > capacity_) {
       expandArray(n);

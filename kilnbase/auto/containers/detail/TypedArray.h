@@ -1,7 +1,8 @@
-// What the arrays of one type add to the arrays of elements of a size.
+// Arrays of elements of one type, on top of the arrays of elements of one size.
 #pragma once
 
 #include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <memory>
 #include <type_traits>
@@ -11,8 +12,7 @@
 
 namespace vxKilnBase::detail {
 
-/// Typed calls on top of `Base`, which is Tarray or TobjArray and gives its results. Elements are
-/// equal when their bytes are: to a search 0.0 and -0.0 differ, and a NaN is found.
+/// Typed calls on top of `Base`, which is Tarray or TobjArray. The results are those of `Base`.
 template <class Base, class T>
 class TypedArray : public Base {
   static_assert(alignof(T) <= alignof(std::max_align_t));
@@ -28,11 +28,11 @@ class TypedArray : public Base {
   // NOLINTNEXTLINE(performance-unnecessary-value-param): may be ours
   Result addLast(T element) { return insert(std::move(element), this->length()); }
   /// Adds `count` elements, which may be elements of this array.
-  Result addLast(const T* elements, std::size_t count) {
+  Result addLast(const T* elements, std::size_t count) requires std::copy_constructible<T> {
     return this->insertElement(elements, this->length(), count);
   }
   Result addLast(std::nullptr_t, std::size_t) = delete;
-  /// Inserts before `index`; at the end when that lies beyond it.
+  /// Inserts before `index`, or at the end when `index` lies beyond it.
   // NOLINTNEXTLINE(performance-unnecessary-value-param): may be ours
   Result insert(T element, std::size_t index) {
     const std::size_t place = std::min(index, this->length());
@@ -40,35 +40,44 @@ class TypedArray : public Base {
     return Result(0);
   }
 
-  /// The first place of `element`: 0, or 150 and `index` is the length.
-  long find(const T& element, std::size_t& index) const {
+  /// Sets `index` to the first place of `element` and returns 0. For an absent element sets `index`
+  /// to the length and returns 150. Bytes are compared: 0.0 and -0.0 differ, and a NaN is found.
+  long find(const T& element, std::size_t& index) const requires std::is_trivially_copyable_v<T> {
     return this->findElement(static_cast<const void*>(&element), index);
   }
-  /// Removes `element` from its first place: 0, or 150 when it is absent.
-  long remove(const T& element) { return this->removeElement(static_cast<const void*>(&element)); }
+  /// Removes `element` from its first place and returns 0. Returns 150 for an absent element. Bytes
+  /// are compared as in `find`.
+  long remove(const T& element) requires std::is_trivially_copyable_v<T> {
+    return this->removeElement(static_cast<const void*>(&element));
+  }
 
   /// Element i, not checked. Valid until the array grows.
   T& element(std::size_t i) { return elements()[i]; }
   const T& element(std::size_t i) const { return elements()[i]; }
   T& operator[](std::size_t i) { return elements()[i]; }
   const T& operator[](std::size_t i) const { return elements()[i]; }
-  /// The last element, of which there must be one.
+  /// The last element, not checked: the array must not be empty.
   T* last() { return elements() + this->length() - 1; }
   const T* last() const { return elements() + this->length() - 1; }
 
   /// Adds the elements of `other`, which may be this array.
-  Result catenate(const TypedArray& other) { return addLast(other.elements(), other.length()); }
-  /// Makes the elements copies of those of `other`. The growth step stays.
-  Result copy(const TypedArray& other) {
+  Result catenate(const TypedArray& other) requires std::copy_constructible<T> {
+    return addLast(other.elements(), other.length());
+  }
+  /// Replaces the elements by copies of those of `other`. The growth step stays unchanged.
+  Result copy(const TypedArray& other) requires std::copy_constructible<T> {
     return this->copyElements(0, other.elements(), other.length());
   }
-  Result copyTo(TypedArray& other) const { return other.copy(*this); }
+  Result copyTo(TypedArray& other) const requires std::copy_constructible<T> {
+    return other.copy(*this);
+  }
 
  private:
   T* elements() const { return reinterpret_cast<T*>(this->block()); }
 };
 
-/// An array of objects of type T, which are default constructed where a new one has no value yet.
+/// An array of objects of type T, which must be default constructible and movable. A new element
+/// without a value is T(). Elements that cannot be copied are moved where others are copied.
 template <class T>
 class TypedObjArray : public TypedArray<TobjArray, T> {
  public:
@@ -84,7 +93,11 @@ class TypedObjArray : public TypedArray<TobjArray, T> {
   }
   void destroy(char* elements, std::size_t count) override { std::destroy_n(at(elements), count); }
   void initialize(char* to, char* from, std::size_t count) override {
-    std::uninitialized_copy_n(at(from), count, at(to));
+    if constexpr (std::copy_constructible<T>) {
+      std::uninitialized_copy_n(at(from), count, at(to));
+    } else {
+      transfer(to, from, count);
+    }
   }
   void shuffle(std::size_t first, int distance, std::size_t count) override {
     T* const begin = at(this->block()) + first;
@@ -94,6 +107,9 @@ class TypedObjArray : public TypedArray<TobjArray, T> {
     } else {
       std::move_backward(begin, end, end + distance);
     }
+  }
+  void transfer(char* to, char* from, std::size_t count) override {
+    std::uninitialized_move_n(at(from), count, at(to));
   }
 
  private:
