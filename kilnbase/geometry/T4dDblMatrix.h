@@ -20,9 +20,9 @@
 ///     T3dDblPoint p(1, 0, 0);
 ///     p.postmultBy(m);                        // (5, 1, 0)
 ///
-/// Vectors, scales and quaternions convert to matrices. The matrix of a vector is the translation
-/// by that vector, as in the example, so `m *= v` is this := this * T(v). The product `m * v` is
-/// not that matrix but a vector, the column product. So `m = m * v` does not compile.
+/// Vectors, scales and quaternions convert to matrices. The matrix of a vector v is the translation
+/// T(v), as in the example, so `m *= v` is m := m * T(v). The column product `m * v` is a vector
+/// instead, and `m = m * v` does not compile.
 class T4dDblMatrix {
  public:
   /// The identity; T4dDblMatrix() is the constexpr form.
@@ -176,13 +176,28 @@ constexpr T4dDblVector& T4dDblVector::premultBy(const T4dDblMatrix& m) {
   return setToProduct(m, *this);
 }
 
-constexpr T4dDblVector::Product T4dDblVector::operator*(const T4dDblMatrix& m) const {
-  return Product(T4dDblVector().setToProduct(*this, m));
+constexpr T4dDblVector T4dDblVector::operator*(const T4dDblMatrix& m) const {
+  return T4dDblVector().setToProduct(*this, m);
 }
 
+namespace vxKilnBase::detail {
+
+/// The vector m * v. Only an explicit conversion makes a matrix of it, unlike other vectors. Otherwise
+/// `m = m * v` would set m to the translation by the vector m * v, while `m *= v` is the product of
+/// m and the translation by v.
+class ColumnProduct : public T4dDblVector {
+ public:
+  constexpr ColumnProduct() = default;
+  constexpr explicit ColumnProduct(const T4dDblVector& v) : T4dDblVector(v) {}
+  constexpr explicit operator T4dDblMatrix() const { return T4dDblVector::operator T4dDblMatrix(); }
+};
+
+}  // namespace vxKilnBase::detail
+
 /// The column product with the upper left 3x3.
-constexpr T4dDblVector::Product operator*(const T4dDblMatrix& m, const T4dDblVector& v) {
-  return T4dDblVector::Product(T4dDblVector().setToProduct(m, v));
+constexpr vxKilnBase::detail::ColumnProduct operator*(const T4dDblMatrix& m,
+                                                      const T4dDblVector& v) {
+  return vxKilnBase::detail::ColumnProduct(T4dDblVector().setToProduct(m, v));
 }
 
 /// Deleted: a point would be taken for a vector and lose its weight and the translation.

@@ -28,8 +28,6 @@ enum class Taxis { X, Y, Z };
 ///     v.postmultBy(Tscale(2, 1, 1));    // (1.2, 0, 0.8)
 class T4dDblVector {
  public:
-  class Product;
-
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;
@@ -155,14 +153,5 @@ class T4dDblVector {
   constexpr T4dDblVector& setToProduct(const T4dDblMatrix& m, const T4dDblVector& v);
   constexpr T4dDblVector& postmultBy(const T4dDblMatrix& m);
   constexpr T4dDblVector& premultBy(const T4dDblMatrix& m);
-  constexpr Product operator*(const T4dDblMatrix& m) const;
-};
-
-/// The product of a vector and a matrix, in either order. It is a vector that does not convert to a
-/// matrix. Otherwise `m = m * v` would set m to the translation by the vector M * v, while `m *= v`
-/// is the product of m and the translation by v.
-class T4dDblVector::Product : public T4dDblVector {
- public:
-  constexpr explicit Product(const T4dDblVector& v) : T4dDblVector(v) {}
-  operator T4dDblMatrix() const = delete;
+  constexpr T4dDblVector operator*(const T4dDblMatrix& m) const;
 };

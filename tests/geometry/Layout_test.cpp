@@ -12,22 +12,30 @@
 #include <kilnbase/geometry/TpostXformMatrix.h>
 #include <kilnbase/geometry/TxformMatrix.h>
 
+#include "tests/geometry/Values.h"
+
 // Values in memory are part of the interface: callers hand them to code that expects doubles.
 
 namespace {
 
-template <class T, std::size_t kDoubles>
-constexpr bool kIsPlain = std::is_trivially_copyable_v<T> && !std::is_polymorphic_v<T> &&
-                          sizeof(T) == kDoubles * sizeof(double) && alignof(T) == alignof(double);
-template <class T, std::size_t kDoubles>
+template <std::size_t kDoubles, class... T>
+constexpr bool kArePlain = ((std::is_trivially_copyable_v<T> && !std::is_polymorphic_v<T> &&
+                             sizeof(T) == kDoubles * sizeof(double) &&
+                             alignof(T) == alignof(double)) &&
+                            ...);
+template <std::size_t kDoubles, class T>
 constexpr bool kIsVirtual = std::has_virtual_destructor_v<T> &&
                             sizeof(T) == sizeof(void*) + kDoubles * sizeof(double);
 
-static_assert(kIsPlain<T3dDblPoint, 3> && kIsPlain<T4dDblVector, 3> && kIsPlain<T4dDblPoint, 4>);
-static_assert(kIsPlain<T4dDblMatrix, 16> && kIsPlain<TgenXformMatrix, 16>);
-static_assert(kIsPlain<Tquaternion, 4> && kIsPlain<TunitQuaternion, 4> && kIsPlain<Tangle, 5>);
-static_assert(kIsVirtual<Tscale, 3> && kIsVirtual<Tplane, 5> && kIsVirtual<TpostXformMatrix, 36>);
-static_assert(!std::is_polymorphic_v<TxformMatrix> && sizeof(TxformMatrix) == 40 * sizeof(double));
+static_assert(kArePlain<3, T3dDblPoint, T4dDblVector, decltype(T4dDblMatrix() * T4dDblVector())>);
+static_assert(kArePlain<4, T4dDblPoint, Tquaternion, TunitQuaternion>);
+static_assert(kArePlain<5, Tangle>);
+static_assert(kArePlain<16, T4dDblMatrix, TgenXformMatrix>);
+static_assert(kIsVirtual<3, Tscale>);
+static_assert(kIsVirtual<5, Tplane>);
+static_assert(kIsVirtual<36, TpostXformMatrix>);
+static_assert(!std::is_polymorphic_v<TxformMatrix>);
+static_assert(sizeof(TxformMatrix) == 40 * sizeof(double));
 
 template <std::size_t kCount>
 using Doubles = std::array<double, kCount>;
@@ -41,19 +49,19 @@ static_assert(kTakesNone<TxformMatrix, Tquaternion>);
 static_assert(kTakesNone<T4dDblVector, Tscale, Tquaternion, TunitQuaternion>);
 static_assert(kTakesNone<TunitQuaternion, Tscale, Tquaternion, T4dDblVector>);
 
-// A vector is assigned as a translation, the product of a vector and a matrix is not.
-using ColumnProduct = decltype(T4dDblMatrix() * T4dDblVector());
-using RowProduct = decltype(T4dDblVector() * T4dDblMatrix());
-static_assert(kTakesNone<T4dDblMatrix, ColumnProduct, RowProduct>);
+// A vector converts to a translation, a column product to no matrix, but explicitly.
+using Product = decltype(T4dDblMatrix() * T4dDblVector());
+static_assert(kTakesNone<T4dDblMatrix, Product>);
 static_assert(std::is_assignable_v<T4dDblMatrix&, T4dDblVector>);
-static_assert(std::is_assignable_v<T4dDblVector&, ColumnProduct>);
-static_assert(std::is_assignable_v<TxformMatrix&, ColumnProduct>);
+static_assert(std::is_assignable_v<T4dDblVector&, Product>);
+static_assert(std::is_assignable_v<TxformMatrix&, Product>);
+static_assert(T4dDblMatrix(Product(T4dDblVector(1, 2, 3)))(3, 1) == 2.0);
 
 // A point with a weight is no operand where a vector is meant.
 template <class Operator, class... Left>
 constexpr bool kTakePoint = (std::is_invocable_v<Operator, Left, T4dDblPoint> || ...);
-static_assert(!kTakePoint<std::plus<>, T3dDblPoint, T4dDblPoint, T4dDblVector, ColumnProduct>);
-static_assert(!kTakePoint<std::minus<>, T3dDblPoint, T4dDblVector, ColumnProduct>);
+static_assert(!kTakePoint<std::plus<>, T3dDblPoint, T4dDblPoint, T4dDblVector, Product>);
+static_assert(!kTakePoint<std::minus<>, T3dDblPoint, T4dDblVector, Product>);
 static_assert(!kTakePoint<std::bit_xor<>, T4dDblVector>);
 static_assert(!kTakePoint<std::equal_to<>, T3dDblPoint, T4dDblVector>);
 static_assert(!kTakePoint<std::multiplies<>, T4dDblMatrix>);
@@ -67,10 +75,12 @@ template <class T>
 constexpr bool kTakesBraces = requires(T value) {
   value = {};
 };
-static_assert(kTakesBraces<T4dDblVector> && kTakesBraces<Tquaternion>);
-static_assert(kTakesBraces<TunitQuaternion> && kTakesBraces<T4dDblMatrix>);
+static_assert(kTakesBraces<T4dDblVector>);
+static_assert(kTakesBraces<Tquaternion>);
+static_assert(kTakesBraces<TunitQuaternion>);
+static_assert(kTakesBraces<T4dDblMatrix>);
 
-// What arithmetic allows happens at compile time.
+// Products are constant expressions.
 constexpr T4dDblMatrix kScaledAndMoved =
     T4dDblMatrix(Tscale(2, 3, 4)) * T4dDblMatrix(T4dDblVector(1, 2, 3));
 static_assert(T4dDblPoint(1, 1, 1, 2) * kScaledAndMoved == T4dDblPoint(4, 7, 10, 2));

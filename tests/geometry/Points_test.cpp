@@ -28,15 +28,16 @@ TEST(Points, IndicesBeyondTheLastComponentMeanTheLast) {
   const T3dDblPoint from(1, 2, 3), to(4, 6, 9);
   EXPECT_EQ(to, from + (to - from));
   EXPECT_EQ(from, to - T4dDblVector(3, 4, 6));
-  EXPECT_TRUE(from == T4dDblVector(1, 2, 3) && T4dDblVector(1, 2, 3) == from);
-  EXPECT_TRUE(to != T4dDblVector(1, 2, 3) && T4dDblVector(1, 2, 3) != to);
+  EXPECT_EQ(from, T4dDblVector(1, 2, 3));
+  EXPECT_EQ(T4dDblVector(1, 2, 3), from);
+  EXPECT_NE(to, T4dDblVector(1, 2, 3));
+  EXPECT_NE(T4dDblVector(1, 2, 3), to);
 }
 
-// Each kind of value has its own idea of what is near.
 TEST(Points, EquivalenceIsInclusiveForPointsAndStrictForVectors) {
   EXPECT_TRUE(T3dDblPoint(3, 0, 4).equivalent(T3dDblPoint(), -5.0));
   EXPECT_FALSE(T3dDblPoint(3, 0, 4).equivalent(T3dDblPoint(), 4.999));
-  const T4dDblPoint twos(2, 2, 2, 2), ones(1, 1, 1, 1);  // the same in Cartesian form
+  const T4dDblPoint twos(2, 2, 2, 2), ones(1, 1, 1, 1);
   EXPECT_TRUE(twos.equivalent(ones, 2.0));
   EXPECT_FALSE(twos.equivalent(ones, 1.999));
   EXPECT_FALSE(ones.equivalent(ones, -1.0));
@@ -72,9 +73,9 @@ TEST(Points, AreRowsOnTheLeftAndColumnsOnTheRight) {
   T4dDblPoint p(1, 2, 3, 2);
   EXPECT_EQ(T4dDblPoint(64, 72, 80, 88), T4dDblPoint(p).postmultBy(m));
   EXPECT_EQ(T4dDblPoint(22, 54, 86, 118), T4dDblPoint(p).premultBy(m));
-  m.transformPoint(p.array());  // keeps the weight
+  m.transformPoint(p.array());
   EXPECT_EQ(T4dDblPoint(64, 72, 80, 2), p);
-  m.transformVector(v.array());  // moves it, too
+  m.transformVector(v.array());
   EXPECT_EQ(T4dDblVector(51, 58, 65), v);
 }
 
@@ -96,7 +97,7 @@ TEST(Vectors, RotateToTurnsOneDirectionIntoTheOther) {
   for (int i = 0; i < 100; ++i) {
     const T4dDblVector from = random.vector();
     for (const T4dDblVector& to : {random.vector(), 2.0 * from}) {
-      // An angle near 0 comes out of its cosine with half the digits only.
+      // The cosine of an angle near 0 holds half of the digits of the angle.
       EXPECT_LT(distance(to.getNormal(), from.getNormal() * from.rotateTo(to)), 1e-7);
     }
   }
@@ -106,12 +107,12 @@ TEST(Vectors, RotateToTurnsOneDirectionIntoTheOther) {
   }
   EXPECT_EQ(1.0, T4dDblVector(1, 0, 0).rotateTo(T4dDblVector(-1, 0, 0)).y);
   EXPECT_EQ(TunitQuaternion(), T4dDblVector().rotateTo(T4dDblVector(1, 0, 0)));
-  // The axis of directions so near, or of vectors so short, is too short.
+  // Here the axis is too short, or nearly.
   EXPECT_EQ(TunitQuaternion(), T4dDblVector(1, 0, 0).rotateTo(T4dDblVector(1, 3e-5, 0)));
   EXPECT_NE(TunitQuaternion(), T4dDblVector(1, 0, 0).rotateTo(T4dDblVector(1, 4e-5, 0)));
   EXPECT_EQ(TunitQuaternion(), T4dDblVector(3e-5, 0, 0).rotateTo(T4dDblVector(-1, 0, 0)));
   EXPECT_EQ(TunitQuaternion(), T4dDblVector(1e3, 0, 0).rotateTo(T4dDblVector(-9e-13, 0, 0)));
-  // Opposite only when the cosine is exactly -1.
+  // Directions are opposite only when the cosine is exactly -1.
   EXPECT_NE(TunitQuaternion(), T4dDblVector(1, 0, 0).rotateTo(T4dDblVector(-1, 1e-9, 0)));
   EXPECT_EQ(TunitQuaternion(), T4dDblVector(1, 0, 0).rotateTo(T4dDblVector(-1, 2e-8, 0)));
 }

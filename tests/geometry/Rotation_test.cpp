@@ -2,6 +2,7 @@
 #include <bit>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <utility>
 
 #include <kilnbase/geometry/Tangle.h>
 #include <kilnbase/geometry/Tplane.h>
@@ -80,7 +81,7 @@ TEST(Rotation, QuaternionRotatesLikeItsMatrixAndComesBackFromIt) {
   RandomValues random(3);
   for (int n = 0; n < 1000; ++n) {
     const T4dDblVector axis = random.vector().getNormal(), v = random.vector();
-    // Every other one is nearly a half turn, where the trace says little.
+    // Every other angle is near pi, where the trace is near -1.
     const double angle = kPi + (n % 2 == 0 ? 1e-3 : 0.99 * kPi) * random.number();
     TunitQuaternion q, back;
     q.setToPivotAxis(angle, 3.0 * axis);
@@ -113,46 +114,55 @@ TEST(Rotation, QuaternionRotatesLikeItsMatrixAndComesBackFromIt) {
     EXPECT_TRUE(q.equivalent(log.exp(), kRounding));
     EXPECT_TRUE((q * q).equivalent(log.scaleIt(2.0).exp(), kRounding));
   }
-  // The first of equal elements leads and is positive.
+  // Of equal diagonal elements the first gives the positive component.
   const double h = std::sqrt(0.5);
   Tquaternion q;
   q = T4dDblMatrix(quaternion(0, -1, 1, 0));
   EXPECT_TRUE(q.equivalent(quaternion(0, h, -h, 0), kRounding));
   q = T4dDblMatrix(quaternion(0, -1, 0, 1));
   EXPECT_TRUE(q.equivalent(quaternion(0, h, 0, -h), kRounding));
-  q = T4dDblMatrix(quaternion(1, -1, -1, -1));  // of trace 0, where w does not lead yet
+  q = T4dDblMatrix(quaternion(1, -1, -1, -1));  // trace 0
   EXPECT_EQ(quaternion(-0.5, 0.5, 0.5, 0.5), q);
 }
 
-TEST(Rotation, TooShortOnesAndNoTurnAreSpecial) {
-  const Tquaternion identity;
-  double angle = 5.0;
-  T4dDblVector axis(7, 8, 9);
-  EXPECT_EQ(T4dDblMatrix::identity, T4dDblMatrix(Tscale(2, 2, 2)).setToAxisRotate(axis, 0.0));
-  identity.getPivotAxis(angle, axis);
-  EXPECT_EQ(0.0, angle);
-  EXPECT_EQ(T4dDblVector(7, 8, 9), axis);
-  quaternion(std::nextafter(1.0, 0.0), 1e-8, 0, 0).getPivotAxis(angle, axis);
-  EXPECT_NEAR(3e-8, angle, 1e-9);
-  Tquaternion halfTurn = quaternion(0, 1, 0, 0);
-  halfTurn.getPivotAxis(halfTurn.x, axis);
-  EXPECT_EQ(T4dDblVector(1, 0, 0), axis);
+// Doubles round the cosine of half an angle to 1 below 2.1e-8.
+TEST(Rotation, AnglesBelow2em8CountAs0) {
+  for (const auto& [turn, found] : {std::pair(0.0, 0.0), {1e-8, 0.0}, {4e-8, 4e-8}}) {
+    TunitQuaternion q;
+    double angle = 5.0;
+    T4dDblVector axis(7, 8, 9);
+    q.setToPivotAxis(turn, T4dDblVector(1, 0, 0)).getPivotAxis(angle, axis);
+    EXPECT_NEAR(found, angle, found * 0.1) << turn;
+    EXPECT_EQ(found == 0.0, axis == T4dDblVector(7, 8, 9)) << turn;
+  }
+  double angle = 0.0;
+  T4dDblVector axis;
   quaternion(1.5, 0, 0, 0).getPivotAxis(angle, axis);
   EXPECT_TRUE(std::isnan(angle));
-  EXPECT_EQ(identity, quaternion(0, 1e-9, 0, 0).normalizeIt());
-  EXPECT_EQ(quaternion(-1, 0, 0, 0), quaternion(-1.001e-9, 0, 0, 0).normalize());
   Tquaternion q = quaternion(0, 1, 0, 0);
-  EXPECT_TRUE(q.equivalent(quaternion(0, 0, 0, 1), std::sqrt(2.0)));
-  EXPECT_FALSE(q.equivalent(quaternion(0, 0, 0, 1), 1.414));
-  EXPECT_TRUE(q.equivalent(q, -1.0));
-  EXPECT_EQ(identity, q.setToPivotAxis(1.0, T4dDblVector(3e-5, 0, 0)));
-  EXPECT_NE(identity, q.setToPivotAxis(1.0, T4dDblVector(4e-5, 0, 0)));
+  q.getPivotAxis(q.x, axis);
+  EXPECT_EQ(T4dDblVector(1, 0, 0), axis);
+  EXPECT_EQ(T4dDblMatrix::identity, T4dDblMatrix(Tscale(2, 2, 2)).setToAxisRotate(axis, 0.0));
+}
+
+TEST(Rotation, ShortQuaternionsAndAxesGiveTheIdentity) {
+  const Tquaternion identity;
+  EXPECT_EQ(identity, quaternion(0, 1e-9, 0, 0).normalizeIt());
+  EXPECT_EQ(-identity, quaternion(-1.001e-9, 0, 0, 0).normalize());
+  EXPECT_EQ(identity, Tquaternion().setToPivotAxis(1.0, T4dDblVector(3e-5, 0, 0)));
+  EXPECT_NE(identity, Tquaternion().setToPivotAxis(1.0, T4dDblVector(4e-5, 0, 0)));
   EXPECT_FALSE(std::isfinite(quaternion(0, 0, 0, 0).inverse().w));
   EXPECT_EQ(quaternion(0, 0, 0, 0), (-TunitQuaternion()).log());
   EXPECT_EQ(quaternion(1, 1e-10, 0, 0), quaternion(9, 1e-10, 0, 0).exp());
-  // A unit quaternion takes its length for granted.
   TunitQuaternion stretched;
   stretched.w = 2.0;
   EXPECT_EQ(2.0, stretched.inverse().w);
   EXPECT_EQ(1.0, stretched.renormalizeIt().w);
+}
+
+TEST(Rotation, EquivalenceIsInclusiveAndTakesNegativeTolerancesFor0) {
+  const Tquaternion i = quaternion(0, 1, 0, 0), k = quaternion(0, 0, 0, 1);
+  EXPECT_TRUE(i.equivalent(k, std::sqrt(2.0)));
+  EXPECT_FALSE(i.equivalent(k, 1.414));
+  EXPECT_TRUE(i.equivalent(i, -1.0));
 }

@@ -1,32 +1,41 @@
-// Seeded random values, and how far apart two values are.
+// Random values of fixed seeds, and the distances of values.
 #pragma once
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <ostream>
 #include <random>
+#include <type_traits>
 
 #include <kilnbase/geometry/T4dDblMatrix.h>
 #include <kilnbase/geometry/Tscale.h>
 #include <kilnbase/geometry/TunitQuaternion.h>
 
+// Failed expectations print the doubles that a value consists of.
+template <class Value>
+requires(std::is_trivially_copyable_v<Value>) void PrintTo(const Value& value, std::ostream* out) {
+  const auto* doubles = reinterpret_cast<const double*>(&value);
+  for (std::size_t i = 0; i < sizeof value / sizeof *doubles; ++i) *out << doubles[i] << ' ';
+}
+
 namespace kilntest {
 
 constexpr double kPi = 3.14159265358979323846;
-// For the results of up to a few dozen operations on numbers around 1.
+// The rounding errors of up to a few dozen operations on numbers around 1.
 constexpr double kRounding = 200 * std::numeric_limits<double>::epsilon();
 
 class RandomValues {
  public:
   explicit RandomValues(std::uint64_t seed) : engine_(seed) {}
 
-  // In (-1, 1).
+  // Numbers lie in (-1, 1).
   double number() { return std::ldexp(static_cast<double>(engine_() >> 11U) + 0.5, -52) - 1.0; }
   T4dDblVector vector() { return {number(), number(), number()}; }
   T4dDblPoint point() { return T4dDblPoint::origin + vector(); }
   TunitQuaternion rotation() { return TunitQuaternion().setToPivotAxis(kPi * number(), vector()); }
-  // Each in +-(0.5, 2).
+  // Components lie in (0.5, 2) or (-2, -0.5).
   Tscale scale() { return {factor(), factor(), factor()}; }
   T4dDblMatrix matrix() {
     T4dDblMatrix m;
