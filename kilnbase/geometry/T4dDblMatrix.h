@@ -182,7 +182,7 @@ constexpr T4dDblVector T4dDblVector::operator*(const T4dDblMatrix& m) const {
 
 namespace vxKilnBase::detail {
 
-/// The vector m * v. Only an explicit conversion makes a matrix of it, unlike other vectors. Otherwise
+/// The vector m * v. It converts to a matrix only explicitly, unlike other vectors. Otherwise
 /// `m = m * v` would set m to the translation by the vector m * v, while `m *= v` is the product of
 /// m and the translation by v.
 class ColumnProduct : public T4dDblVector {

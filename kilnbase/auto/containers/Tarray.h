@@ -12,8 +12,8 @@
 /// go into a `TobjArray`. Users take the array of their type (`TdoubleArray`, `TcharPtrArray`),
 /// which has calls to insert, find and read elements.
 ///
-/// A result is 0, except for 150 when an element is not found, and 2 when `create`,
-/// `createAndInitialise`, `changePhysicalSizeTo`, `buffer` or `pack` cannot get memory.
+/// All results are 0 but `kNotFound`, for an absent element, and `kNoMemory`, for `create`,
+/// `createAndInitialise`, `changePhysicalSizeTo`, `buffer` and `pack`.
 /// vxKilnBase::detail::GrowableArray describes the operations.
 ///
 ///     TdoubleArray heights(32);    // the first block has 32 slots, the growths add 32, 41, 52,

@@ -46,11 +46,11 @@ TEST(TautoArrayBase, GrowsByStepsWhileArraysKeepTheBlocksThatItOutgrows) {
   TautoArrayBase::setIncrementSize(1000);
   {
     const std::size_t before = TautoArrayBase::bufferSize();
-    const Scratch first(8, before / 8 + 1);  // nothing is in use: the old block is given up
+    const Scratch first(8, before / 8 + 1);  // nothing is in use, so the old block is freed
     EXPECT_EQ(before + 1000, TautoArrayBase::bufferSize());
     const std::string ones(8 * first.count(), '1');
     const std::string twos(before + 2000 - ones.size(), '2');
-    const Scratch second(1, twos.size());  // a whole step short takes one step more
+    const Scratch second(1, twos.size());  // short by exactly one step: grows by two
     EXPECT_EQ(before + 3000, TautoArrayBase::bufferSize());
     ones.copy(first.bytes(), ones.size());
     twos.copy(second.bytes(), twos.size());

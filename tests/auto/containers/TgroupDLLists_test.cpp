@@ -59,7 +59,7 @@ TEST(TgroupDLLists, UsesTheListsThatItIsTold) {
 
 TEST(TgroupDLLists, ACopyHasTheSameListsAndIndices) {
   Group group(3);
-  // Neither is destroyed, as the lists are not theirs.
+  // The copies are never destroyed, because the group deletes the lists.
   static Group* const views[] = {new Group(group), new Group(0)};
   *views[1] = group;
   for (const Group* view : views) {

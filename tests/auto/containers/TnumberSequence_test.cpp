@@ -28,7 +28,6 @@ DoubleVec vec(const std::vector<double>& values) {
 
 }  // namespace
 
-// Without left: the last value <= t. With it: from there back to the end of the interval before.
 TEST(TnumberSequence, FindsIntervalsAndBreakpoints) {
   const TnumberSequence s = vec({0, 0, 0, 1, 1, 2, kNaN, kNaN});
   const std::tuple<double, int, int> cases[] = {
@@ -47,7 +46,7 @@ TEST(TnumberSequence, FindsIntervalsAndBreakpoints) {
   for (int i = -1; i <= 6; ++i) EXPECT_EQ(expected[i + 1], finite.whichBreakpoint(i)) << i;
 }
 
-// Equal values, which the sign of zero tells apart, stay in the order of their insertion.
+// Equal values stay in the order of their insertion. The signs of zeros tell them apart.
 TEST(TnumberSequence, EditsFollowAModel) {
   std::mt19937 random(20);
   const auto next = [&] { return std::vector{-1.0, -0.0, 0.0, 1.0, 2.0}[random() % 5]; };

@@ -14,7 +14,6 @@ namespace vxKilnBase::detail {
 namespace {
 
 constexpr int kDone = 0;
-constexpr int kNoMemory = 2;
 
 // The number of values of the 16-bit counters.
 constexpr std::size_t kCounterRange = 65536;

@@ -25,12 +25,16 @@ namespace vxKilnBase::detail {
 /// Exactly the elements i < `length` have begun and not ended.
 ///
 /// An operation that cannot get memory leaves the elements unchanged. `create`,
-/// `createAndInitialise`, `changePhysicalSizeTo`, `buffer` and `pack` then return 2. The other
-/// operations return 0: `length` tells. Where `Result` is void, no operation returns anything. An
-/// array is for one thread at a time.
+/// `createAndInitialise`, `changePhysicalSizeTo`, `buffer` and `pack` then return `kNoMemory`. The
+/// other operations return 0 even then: `length` tells whether they succeeded. When `Result` is
+/// void, these operations return nothing. An array is for one thread at a time.
 template <class Array, class Result>
 class KILNBASE_API GrowableArray {
  public:
+  /// Results of the operations. All other results are 0.
+  static constexpr long kNoMemory = 2;
+  static constexpr long kNotFound = 150;
+
   /// Frees the block.
   virtual ~GrowableArray();
 
@@ -52,7 +56,7 @@ class KILNBASE_API GrowableArray {
   /// Asserted in debug builds; in release builds nothing changes.
   virtual Result changeLogicalSizeBy(long difference);
   /// Changes the number of slots to `n`, which ends all elements from `n` on. With n = 0 the block
-  /// is freed. Returns 0, or 2 when there is no memory.
+  /// is freed. Returns 0, or `kNoMemory`.
   virtual Result changePhysicalSizeTo(std::size_t n);
   /// Makes room for exactly `n` more elements where there is less room.
   virtual Result buffer(std::size_t n);
@@ -72,9 +76,6 @@ class KILNBASE_API GrowableArray {
   std::size_t elementSize() const { return elementSize_; }
 
  protected:
-  /// The result of `findElement` and `removeElement` for an absent element.
-  static constexpr long kNotFound = 150;
-
   /// `create`, then every slot becomes a copy of `value`. Kept as it is: the slots are counted with
   /// 16 bits, so `n` must be below 65536. Asserted in debug builds; in release builds slots from
   /// 65536 on stay as `create` left them. `value` must not be in this array. Asserted in debug
@@ -94,12 +95,12 @@ class KILNBASE_API GrowableArray {
     return true;
   }
   /// Finds the first element with the same bytes as `element`: sets `index` to its place and
-  /// returns 0. When there is none, sets `index` to the length and returns 150. Kept as it is: the
-  /// bytes are counted with 16 bits, so `elementSize` must be below 65536. Asserted in debug
-  /// builds; in release builds the first 65536 bytes are compared.
+  /// returns 0. When there is none, sets `index` to the length and returns `kNotFound`. Kept as it
+  /// is: the bytes are counted with 16 bits, so `elementSize` must be below 65536. Asserted in
+  /// debug builds; in release builds the first 65536 bytes are compared.
   long findElement(const void* element, std::size_t& index) const;
-  /// Removes the first element with the same bytes as `element`. Returns 0, or 150 when there is
-  /// none.
+  /// Removes the first element with the same bytes as `element`. Returns 0, or `kNotFound` when
+  /// there is none.
   long removeElement(const void* element);
   /// Changes the length to index + count, even when that is less, and makes the elements from
   /// `index` on copies of the `count` elements at `source`. The source may be in this array.

@@ -41,12 +41,13 @@ class TypedArray : public Base {
   }
 
   /// Sets `index` to the first place of `element` and returns 0. For an absent element sets `index`
-  /// to the length and returns 150. Bytes are compared: 0.0 and -0.0 differ, and a NaN is found.
+  /// to the length and returns `kNotFound`. Bytes are compared: 0.0 and -0.0 differ, and a NaN is
+  /// found.
   long find(const T& element, std::size_t& index) const requires std::is_trivially_copyable_v<T> {
     return this->findElement(static_cast<const void*>(&element), index);
   }
-  /// Removes `element` from its first place and returns 0. Returns 150 for an absent element. Bytes
-  /// are compared as in `find`.
+  /// Removes `element` from its first place and returns 0. Returns `kNotFound` for an absent
+  /// element. Bytes are compared as in `find`.
   long remove(const T& element) requires std::is_trivially_copyable_v<T> {
     return this->removeElement(static_cast<const void*>(&element));
   }
