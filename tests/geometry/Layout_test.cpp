@@ -65,20 +65,13 @@ static_assert(!kTakePoint<std::minus<>, T3dDblPoint, T4dDblVector, Product>);
 static_assert(!kTakePoint<std::bit_xor<>, T4dDblVector>);
 static_assert(!kTakePoint<std::equal_to<>, T3dDblPoint, T4dDblVector>);
 static_assert(!kTakePoint<std::multiplies<>, T4dDblMatrix>);
-template <class T>
-constexpr bool kAccumulatesPoints = requires(T value, T4dDblPoint p) {
-  value += p;
-};
-static_assert(!kAccumulatesPoints<T4dDblVector>);
+const auto accumulate = [](auto&& a, const auto& b) -> decltype(a += b) { return a += b; };
+static_assert(!kTakePoint<decltype(accumulate), T4dDblVector>);
 
-template <class T>
-constexpr bool kTakesBraces = requires(T value) {
-  value = {};
-};
-static_assert(kTakesBraces<T4dDblVector>);
-static_assert(kTakesBraces<Tquaternion>);
-static_assert(kTakesBraces<TunitQuaternion>);
-static_assert(kTakesBraces<T4dDblMatrix>);
+static_assert((T4dDblVector() = {}) == T4dDblVector());
+static_assert((Tquaternion() = {}) == Tquaternion());
+static_assert((TunitQuaternion() = {}) == TunitQuaternion());
+static_assert((T4dDblMatrix() = {}) == T4dDblMatrix());
 
 // Products are constant expressions.
 constexpr T4dDblMatrix kScaledAndMoved =
