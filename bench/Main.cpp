@@ -105,12 +105,7 @@ int run(const std::vector<Case>& cases, double seconds) {
   return disagreements == 0 ? 0 : 1;
 }
 
-}  // namespace
-
-}  // namespace bench
-
-int main(int argc, char** argv) {
-  using namespace bench;
+int runProgram(int argc, const char* const* argv) {
   Options options;
   CLI::App app("Times the library beside its peers, one thread, and prints a table of ratios.");
   app.add_option("--filter", options.filters, "Only operations whose name contains TEXT")
@@ -156,4 +151,15 @@ int main(int argc, char** argv) {
   }
   printConditions(notes);
   return run(cases, options.seconds);
+}
+
+}  // namespace
+
+}  // namespace bench
+
+int main(int argc, char** argv) {
+  const int code = bench::runProgram(argc, argv);
+  if (std::cout.flush()) return code;
+  std::cerr << "kiln_bench: cannot write to standard output\n";
+  return 2;
 }

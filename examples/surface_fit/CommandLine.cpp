@@ -31,7 +31,8 @@ With --evaluate nothing is fitted: for every point its x, its y, the height of t
 deviation (measured height minus surface) go to standard output.
 
 Exit code: 0 when a surface was fitted or evaluated, whether or not the tolerance was reached; 2 for
-input that cannot be used, when nothing is written.
+input that cannot be used, too little memory, or results that cannot be written. Files are written
+whole or not at all.
 
 Examples:
   surface_fit terrain.xyz --tolerance 20 --output fit

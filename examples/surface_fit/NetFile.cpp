@@ -6,30 +6,22 @@
 #include <limits>
 #include <string>
 
-#include <kilnbase/linalg/MathError.h>
-
 #include "examples/surface_fit/InputError.h"
+#include "examples/surface_fit/NumericErrors.h"
 #include "examples/surface_fit/Spline.h"
 
 namespace surfacefit {
 
 namespace {
 
-bool numericErrorRaised = false;
-
-int noteNumericError(const MathErrorRecord&, std::va_list) {
-  numericErrorRaised = true;
-  return 0;
-}
-
-// Whether a matrix of finite numbers could be read. The library's default handler would end the
-// program for text that is no matrix.
+// Whether a matrix of finite numbers could be read.
 bool readMatrix(std::istream& stream, DoubleGenMat& matrix) {
-  numericErrorRaised = false;
-  const auto previous = vxKilnBase::setMathErrorHandler(noteNumericError);
-  stream >> matrix;
-  vxKilnBase::setMathErrorHandler(previous);
-  if (numericErrorRaised) return false;
+  const ThrowingNumericErrors errors;
+  try {
+    stream >> matrix;
+  } catch (const NumericError&) {
+    return false;
+  }
   const double* values = matrix.data();
   return std::all_of(values, values + matrix.length(), [](double v) { return std::isfinite(v); });
 }

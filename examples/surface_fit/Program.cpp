@@ -1,7 +1,9 @@
 #include "examples/surface_fit/Program.h"
 
 #include <algorithm>
+#include <exception>
 #include <iostream>
+#include <new>
 #include <sstream>
 
 #include <kilnbase/util/mr_tolerance.h>
@@ -12,6 +14,7 @@
 #include "examples/surface_fit/Fit.h"
 #include "examples/surface_fit/InputError.h"
 #include "examples/surface_fit/NetFile.h"
+#include "examples/surface_fit/NumericErrors.h"
 #include "examples/surface_fit/OutputFiles.h"
 #include "examples/surface_fit/Page.h"
 #include "examples/surface_fit/Points.h"
@@ -68,13 +71,17 @@ void run(const Options& options) {
 }  // namespace
 
 int runProgram(int argc, const char* const* argv) {
+  const ThrowingNumericErrors numericErrors;
   try {
     if (const auto options = parseCommandLine(argc, argv)) run(*options);
+    if (!std::cout.flush()) throw InputError("cannot write to standard output");
     return 0;
-  } catch (const InputError& error) {
+  } catch (const std::bad_alloc&) {
+    rptError("surface_fit: not enough memory; thin the points out\n");
+  } catch (const std::exception& error) {
     rptError("surface_fit: %s\n", error.what());
-    return 2;
   }
+  return 2;
 }
 
 }  // namespace surfacefit

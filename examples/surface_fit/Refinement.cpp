@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <new>
 #include <optional>
 
 #include <kilnbase/linalg/vecmath.h>
@@ -157,10 +158,9 @@ std::optional<Stop> reasonToStop(const Refinement& refinement, const Limits& lim
   return std::nullopt;
 }
 
-}  // namespace
-
-Refinement refine(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter) {
-  Refinement result{{}, 0, Stop::kByUser};
+// Adds step after step to `result` and tells it why the last one is the last.
+void takeSteps(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter,
+               Refinement& result) {
   Surface start =
       Surface::flat(extent(points, &Point::x), extent(points, &Point::y), mean(heights(points)));
   while (true) {
@@ -173,10 +173,22 @@ Refinement refine(const std::vector<Point>& points, const Limits& limits, TbaseR
     const Plan plan = stop ? Plan{{}, *stop} : planRefinement(fit, points, limits);
     if (plan.halved.empty()) {
       result.stop = plan.obstacle;
-      return result;
+      return;
     }
     start = refined(fit.surface, plan);
   }
+}
+
+}  // namespace
+
+Refinement refine(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter) {
+  Refinement result{{}, 0, Stop::kOutOfMemory};
+  try {
+    takeSteps(points, limits, reporter, result);
+  } catch (const std::bad_alloc&) {
+    if (result.steps.empty()) throw;
+  }
+  return result;
 }
 
 std::string describe(Stop stop, const Limits& limits) {
@@ -195,6 +207,9 @@ std::string describe(Stop stop, const Limits& limits) {
       return "Stopped because halving any span further would leave a half without points.";
     case Stop::kByUser:
       return "Stopped by the user; the best fit so far is kept.";
+    case Stop::kOutOfMemory:
+      return "Stopped because there is not enough memory for another step; the best fit so far is "
+             "kept.";
   }
   return "";
 }

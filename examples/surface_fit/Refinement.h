@@ -31,6 +31,7 @@ enum class Stop {
   kMaxSteps,
   kNothingToSplit,  ///< No span with deviations above the tolerance can be halved.
   kByUser,
+  kOutOfMemory,  ///< For the step after the last one.
 };
 
 /// The steps of a refinement, at least one.
@@ -46,7 +47,9 @@ struct Refinement {
 /// each direction by itself, the spans with the largest deviations, a quarter of the spans at a
 /// time. A span is halved only if there are points over both halves. Tells `reporter` of every
 /// step, the largest deviation relative to the tolerance, and asks it after every step whether to
-/// stop.
+/// stop. Throws std::bad_alloc when there is no memory for the first step; where a later step lacks
+/// memory, the refinement ends with the steps before it. Numeric errors must throw for that, see
+/// NumericErrors.h.
 Refinement refine(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter);
 
 /// Why it stopped, as a sentence for the user.

@@ -1,6 +1,7 @@
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iostream>
 #include <sstream>
 
 #include "examples/surface_fit/InputError.h"
@@ -123,6 +124,28 @@ TEST_F(SurfaceFitProgram, WritesANetThatASecondRunEvaluatesToTheSameDeviations) 
   folder.write("outside.xyz", "3 3 0\n13 3 0\n");
   EXPECT_EQ(2, run({"@outside.xyz", "--evaluate", "@out/net.txt"}));
   EXPECT_EQ("", out);
+}
+
+// Takes what is written and fails when it is flushed, as a file on a full disk does.
+struct FullDisk : std::streambuf {
+  int overflow(int character) override { return character; }
+  int sync() override { return -1; }
+};
+
+TEST_F(SurfaceFitProgram, TellsThatStandardOutputCannotBeWritten) {
+  ASSERT_EQ(0, run({"@good.xyz", "--output", "@out"}));
+  reports.takeAll();
+  FullDisk disk;
+  std::streambuf* const usual = std::cout.rdbuf(&disk);
+  const std::vector<std::vector<std::string>> cases = {
+      {"--help"}, {"@good.xyz", "--output", "@out"}, {"@good.xyz", "--evaluate", "@out/net.txt"}};
+  for (const auto& arguments : cases) {
+    EXPECT_EQ(2, run(arguments)) << arguments[0];
+    EXPECT_THAT(reports.takeAll(),
+                testing::Contains("error: surface_fit: cannot write to standard output\n"));
+    std::cout.clear();
+  }
+  std::cout.rdbuf(usual);
 }
 
 TEST_F(SurfaceFitProgram, WritesAllFilesOrNone) {

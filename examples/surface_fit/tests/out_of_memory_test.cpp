@@ -1,0 +1,55 @@
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <new>
+
+#include "examples/surface_fit/NumericErrors.h"
+#include "examples/surface_fit/Refinement.h"
+
+namespace {
+
+std::size_t largestAllocation = SIZE_MAX;
+
+}  // namespace
+
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  void* memory = size <= largestAllocation ? std::malloc(size) : nullptr;
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+namespace surfacefit {
+
+// Runs with memory for a design matrix of so many columns.
+Refinement refineWithin(std::size_t columns, const std::vector<Point>& points) {
+  const ThrowingNumericErrors errors;
+  TbaseReporter silent;
+  largestAllocation = points.size() * columns * sizeof(double) + 200;
+  try {
+    const Refinement result = refine(points, {1e-9, 900, 100, 3}, silent);
+    largestAllocation = SIZE_MAX;
+    return result;
+  } catch (...) {
+    largestAllocation = SIZE_MAX;
+    throw;
+  }
+}
+
+TEST(Refinement, KeepsTheStepsBeforeTheOneThatLacksMemory) {
+  std::vector<Point> points;
+  for (int k = 0; k < 900; ++k) points.push_back({1.0 * (k % 30), 1.0 * (k / 30), 1.0 * (k % 7)});
+  EXPECT_EQ(Stop::kMaxSteps, refineWithin(1000, points).stop);
+  const Refinement stopped = refineWithin(30, points);
+  if (stopped.stop == Stop::kMaxSteps)
+    GTEST_SKIP() << "the library is linked with an allocator of its own";
+  EXPECT_EQ(Stop::kOutOfMemory, stopped.stop);
+  EXPECT_EQ(2U, stopped.steps.size());
+  EXPECT_THROW(refineWithin(10, points), std::bad_alloc);
+}
+
+}  // namespace surfacefit
