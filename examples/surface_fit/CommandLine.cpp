@@ -17,9 +17,11 @@ constexpr const char* kDescription =
 largest deviation from them is within the tolerance.
 
 The points are a text file, "x y z" a line, z the measured height over the place (x, y); "#" starts
-a comment. The surface covers the rectangle of all x and y. It begins with one span each way; spans
-are halved everywhere up to eight, then where the deviation is largest, in x and in y separately.
-Places without points keep the shape of the coarser surface.
+a comment, and the page shows what follows "# Source:" as the credit of the points.
+
+The surface covers the rectangle of all x and y. It begins with one span each way; spans are halved
+everywhere up to eight, then where the deviation is largest, in x and in y separately. Places
+without points keep the shape of the coarser surface.
 
 Written to the output folder: surface.html, a page with maps of the measured surface, the fit and
 the deviation; net.txt, the knots and the control net, for --evaluate; table.txt, the table of the

@@ -5,6 +5,7 @@
 
 #include "examples/surface_fit/Deviations.h"
 #include "examples/surface_fit/InputError.h"
+#include "examples/surface_fit/NumberText.h"
 #include "examples/surface_fit/Spline.h"
 
 namespace surfacefit {
@@ -12,19 +13,15 @@ namespace surfacefit {
 namespace {
 
 std::string rangeText(const Range& range) {
-  std::ostringstream text;
-  text << range.low << " to " << range.high;
-  return text.str();
+  return numberText(range.low) + " to " + numberText(range.high);
 }
 
 void requireContained(const Surface& surface, const std::vector<Point>& points) {
   for (const Point& point : points) {
     if (surface.contains(point.x, point.y)) continue;
-    std::ostringstream problem;
-    problem << "the point (" << point.x << ", " << point.y << ") lies outside the surface (x "
-            << rangeText(domain(surface.xKnots())) << ", y " << rangeText(domain(surface.yKnots()))
-            << "); remove it";
-    throw InputError(problem.str());
+    throw InputError("the point " + placeText(point.x, point.y) + " lies outside the surface (x " +
+                     rangeText(domain(surface.xKnots())) + ", y " +
+                     rangeText(domain(surface.yKnots())) + "); remove it");
   }
 }
 
@@ -36,12 +33,13 @@ std::string evaluationText(const Surface& surface, const std::vector<Point>& poi
   const auto [rms, largest] = summarize(points, all);
   std::ostringstream text;
   text << std::setprecision(10) << "# " << points.size() << " points, rms deviation " << rms
-       << ", largest deviation " << largest.value << " at (" << largest.x << ", " << largest.y
-       << ")\n# x y height deviation\n";
+       << ", largest deviation " << largest.value << " at " << placeText(largest.x, largest.y)
+       << "\n# x y height deviation\n";
   int row = 0;
   for (const Point& point : points) {
     const double deviation = all(row++);
-    text << point.x << " " << point.y << " " << point.z - deviation << " " << deviation << "\n";
+    text << numberText(point.x) << " " << numberText(point.y) << " " << point.z - deviation << " "
+         << deviation << "\n";
   }
   return text.str();
 }

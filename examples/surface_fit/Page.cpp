@@ -6,6 +6,7 @@
 #include <limits>
 #include <sstream>
 
+#include "examples/surface_fit/NumberText.h"
 #include "examples/surface_fit/PageTemplate.h"
 #include "examples/surface_fit/Raster.h"
 #include "examples/surface_fit/Spline.h"
@@ -17,9 +18,14 @@ namespace {
 // The fitted surface is drawn from so many values each way.
 constexpr int kFittedSamples = 161;
 
-// Values are written as whole multiples of a power of ten that divides their range in at least so
-// many parts, finer than any screen shows.
+// Values are written as whole multiples of a power of ten: one that divides their range in at least
+// so many parts, finer than any screen shows, and the tolerance in a thousand, so that what the
+// page tells of a place has the decimals that it shows.
 constexpr double kLevels = 1e4;
+constexpr double kToleranceLevels = 1e3;
+
+// Yet no more parts than doubles tell apart.
+constexpr double kMostLevels = 1e14;
 
 // A JavaScript string. "<" is escaped so that no text can end the script.
 std::string quoted(const std::string& text) {
@@ -38,20 +44,21 @@ std::string quoted(const std::string& text) {
 
 std::string list(const DoubleVec& values) {
   std::ostringstream text;
-  text << "[" << std::setprecision(10);
-  for (int i = 0; i < static_cast<int>(values.length()); ++i) text << (i ? "," : "") << values(i);
+  text << "[";
+  for (int i = 0; i < static_cast<int>(values.length()); ++i)
+    text << (i ? "," : "") << numberText(values(i));
   text << "]";
   return text.str();
 }
 
 std::string pair(const Range& range) {
   std::ostringstream text;
-  text << std::setprecision(17) << "[" << range.low << "," << range.high << "]";
+  text << "[" << numberText(range.low) << "," << numberText(range.high) << "]";
   return text.str();
 }
 
-// The smallest value that is there, and the power of ten of kLevels.
-std::pair<double, double> baseAndStep(const std::vector<double>& values) {
+// The smallest value that is there, and the power of ten.
+std::pair<double, double> baseAndStep(const std::vector<double>& values, double tolerance) {
   double low = std::numeric_limits<double>::infinity();
   double high = -low;
   for (const double value : values) {
@@ -60,15 +67,18 @@ std::pair<double, double> baseAndStep(const std::vector<double>& values) {
     high = std::max(high, value);
   }
   const double range = high - low;
-  return {low, range > 0.0 ? std::pow(10.0, std::floor(std::log10(range / kLevels))) : 1.0};
+  if (range <= 0.0) return {low, 1.0};
+  const double part =
+      std::clamp(tolerance / kToleranceLevels, range / kMostLevels, range / kLevels);
+  return {low, std::pow(10.0, std::floor(std::log10(part)))};
 }
 
-std::string raster(const Raster& raster) {
-  const auto [base, step] = baseAndStep(raster.values);
+std::string raster(const Raster& raster, double tolerance) {
+  const auto [base, step] = baseAndStep(raster.values, tolerance);
   std::ostringstream text;
-  text << std::setprecision(17) << "{x:" << pair(raster.grid.x) << ",y:" << pair(raster.grid.y)
-       << ",columns:" << raster.grid.columns << ",rows:" << raster.grid.rows << ",base:" << base
-       << ",step:" << step << ",levels:[";
+  text << "{x:" << pair(raster.grid.x) << ",y:" << pair(raster.grid.y)
+       << ",columns:" << raster.grid.columns << ",rows:" << raster.grid.rows
+       << ",base:" << numberText(base) << ",step:" << numberText(step) << ",levels:[";
   const char* separator = "";
   for (const double value : raster.values) {
     text << separator;
@@ -84,8 +94,8 @@ std::string raster(const Raster& raster) {
 
 std::string deviationFields(const Deviation& deviation, const char* valueName) {
   std::ostringstream text;
-  text << std::setprecision(10) << valueName << ":" << deviation.value << ",x:" << deviation.x
-       << ",y:" << deviation.y;
+  text << valueName << ":" << numberText(deviation.value) << ",x:" << numberText(deviation.x)
+       << ",y:" << numberText(deviation.y);
   return text.str();
 }
 
@@ -95,30 +105,33 @@ std::string steps(const Refinement& refinement) {
   for (const auto& [fit, seconds] : refinement.steps)
     text << "{spans:\"" << spanCount(fit.surface.xKnots()) << " \u00d7 "
          << spanCount(fit.surface.yKnots()) << "\",unknowns:" << fit.unknowns
-         << ",equations:" << fit.equations << ",rank:" << fit.rank << ",rms:" << fit.deviation.rms
-         << "," << deviationFields(fit.deviation.largest, "largest") << ",seconds:" << seconds
-         << "},\n";
+         << ",equations:" << fit.equations << ",rank:" << fit.rank
+         << ",rms:" << numberText(fit.deviation.rms) << ","
+         << deviationFields(fit.deviation.largest, "largest") << ",seconds:" << seconds << "},\n";
   text << "]";
   return text.str();
 }
 
 std::string pageData(const PageContent& content) {
+  const auto& [points, credit] = content.measurement;
   const Fit& best = content.refinement.bestFit();
-  const Grid measured = gridOf(content.points);
+  const Grid measured = gridOf(points);
   const Grid fitted{measured.x, measured.y, kFittedSamples, kFittedSamples};
-  const DoubleVec all = deviations(best.surface, content.points);
-  const std::vector<int> shown = worstPoints(measured, content.points, all);
+  const DoubleVec all = deviations(best.surface, points);
+  const double tolerance = content.limits.tolerance;
+  const std::vector<int> shown = worstPoints(measured, points, all);
   std::ostringstream data;
-  data << "{source:" << quoted(content.source) << ",unit:" << quoted(content.unit)
+  data << "{name:" << quoted(content.name) << ",credit:" << quoted(credit)
+       << ",unit:" << quoted(content.unit)
        << ",outcome:" << quoted(describe(content.refinement.stop, content.limits))
-       << ",points:" << content.points.size() << ",tolerance:" << content.limits.tolerance
-       << ",\nlargest:{" << deviationFields(best.deviation.largest, "value") << "}"
+       << ",points:" << points.size() << ",tolerance:" << numberText(tolerance) << ",\nlargest:{"
+       << deviationFields(best.deviation.largest, "value") << "}"
        << ",\nxKnots:" << list(best.surface.xKnots().breakpoints())
        << ",\nyKnots:" << list(best.surface.yKnots().breakpoints())
        << ",\nbest:" << content.refinement.best << ",steps:" << steps(content.refinement)
-       << ",\nmeasured:" << raster(rasterOf(measured, shown, heights(content.points)))
-       << ",\ndeviation:" << raster(rasterOf(measured, shown, all))
-       << ",\nfitted:" << raster(rasterOf(fitted, best.surface)) << "}";
+       << ",\nmeasured:" << raster(rasterOf(measured, shown, heights(points)), tolerance)
+       << ",\ndeviation:" << raster(rasterOf(measured, shown, all), tolerance)
+       << ",\nfitted:" << raster(rasterOf(fitted, best.surface), tolerance) << "}";
   return data.str();
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "examples/surface_fit/Points.h"
 #include "examples/surface_fit/Refinement.h"
@@ -11,15 +10,16 @@ namespace surfacefit {
 
 /// What the page tells.
 struct PageContent {
-  const std::vector<Point>& points;
+  const Measurement& measurement;
   const Refinement& refinement;
   const Limits& limits;
   std::string unit;
-  std::string source;  ///< Where the points come from.
+  std::string name;  ///< Of the points.
 };
 
 /// A page of HTML that needs nothing else: maps of the measured surface, of the best fit and of the
-/// deviations side by side, a section through them, and the table of the steps.
+/// deviations side by side, a section through them, the table of the steps, and the credit of the
+/// points. `unit`, `name` and the credit are shown as they are, whatever characters they have.
 std::string pageText(const PageContent& content);
 
 }  // namespace surfacefit

@@ -38,6 +38,15 @@ std::string_view withoutComment(std::string_view line) {
   return line.substr(0, line.find('#'));
 }
 
+// Appends what a comment line "# Source: ..." tells.
+void noteCredit(std::string_view line, std::string& credit) {
+  constexpr std::string_view kHeading = "# Source:";
+  if (!line.starts_with(kHeading)) return;
+  line.remove_prefix(std::min(line.find_first_not_of(kBlanks, kHeading.size()), line.size()));
+  line = line.substr(0, line.find_last_not_of(kBlanks) + 1);
+  if (!line.empty()) credit.append(credit.empty() ? "" : "; ").append(line);
+}
+
 // Takes the first word off the line; an empty one at its end.
 std::string_view takeWord(std::string_view& line) {
   line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
@@ -94,20 +103,21 @@ bool lieOnOneLine(const std::vector<Point>& points) {
 
 }  // namespace
 
-std::vector<Point> readPoints(std::istream& text) {
+Measurement readPoints(std::istream& text) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  std::vector<Point> points;
+  Measurement result;
   std::string line;
   for (int lineNumber = 1; std::getline(text, line); ++lineNumber) {
     if (lineNumber == 1 && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
-    if (const auto point = parseLine(line, lineNumber)) points.push_back(*point);
+    if (const auto point = parseLine(line, lineNumber)) result.points.push_back(*point);
+    noteCredit(line, result.credit);
   }
   if (text.bad()) throw InputError("reading failed; is it a file of points?");
-  if (points.empty()) throw InputError("no points in it; write one point x y z a line");
-  return points;
+  if (result.points.empty()) throw InputError("no points in it; write one point x y z a line");
+  return result;
 }
 
-std::vector<Point> readPointFile(const std::filesystem::path& file) {
+Measurement readPointFile(const std::filesystem::path& file) {
   std::ifstream text(file);
   if (!text)
     throw InputError("cannot open '" + file.string() +

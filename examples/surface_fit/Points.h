@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <iosfwd>
+#include <string>
 #include <vector>
 
 namespace surfacefit {
@@ -23,13 +24,19 @@ struct Range {
   bool contains(double t) const { return low <= t && t <= high; }
 };
 
+/// Points as a file holds them.
+struct Measurement {
+  std::vector<Point> points;
+  std::string credit;  ///< Who measured: what follows "# Source:", several joined by "; ".
+};
+
 /// Reads "x y z", a point a line. "#" starts a comment; lines without a point are skipped. Throws
 /// InputError, naming the line, for a line that is anything else and for a number that is not
 /// finite.
-std::vector<Point> readPoints(std::istream& text);
+Measurement readPoints(std::istream& text);
 
 /// The same from a file, whose name goes into the messages.
-std::vector<Point> readPointFile(const std::filesystem::path& file);
+Measurement readPointFile(const std::filesystem::path& file);
 
 /// The range of one coordinate. There must be points.
 Range extent(const std::vector<Point>& points, double Point::*coordinate);

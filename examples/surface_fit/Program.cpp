@@ -39,7 +39,8 @@ std::string netText(const Surface& surface) {
   return text.str();
 }
 
-void fit(const Options& options, const std::vector<Point>& points) {
+void fit(const Options& options, const Measurement& measurement) {
+  const std::vector<Point>& points = measurement.points;
   requireFittable(points);
   makeFolder(options.output);
   const Limits limits{toleranceFor(options, points),
@@ -50,9 +51,9 @@ void fit(const Options& options, const std::vector<Point>& points) {
   rptClearStatus();
 
   const std::string table = stepTable(refinement, limits, options.unit);
-  const OutputFile page{
-      options.output / "surface.html",
-      pageText({points, refinement, limits, options.unit, options.points.filename().string()})};
+  const OutputFile page{options.output / "surface.html",
+                        pageText({measurement, refinement, limits, options.unit,
+                                  options.points.filename().string()})};
   const OutputFile net{options.output / "net.txt", netText(refinement.bestFit().surface)};
   const OutputFile steps{options.output / "table.txt", table};
   writeFiles({page, net, steps});
@@ -61,11 +62,11 @@ void fit(const Options& options, const std::vector<Point>& points) {
 }
 
 void run(const Options& options) {
-  const std::vector<Point> points = readPointFile(options.points);
+  const Measurement measurement = readPointFile(options.points);
   if (options.net.empty())
-    fit(options, points);
+    fit(options, measurement);
   else
-    std::cout << evaluationText(readNetFile(options.net), points);
+    std::cout << evaluationText(readNetFile(options.net), measurement.points);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <iomanip>
 #include <sstream>
 
+#include "examples/surface_fit/NumberText.h"
 #include "examples/surface_fit/Spline.h"
 
 namespace surfacefit {
@@ -23,12 +24,6 @@ std::string number(double value) {
   return text;
 }
 
-std::string place(const Deviation& deviation) {
-  char text[64];
-  std::snprintf(text, sizeof text, "(%.7g, %.7g)", deviation.x, deviation.y);
-  return text;
-}
-
 }  // namespace
 
 std::string stepTable(const Refinement& refinement, const Limits& limits, const std::string& unit) {
@@ -39,7 +34,7 @@ std::string stepTable(const Refinement& refinement, const Limits& limits, const 
   table << "step    spans  unknowns  equations  rank";
   cell(12, "rms [" + unit + "]");
   cell(14, "largest [" + unit + "]");
-  cell(24, "at (x, y) [" + unit + "]");
+  cell(27, "at (x, y) [" + unit + "]");
   table << "    relative  seconds\n" << std::fixed << std::setprecision(3);
   for (std::size_t i = 0; i < refinement.steps.size(); ++i) {
     const auto& [fit, seconds] = refinement.steps[i];
@@ -51,7 +46,8 @@ std::string stepTable(const Refinement& refinement, const Limits& limits, const 
     cell(6, fit.rank);
     cell(12, number(fit.deviation.rms));
     cell(14, number(fit.deviation.largest.value));
-    cell(24, place(fit.deviation.largest));
+    table << ' ';
+    cell(26, placeText(fit.deviation.largest.x, fit.deviation.largest.y));
     cell(12, number(std::abs(fit.deviation.largest.value) / limits.tolerance));
     cell(9, seconds);
     table << "\n";

@@ -241,13 +241,16 @@ TEST(NetFile, RefusesWhatIsNoNet) {
 }
 
 TEST(Points, ReadsNumbersCommentsAndBlankLines) {
-  std::istringstream text("\xEF\xBB\xBF# head\n1 2 3\r\n\n  +4\t-5e1 .5 # note\n7 8 9");
-  const std::vector<Point> points = readPoints(text);
+  std::istringstream text(
+      "\xEF\xBB\xBF# head\n# Source: A & B \r\n1 2 3\r\n\n  +4\t-5e1 .5 # Source: no\n# "
+      "Source:C\n7 8 9");
+  const auto [points, credit] = readPoints(text);
   ASSERT_EQ(3u, points.size());
   EXPECT_EQ(4.0, points[1].x);
   EXPECT_EQ(-50.0, points[1].y);
   EXPECT_EQ(0.5, points[1].z);
   EXPECT_EQ(9.0, points[2].z);
+  EXPECT_EQ("A & B; C", credit);
 }
 
 TEST(Points, NamesTheLineThatCannotBeRead) {
@@ -280,16 +283,33 @@ TEST(Raster, FindsAnEvenGridAndKeepsTheLargestOfACell) {
   EXPECT_THAT(cells.values, testing::Contains(-8.0));
 }
 
-TEST(Page, CarriesItsDataAndNothingThatCouldEndItsScript) {
-  const std::vector<Point> points = scattered(100, wavy);
+std::string pageOf(const std::vector<Point>& points, const std::string& text) {
   TbaseReporter silent;
   const Limits limits{1e-9, 900, 100, 2};
-  const Refinement refinement = refine(points, limits, silent);
-  const std::string page = pageText({points, refinement, limits, "</script>", "a \"b\"\\\n.xyz"});
-  EXPECT_THAT(page, HasSubstr(R"(source:"a \u0022b\u0022\u005c\u000a.xyz",unit:"\u003c/script>")"));
-  EXPECT_THAT(page, testing::Not(HasSubstr("/*DATA*/")));
-  EXPECT_THAT(page, testing::Not(HasSubstr("http")));
+  return pageText({{points, text}, refine(points, limits, silent), limits, text, text});
+}
+
+TEST(Page, ShowsTextAsTextWhateverCharactersItHas) {
+  const std::string page = pageOf(scattered(100, wavy), "</script><img \"b\\\n");
+  const std::string quoted = R"("\u003c/script>\u003cimg \u0022b\u005c\u000a")";
+  for (const char* field : {"name:", "credit:", "unit:"})
+    EXPECT_NE(std::string::npos, page.find(field + quoted)) << field;
   EXPECT_EQ(page.find("</script>"), page.rfind("</script>"));
+  for (const char* unsafe : {"/*DATA*/", "http", "innerHTML", "outerHTML", "insertAdjacentHTML"})
+    EXPECT_EQ(std::string::npos, page.find(unsafe)) << unsafe;
+}
+
+// Survey coordinates; two heights of one place, between which no surface is near enough.
+TEST(Page, TellsPlacesExactly) {
+  std::vector<Point> points = scattered(100, wavy);
+  for (Point& p : points) p = {4412346.0 + p.x, 5401745.0 + p.y, p.z};
+  for (const double z : {0.0, 99.0}) points.push_back({4412350.125, 5401750.0625, z});
+  points.push_back({4412345.6, 5401744.2, 1.0});
+  points.push_back({4412356.7, 5401755.3, 1.0});
+  const std::string page = pageOf(points, "m");
+  for (const char* text : {",x:4412350.125,y:5401750.0625}", "xKnots:[4412345.6,4412351.15,",
+                           "measured:{x:[4412345.6,4412356.7],y:[5401744.2,5401755.3]"})
+    EXPECT_NE(std::string::npos, page.find(text)) << text;
 }
 
 }  // namespace
