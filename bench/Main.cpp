@@ -7,6 +7,8 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <kilnbase/version.h>
+
 #include "Table.h"
 #include "families/Families.h"
 #include "peers/Fortran.h"
@@ -108,6 +110,7 @@ int run(const std::vector<Case>& cases, double seconds) {
 int runProgram(int argc, const char* const* argv) {
   Options options;
   CLI::App app("Times the library beside its peers, one thread, and prints a table of ratios.");
+  app.set_version_flag("--version", "kiln_bench " KILNBASE_VERSION_STRING, "Tell the version");
   app.add_option("--filter", options.filters, "Only operations whose name contains TEXT")
       ->type_name("TEXT,...")
       ->delimiter(',');

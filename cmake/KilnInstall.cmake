@@ -9,12 +9,8 @@ option(KILN_INSTALL "Install the libraries with their packages" ${PROJECT_IS_TOP
 set(KILN_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/KilnBase)
 set(KILN_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# Writes a header that includes all public headers of the library and installs it as `path`.
-function(kiln_umbrella_header target template path)
-  get_target_property(headers ${target} HEADER_SET)
-  list(FILTER headers EXCLUDE REGEX "/detail/")
-  list(TRANSFORM headers REPLACE "^${PROJECT_SOURCE_DIR}/(.*)$" "#include <\\1>")
-  list(JOIN headers "\n" includes)
+# Makes a header of the library from its template and installs it as `path`.
+function(kiln_generated_header target template path)
   configure_file(${template} ${PROJECT_BINARY_DIR}/include/${path} @ONLY)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>)
   if(KILN_INSTALL)
@@ -24,21 +20,39 @@ function(kiln_umbrella_header target template path)
   endif()
 endfunction()
 
-# Installs a library, its headers and its pkg-config file.
+# The same for a header that includes all public headers of the library that are not generated.
+function(kiln_umbrella_header target template path)
+  get_target_property(headers ${target} HEADER_SET)
+  list(FILTER headers EXCLUDE REGEX "/detail/")
+  list(TRANSFORM headers REPLACE "^${PROJECT_SOURCE_DIR}/(.*)$" "#include <\\1>")
+  list(JOIN headers "\n" includes)
+  kiln_generated_header(${target} ${template} ${path})
+endfunction()
+
+# Installs a library, its headers, its debug symbols and its pkg-config file.
 function(kiln_install_library target description)
   if(NOT KILN_INSTALL)
     return()
   endif()
   install(TARGETS ${target} EXPORT KilnBaseTargets FILE_SET HEADERS
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  if(KILN_SPLIT_SYMBOLS)
+    install(FILES $<TARGET_FILE:${target}>.debug
+      DESTINATION $<IF:$<BOOL:${WIN32}>,${CMAKE_INSTALL_BINDIR},${CMAKE_INSTALL_LIBDIR}>)
+  endif()
   set(toPrefix .)
   cmake_path(RELATIVE_PATH toPrefix BASE_DIRECTORY ${KILN_PKGCONFIG_DIR})
   set(requires)
   if(NOT target STREQUAL vx)
-    set(requires "vx = ${PROJECT_VERSION}")
+    set(requires "vx${KILN_POSTFIX} = ${PROJECT_VERSION}")
   endif()
-  configure_file(${PROJECT_SOURCE_DIR}/cmake/package.pc.in ${target}.pc @ONLY)
-  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${target}.pc DESTINATION ${KILN_PKGCONFIG_DIR})
+  set(definitions)
+  if(KILN_LIBRARY_TYPE STREQUAL "STATIC")
+    string(TOUPPER " -D${target}_STATIC" definitions)
+  endif()
+  set(package ${target}${KILN_POSTFIX})
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/package.pc.in ${package}.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${package}.pc DESTINATION ${KILN_PKGCONFIG_DIR})
 endfunction()
 
 # Installs the CMake package of all libraries.

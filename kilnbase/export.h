@@ -2,7 +2,9 @@
 #ifndef KILNBASE_EXPORT_H
 #define KILNBASE_EXPORT_H
 
-#if defined(_WIN32)
+#if defined(KILNBASE_STATIC)
+#define KILNBASE_API
+#elif defined(_WIN32)
 #if defined(KILNBASE_BUILDING)
 #define KILNBASE_API __declspec(dllexport)
 #else

@@ -2,7 +2,9 @@
 #ifndef VX_EXPORT_H
 #define VX_EXPORT_H
 
-#if defined(_WIN32)
+#if defined(VX_STATIC)
+#define VX_API
+#elif defined(_WIN32)
 #if defined(VX_BUILDING)
 #define VX_API __declspec(dllexport)
 #else

@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include <kilnbase/util/mr_tolerance.h>
+#include <kilnbase/version.h>
 
 #include "examples/surface_fit/InputError.h"
 
@@ -75,6 +76,7 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
   app.footer(kFooter);
   app.get_formatter()->column_width(38);
   app.get_formatter()->label("Excludes", "| not with");
+  app.set_version_flag("--version", "surface_fit " KILNBASE_VERSION_STRING, "Tell the version");
   app.add_option("points", options.points, "File of measured points")->capture_default_str();
   app.add_option("--unit", options.unit, "Unit of the points, for the table and the page")
       ->capture_default_str();
@@ -84,6 +86,9 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
     std::cout << app.help();
+    return std::nullopt;
+  } catch (const CLI::CallForVersion& version) {
+    std::cout << version.what() << "\n";
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
     throw InputError(std::string(error.what()) + "; see surface_fit --help");

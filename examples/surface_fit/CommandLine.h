@@ -18,7 +18,8 @@ struct Options {
   std::string unit = "m";
 };
 
-/// Reads the command line. Help that is asked for goes to standard output, and the result is empty.
+/// Reads the command line. Help or a version that is asked for goes to standard output, and the
+/// result is empty.
 /// Throws InputError for a command line that cannot be understood.
 std::optional<Options> parseCommandLine(int argc, const char* const* argv);
 

@@ -4,6 +4,8 @@
 #include <iostream>
 #include <sstream>
 
+#include <kilnbase/version.h>
+
 #include "examples/surface_fit/InputError.h"
 #include "examples/surface_fit/OutputFiles.h"
 #include "examples/surface_fit/Program.h"
@@ -96,7 +98,9 @@ TEST_F(SurfaceFitProgram, RefusesBadInputWithAMessageAndWritesNothing) {
   }
 }
 
-TEST_F(SurfaceFitProgram, HelpTellsEveryOption) {
+TEST_F(SurfaceFitProgram, TellsEveryOptionAndItsVersion) {
+  EXPECT_EQ(0, run({"--version"}));
+  EXPECT_EQ("surface_fit " + std::string(kilnbaseVersion()) + "\n", out);
   EXPECT_EQ(0, run({"--help"}));
   for (const char* text : {"points", "--tolerance", "--output", "--max-unknowns", "--max-spans",
                            "--max-steps", "--unit", "--evaluate", "ESC", "Exit code"})

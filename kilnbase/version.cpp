@@ -1,0 +1,5 @@
+#include <kilnbase/version.h>
+
+const char* kilnbaseVersion() {
+  return KILNBASE_VERSION_STRING;
+}
