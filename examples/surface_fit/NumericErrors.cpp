@@ -7,10 +7,8 @@ namespace surfacefit {
 
 namespace {
 
-constexpr std::uint16_t kOutOfMemory = 0x3008;
-
 int throwNumericError(const MathErrorRecord& record, std::va_list arguments) {
-  if (record.number == kOutOfMemory) throw std::bad_alloc();
+  if (record.number == vxKilnBase::kOutOfMemoryError) throw std::bad_alloc();
   char text[256] = "numeric error";
   const MathCatalogEntry* entry = vxKilnBase::findMathMessage(record.number);
   if (entry != nullptr) std::vsnprintf(text, sizeof text, entry->message, arguments);
