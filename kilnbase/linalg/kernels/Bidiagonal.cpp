@@ -5,109 +5,78 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-// kColumns neighbouring columns of a matrix of m rows.
-template <int kColumns>
-struct Columns {
-  Index m;
-  double* x;
-  Index ldx;
-
-  double* operator[](int j) const { return x + j * ldx; }
-};
-
-// X += w factorᵀ; sums receives vᵀ X.
-template <int kColumns>
-void updateAndDot(Columns<kColumns> x, const double* w, const double* factor, const double* v,
-                  double* sums) {
-  Vector factors[kColumns], partial[kColumns] = {};
-  for (int j = 0; j < kColumns; ++j) {
-    factors[j] = splat(factor[j]);
-    sums[j] = 0.0;
+// C := A + w fᵀ in this number of columns; dots := Cᵀ v.
+template <int columns>
+void updateAndDot(Index m, double* a, Index lda, const double* w, const double* f, const double* v,
+                  double* dots) {
+  Vector factors[columns], sums[columns] = {};
+  for (int j = 0; j < columns; ++j) {
+    factors[j] = splat(f[j]);
+    dots[j] = 0.0;
   }
   Index i = 0;
-  for (; i + kWidth <= x.m; i += kWidth) {
+  for (; i + kWidth <= m; i += kWidth) {
     const Vector wi = load(w + i), vi = load(v + i);
-    for (int j = 0; j < kColumns; ++j) {
-      const Vector xi = load(x[j] + i) + factors[j] * wi;
-      store(x[j] + i, xi);
-      partial[j] += xi * vi;
+    for (int j = 0; j < columns; ++j) {
+      const Vector c = load(a + j * lda + i) + factors[j] * wi;
+      store(a + j * lda + i, c);
+      sums[j] += c * vi;
     }
   }
-  for (; i < x.m; ++i) {
-    for (int j = 0; j < kColumns; ++j) {
-      x[j][i] += factor[j] * w[i];
-      sums[j] += x[j][i] * v[i];
+  for (; i < m; ++i) {
+    for (int j = 0; j < columns; ++j) {
+      a[j * lda + i] += f[j] * w[i];
+      dots[j] += a[j * lda + i] * v[i];
     }
   }
-  for (int j = 0; j < kColumns; ++j) sums[j] += sumOf(partial[j]);
+  for (int j = 0; j < columns; ++j) dots[j] += sumOf(sums[j]);
 }
 
-// X += v factorᵀ; work += X row.
-template <int kColumns>
-void updateAndGather(Columns<kColumns> x, const double* v, const double* factor, const double* row,
-                     double* work) {
-  Vector factors[kColumns], rows[kColumns];
-  for (int j = 0; j < kColumns; ++j) {
-    factors[j] = splat(factor[j]);
-    rows[j] = splat(row[j]);
+// A := C + v fᵀ in this number of columns; work += A z.
+template <int columns>
+void updateAndGather(Index m, double* a, Index lda, const double* v, const double* f,
+                     const double* z, double* work) {
+  Vector factors[columns], weights[columns];
+  for (int j = 0; j < columns; ++j) {
+    factors[j] = splat(f[j]);
+    weights[j] = splat(z[j]);
   }
   Index i = 0;
-  for (; i + kWidth <= x.m; i += kWidth) {
+  for (; i + kWidth <= m; i += kWidth) {
     const Vector vi = load(v + i);
     Vector sum = load(work + i);
-    for (int j = 0; j < kColumns; ++j) {
-      const Vector xi = load(x[j] + i) + factors[j] * vi;
-      store(x[j] + i, xi);
-      sum += xi * rows[j];
+    for (int j = 0; j < columns; ++j) {
+      const Vector c = load(a + j * lda + i) + factors[j] * vi;
+      store(a + j * lda + i, c);
+      sum += c * weights[j];
     }
     store(work + i, sum);
   }
-  for (; i < x.m; ++i) {
-    for (int j = 0; j < kColumns; ++j) {
-      x[j][i] += factor[j] * v[i];
-      work[i] += x[j][i] * row[j];
+  for (; i < m; ++i) {
+    for (int j = 0; j < columns; ++j) {
+      a[j * lda + i] += f[j] * v[i];
+      work[i] += a[j * lda + i] * z[j];
     }
   }
 }
 
-template <int kColumns>
-void stepColumns(Columns<kColumns> x, const BidiagonalStep& step, double* e) {
-  double factor[kColumns], sums[kColumns];
-  for (int j = 0; j < kColumns; ++j) factor[j] = -step.wFactor * e[j];
-  updateAndDot(x, step.w, factor, step.v, sums);
-  for (int j = 0; j < kColumns; ++j) {
-    factor[j] = -step.vFactor * sums[j];
-    e[j] = x[j][0] + factor[j] * step.v[0];
+// The step for columns whose elements of z begin at `z`.
+template <int columns>
+void stepColumns(Index m, double* a, Index lda, const BidiagonalStep& step, double* z) {
+  double f[columns], dots[columns];
+  for (int j = 0; j < columns; ++j) f[j] = -step.wFactor * z[j];
+  updateAndDot<columns>(m, a, lda, step.w, f, step.v, dots);
+  for (int j = 0; j < columns; ++j) {
+    f[j] = -step.vFactor * dots[j];
+    z[j] = a[j * lda] + f[j] * step.v[0];
   }
-  updateAndGather(x, step.v, factor, e, step.work);
+  updateAndGather<columns>(m, a, lda, step.v, f, z, step.work);
 }
 
-void step(Index m, Index n, double* x, Index ldx, const BidiagonalStep& step) {
+void step(Index m, Index n, double* a, Index lda, const BidiagonalStep& step) {
   Index j = 0;
-  for (; j + 4 <= n; j += 4) stepColumns(Columns<4>{m, x + j * ldx, ldx}, step, step.e + j);
-  for (; j < n; ++j) stepColumns(Columns<1>{m, x + j * ldx, ldx}, step, step.e + j);
-}
-
-template <int kColumns>
-void reflectColumns(Columns<kColumns> x, const double* v, double factor) {
-  Vector partial[kColumns] = {};
-  double sums[kColumns] = {};
-  Index i = 0;
-  for (; i + kWidth <= x.m; i += kWidth)
-    for (int j = 0; j < kColumns; ++j) partial[j] += load(x[j] + i) * load(v + i);
-  for (; i < x.m; ++i)
-    for (int j = 0; j < kColumns; ++j) sums[j] += x[j][i] * v[i];
-  for (int j = 0; j < kColumns; ++j) sums[j] = -factor * (sums[j] + sumOf(partial[j]));
-  for (i = 0; i + kWidth <= x.m; i += kWidth)
-    for (int j = 0; j < kColumns; ++j) store(x[j] + i, load(x[j] + i) + sums[j] * load(v + i));
-  for (; i < x.m; ++i)
-    for (int j = 0; j < kColumns; ++j) x[j][i] += sums[j] * v[i];
-}
-
-void reflect(Index m, Index n, const double* v, double factor, double* x, Index ldx) {
-  Index j = 0;
-  for (; j + 4 <= n; j += 4) reflectColumns(Columns<4>{m, x + j * ldx, ldx}, v, factor);
-  for (; j < n; ++j) reflectColumns(Columns<1>{m, x + j * ldx, ldx}, v, factor);
+  for (; j + 4 <= n; j += 4) stepColumns<4>(m, a + j * lda, lda, step, step.z + j);
+  for (; j < n; ++j) stepColumns<1>(m, a + j * lda, lda, step, step.z + j);
 }
 
 std::uint64_t largestMagnitude(Index n, const double* x) {
@@ -121,6 +90,6 @@ std::uint64_t largestMagnitude(Index n, const double* x) {
 
 }  // namespace
 
-extern const BidiagonalKernels bidiagonalKernels = {step, reflect, largestMagnitude};
+extern const BidiagonalKernels bidiagonalKernels = {step, largestMagnitude};
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

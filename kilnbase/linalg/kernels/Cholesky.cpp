@@ -52,7 +52,7 @@ inline __attribute__((always_inline)) Index eliminateDiagonal(Index size, double
   return done;
 }
 
-// Eliminates the first `done` rows of a strip in kWidth columns, of which `count` are stored.
+// Eliminates the first `done` rows of a strip in `count` columns, at most kWidth.
 void eliminateColumns(Index done, Index count, const Block& r, double* a, Index lda) {
   Vector rows[kStripRows];
   for (Index part = 0; part < kStripRows; part += kWidth) {
@@ -85,13 +85,13 @@ Index eliminateStrip(Index rows, Index n, double* a, Index lda) {
   return done;
 }
 
-// What row m of the factor is made of: the rows above it, in full registers, and a last register
-// that holds the rest of them and row m itself. Of the last one the lanes in `used` count.
+// Where the elements of row m of R come from, r_mj r_mm = a_mj − Σ r_im r_ij: rows 0 to full - 1 in
+// whole registers, and a last register with rows `full` to m, whose lanes in `used` count.
 struct RowSource {
-  const double* column;  // of the elements above on the diagonal
-  Index full;            // rows in full registers
+  const double* column;  // r_im
+  Index full;            // a multiple of kWidth
   Lanes used;
-  Vector lastFactors;
+  Vector lastFactors;  // −r_im, and 1 for a_mj
 };
 
 RowSource sourceOf(Index m, const double* column) {
@@ -103,7 +103,7 @@ RowSource sourceOf(Index m, const double* column) {
   return {column, full, used, used ? factors : Vector{}};
 }
 
-// The elements of row m in kWidth columns, not yet divided by the pivot.
+// r_mj r_mm in kWidth columns.
 inline __attribute__((always_inline)) Vector rowElements(const RowSource& source, const double* a,
                                                          Index lda) {
   Vector sums[kWidth];
@@ -120,7 +120,7 @@ inline __attribute__((always_inline)) Vector rowElements(const RowSource& source
   return sumsOf(sums);
 }
 
-// Row m in kWidth columns, of which the first `skipped` are left alone.
+// Eliminates row m in kWidth columns but for the first `skipped`.
 inline __attribute__((always_inline)) void eliminateRowPart(const RowSource& source, Index m,
                                                             Index skipped, Vector pivot, double* a,
                                                             Index lda, double* diagonal) {
@@ -149,14 +149,15 @@ void eliminateRow(Index m, Index n, double pivot, double* a, Index lda, double* 
 
 constexpr Index kMostSmall = CholeskyKernels::kMostSmall;
 
-// A small symmetric matrix with all its elements, row by row, that is eliminated without moving
-// rows or columns: `order` says which row stands at each place. Eliminated rows hold the factor.
+// A small symmetric matrix, stored in full row by row, that is eliminated without moving rows or
+// columns: row order[k] stands at place k. An eliminated row is a row of R; the rows subtracted
+// from another row are all eliminated ones, at once, when that row's turn comes.
 struct SmallMatrix {
   Index size;
-  Index stride;  // a multiple of the register's width; the elements past `size` are 0
+  Index stride;  // a multiple of kWidth; elements from `size` on are 0
   double elements[kMostSmall * kMostSmall];
-  double diagonal[kMostSmall];    // of what is not eliminated yet
-  double candidates[kMostSmall];  // the part of it that may become a pivot; the rest is -infinity
+  double diagonal[kMostSmall];    // with all eliminated rows subtracted
+  double candidates[kMostSmall];  // `diagonal` where a pivot may come from, otherwise -infinity
   int order[kMostSmall];
 
   double* row(Index i) { return elements + i * stride; }
@@ -179,8 +180,8 @@ void expand(Index p, Index freeBegin, Index freeEnd, const double* a, Index lda,
   }
 }
 
-// Row l at `first`, less what the rows at the first k places contribute. Two sums at a time hide
-// the latency of the additions.
+// sums = row l minus the products of rows 0 to k - 1 of R, from column `first` on. Two sums at a
+// time hide the latency of the additions.
 template <Index vectors>
 inline __attribute__((always_inline)) void subtractRows(SmallMatrix& s, Index k, Index l,
                                                         Index first, Vector* sums) {
@@ -200,7 +201,7 @@ inline __attribute__((always_inline)) void subtractRows(SmallMatrix& s, Index k,
   for (Index v = 0; v < vectors; ++v) sums[v] += others[v];
 }
 
-// Calls step.run<vectors>(first) for parts of a row as wide as possible.
+// Calls step.run<vectors>(first) for the parts of a row, each as wide as possible.
 template <class Step>
 inline __attribute__((always_inline)) void forParts(Index stride, const Step& step) {
   Index first = 0;
@@ -209,7 +210,7 @@ inline __attribute__((always_inline)) void forParts(Index stride, const Step& st
   if (first < stride) step.template run<1>(first);
 }
 
-// Updates row l by the rows at the first k places.
+// Subtracts rows 0 to k - 1 of R from row l.
 struct UpdateRow {
   SmallMatrix& s;
   Index k;
@@ -223,7 +224,7 @@ struct UpdateRow {
   }
 };
 
-// Eliminates row l at place k, whose element on the diagonal becomes `pivot`.
+// Makes row l row k of R, where r_kk is `pivot`.
 struct EliminateRow {
   SmallMatrix& s;
   Index k;
@@ -256,7 +257,8 @@ double largestCandidate(const SmallMatrix& s) {
   return result;
 }
 
-// The place of the first largest candidate, or k when the element there is not to be moved.
+// The place of the pivot for place k: of the first largest candidate, or k outside the free places.
+// A NaN at place k stays there, which ends the elimination.
 Index smallPivot(const SmallMatrix& s, Index k, Index freeBegin, Index freeEnd) {
   if (k < freeBegin || k >= freeEnd || s.diagonal[s.order[k]] != s.diagonal[s.order[k]]) return k;
   const double largest = largestCandidate(s);

@@ -7,8 +7,8 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-// Where a loop over registers ends early, the last register starts at n - kWidth and overlaps the
-// one before.
+// When n is no multiple of kWidth, the last register starts at n - kWidth and overlaps the one
+// before. In `axpy` and `scale` its new values are computed from the old elements, before the loop.
 
 double dot(Index n, const double* x, const double* y) {
   Vector sum0{}, sum1{}, sum2{}, sum3{};

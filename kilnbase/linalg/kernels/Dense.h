@@ -1,4 +1,5 @@
-// Level 1 to 3 building blocks of the dense factorizations. All vectors have stride 1.
+// Products of vectors and matrices, from which the dense factorizations are built. All vectors have
+// stride 1. All sizes may be 0.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +8,7 @@ namespace vxKilnBase::kernels {
 
 using Index = std::ptrdiff_t;
 
-// A read-only matrix operand: element (i, j) is data[i * rowStride + j * columnStride].
+// A matrix that is only read: element (i, j) is data[i * rowStride + j * columnStride].
 struct MatrixView {
   const double* data;
   Index rowStride;
@@ -27,17 +28,17 @@ struct DenseKernels {
   // y += alpha Aᵀ x; A is m by n, column-major, x has m elements and y n.
   void (*gemvTransposed)(Index m, Index n, double alpha, const double* a, Index lda,
                          const double* x, double* y);
-  // C += alpha A B; A is m by k, B is k by n, C is m by n, column-major with leading dimension ldc,
-  // and overlaps neither.
+  // C += alpha A B; A is m by k, B is k by n, C is m by n, column-major with leading dimension ldc.
+  // C overlaps neither A nor B.
   void (*gemm)(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
                Index ldc);
-  // y := A x, y := Aᵀ x and C := A B, with the same operands; the results are not read.
+  // y := A x, y := Aᵀ x and C := A B, for operands as above. Old values of y and C are not read.
   void (*productVector)(Index m, Index n, const double* a, Index lda, const double* x, double* y);
   void (*productVectorTransposed)(Index m, Index n, const double* a, Index lda, const double* x,
                                   double* y);
   void (*product)(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc);
-  // C += alpha A B for the elements of C, n by n, on and above the diagonal; those below are not
-  // touched.
+  // C += alpha A B on and above the diagonal of C, which is n by n. Elements below the diagonal are
+  // neither read nor written.
   void (*syrkUpper)(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
                     Index ldc);
   // X := L⁻¹ X; L is k by k, lower triangular, and X k by n, column-major.

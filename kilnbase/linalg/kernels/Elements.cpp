@@ -1,5 +1,6 @@
 #include <kilnbase/linalg/kernels/Elements.h>
 #include <kilnbase/linalg/kernels/Simd.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 
 namespace vxKilnBase::kernels::KILN_ISA {
 
@@ -35,7 +36,7 @@ struct Divide {
   }
 };
 
-// out[i] = a[i] op b[i] where every pair of elements is independent of the others.
+// out[i] = a[i] op b[i]. No element of `out` is an operand of another one.
 template <class Operation, class T>
 void binary(Index n, const T* a, Index strideA, const T* b, Index strideB, T* out,
             Index strideOut) {
@@ -74,7 +75,8 @@ inline Sum sumOfTerms(Index n, Term term) {
   return static_cast<Sum>((sums[0] + sums[1]) + (sums[2] + sums[3]));
 }
 
-// Σ term over the elements from `i` on, vector by vector; `term` gives the vector at an index.
+// The sum of term(i), the register at element i, over the full registers of n elements. `i` is left
+// at the first element behind them.
 template <class Term>
 inline double sumOfVectors(Index n, Index& i, Term term) {
   Vector sums[4] = {};
@@ -113,13 +115,10 @@ SumOf<T> sumOfElements(Index n, const T* a) {
   return static_cast<int>(sum);
 }
 
-// Below this length four plain accumulators are faster than registers.
-constexpr Index kShort = 16;
-
 template <class T>
 SumOf<T> dot(Index n, const T* a, Index strideA, const T* b, Index strideB) {
   using Sum = SumOf<T>;
-  if (strideA == 1 && strideB == 1 && n >= kShort) return sumOfProducts(n, a, b);
+  if (strideA == 1 && strideB == 1 && n >= tuning::kLeastRegisterSum) return sumOfProducts(n, a, b);
   return sumOfTerms<Sum>(n, [=](Index i) {
     return static_cast<Wrapping<Sum>>(a[i * strideA]) * static_cast<Wrapping<Sum>>(b[i * strideB]);
   });
@@ -128,7 +127,7 @@ SumOf<T> dot(Index n, const T* a, Index strideA, const T* b, Index strideB) {
 template <class T>
 SumOf<T> sum(Index n, const T* a, Index stride) {
   using Sum = SumOf<T>;
-  if (stride == 1 && n >= kShort) return sumOfElements(n, a);
+  if (stride == 1 && n >= tuning::kLeastRegisterSum) return sumOfElements(n, a);
   return sumOfTerms<Sum>(n, [=](Index i) { return a[i * stride]; });
 }
 
@@ -174,7 +173,7 @@ struct Register {
       __attribute__((vector_size(KILN_VECTOR_BYTES), aligned(sizeof(T)), may_alias));
 };
 
-// The best element of the block of 8 registers at `a`, or `best` when none beats it.
+// The best element of the block of 8 registers at `a`; `best` when no element beats it.
 template <class Order, class T>
 inline T bestOfBlock(const T* a, T best) {
   using V = typename Register<T>::Type;
@@ -190,7 +189,7 @@ inline T bestOfBlock(const T* a, T best) {
   return best;
 }
 
-// Finds the block that holds the first best element by blockwise maxima, then looks in it.
+// Finds the first block that holds the best element, then the element in the block.
 template <class Order, class T>
 Index bestIndex(Index n, const T* a, Index stride) {
   constexpr Index blockSize = 8 * Register<T>::width;

@@ -1,4 +1,4 @@
-// Element-wise operations, reductions and searches on strided vectors of one element type.
+// Element-wise operations, sums and searches on strided vectors of one element type.
 #pragma once
 
 #include <cstddef>
@@ -13,8 +13,9 @@ template <class T>
 struct ElementKernels {
   using Sum = detail::SumOf<T>;
 
-  // out[i] = a[i] op b[i]. An operand with stride 0 is one number for all i. `out` may be one of
-  // the operands, but overlaps them in no other way. Integers wrap around; an integer over 0 is 0.
+  // out[i] = a[i] op b[i]. An operand with stride 0 is one number for all i. `out` may start at an
+  // operand's first element with the same stride, otherwise it overlaps no operand. Integers wrap
+  // around; an integer divided by 0 is 0.
   using Binary = void (*)(Index n, const T* a, Index strideA, const T* b, Index strideB, T* out,
                           Index strideOut);
   Binary add;
@@ -26,8 +27,8 @@ struct ElementKernels {
   Sum (*dot)(Index n, const T* a, Index strideA, const T* b, Index strideB);
   Sum (*sum)(Index n, const T* a, Index stride);
 
-  // The first index whose element no other exceeds (falls below); element 0 when it is a NaN. n >
-  // 0.
+  // The first index of the largest (smallest) element; 0 when element 0 is a NaN. Other NaNs are
+  // ignored. n > 0.
   Index (*maxIndex)(Index n, const T* a, Index stride);
   Index (*minIndex)(Index n, const T* a, Index stride);
 };

@@ -1,3 +1,5 @@
+// All that a group of columns needs is inlined into the loop over the groups. A call would pass the
+// group through memory, which costs more than a small group's arithmetic.
 #include <kilnbase/linalg/kernels/Householder.h>
 #include <kilnbase/linalg/kernels/Simd.h>
 
@@ -5,37 +7,39 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-// Takes n elements a register at a time: `step(i, first)` is for those from i on, of which the
-// lanes before `first` are not among them; such lanes need `before` elements in front. Where there
-// are none, `rest(count)` is for the first few.
-template <class Step, class Rest>
-[[gnu::always_inline]] inline void forRegisters(Index n, Index before, Step step, Rest rest) {
+// Covers elements 0 to n - 1 with registers that end at element n - 1. `step(i, first)` handles
+// elements i to i + kWidth - 1 but for the lanes below `first`, which hold elements in front of
+// element 0. Where fewer than these are there (`before`), `singly(count)` handles elements 0 to
+// count - 1.
+template <class Step, class Singly>
+[[gnu::always_inline]] inline void forRegisters(Index n, Index before, Step step, Singly singly) {
   const Index head = n % kWidth;
   if (head > 0 && head + before >= kWidth) {
     step(head - kWidth, kWidth - head);
   } else if (head > 0) {
-    rest(head);
+    singly(head);
   }
   for (Index i = head; i < n; i += kWidth) step(i, 0);
 }
 
-// Neighbouring columns that are handled together.
+// Neighbouring columns of C, at most kWidth, that are handled together.
 struct ColumnGroup {
   Index rows;
   Index above;
   double* c;
   Index ldc;
+
+  [[gnu::always_inline]] double* at(Index row, Index j) const { return c + j * ldc + row; }
 };
 
-// Whether something is pending, known when the loop is compiled.
-enum class Pending { kNone, kSome };
-
-// The first `rows` rows one by one, where a register would reach out of the matrix.
-void projectSingleRows(const ColumnGroup& group, Index rows, int columns,
-                       const PendingReflections& pending, const double* v, double* projections) {
+// `projectGroup` for the first `rows` rows.
+template <int columns>
+[[gnu::always_inline]] inline void projectSingly(const ColumnGroup& group, Index rows,
+                                                 const PendingReflections& pending, const double* v,
+                                                 double* projections) {
   for (int j = 0; j < columns; ++j) {
     for (Index row = 0; row < rows; ++row) {
-      double& c = group.c[j * group.ldc + row];
+      double& c = *group.at(row, j);
       for (Index i = 0; i < pending.count; ++i) {
         c += pending.vectors[i * pending.ld + row] * pending.factors[i * pending.factorStride + j];
       }
@@ -44,7 +48,7 @@ void projectSingleRows(const ColumnGroup& group, Index rows, int columns,
   }
 }
 
-// Adds `sums`, one register for each column, to the projections.
+// projections[j] += the sum of the lanes of sums[j].
 template <int columns>
 [[gnu::always_inline]] inline void addSums(Vector* sums, double* projections) {
   for (int j = columns; j < kWidth; ++j) sums[j] = Vector{};
@@ -56,63 +60,56 @@ template <int columns>
   }
 }
 
-template <Pending kind, int columns>
-void projectGroup(ColumnGroup group, PendingReflections pending, const double* v,
-                  double* projections) {
+// C += V F, then projections += Cᵀ v. Where pending.count is a constant 0, C is not written.
+template <int columns>
+[[gnu::always_inline]] inline void projectGroup(const ColumnGroup& group,
+                                                const PendingReflections& pending, const double* v,
+                                                double* projections) {
   Vector sums[kWidth];
   for (int j = 0; j < columns; ++j) sums[j] = Vector{};
   const auto step = [&](Index row, Index first) __attribute__((always_inline)) {
     Vector old[columns], value[columns];
-    for (int j = 0; j < columns; ++j) value[j] = old[j] = load(group.c + j * group.ldc + row);
-    for (Index i = 0; kind == Pending::kSome && i < pending.count; ++i) {
+    for (int j = 0; j < columns; ++j) value[j] = old[j] = load(group.at(row, j));
+    for (Index i = 0; i < pending.count; ++i) {
       const Vector u = load(pending.vectors + i * pending.ld + row);
       const double* factors = pending.factors + i * pending.factorStride;
       for (int j = 0; j < columns; ++j) value[j] += u * splat(factors[j]);
     }
     const Vector weight = lanesFrom(first, load(v + row), Vector{});
     for (int j = 0; j < columns; ++j) {
-      if (kind == Pending::kSome) {
-        store(group.c + j * group.ldc + row, lanesFrom(first, value[j], old[j]));
-      }
+      if (pending.count > 0) store(group.at(row, j), lanesFrom(first, value[j], old[j]));
       sums[j] += weight * lanesFrom(first, value[j], Vector{});
     }
   };
-  forRegisters(group.rows, group.above, step, [&](Index count) {
-    projectSingleRows(group, count, columns, pending, v, projections);
-  });
+  forRegisters(
+      group.rows, group.above, step, [&](Index rows) __attribute__((always_inline)) {
+        projectSingly<columns>(group, rows, pending, v, projections);
+      });
   addSums<columns>(sums, projections);
 }
 
-// Adds factors[j] times v to each column.
+// C += v fᵀ.
 template <int columns>
-void addToGroup(ColumnGroup group, const double* v, const double* factors) {
-  Vector factor[columns];
-  for (int j = 0; j < columns; ++j) factor[j] = splat(factors[j]);
+[[gnu::always_inline]] inline void addToGroup(const ColumnGroup& group, const double* v,
+                                              const double* f) {
+  Vector factors[columns];
+  for (int j = 0; j < columns; ++j) factors[j] = splat(f[j]);
   const auto step = [&](Index row, Index first) __attribute__((always_inline)) {
     const Vector weight = load(v + row);
     for (int j = 0; j < columns; ++j) {
-      double* c = group.c + j * group.ldc + row;
-      const Vector old = load(c);
-      store(c, lanesFrom(first, old + weight * factor[j], old));
+      const Vector old = load(group.at(row, j));
+      store(group.at(row, j), lanesFrom(first, old + weight * factors[j], old));
     }
   };
-  forRegisters(group.rows, group.above, step, [&](Index count) {
-    for (int j = 0; j < columns; ++j) {
-      for (Index row = 0; row < count; ++row) group.c[j * group.ldc + row] += v[row] * factors[j];
-    }
-  });
+  forRegisters(
+      group.rows, group.above, step, [&](Index rows) __attribute__((always_inline)) {
+        for (int j = 0; j < columns; ++j) {
+          for (Index row = 0; row < rows; ++row) *group.at(row, j) += v[row] * f[j];
+        }
+      });
 }
 
-template <int columns>
-void reflectGroup(ColumnGroup group, const double* v) {
-  double factors[kWidth] = {};
-  projectGroup<Pending::kNone, columns>(group, {}, v, factors);
-  const double scale = -1.0 / v[0];
-  for (int j = 0; j < columns; ++j) factors[j] *= scale;
-  addToGroup<columns>(group, v, factors);
-}
-
-// Calls `handle` with `count`, at most `most`, as a constant.
+// Calls `handle` for column j with `count`, which is at most `most`, as a constant.
 template <int most, class Handle>
 [[gnu::always_inline]] inline void withConstant(Index count, Index j, Handle handle) {
   if constexpr (most > 0) {
@@ -121,8 +118,8 @@ template <int most, class Handle>
   }
 }
 
-// Calls `handle` for the n columns of the matrix in groups of kWidth and, at last, of those that
-// are left, with the number of columns as a constant.
+// Calls `handle` for the first column j of each group of kWidth columns, and of the group of the
+// rest. The number of columns in the group is a constant.
 template <class Handle>
 [[gnu::always_inline]] inline void forGroups(Index n, Handle handle) {
   Index j = 0;
@@ -132,22 +129,29 @@ template <class Handle>
 
 void updateAndProject(Index m, Index n, Index above, const PendingReflections& pending,
                       const double* v, double* c, Index ldc, double* projections) {
-  forGroups(n, [&]<int columns>(Index j) {
-    const ColumnGroup group = {m, above, c + j * ldc, ldc};
-    PendingReflections groupPending = pending;
-    groupPending.factors += j;
-    if (pending.count == 0) {
-      projectGroup<Pending::kNone, columns>(group, groupPending, v, projections + j);
-    } else {
-      projectGroup<Pending::kSome, columns>(group, groupPending, v, projections + j);
-    }
-  });
+  forGroups(
+      n, [&]<int columns>(Index j) __attribute__((always_inline)) {
+        const ColumnGroup group = {m, above, c + j * ldc, ldc};
+        if (pending.count > 0) {
+          PendingReflections ofGroup = pending;
+          ofGroup.factors += j;
+          projectGroup<columns>(group, ofGroup, v, projections + j);
+        } else {
+          projectGroup<columns>(group, {}, v, projections + j);
+        }
+      });
 }
 
 void reflect(Index m, Index n, Index above, const double* v, double* c, Index ldc) {
-  forGroups(n, [&]<int columns>(Index j) {
-    reflectGroup<columns>({m, above, c + j * ldc, ldc}, v);
-  });
+  const double scale = -1.0 / v[0];
+  forGroups(
+      n, [&]<int columns>(Index j) __attribute__((always_inline)) {
+        const ColumnGroup group = {m, above, c + j * ldc, ldc};
+        double f[kWidth] = {};
+        projectGroup<columns>(group, {}, v, f);
+        for (int i = 0; i < columns; ++i) f[i] *= scale;
+        addToGroup<columns>(group, v, f);
+      });
 }
 
 [[gnu::always_inline]] inline Vector squareRoot(Vector value) {

@@ -1,24 +1,22 @@
-// Matrix times vector: the product goes down the rows in tiles of up to kTileVectors registers, the
-// transposed product along the columns, eight at a time.
+// Matrix times vector: A x goes down the rows in tiles of up to kTileVectors registers, Aᵀ x along
+// the columns, eight at a time.
 #include <utility>
 
 #include <kilnbase/linalg/kernels/Dense.h>
 #include <kilnbase/linalg/kernels/MatrixVector.h>
 #include <kilnbase/linalg/kernels/Simd.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 
 namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-constexpr Index kTileVectors = 8;
+constexpr Index kTileVectors = tuning::kVectorTile;
 constexpr Index kTileRows = kTileVectors * kWidth;
-// More columns than kFewColumns are taken by kBlockColumns, and each tile fetches the rows of the
-// next.
-constexpr Index kFewColumns = 128;
-constexpr Index kBlockColumns = 16;
 
-// Register v of a column starts at row v * kWidth, the last one at row `last`. When the rows are no
-// multiple of the width it overlaps the one before, and both come to the same sums.
+// Register v of a column starts at row v * kWidth, the last one at row `last`. Where the rows of
+// the tile are no multiple of kWidth, the last register overlaps the one before; the rows that both
+// hold get the same sums.
 template <Index vectors>
 inline __attribute__((always_inline)) Index rowOf(Index v, Index last) {
   return v + 1 == vectors ? last : v * kWidth;
@@ -28,8 +26,8 @@ inline __attribute__((always_inline)) void prefetch(const double* rows) {
   for (Index v = 0; v < kTileVectors; ++v) __builtin_prefetch(rows + v * kWidth);
 }
 
-// y += alpha A x for a tile of rows. Low tiles sum several columns side by side, so that no
-// addition waits for the one before.
+// y += alpha A x, or y := alpha A x, for a tile of rows. A low tile has sums for several columns,
+// so that no addition waits for the one before.
 template <Index vectors, bool fetchNext = false>
 void addTile(Index last, Index n, double alpha, const double* a, Index lda, const double* x,
              double* y, bool overwrite) {
@@ -66,7 +64,7 @@ void addTile(Index last, Index n, double alpha, const double* a, Index lda, cons
   for (Index v = 0; v < vectors; ++v) store(y + rowOf<vectors>(v, last), result[v]);
 }
 
-// y += alpha A x for fewer rows than a register holds.
+// y += alpha A x, or y := alpha A x, for fewer rows than a register holds.
 void addFewRows(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
                 double* y, bool overwrite) {
   for (Index i = 0; i < m; ++i) {
@@ -85,17 +83,18 @@ TileKernel kernelFor(Index vectors, std::integer_sequence<Index, v...>) {
 }
 
 TileKernel tileFor(Index vectors, Index n) {
-  if (vectors == kTileVectors && n > kFewColumns) return addTile<kTileVectors, true>;
+  if (vectors == kTileVectors && n > tuning::kMostUnblockedColumns)
+    return addTile<kTileVectors, true>;
   return kernelFor(vectors, std::make_integer_sequence<Index, kTileVectors>());
 }
 
-// The rows of the next tile when `left` are left: never so many that less than a register is left.
+// The rows of the next tile when `left` are left: after it, no rows or at least kWidth are left.
 Index tileRows(Index left) {
   if (left <= kTileRows) return left;
   return left < kTileRows + kWidth ? kTileRows - kWidth : kTileRows;
 }
 
-// y += alpha Aᵀ x for this number of columns.
+// y += alpha Aᵀ x, or y := alpha Aᵀ x, for this number of columns.
 template <Index columns>
 void addDots(Index m, double alpha, const double* a, Index lda, const double* x, double* y,
              bool overwrite) {
@@ -127,11 +126,11 @@ void addDots(Index m, double alpha, const double* a, Index lda, const double* x,
   }
 }
 
-// y := alpha A x, or y += alpha A x.
+// y += alpha A x, or y := alpha A x.
 void multiply(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
               double* y, bool overwrite) {
   if (m < kWidth) return addFewRows(m, n, alpha, a, lda, x, y, overwrite);
-  const Index block = n > kFewColumns ? kBlockColumns : n;
+  const Index block = n > tuning::kMostUnblockedColumns ? tuning::kColumnBlock : n;
   for (Index j = 0; j < n; j += block) {
     const Index columns = n - j < block ? n - j : block;
     for (Index i = 0, rows = 0; i < m; i += rows) {
@@ -142,7 +141,7 @@ void multiply(Index m, Index n, double alpha, const double* a, Index lda, const 
   }
 }
 
-// y := alpha Aᵀ x, or y += alpha Aᵀ x.
+// y += alpha Aᵀ x, or y := alpha Aᵀ x.
 void multiplyTransposed(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
                         double* y, bool overwrite) {
   Index j = 0;

@@ -1,4 +1,4 @@
-// Matrix times vector, for the table of Dense.cpp. See DenseKernels for the promises.
+// Members of the table `denseKernels`: matrix times vector. DenseKernels says what they do.
 #pragma once
 
 #include <kilnbase/linalg/kernels/Dense.h>

@@ -1,41 +1,34 @@
 // The matrix product in register tiles, after Goto and van de Geijn, "Anatomy of High-Performance
 // Matrix Multiplication", ACM Transactions on Mathematical Software 34 (2008), article 12.
 //
-// C is cut into tiles that fit the registers. The rows of A that a row of tiles needs, a panel, are
-// copied to the stack where they stay in the first-level cache; B is read in place, a block of it
-// at a time from the second level.
+// C is cut into tiles that fit into the registers, in rows and columns of tiles. A panel holds the
+// rows of A for one row of tiles; it is copied to the stack and stays in the first-level cache. A
+// strip holds the columns of B for one column of tiles; it is read in place, from a block of B that
+// stays in the second-level cache.
 #include <cstdint>
 #include <utility>
 
 #include <kilnbase/linalg/kernels/Product.h>
 #include <kilnbase/linalg/kernels/Simd.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 
 namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-// A tile is kTileVectors registers high and kTileColumns wide: with the operands it fills the 32
-// registers of AVX-512 or the 16 of the other sets.
-constexpr Index kTileVectors = kWidth == 2 ? 2 : 3;
-constexpr Index kTileColumns = kWidth == 8 ? 8 : 4;
+constexpr Index kTileVectors = tuning::kTileVectors<kWidth>;
+constexpr Index kTileColumns = tuning::kTileColumns<kWidth>;
 constexpr Index kTileRows = kTileVectors * kWidth;
-// A panel and its share of B take a block of this many columns of A and rows of B at a time.
-constexpr Index kDepth = 192;
-constexpr Index kBlockColumns = 384;
-// From this depth on the elements of C are worth fetching ahead of their use.
-constexpr Index kPrefetchDepth = 64;
-// Products with fewer columns than this read A in place if its columns are contiguous.
-constexpr Index kPackedColumns = 128;
+constexpr Index kDepth = tuning::kPanelDepth;
 
-// Tiles of C beside and below each other: the products of panels of A, each some rows of it, and
-// strips of B, each some columns.
+// A grid of tiles of C: C += alpha A B, or C := alpha A B, for some panels of A and strips of B.
 struct Grid {
-  Index k;
+  Index k;  // columns of A and rows of B
   double alpha;
-  bool overwrite;  // C, not add to it
+  bool overwrite;  // C := alpha A B
 
-  // Register v of column l of a panel is a[l * stride + v * kWidth], but for the last one of each
-  // column, which is a[l * stride + lastOffset].
+  // Register v of column l of a panel starts at a[l * stride + v * kWidth], the last register of
+  // the column at a[l * stride + lastOffset].
   Index panels;
   const double* a;
   Index stride;
@@ -45,8 +38,9 @@ struct Grid {
   Index strips;
   MatrixView b;
 
-  // The last register of a tile's column starts at lastRow. When the rows are no multiple of the
-  // width it overlaps the one before, and both come to the same sums.
+  // The last register of a column of a tile starts at row lastRow. Where the rows of the tile are
+  // no multiple of kWidth, this register overlaps the one before; the rows that both hold get the
+  // same sums.
   double* c;
   Index ldc;
   Index lastRow;
@@ -56,7 +50,7 @@ inline __attribute__((always_inline)) Index offsetOf(Index v, Index vectors, Ind
   return v + 1 == vectors ? lastOffset : v * kWidth;
 }
 
-// Fetches a tile of C that will be written some time later.
+// Fetches a tile of C, which is written when its sums are complete.
 template <Index vectors, Index columns>
 inline __attribute__((always_inline)) void prefetch(const double* c, Index ldc) {
 #pragma GCC unroll 1
@@ -68,7 +62,7 @@ inline __attribute__((always_inline)) void prefetch(const double* c, Index ldc) 
 template <Index vectors, Index columns>
 inline __attribute__((always_inline)) void addTile(const Grid& grid, const double* a,
                                                    const double* b, double* c) {
-  if (grid.k >= kPrefetchDepth) prefetch<vectors, columns>(c, grid.ldc);
+  if (grid.k >= tuning::kLeastPrefetchDepth) prefetch<vectors, columns>(c, grid.ldc);
   Vector sum[columns][vectors];
   for (Index j = 0; j < columns; ++j) {
     for (Index v = 0; v < vectors; ++v) sum[j][v] = Vector{};
@@ -152,7 +146,7 @@ void packRows(Index k, const double* a, Index rowStride, double* to, Index toStr
   }
 }
 
-// Copies `rows` rows, at most a register's worth, and fills the register with zeros.
+// Copies `rows` rows, at most kWidth, and fills the rest of each register with zeros.
 void packStrided(Index rows, Index k, const MatrixView& a, double* to, Index toStride) {
   for (Index l = 0; l < k; ++l) {
     for (Index i = 0; i < kWidth; ++i) {
@@ -161,71 +155,71 @@ void packStrided(Index rows, Index k, const MatrixView& a, double* to, Index toS
   }
 }
 
-// Rows of C that panels of one height cover.
-struct Rows {
-  Index first;
-  Index height;  // of a panel; at least kWidth, unless C has fewer rows
-  Index panels;
+// Neighbouring panels of one height.
+struct Panels {
+  Index first;   // row of C
+  Index height;  // rows of a panel; at least kWidth, unless C has fewer rows
+  Index count;
 
-  Index end() const { return first + height * panels; }
+  Index end() const { return first + height * count; }
   Index vectors() const { return (height + kWidth - 1) / kWidth; }
-  // Where the last register of a panel starts.
+  // Where the last register of a column of a panel starts.
   Index lastOffset() const { return height < kWidth ? 0 : height - kWidth; }
 };
 
-// The next rows when `left` are left: full panels, as many as wanted, or a lower one at the end.
-// Instead of a full panel and a rest that fills one register or less, two lower ones.
-Rows rowsFrom(Index first, Index left, Index wantedPanels) {
+// The next panels when `left` rows are left: at most `wanted` of full height, or a lower one at the
+// end. A full panel and a last one of at most kWidth rows are replaced by two lower ones.
+Panels panelsFrom(Index first, Index left, Index wanted) {
   if (left <= kTileRows) return {first, left, 1};
   const Index rest = left % kTileRows;
   const Index full = left / kTileRows - (rest > 0 && rest <= kWidth ? 1 : 0);
   if (full == 0) return {first, kTileRows - kWidth, 1};
-  return {first, kTileRows, smaller(full, wantedPanels)};
+  return {first, kTileRows, smaller(full, wanted)};
 }
 
-// Columns of C that strips of one width cover.
-struct Columns {
-  Index first;
-  Index width;  // of a strip
-  Index strips;
+// Neighbouring strips of one width.
+struct Strips {
+  Index first;  // column of C
+  Index width;  // columns of a strip
+  Index count;
 
-  Index end() const { return first + width * strips; }
+  Index end() const { return first + width * count; }
 };
 
-// The next columns when `left` are left: full strips, as many as wanted; at the end two of half the
-// width in place of a full and a narrow one.
-Columns columnsFrom(Index first, Index left, Index wantedStrips) {
+// The next strips when `left` columns are left: at most `wanted` of full width. A full strip and a
+// narrower last one are replaced by two of about half their width.
+Strips stripsFrom(Index first, Index left, Index wanted) {
   if (left <= kTileColumns) return {first, left, 1};
   if (left < 2 * kTileColumns) return {first, (left + 1) / 2, 1};
   const Index full = left / kTileColumns - (left % kTileColumns > 0 ? 1 : 0);
-  return {first, kTileColumns, smaller(full, wantedStrips)};
+  return {first, kTileColumns, smaller(full, wanted)};
 }
 
-// Copies a panel of `rows` from A.
-void packPanel(const Rows& rows, Index k, const MatrixView& a, double* to) {
-  const Index vectors = rows.vectors();
+// Copies the panel whose rows start where `a` does.
+void packPanel(const Panels& panels, Index k, const MatrixView& a, double* to) {
+  const Index vectors = panels.vectors();
   const Index stride = vectors * kWidth;
   for (Index v = 0; v < vectors; ++v) {
-    const MatrixView from = viewFrom(a, offsetOf(v, vectors, rows.lastOffset()), 0);
+    const MatrixView from = viewFrom(a, offsetOf(v, vectors, panels.lastOffset()), 0);
     double* part = to + v * kWidth;
-    if (rows.height >= kWidth && a.rowStride == 1) {
+    if (panels.height >= kWidth && a.rowStride == 1) {
       packContiguous(k, from.data, a.columnStride, part, stride);
-    } else if (rows.height >= kWidth && a.columnStride == 1) {
+    } else if (panels.height >= kWidth && a.columnStride == 1) {
       packRows(k, from.data, a.rowStride, part, stride);
     } else {
-      packStrided(smaller(rows.height, kWidth), k, from, part, stride);
+      packStrided(smaller(panels.height, kWidth), k, from, part, stride);
     }
   }
 }
 
-void pack(const Rows& rows, Index k, const MatrixView& a, double* to) {
-  for (Index i = 0; i < rows.panels; ++i) {
-    packPanel(rows, k, viewFrom(a, rows.first + i * rows.height, 0), to);
-    to += rows.vectors() * kWidth * k;
+void pack(const Panels& panels, Index k, const MatrixView& a, double* to) {
+  for (Index i = 0; i < panels.count; ++i) {
+    packPanel(panels, k, viewFrom(a, panels.first + i * panels.height, 0), to);
+    to += panels.vectors() * kWidth * k;
   }
 }
 
-// The operands of C += alpha A B or C := alpha A B, all of it or its upper triangle.
+// C += alpha A B or C := alpha A B.
 struct Product {
   Index m;
   Index n;
@@ -235,23 +229,23 @@ struct Product {
   MatrixView b;
   double* c;
   Index ldc;
-  bool upper;
-  bool overwrite;
+  bool upper;      // only the upper triangle of C is wanted
+  bool overwrite;  // C := alpha A B
 };
 
-// How many of the panels have all their rows in the wanted part of C in the columns from j on, and
-// how many have any in the columns up to j.
-Index wholePanels(const Product& p, const Rows& rows, Index j) {
-  if (rows.height < kWidth) return 0;
-  return p.upper ? smaller((j + 1 - rows.first) / rows.height, rows.panels) : rows.panels;
+// The number of panels all of whose rows are wanted in the columns from j on.
+Index wholePanels(const Product& p, const Panels& panels, Index j) {
+  if (panels.height < kWidth) return 0;
+  return p.upper ? smaller((j + 1 - panels.first) / panels.height, panels.count) : panels.count;
 }
 
-Index wantedPanels(const Product& p, const Rows& rows, Index j) {
-  return p.upper ? smaller((j - rows.first) / rows.height + 1, rows.panels) : rows.panels;
+// The number of panels that have a wanted row in the columns up to j.
+Index wantedPanels(const Product& p, const Panels& panels, Index j) {
+  return p.upper ? smaller((j - panels.first) / panels.height + 1, panels.count) : panels.count;
 }
 
-// Adds a tile of which only some elements are wanted.
-void addPartOfTile(const Product& p, const Rows& rows, const Columns& columns, Index panel,
+// Adds the wanted elements of one tile.
+void addPartOfTile(const Product& p, const Panels& panels, const Strips& strips, Index panel,
                    const Grid& grid, GridKernel kernel) {
   double sum[kTileRows * kTileColumns] = {};
   Grid tile = grid;
@@ -260,10 +254,10 @@ void addPartOfTile(const Product& p, const Rows& rows, const Columns& columns, I
   tile.c = sum;
   tile.ldc = kTileRows;
   kernel(tile);
-  const Index firstRow = panel * rows.height;
-  const Index diagonal = columns.first - rows.first - firstRow + 1;
-  for (Index j = 0; j < columns.width; ++j) {
-    const Index wanted = p.upper ? smaller(rows.height, diagonal + j) : rows.height;
+  const Index firstRow = panel * panels.height;
+  const Index diagonal = strips.first - panels.first - firstRow + 1;
+  for (Index j = 0; j < strips.width; ++j) {
+    const Index wanted = p.upper ? smaller(panels.height, diagonal + j) : panels.height;
     double* c = grid.c + j * grid.ldc + firstRow;
     for (Index i = 0; i < wanted; ++i) {
       c[i] = (grid.overwrite ? 0.0 : c[i]) + sum[j * kTileRows + i];
@@ -271,56 +265,59 @@ void addPartOfTile(const Product& p, const Rows& rows, const Columns& columns, I
   }
 }
 
-// Adds a strip that may leave the wanted part of C.
-void addPartOfStrip(const Product& p, const Rows& rows, const Columns& columns, Grid& grid,
+// Adds the wanted elements of one strip.
+void addPartOfStrip(const Product& p, const Panels& panels, const Strips& strips, Grid& grid,
                     GridKernel kernel) {
-  grid.panels = wholePanels(p, rows, columns.first);
+  grid.panels = wholePanels(p, panels, strips.first);
   kernel(grid);
-  const Index wanted = wantedPanels(p, rows, columns.end() - 1);
-  for (Index i = grid.panels; i < wanted; ++i) addPartOfTile(p, rows, columns, i, grid, kernel);
-  grid.panels = rows.panels;
+  const Index wanted = wantedPanels(p, panels, strips.end() - 1);
+  for (Index i = grid.panels; i < wanted; ++i) addPartOfTile(p, panels, strips, i, grid, kernel);
+  grid.panels = panels.count;
 }
 
-// These rows of C in the columns from `begin` to `end`; the grid tells the panels of A.
-void addRows(const Product& p, const Rows& rows, Grid& grid, const MatrixView& b, Index begin,
-             Index end) {
-  const bool whole = !p.upper && rows.height >= kWidth;
+// Adds the rows of the panels, which the grid describes, in the columns from `begin` to before
+// `end`.
+void addPanels(const Product& p, const Panels& panels, Grid& grid, const MatrixView& b, Index begin,
+               Index end) {
+  const bool whole = !p.upper && panels.height >= kWidth;
   for (Index j = begin; j < end;) {
-    const Columns columns = columnsFrom(j, end - j, whole ? end : 1);
-    grid.strips = columns.strips;
+    const Strips strips = stripsFrom(j, end - j, whole ? end : 1);
+    grid.strips = strips.count;
     grid.b = viewFrom(b, 0, j);
-    grid.c = p.c + j * p.ldc + rows.first;
-    const GridKernel kernel = kernelFor(rows.vectors(), columns.width);
+    grid.c = p.c + j * p.ldc + panels.first;
+    const GridKernel kernel = kernelFor(panels.vectors(), strips.width);
     if (whole) {
       kernel(grid);
     } else {
-      addPartOfStrip(p, rows, columns, grid, kernel);
+      addPartOfStrip(p, panels, strips, grid, kernel);
     }
-    j = columns.end();
+    j = strips.end();
   }
 }
 
-// Lets the grid read A where it is, or a copy.
-void setPanels(const Rows& rows, const MatrixView& a, double* packed, Grid& grid) {
-  grid.panels = rows.panels;
-  grid.lastRow = rows.lastOffset();
+// Lets the grid read the panels in place, or from the copy that it makes in `packed`.
+void setPanels(const Panels& panels, const MatrixView& a, double* packed, Grid& grid) {
+  grid.panels = panels.count;
+  grid.lastRow = panels.lastOffset();
   if (packed == nullptr) {
-    grid.a = a.data + rows.first;
+    grid.a = a.data + panels.first;
     grid.stride = a.columnStride;
     grid.lastOffset = grid.lastRow;
-    grid.nextPanel = rows.height;
+    grid.nextPanel = panels.height;
   } else {
-    pack(rows, grid.k, a, packed);
+    pack(panels, grid.k, a, packed);
     grid.a = packed;
-    grid.stride = rows.vectors() * kWidth;
+    grid.stride = panels.vectors() * kWidth;
     grid.lastOffset = grid.stride - kWidth;
     grid.nextPanel = grid.stride * grid.k;
   }
 }
 
-// The columns from `begin` to `end` of C, k columns of A from column `l` on.
+// Adds the product of k columns of A, from column l on, and as many rows of B, in the columns of C
+// from `begin` to before `end`.
 void addColumns(const Product& p, Index l, Index k, Index begin, Index end, double* scratch) {
-  const bool inPlace = p.a.rowStride == 1 && p.m >= kWidth && end - begin < kPackedColumns;
+  const bool inPlace =
+      p.a.rowStride == 1 && p.m >= kWidth && end - begin < tuning::kLeastPackedColumns;
   double* packed = inPlace ? nullptr : scratch;
   const Index m = p.upper ? end : p.m;
   Grid grid = {};
@@ -331,14 +328,14 @@ void addColumns(const Product& p, Index l, Index k, Index begin, Index end, doub
   const MatrixView a = viewFrom(p.a, 0, l);
   const MatrixView b = viewFrom(p.b, l, 0);
   for (Index i = 0; i < m;) {
-    const Rows rows = rowsFrom(i, m - i, inPlace ? m : kDepth / k);
-    setPanels(rows, a, packed, grid);
-    addRows(p, rows, grid, b, p.upper && i > begin ? i : begin, end);
-    i = rows.end();
+    const Panels panels = panelsFrom(i, m - i, inPlace ? m : kDepth / k);
+    setPanels(panels, a, packed, grid);
+    addPanels(p, panels, grid, b, p.upper && i > begin ? i : begin, end);
+    i = panels.end();
   }
 }
 
-// The size of the fewest equal parts of at most `limit`.
+// The size of a part when `total` is cut into as few equal parts of at most `limit` as possible.
 Index evenPart(Index total, Index limit) {
   if (total <= limit) return total;
   const Index parts = (total + limit - 1) / limit;
@@ -348,10 +345,10 @@ Index evenPart(Index total, Index limit) {
 void multiply(const Product& p) {
   if (p.m <= 0 || p.n <= 0 || p.k <= 0) return;
   double scratch[kTileRows * kDepth + kWidth];
-  // The stack may be aligned to 16 bytes only.
+  // Scratch starts at a multiple of the register's size; the stack may be aligned to 16 bytes only.
   double* packed = scratch + kWidth - reinterpret_cast<std::uintptr_t>(scratch) / 8 % kWidth;
   const Index depth = evenPart(p.k, kDepth);
-  const Index width = evenPart(p.n, kBlockColumns);
+  const Index width = evenPart(p.n, tuning::kBlockColumns);
   for (Index j = 0; j < p.n; j += width) {
     for (Index l = 0; l < p.k; l += depth) {
       addColumns(p, l, smaller(depth, p.k - l), j, smaller(j + width, p.n), packed);

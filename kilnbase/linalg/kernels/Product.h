@@ -1,4 +1,5 @@
-// C += alpha A B and its kin, for the table of Dense.cpp. See DenseKernels for the promises.
+// Members of the table `denseKernels`: matrix times matrix, and the triangular solve that stands on
+// it. DenseKernels says what they do.
 #pragma once
 
 #include <kilnbase/linalg/kernels/Dense.h>

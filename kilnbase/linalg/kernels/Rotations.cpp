@@ -22,8 +22,8 @@ void rotate(Index n, double* x, double* y, double c, double s) {
   }
 }
 
-// Calls f(i) for constants i from 0 to kCount - 1, so that the arrays that they index stay in
-// registers.
+// Calls f(i) for i = 0 to kCount - 1, with each i a constant. Arrays that are indexed by constants
+// only stay in registers.
 template <Index kCount, class Function>
 inline __attribute__((always_inline)) void unrolled(Function f) {
   [&]<Index... i>(std::integer_sequence<Index, i...>) __attribute__((always_inline)) {
@@ -32,7 +32,7 @@ inline __attribute__((always_inline)) void unrolled(Function f) {
   (std::make_integer_sequence<Index, kCount>{});
 }
 
-// kCount neighbouring registers of kLanes doubles each: a piece of a column.
+// A piece of a column: kCount neighbouring registers of kLanes doubles each.
 template <Index kLanes, Index kCount>
 struct Piece {
   typedef double Register __attribute__((vector_size(kLanes * 8)));
@@ -76,7 +76,7 @@ inline __attribute__((always_inline)) void rotatePair(P& x, P& y, double a, doub
   });
 }
 
-// Rotations `from` to `to` of one sweep, for the first rows of X.
+// Rotations `from` to `to` - 1 of one sweep, for as many rows as P has.
 template <class P>
 void applySweep(double* x, Index ldx, const FusedSweeps& f, Index sweep, Index from, Index to) {
   if (from >= to) return;
@@ -102,8 +102,8 @@ void scaleColumns(double* x, Index ldx, const double* scale, Index from, Index t
   }
 }
 
-// Steps kFusedSweeps - 1 to the last of the wave: step j does rotation j - i of every sweep i while
-// the columns concerned stay in registers, and finishes column j - kFusedSweeps + 1.
+// The wave through all sweeps: step j, from kFusedSweeps - 1 on, does rotation j - i of each sweep
+// i. The columns that the step needs stay in registers, and column j - kFusedSweeps + 1 is final.
 template <class P>
 void applyWave(double* x, Index ldx, const FusedSweeps& f) {
   constexpr Index kDepth = kFusedSweeps;
@@ -141,7 +141,7 @@ void applyToRows(double* x, Index ldx, const FusedSweeps& f) {
   scaleColumns<P>(x, ldx, f.scale, f.rotations - kFusedSweeps + 1, f.rotations + 1);
 }
 
-// The rows that are left over, in ever narrower pieces.
+// The last rows, in ever narrower pieces.
 template <Index kLanes>
 void applyToRest(Index m, double* x, Index ldx, const FusedSweeps& f) {
   for (; m >= kLanes; m -= kLanes, x += kLanes) applyToRows<Piece<kLanes, 1>>(x, ldx, f);
@@ -149,7 +149,7 @@ void applyToRest(Index m, double* x, Index ldx, const FusedSweeps& f) {
 }
 
 void applySweeps(Index m, double* x, Index ldx, const FusedSweeps& f) {
-  using Block = Piece<kWidth, kWidth == 8 ? 4 : 2>;
+  using Block = Piece<kWidth, tuning::kRotatedVectors<kWidth>>;
   for (; m >= Block::kRows; m -= Block::kRows, x += Block::kRows) applyToRows<Block>(x, ldx, f);
   applyToRest<kWidth>(m, x, ldx, f);
 }

@@ -1,6 +1,5 @@
-// Triangular systems with many right-hand sides, by blocks of a register's width: what the solved
-// blocks contribute to the next is a product, and within a block the right-hand sides lie across
-// the lanes.
+// L X = B with many right-hand sides, in blocks of kWidth rows of X. A product subtracts the solved
+// rows from the next block; within a block, each register holds one row of kWidth right-hand sides.
 #include <kilnbase/linalg/kernels/Product.h>
 #include <kilnbase/linalg/kernels/Simd.h>
 
@@ -8,12 +7,12 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-// The part of L from row i and column j on.
+// L from row i and column j on.
 MatrixView from(MatrixView l, Index i, Index j) {
   return {l.data + i * l.rowStride + j * l.columnStride, l.rowStride, l.columnStride};
 }
 
-// Solves L Y = X for kWidth columns of X and the L of order `size`, at most kWidth.
+// x := L⁻¹ x, where x[i] is row i of kWidth right-hand sides and L has order size <= kWidth.
 void solveBlock(Index size, MatrixView l, Vector* x) {
   for (Index j = 0; j < size; ++j) {
     x[j] /= splat(*from(l, j, j).data);
@@ -21,6 +20,7 @@ void solveBlock(Index size, MatrixView l, Vector* x) {
   }
 }
 
+// solveBlock for kWidth rows of kWidth columns of X.
 void solveColumns(MatrixView l, double* x, Index ldx) {
   Vector columns[kWidth];
   for (Index j = 0; j < kWidth; ++j) columns[j] = load(x + j * ldx);
@@ -30,7 +30,7 @@ void solveColumns(MatrixView l, double* x, Index ldx) {
   for (Index j = 0; j < kWidth; ++j) store(x + j * ldx, columns[j]);
 }
 
-// Fewer rows or columns than a register's width.
+// solveBlock for `size` rows of n columns of X, of which one is less than kWidth.
 void solvePart(Index size, Index n, MatrixView l, double* x, Index ldx) {
   Vector rows[kWidth] = {};
   for (Index j = 0; j < n; ++j) {

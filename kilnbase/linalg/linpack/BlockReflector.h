@@ -1,38 +1,41 @@
-// The transformations of a panel, applied together.
+// The reflections of a panel, applied to other columns as one block.
 #pragma once
 
-#include <kilnbase/linalg/linpack/LazyReflections.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
+#include <kilnbase/linalg/linpack/Submatrix.h>
 
 namespace vxKilnBase::linpack {
 
-/// The product Q = I - V T Vᵀ of the Householder transformations of a panel that has been factored.
+/// The product Q = H₀ H₁ ... = I − V T Vᵀ of the reflections of a panel, where V is the lower
+/// trapezoid of their vectors and T upper triangular.
 ///
-/// While it lives the panel holds V in full, zeros above its diagonal; the end of its life restores
-/// the R that stood there. It keeps no T but its inverse, the upper triangle of VᵀV with its
-/// diagonal halved. Source: T. Joffrain, T. M. Low, E. S. Quintana-Ortí, R. van de Geijn, F. G. Van
-/// Zee, Accumulating Householder transformations, revisited, ACM Trans. Math. Softw. 32 (2006),
-/// 169-179.
+/// The object stores not T but T⁻¹, which is the upper triangle of VᵀV with its diagonal halved,
+/// that is, with the v₀ on its diagonal. While the object lives, the panel holds V in full, zeros
+/// above the diagonal; the destructor puts the R back that stood there.
+///
+/// Source: T. Joffrain, T. M. Low, E. S. Quintana-Ortí, R. van de Geijn, F. G. Van Zee,
+/// Accumulating Householder transformations, revisited, ACM Trans. Math. Softw. 32 (2006), 169-179.
 class BlockReflector {
  public:
   /// The most columns that a panel may have.
-  static constexpr Index kMostColumns = 24;
+  static constexpr Index kMostColumns = kernels::tuning::kReflectorColumns;
 
-  /// `qraux` has the first elements of the vectors, 0 where there is no transformation.
-  BlockReflector(const Columns& panel, const double* qraux);
+  /// qraux[j] is v₀ of reflection j, 0 where there is none.
+  BlockReflector(const Submatrix& panel, const double* qraux);
   ~BlockReflector();
   BlockReflector(const BlockReflector&) = delete;
   BlockReflector& operator=(const BlockReflector&) = delete;
 
-  /// Multiplies the columns, which have as many rows as the panel, by Q.
-  void apply(const Columns& columns) const;
-  /// The same by Qᵀ.
-  void applyTransposed(const Columns& columns) const;
+  /// C := Q C. C has as many rows as the panel.
+  void apply(const Submatrix& c) const;
+  /// C := Qᵀ C.
+  void applyTransposed(const Submatrix& c) const;
 
  private:
   double& inverse(Index i, Index j) { return inverse_[j * kMostColumns + i]; }
 
-  const Columns panel_;
-  double inverse_[kMostColumns * kMostColumns];  // of T; below its diagonal the rows of R
+  const Submatrix panel_;
+  double inverse_[kMostColumns * kMostColumns];  // T⁻¹; below its diagonal Rᵀ without its diagonal
   double diagonal_[kMostColumns];                // of R
 };
 

@@ -5,11 +5,15 @@
 
 namespace vxKilnBase::linpack {
 
-// A sweep joins the batch when the batch spans it without much to spare.
+namespace tuning = kernels::tuning;
+
+// A sweep joins the batch when the batch spans its columns and few others. In these the sweep has
+// rotations by 0.
 void SweepBatch::begin(Index first, Index last) {
   if (q_ == nullptr) return;
   const Index spare = (first - first_) + (last_ - last);
-  const bool fits = first >= first_ && last <= last_ && spare <= 4 + (last - first) / 4;
+  const Index mostSpare = tuning::kSpareRotations + (last - first) / tuning::kSpareShare;
+  const bool fits = first >= first_ && last <= last_ && spare <= mostSpare;
   if (!fits || sweeps_ == kernels::kFusedSweeps) apply();
   if (sweeps_ == 0) open(first, last);
   double* a = factors(sweeps_++);

@@ -26,12 +26,12 @@ struct SingularProblem {
   Index order() const { return p < n + 1 ? p : n + 1; }
 };
 
-/// Reduces X to the upper bidiagonal matrix Uᵀ X V with diagonal `s` and super-diagonal `e`, of
-/// order min(n + 1, p), and forms U and V where they are wanted. X is destroyed; both dimensions
-/// are at least 1.
+/// Reduces X to the upper bidiagonal matrix B = Uᵀ X V of order min(n + 1, p), with diagonal `s`
+/// and super-diagonal `e`, and forms U and V where they are wanted. X is destroyed; n and p are at
+/// least 1.
 ///
-/// Each step reads and writes the remaining matrix once: the row transformation of a step is
-/// applied to a column when the next step comes to it.
+/// Step l reflects the columns from l on from the left and the rows from l on from the right. See
+/// kernels/Bidiagonal.h for the order in which this happens.
 ///
 /// Source: LINPACK Users' Guide, SIAM 1979, chapter 11; G. W. Howell, J. W. Demmel, C. T. Fulton,
 /// S. Hammarling, K. Marmol, Cache efficient bidiagonalization using BLAS 2.5 operators, ACM TOMS

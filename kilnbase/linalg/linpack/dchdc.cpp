@@ -1,15 +1,16 @@
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 
 #include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 #include <kilnbase/linalg/linpack/dchdc.h>
+#include <kilnbase/linalg/linpack/pivotOrder.h>
 
 namespace vxKilnBase::linpack {
 
 namespace {
 
-using Index = std::ptrdiff_t;
+using kernels::Index;
 
 // The upper triangle of a symmetric matrix.
 struct Triangle {
@@ -29,41 +30,8 @@ void exchange(const Triangle& t, Index k, Index l) {
   for (Index j = l + 1; j < t.p; ++j) std::swap(t.at(k, j), t.at(l, j));
 }
 
-// The places from `begin` to before `end` take part in pivoting.
-struct FreeRange {
-  Index begin;
-  Index end;
-};
-
-// Moves the initial elements to the front and the final ones to the end, and lets `jpvt` say, from
-// 1, which element stands where.
-FreeRange arrange(const Triangle& t, int* jpvt) {
-  FreeRange range{0, t.p};
-  for (Index k = 0; k < t.p; ++k) {
-    const bool initial = jpvt[k] > 0;
-    const auto number = static_cast<int>(k + 1);
-    jpvt[k] = jpvt[k] < 0 ? -number : number;
-    if (!initial) continue;
-    if (k != range.begin) {
-      exchange(t, range.begin, k);
-      jpvt[k] = jpvt[range.begin];
-      jpvt[range.begin] = number;
-    }
-    ++range.begin;
-  }
-  for (Index k = t.p - 1; k >= range.begin; --k) {
-    if (jpvt[k] > 0) continue;
-    jpvt[k] = -jpvt[k];
-    --range.end;
-    if (k == range.end) continue;
-    exchange(t, k, range.end);
-    std::swap(jpvt[k], jpvt[range.end]);
-  }
-  return range;
-}
-
-// Subtracts what `rows` eliminated rows from `begin` on contribute to the rows from `first` to
-// before `end`.
+// Subtracts the products of `rows` rows of R, from row `begin` on, from rows `first` to end - 1 of
+// A.
 void subtractProducts(const Triangle& t, Index begin, Index rows, Index first, Index end) {
   const auto& dense = *kernels::active().dense;
   const double* above = &t.at(begin, first);
@@ -75,8 +43,8 @@ void subtractProducts(const Triangle& t, Index begin, Index rows, Index first, I
              &t.at(first, end), t.lda);
 }
 
-// Eliminates the rows from `begin` to before `end`, without pivoting, as far as the diagonal is
-// positive. Returns how many were; they have been subtracted from the others of these rows.
+// Eliminates rows `begin` to end - 1, without pivoting, while the diagonal is positive. Subtracts
+// the eliminated rows from the others of these rows. Returns how many rows were eliminated.
 Index eliminate(const Triangle& t, Index begin, Index end) {
   constexpr Index kStrip = kernels::CholeskyKernels::kStripRows;
   const Index strips = (end - begin + kStrip - 1) / kStrip;
@@ -90,7 +58,8 @@ Index eliminate(const Triangle& t, Index begin, Index end) {
   return done < middle - begin ? done : done + eliminate(t, middle, end);
 }
 
-// The elimination with pivoting. `diagonal` keeps the diagonal of what is not eliminated yet.
+// The elimination with pivoting. diagonal[j] is a_jj minus the squares of the eliminated rows in
+// column j.
 class PivotedElimination {
  public:
   PivotedElimination(const Triangle& t, const FreeRange& range, double* diagonal, int* jpvt)
@@ -98,7 +67,8 @@ class PivotedElimination {
     for (Index j = 0; j < t.p; ++j) diagonal[j] = t.at(j, j);
   }
 
-  // Returns the number of rows eliminated.
+  // Eliminates blocks of rows, then the last kMostSmall rows. Returns the number of rows
+  // eliminated.
   Index run() {
     Index begin = 0;
     while (t_.p - begin > kMostSmall) {
@@ -114,11 +84,11 @@ class PivotedElimination {
   }
 
  private:
-  static constexpr Index kBlockRows = 48;
+  static constexpr Index kBlockRows = kernels::tuning::kPivotedRows;
   static constexpr Index kMostSmall = kernels::CholeskyKernels::kMostSmall;
 
-  // Eliminates these rows, each after subtracting what those above contribute to it, until a
-  // diagonal element is not positive. Returns where it ended.
+  // Eliminates rows `begin` to end - 1. Each row has the rows above subtracted when its turn comes.
+  // Stops where no pivot is positive. Returns the first row that was not eliminated.
   Index eliminateRows(Index begin, Index end) {
     const auto eliminateRow = kernels::active().cholesky->eliminateRow;
     for (Index k = begin; k < end; ++k) {
@@ -136,13 +106,13 @@ class PivotedElimination {
     return end;
   }
 
-  // The first largest diagonal element that may stand at place k.
+  // The place of the first largest diagonal element that may be moved to place k.
   Index findPivot(Index k) const {
     if (k < range_.begin || k >= range_.end) return k;
     return k + kernels::elements<double>().maxIndex(range_.end - k, diagonal_ + k, 1);
   }
 
-  // Eliminates the rows from `begin` on, at most kMostSmall. Returns how many were.
+  // Eliminates rows `begin` to p - 1, at most kMostSmall. Returns how many were eliminated.
   Index eliminateRest(Index begin) {
     int exchanges[kMostSmall];
     const Index done = kernels::active().cholesky->eliminateSmall(
@@ -169,7 +139,7 @@ int dchdc(double* a, int lda, int p, double* work, int* jpvt, int job) {
   if (p <= 0) return 0;
   const Triangle t{a, lda, p};
   if (job == 0) return static_cast<int>(eliminate(t, 0, p));
-  const FreeRange range = arrange(t, jpvt);
+  const FreeRange range = pivotOrder(p, jpvt, [&t](Index i, Index j) { exchange(t, i, j); });
   return static_cast<int>(PivotedElimination(t, range, work, jpvt).run());
 }
 

@@ -3,19 +3,17 @@
 
 namespace vxKilnBase::linpack {
 
-/// Factors the n by p matrix X as Q R by Householder transformations.
+/// Factors the n by p matrix X as Q R with Q = H₀ H₁ ..., H = I − v vᵀ / v₀.
 ///
-/// On return the upper triangle of X holds R; below the diagonal stand the Householder vectors,
-/// whose first elements are in `qraux` (p elements). Transformation l is I - v vᵀ / v[l] with v[l]
-/// = qraux[l]. A column that vanishes from row l on, the one of the last row and all beyond it have
-/// no transformation and qraux 0.
+/// On return the upper triangle of X holds R. Below the diagonal, column l holds the vector v of Hₗ
+/// from its second element on; qraux[l] is v₀. There is no reflection, and qraux[l] is 0, where
+/// column l is 0 from row l on and for l >= n - 1. `qraux` has p elements.
 ///
-/// With `job` not 0 columns are exchanged: `jpvt` (p elements) says on entry whether a column is
-/// initial (> 0, moved to the front), free (0, takes part in pivoting) or final (< 0, moved to the
-/// end), and on return which column of the original matrix, counted from 1, stands at each place.
-/// Among the free columns the one with the largest remaining norm is taken at each step, the first
-/// of equal ones. `work` has p elements and is not used when `job` is 0, nor is `jpvt`. About 60
-/// KiB of stack are used.
+/// With `job` not 0 columns are exchanged. On entry jpvt[j] says whether column j is initial (> 0,
+/// moved to the front), free (0) or final (< 0, moved to the end). On return jpvt[j] is the number,
+/// from 1, of the column of X that now stands at place j. Each step takes the free column of the
+/// largest remaining norm, the first of equal ones. `jpvt` and `work` have p elements; with `job` 0
+/// they are not used. The routine takes about 60 KiB of stack.
 ///
 /// Source: J. J. Dongarra, C. B. Moler, J. R. Bunch, G. W. Stewart, LINPACK Users' Guide, SIAM
 /// 1979, chapter 9.

@@ -1,14 +1,13 @@
 #include <algorithm>
 
-#include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/dqrsl.h>
+#include <kilnbase/linalg/linpack/reflector.h>
 #include <kilnbase/linalg/linpack/triangular.h>
 
 namespace vxKilnBase::linpack {
 
 namespace {
 
-using kernels::active;
 using kernels::Index;
 
 // The output of dqrdc.
@@ -18,15 +17,9 @@ struct Factorization {
   Index rows;
   const double* qraux;
 
-  // The first element of a Householder vector stands in `qraux`, the rest below the diagonal.
+  // Column j of X holds R on the diagonal, so that v₀ comes from `qraux`.
   void reflect(Index j, double* y) const {
-    if (qraux[j] == 0.0) return;
-    const double* below = x + (j * ld + j + 1);
-    const Index m = rows - j - 1;
-    const double product = qraux[j] * y[j] + active().dense->dot(m, below, y + j + 1);
-    const double factor = -product / qraux[j];
-    y[j] += factor * qraux[j];
-    active().dense->axpy(m, factor, below, y + j + 1);
+    if (qraux[j] != 0.0) reflectVector(rows - j, qraux[j], x + (j * ld + j + 1), y + j);
   }
 
   // y := Q y, with the first k transformations.

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 #include <kilnbase/linalg/linpack/BlockReflector.h>
 #include <kilnbase/linalg/linpack/dnrm2.h>
 #include <kilnbase/linalg/linpack/reflector.h>
@@ -11,38 +11,33 @@ namespace vxKilnBase::linpack {
 namespace {
 
 using kernels::Index;
+namespace tuning = kernels::tuning;
 
-// A norm outside these bounds, or its reciprocal, may lack digits: the vector is scaled first.
+// Outside these bounds the norm or its reciprocal may lack digits, and x is scaled first.
 constexpr double kLeastPreciseNorm = 0x1p-900;
 constexpr double kGreatestPreciseNorm = 0x1p1000;
 constexpr double kMagnification = 0x1p500;
 
-constexpr Index kBlock = BlockReflector::kMostColumns;  // reflections that are applied together
-
-// From this many reflections on, blocks are worth their overhead.
-constexpr Index kBlockedFrom = 64;
-
-double reciprocalOrZero(double x) {
-  return x == 0.0 ? 0.0 : 1.0 / x;
-}
-
-// Applies the reflections whose vectors, v₀ in its place, stand in the panel.
-void applyReflections(const Columns& panel, const Columns& columns) {
+// columns := H₀ H₁ ... columns, with the vectors in the lower trapezoid of the panel.
+void applyPanel(const Submatrix& panel, const Submatrix& columns) {
   double first[BlockReflector::kMostColumns];
-  for (Index j = 0; j < panel.count; ++j) first[j] = *panel.at(j, j);
+  for (Index j = 0; j < panel.columns; ++j) first[j] = *panel.at(j, j);
   BlockReflector(panel, first).apply(columns);
 }
 
-// The same as formOrthogonal, one reflection at a time, for columns from `reflectors` on that hold
-// the product's effect already.
-void formColumns(Index n, Index columns, Index reflectors, double* q, Index ldq) {
+// formOrthogonal, one reflection at a time. The columns behind the vectors are given: each is what
+// the reflections turn into the column of the result.
+void formColumns(const Submatrix& q, Index reflectors) {
   for (Index l = reflectors - 1; l >= 0; --l) {
-    double* v = q + l + l * ldq;
-    const double factor = reciprocalOrZero(v[0]);
-    kernels::active().bidiagonal->reflect(n - l, columns - l - 1, v, factor, v + ldq, ldq);
-    for (Index i = 0; i < n - l; ++i) v[i] = -v[i];
+    double* v = q.at(l, l);
+    const Index m = q.rows - l;
+    if (*v != 0.0) {
+      kernels::active().householder->reflect(m, q.columns - l - 1, l, v, v + q.ld, q.ld);
+    }
+    // Column l becomes H e₁ = e₁ - v.
+    for (Index i = 0; i < m; ++i) v[i] = -v[i];
     v[0] += 1.0;
-    std::fill(q + l * ldq, v, 0.0);
+    std::fill(q.at(0, l), v, 0.0);
   }
 }
 
@@ -71,16 +66,17 @@ void formOrthogonal(std::ptrdiff_t n, std::ptrdiff_t columns, std::ptrdiff_t ref
     std::fill_n(q + j * ldq, n, 0.0);
     q[j + j * ldq] = 1.0;
   }
-  const Index block = reflectors < kBlockedFrom ? reflectors : kBlock;
+  const bool blocked = reflectors >= tuning::kLeastBlockedProduct;
+  const Index block = blocked ? tuning::kReflectorColumns : reflectors;
+  const Submatrix whole = {q, ldq, n, columns};
   for (Index end = reflectors; end > 0;) {
     const Index begin = (end - 1) / block * block;
-    double* corner = q + begin + begin * ldq;
     const Index count = end - begin;
-    if (end < columns && block == kBlock)
-      applyReflections({corner, ldq, n - begin, count},
-                       {corner + count * ldq, ldq, n - begin, columns - end});
-    formColumns(n - begin, block == kBlock ? count : columns - begin, count, corner, ldq);
-    for (Index j = begin; j < end; ++j) std::fill_n(q + j * ldq, begin, 0.0);
+    if (blocked && end < columns) {
+      applyPanel(whole.from(begin, begin, count), whole.from(begin, end, columns - end));
+    }
+    formColumns(whole.from(begin, begin, blocked ? count : columns - begin), count);
+    for (Index j = begin; j < end; ++j) std::fill_n(whole.at(0, j), begin, 0.0);
     end = begin;
   }
 }

@@ -1,0 +1,152 @@
+// Block sizes and switch points that were found by measuring.
+//
+// Each constant stands with the choice that it makes, its size as a formula, the memory that this
+// size fits into, and the bench line: the arguments of `./kiln bench` that measure it.
+//
+// Processor of all measurements: Intel Xeon, family 6, model 207 (AVX-512; per core 48 KiB of
+// first-level data cache, 2 MiB of second-level cache). A function takes at most 64 KiB of stack.
+//
+// Constants only: kernel sources, which are compiled for several instruction sets, include this
+// header. `width` is the number of doubles in a register: 2 (baseline), 4 (AVX2) or 8 (AVX-512).
+#pragma once
+
+#include <cstddef>
+
+namespace vxKilnBase::kernels::tuning {
+
+using Index = std::ptrdiff_t;
+
+// Doubles in the widest register of all instruction sets. Not measured.
+inline constexpr Index kWidestRegister = 8;
+
+// ---- Matrix product (Product.cpp) ----
+
+// A tile of C is kTileVectors registers high and kTileColumns wide. Beside the tile, the product
+// takes one column of the panel of A and one element of B.
+//   Registers: kTileVectors * kTileColumns + kTileVectors + 1 = 28 of 32 (AVX-512), 16 of 16
+//   (AVX2), 11 of 16 (baseline, which needs others for its separate multiplications). Bench:
+//   --filter "product A B" --sizes 32,100,500
+template <Index width>
+inline constexpr Index kTileVectors = width == 2 ? 2 : 3;
+template <Index width>
+inline constexpr Index kTileColumns = width == 8 ? 8 : 4;
+
+// Columns of A and rows of B that are multiplied at a time.
+//   Panel of A: kTileVectors * width * kPanelDepth * 8 bytes = 36 KiB (AVX-512), 18 KiB (AVX2),
+//   6 KiB (baseline). Strip of B: kTileColumns * kPanelDepth * 8 bytes = 12 KiB, 6 KiB, 6 KiB. Both
+//   together, 48 KiB, 24 KiB and 12 KiB, fit into the first-level cache; the panel fits the stack.
+//   Bench: --filter "product A B" --sizes 500,1000
+inline constexpr Index kPanelDepth = 192;
+
+// Columns of B that are multiplied at a time.
+//   Block of B: kPanelDepth * kBlockColumns * 8 bytes = 576 KiB, in the second-level cache.
+//   Bench: --filter "product A B" --sizes 500,1000
+inline constexpr Index kBlockColumns = 384;
+
+// From this depth on a tile of C is fetched before its sums are computed.
+//   Bench: --filter "product A B" --sizes 100,500
+inline constexpr Index kLeastPrefetchDepth = 64;
+
+// With fewer columns of C than this, contiguous columns of A are read in place and not copied.
+//   Bench: --filter "product A B" --sizes 100,500
+inline constexpr Index kLeastPackedColumns = 128;
+
+// ---- Matrix times vector (MatrixVector.cpp) ----
+
+// Registers of rows that are summed at a time.
+//   Registers: kVectorTile sums of 32 (AVX-512) or 16, in up to 4 chains while the tile is low.
+//   Bench: --filter "product A v" --sizes 100,500
+inline constexpr Index kVectorTile = 8;
+
+// A matrix of more columns than kMostUnblockedColumns is taken kColumnBlock columns at a time, and
+// each tile fetches the rows of the next.
+//   Block: m * kColumnBlock * 8 bytes, for m = 1000 125 KiB, in the second-level cache.
+//   Bench: --filter "product A v" --sizes 100,500,1000
+inline constexpr Index kMostUnblockedColumns = 128;
+inline constexpr Index kColumnBlock = 16;
+
+// ---- Elements of vectors (Elements.cpp) ----
+
+// Shorter vectors are summed with four plain accumulators, longer ones with four registers.
+//   Bench: --filter "vector dot,vector sum" --sizes 10,1000
+inline constexpr Index kLeastRegisterSum = 16;
+
+// ---- QR factorization (LazyReflections, dqrdc, BlockReflector, reflector.cpp) ----
+
+// Matrices of at most this many elements are reflected column by column at once; in larger ones
+// reflections stay pending.
+//   Matrix: kMostEager * 8 bytes = 12 KiB: the second pass over it reads the first-level cache.
+//   Bench: --filter "QR" --sizes 32,100
+inline constexpr Index kMostEager = 1500;
+
+// Factors of pending reflections: (pending + 1) rows, one element for each column.
+//   Size: kLazyFactors * 8 bytes = 48 KiB of the stack. It holds kMostPending + 1 rows for up to
+//   1228 columns and 2 rows, for one pending reflection, for up to 3072.
+//   Bench: --filter "QR, pivoted" --sizes 500,1000
+inline constexpr Index kLazyFactors = 6144;
+inline constexpr Index kMostPending = 4;
+
+// Rows that one pass over the columns takes at a time.
+//   Vectors of the pass: (kMostPending + 1) * kSweepRows * 8 bytes = 40 KiB, in the first-level
+//   cache while the columns pass by.
+//   Bench: --filter "least squares" --sizes 10000x100
+inline constexpr Index kSweepRows = 1024;
+
+// Elements of a row that are copied to the stack, worked on there and copied back.
+//   Size: kRowSlice * 8 bytes = 512 bytes.
+//   Bench: --filter "QR, pivoted" --sizes 100,500
+inline constexpr Index kRowSlice = 64;
+
+// Columns of a panel whose reflections are applied as one block.
+//   A tile of the product is 24 rows high (AVX-512), so that Vᵀ C takes one row of tiles.
+//   T⁻¹: kReflectorColumns² * 8 bytes = 4.5 KiB of the stack.
+//   Bench: --filter "QR, unpivoted" --sizes 100,500,1000
+inline constexpr Index kReflectorColumns = 24;
+
+// Columns of C that a block of reflections takes at a time.
+//   Vᵀ C: kReflectorColumns * kReflectedSlice * 8 bytes = 18 KiB of the stack, beside T⁻¹ and the
+//   36 KiB of the product.
+//   Bench: --filter "QR, unpivoted" --sizes 500,1000
+inline constexpr Index kReflectedSlice = 96;
+
+// The last rows or columns, at most this many, are factored without blocks.
+//   Bench: --filter "QR, unpivoted" --sizes 32,100
+inline constexpr Index kMostUnblocked = 64;
+
+// From this many reflections on their product is formed by blocks.
+//   Bench: --filter "SVD, all vectors" --sizes 32,100
+inline constexpr Index kLeastBlockedProduct = 64;
+
+// ---- Cholesky factorization (Cholesky.cpp, dchdc) ----
+
+// Rows that are eliminated in registers without pivoting. The kernel is written for this number.
+//   Registers: kStripRows of 32 or 16 in kWidth columns.
+//   Bench: --filter "Cholesky, unpivoted" --sizes 100,500
+inline constexpr Index kStripRows = 8;
+
+// Rows that are eliminated with pivoting before they are subtracted from the rows below.
+//   Block: kPivotedRows * p * 8 bytes, for p = 1000 375 KiB, in the second-level cache.
+//   Bench: --filter "Cholesky, pivoted" --sizes 100,500,1000
+inline constexpr Index kPivotedRows = 48;
+
+// Order of the largest matrix, or rest of a matrix, that is eliminated without moving its rows.
+//   Copy: kMostSmall² * 8 bytes = 8 KiB, in the first-level cache.
+//   Bench: --filter "Cholesky, pivoted" --sizes 32,100
+inline constexpr Index kMostSmall = 32;
+
+// ---- Rotations (Rotations.cpp, SweepBatch) ----
+
+// Sweeps of rotations that pass over the matrix together, and registers of rows that they take.
+//   Registers: (kFusedSweeps + 1) * kRotatedVectors = 20 of 32 (AVX-512), 10 of 16.
+//   Bench: --filter "SVD, all vectors" --sizes 100,500
+inline constexpr Index kFusedSweeps = 4;
+template <Index width>
+inline constexpr Index kRotatedVectors = width == 8 ? 4 : 2;
+
+// A sweep over r columns joins a batch that spans at most kSpareRotations + r / kSpareShare columns
+// more.
+//   Bench: --filter "SVD, all vectors" --sizes 32,100
+inline constexpr Index kSpareRotations = 4;
+inline constexpr Index kSpareShare = 4;
+
+}  // namespace vxKilnBase::kernels::tuning
