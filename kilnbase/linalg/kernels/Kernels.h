@@ -1,15 +1,18 @@
 // The inner loops of the numeric library, compiled for several instruction sets.
 //
-// Every source in this folder is compiled for the x86-64 baseline, for AVX2 with FMA and for
-// AVX-512, each time into the namespace that KILN_ISA names; the table that fits the processor is
-// chosen when the library is loaded. The environment variable KILNBASE_KERNELS ("baseline", "avx2",
-// "avx512") asks for a lesser set, which is how the tests reach all of them.
+// Every source of this folder but Kernels.cpp is compiled for the x86-64 baseline, for AVX2 with
+// FMA and for AVX-512, each time into the namespace that KILN_ISA names. When the library is
+// loaded, it chooses the set that fits the processor. The environment variable KILNBASE_KERNELS
+// ("baseline", "avx2", "avx512") asks for a lesser set; this is how the tests run all of them.
 //
-// Rules of the folder: vectors are written with the compiler's vector extension (Simd.h), never
-// with an instruction set's own names; nothing from another header that could be emitted out of
-// line (a function compiled for AVX-512 must not become the one that the linker keeps for
-// everybody). Matrices are column-major; a leading dimension `ld` is the distance between columns.
-// Sums use several accumulators; no kernel allocates.
+// Rules of the folder:
+//   - Registers are the compiler's vector extension (Simd.h), never an instruction set's own types.
+//   - Kernel sources call no inline function of a header outside this folder that the compiler may
+//     emit: the linker would keep one copy for everybody, and this could be the one for AVX-512.
+//   - Matrices are column-major; the leading dimension `ld` is the distance from one column to the
+//     next.
+//   - Long sums use several accumulators. No kernel allocates.
+//   - Numbers found by measuring stand in Tuning.h.
 #pragma once
 
 #include <kilnbase/linalg/kernels/Bidiagonal.h>
@@ -34,13 +37,13 @@ struct Kernels {
   const ElementKernels<signed char>* schars;
 };
 
-/// The kernels for this processor; the baseline ones until the library has been initialised.
+/// The kernels for this processor. Until the library has been initialised, those of the baseline.
 extern const Kernels* chosen;
 inline const Kernels& active() {
   return *chosen;
 }
 
-/// Its element kernels for one element type.
+/// The element kernels of the active set for one element type.
 template <class T>
 const ElementKernels<T>& elements();
 template <>

@@ -1,4 +1,4 @@
-// The vector register of the instruction set that a kernel source is compiled for.
+// The register of doubles of the instruction set that a kernel source is compiled for.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +24,7 @@ static inline __attribute__((always_inline)) Vector splat(double value) {
   return value - Vector{};
 }
 
-// The sum of the lanes, halves first.
+// The sum of the lanes: the two halves are added, then the halves of the result, and so on.
 template <int distance = kWidth / 2>
 static inline __attribute__((always_inline)) double sumOf(Vector value) {
   Lanes partner;
@@ -34,7 +34,7 @@ static inline __attribute__((always_inline)) double sumOf(Vector value) {
   return value[0];
 }
 
-// The lanes from `first` on of `kept`, the others of `other`.
+// Lanes 0 to first - 1 of `other` and the later lanes of `kept`.
 static inline __attribute__((always_inline)) Vector lanesFrom(std::ptrdiff_t first, Vector kept,
                                                               Vector other) {
   Lanes lane;
@@ -42,8 +42,8 @@ static inline __attribute__((always_inline)) Vector lanesFrom(std::ptrdiff_t fir
   return lane >= first ? kept : other;
 }
 
-// With lanes taken in blocks of `distance`, the odd blocks of `a` change places with the even
-// blocks of `b`: one step of a transposition.
+// One step of a transposition: where the lanes are cut into blocks of `distance` lanes, the odd
+// blocks of `a` change places with the even blocks of `b`.
 template <int distance>
 static inline __attribute__((always_inline)) void exchangeBlocks(Vector& a, Vector& b) {
   Lanes low, high;
@@ -66,7 +66,7 @@ static inline __attribute__((always_inline)) void transpose(Vector* v) {
   if constexpr (distance > 1) transpose<distance / 2>(v);
 }
 
-// Lane i of the result is the sum of the lanes of v[i]; `v` is used up.
+// Lane i of the result is the sum of the lanes of v[i]. `v` is overwritten.
 template <int distance = kWidth / 2>
 static inline __attribute__((always_inline)) Vector sumsOf(Vector* v) {
   for (int i = 0; i < distance; ++i) {

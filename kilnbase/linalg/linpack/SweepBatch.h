@@ -1,4 +1,4 @@
-// Plane rotations that wait to be applied to a matrix together.
+// Plane rotations of the columns of a matrix, collected and applied together.
 #pragma once
 
 #include <algorithm>
@@ -8,16 +8,15 @@
 
 namespace vxKilnBase::linpack {
 
-/// Collects sweeps of plane rotations over neighbouring columns of a matrix Q and applies several
-/// of them in one pass over Q.
+/// Collects sweeps of plane rotations over neighbouring columns of a matrix Q and applies up to
+/// kFusedSweeps of them in one pass over Q.
 ///
-/// A sweep is `begin(first, last)`, then `rotate(k, c, s)` for each k from `first` to `last` - 1,
-/// upwards, which stands for columns k and k + 1 becoming c q + s q' and c q' - s q. `apply` does
-/// all that is waiting; whoever reads or writes Q by other means calls it first. Without a matrix
-/// nothing happens.
+/// A sweep is `begin(first, last)`, then `rotate(k, c, s)` for k = first, ..., last - 1: columns x
+/// = k and y = k + 1 become c x + s y and c y - s x. Columns of Q are valid after `apply`. Without
+/// a matrix nothing happens.
 ///
-/// Each pending column carries a scale, so that a rotation costs two multiplications an element. A
-/// cosine below 2^-64 is taken as 2^-64, far below the rounding of the rotation itself.
+/// Each column carries a scale, so that a rotation costs two multiplications an element. A cosine
+/// of magnitude below 2^-64 is taken as 2^-64, an error far below the rounding of the rotation.
 ///
 /// Source: W. M. Gentleman, Least squares computations by Givens transformations without square
 /// roots, J. Inst. Math. Appl. 12 (1973); F. G. Van Zee, R. A. van de Geijn, G. Quintana-Ortí,
@@ -29,8 +28,8 @@ class SweepBatch {
   /// Columns of the storage that a batch needs.
   static constexpr Index kStorageColumns = 2 * kernels::kFusedSweeps + 2;
 
-  /// Q has `rows` rows and may be null. The storage holds kStorageColumns columns, each long enough
-  /// for the columns that a sweep spans.
+  /// Q has `rows` rows; null stands for no matrix. The storage holds kStorageColumns columns, each
+  /// with one element for each column that a sweep spans.
   SweepBatch(double* q, Index ldq, Index rows, double* storage, Index ldStorage)
       : q_(q), ldq_(ldq), rows_(rows), storage_(storage), ld_(ldStorage) {}
   SweepBatch(const SweepBatch&) = delete;
@@ -42,7 +41,7 @@ class SweepBatch {
   }
   void apply();
 
-  /// Applies the rotation to columns j and k of Q at once, after all that is waiting.
+  /// Applies the collected sweeps, then the rotation of columns j and k.
   void rotateNow(Index j, Index k, double c, double s);
 
  private:
@@ -58,13 +57,14 @@ class SweepBatch {
   Index rows_;
   double* storage_;
   Index ld_;
-  Index first_ = 0;  // the columns that the batch spans
+  Index first_ = 0;  // the batch spans columns first_ to last_
   Index last_ = 0;
   Index sweeps_ = 0;
 };
 
-// With columns x = d x̃ and y = d' ỹ: c x + s y = (c d) (x̃ + t d'/d ỹ), c y - s x = (c d') (ỹ - t
-// d/d' x̃), t = s / c.
+// The stored columns X and Y stand for x = d X and y = d' Y. With t = s / c,
+//   c x + s y = (c d)  (X + t d' / d Y),
+//   c y - s x = (c d') (Y - t d / d' X).
 inline void SweepBatch::record(Index r, double c, double s) {
   const double cosine = std::copysign(std::max(std::fabs(c), kLeastCosine), c);
   const double secant = 1.0 / cosine;

@@ -10,8 +10,8 @@ namespace vxKilnBase::linpack {
 
 namespace {
 
-// Turns the solution of Rᵀ s = x, of norm below 1, into the sines, and computes the cosines, of the
-// rotations that take (s, alpha) to (0, 1), the last element first.
+// Makes the rotations that take (s, alpha) to (0, 1), with alpha = √(1 − ‖s‖²), the last element of
+// s first. On entry s is the solution of Rᵀ s = x, of norm below 1; on return it holds the sines.
 void makeRotations(int p, double norm, double* c, double* s) {
   double alpha = std::sqrt(1.0 - norm * norm);
   for (int i = p - 1; i >= 0; --i) {
@@ -37,8 +37,8 @@ void downdateFactor(double* r, int ldr, int p, const double* c, const double* s)
   }
 }
 
-// Downdates one column of Z, and `zeta` from the row's element to its part outside the column
-// space.
+// Downdates one column of Z. `zeta` is the element of the row on entry, and on return its part in
+// the residual.
 void downdateColumn(int p, const double* c, const double* s, double* column, double& zeta) {
   for (int i = 0; i < p; ++i) {
     column[i] = (column[i] - s[i] * zeta) / c[i];
@@ -46,7 +46,8 @@ void downdateColumn(int p, const double* c, const double* s, double* column, dou
   }
 }
 
-// Takes `zeta` out of the norm of the residual; false when it is larger than the norm.
+// rho := √(rho² − zeta²). When |zeta| > rho, or one of them is a NaN, rho becomes -1 and the
+// function returns false.
 bool downdateNorm(double& rho, double zeta) {
   const double size = std::fabs(zeta);
   if (!(size <= rho)) {

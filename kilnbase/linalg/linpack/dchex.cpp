@@ -8,7 +8,7 @@ namespace vxKilnBase::linpack {
 
 namespace {
 
-// The factor and the shifted columns, `first` to `last` from 0.
+// The factor R and its columns that are shifted, `first` to `last`, counted from 0.
 struct Shift {
   double* r;
   int ldr;
@@ -23,8 +23,9 @@ void swapRows(const Shift& shift, int rows, int j) {
   std::swap_ranges(shift.column(j), shift.column(j) + rows, shift.column(j + 1));
 }
 
-// Rotation i, from the last row up, annihilates element last - i of the last column against the one
-// above it.
+// Makes the rotations of a right shift. Rotation i turns rows last - 1 - i and last - i of the last
+// column so that the lower element becomes 0. The element that is left in row `first` is
+// `diagonal`.
 void makeRightRotations(const Shift& shift, double& diagonal, double* c, double* s) {
   const double* column = shift.column(shift.last);
   diagonal = column[shift.last];
@@ -35,7 +36,7 @@ void makeRightRotations(const Shift& shift, double& diagonal, double* c, double*
   }
 }
 
-// Moves the last column to the first place; what it has there below the rows above is `diagonal`.
+// Moves column `last` to place `first`, where `diagonal` is its diagonal element.
 void moveColumnsRight(const Shift& shift, double diagonal) {
   for (int j = shift.last - 1; j >= shift.first; --j) {
     swapRows(shift, shift.first, j);
@@ -46,7 +47,7 @@ void moveColumnsRight(const Shift& shift, double diagonal) {
   shift.column(shift.first)[shift.first] = diagonal;
 }
 
-// Applies the rotations of a right shift that reach above row `end` (the last row and below: all).
+// Applies the rotations of a right shift whose upper row is above row `end`.
 void rotateUpwards(const Shift& shift, double* column, int end, const double* c, const double* s) {
   for (int i = std::min(end, shift.last) - 1; i >= shift.first; --i) {
     const int rotation = shift.last - 1 - i;
@@ -54,8 +55,7 @@ void rotateUpwards(const Shift& shift, double* column, int end, const double* c,
   }
 }
 
-// Moves the first column to the last place and keeps in `s` the elements that come to lie below the
-// diagonal.
+// Moves column `first` to place `last`. The elements that come to lie below the diagonal go to `s`.
 void moveColumnsLeft(const Shift& shift, double* s) {
   for (int j = shift.first; j < shift.last; ++j) {
     swapRows(shift, shift.first + 1, j);
@@ -67,7 +67,7 @@ void moveColumnsLeft(const Shift& shift, double* s) {
             0.0);
 }
 
-// Applies the rotations of a left shift that reach above row `end`.
+// Applies the rotations of a left shift whose upper row is above row `end`.
 void rotateDownwards(const Shift& shift, double* column, int end, const double* c,
                      const double* s) {
   for (int i = shift.first; i < std::min(end, shift.last); ++i) {

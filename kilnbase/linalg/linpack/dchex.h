@@ -3,11 +3,11 @@
 
 namespace vxKilnBase::linpack {
 
-/// Updates the p by p Cholesky factor R when columns k to l (from 1) of the factored matrix are
-/// shifted circularly: right by one when `job` is 1, left by one when it is 2.
+/// Updates the p by p Cholesky factor R of A when rows and columns k to l of A (from 1) are shifted
+/// circularly: by one place to the right when `job` is 1, to the left when `job` is 2.
 ///
-/// The rotations are applied to the nz columns of Z (p rows) as well, and their cosines and sines
-/// stored in `c` and `s` (l - k elements used).
+/// The l - k rotations that make R triangular again are applied to the columns of Z (p by nz) too.
+/// `c` and `s` receive their cosines and sines.
 ///
 /// Source: LINPACK Users' Guide, SIAM 1979, chapter 10.
 void dchex(double* r, int ldr, int p, int k, int l, double* z, int ldz, int nz, double* c,

@@ -8,7 +8,7 @@ namespace vxKilnBase::linpack {
 
 namespace {
 
-// Rotates the row `x` into R and keeps the rotations.
+// Rotates the row `x` into R. `c` and `s` receive the rotations.
 void updateFactor(double* r, int ldr, int p, const double* x, double* c, double* s) {
   for (int j = 0; j < p; ++j) {
     double* column = r + static_cast<std::ptrdiff_t>(j) * ldr;
@@ -18,7 +18,7 @@ void updateFactor(double* r, int ldr, int p, const double* x, double* c, double*
   }
 }
 
-// Adds what is left of the row's element to the norm of the residual.
+// √(rho² + zeta²), without overflow; a negative rho stays.
 double updateNorm(double rho, double zeta) {
   const double size = std::fabs(zeta);
   if (size == 0.0 || rho < 0.0) return rho;

@@ -10,11 +10,11 @@ namespace {
 constexpr double kSmall = 8.232e-11;
 constexpr double kLarge = 1.304e+19;
 
-// Between these, a plain sum of squares has lost nothing to underflow or overflow.
+// A plain sum of squares between these bounds lost nothing to underflow or overflow.
 constexpr double kLeastSafeSum = 1e-250;
 constexpr double kGreatestSafeSum = 1e+300;
 
-// The sum of (x / largest)² over the elements so far.
+// The sum of squares of elements x, as largest² Σ (x / largest)².
 struct ScaledSum {
   double largest;
   double sum;
@@ -30,8 +30,8 @@ struct ScaledSum {
   double norm() const { return largest * std::sqrt(sum); }
 };
 
-// The four phases: zeros, small elements (scaled), mid-range ones (plain), then large ones
-// (scaled).
+// Four phases in this order, each of which ends at an element that is too large for the phase:
+// zeros, small elements (scaled), middle ones (plain), large ones (scaled).
 double normByPhases(std::ptrdiff_t n, const double* x, std::ptrdiff_t increment) {
   const auto magnitude = [=](std::ptrdiff_t i) { return std::fabs(x[i * increment]); };
   std::ptrdiff_t i = 0;

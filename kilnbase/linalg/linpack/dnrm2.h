@@ -5,10 +5,11 @@
 
 namespace vxKilnBase::linpack {
 
-/// The Euclidean norm of the n elements `increment` apart from `x` on; 0 when n is 0.
+/// The Euclidean norm of the elements x[0], x[increment], ..., x[(n - 1) increment]; 0 when n is 0.
 ///
-/// Squares that are neither tiny nor huge are summed as they are; otherwise the sum is scaled, with
-/// the cut-offs 8.232e-11 and 1.304e+19. An infinite or NaN element gives a NaN or infinite norm.
+/// A sum of squares that neither overflows nor underflows is taken as it is. Otherwise elements
+/// below 8.232e-11 and above 1.304e+19 / n are scaled. An infinite or NaN element gives an infinite
+/// or NaN norm.
 ///
 /// Source: C. L. Lawson, R. J. Hanson, D. R. Kincaid, F. T. Krogh, Basic Linear Algebra Subprograms
 /// for Fortran Usage, ACM TOMS 5 (1979).

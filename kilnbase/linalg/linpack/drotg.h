@@ -1,28 +1,28 @@
-// The plane rotation that annihilates the second of two numbers.
+// The plane rotation that turns the second of two numbers into 0.
 #pragma once
 
 #include <cmath>
 
 namespace vxKilnBase::linpack {
 
-/// A plane rotation with cosine `length` a and sine `length` b.
+/// A plane rotation with the cosine length * a and the sine length * b.
 ///
-/// The factors stand apart because `length`, a square root, is known last: whoever multiplies by it
-/// at the end waits for nothing else.
+/// `length` is a square root, which the processor finishes last. As a factor of its own it delays
+/// only the last multiplication.
 struct Rotation {
   double a;
   double b;
   double length;
-  double r;  ///< What the pair that it was made for becomes.
+  double r;  ///< first(f, g) for the numbers f and g that the rotation is made from
 
   double cosine() const { return length * a; }
   double sine() const { return length * b; }
-  /// The elements that x and y become.
+  /// The rotation turns the pair (x, y) into (first(x, y), second(x, y)).
   double first(double x, double y) const { return length * (a * x + b * y); }
   double second(double x, double y) const { return length * (a * y - b * x); }
 };
 
-/// The same as rotationOf for numbers of any size, slower.
+/// rotationOf for numbers of any magnitude; slower.
 Rotation scaledRotationOf(double f, double g);
 
 /// The rotation with first(f, g) = r and second(f, g) = 0; r has the sign of the larger of the two
@@ -31,7 +31,7 @@ Rotation scaledRotationOf(double f, double g);
 /// Source: C. L. Lawson, R. J. Hanson, D. R. Kincaid, F. T. Krogh, "Basic Linear Algebra
 /// Subprograms for Fortran Usage", ACM Transactions on Mathematical Software 5 (1979), 308-323.
 inline Rotation rotationOf(double f, double g) {
-  // Between these, a sum of two squares has lost nothing to underflow or overflow.
+  // A sum of two squares between these bounds lost nothing to underflow or overflow.
   constexpr double kLeastSafeSquare = 0x1p-900;
   constexpr double kGreatestSafeSquare = 0x1p1000;
   const double square = f * f + g * g;
@@ -43,7 +43,7 @@ inline Rotation rotationOf(double f, double g) {
   return {f * inverse, g * inverse, length, std::copysign(length, larger)};
 }
 
-/// The BLAS form of it: leaves r in `a`.
+/// The rotation of a and b in the form of the BLAS: c is the cosine, s the sine, and a becomes r.
 inline void drotg(double& a, double b, double& c, double& s) {
   const Rotation rotation = rotationOf(a, b);
   a = rotation.r;
@@ -51,7 +51,7 @@ inline void drotg(double& a, double b, double& c, double& s) {
   s = rotation.sine();
 }
 
-/// Applies the rotation to the pair (a, b): a becomes c a + s b and b becomes c b - s a.
+/// Applies a rotation to the pair (a, b): a becomes c a + s b, and b becomes c b - s a.
 inline void rotate(double c, double s, double& a, double& b) {
   const double old = a;
   a = c * old + s * b;

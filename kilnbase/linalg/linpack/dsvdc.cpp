@@ -17,21 +17,23 @@ namespace {
 
 using kernels::Index;
 
-// QR steps for each singular value. What one value does not need is left for the others: on a
-// matrix with many magnitudes the first to converge may take more, while each step serves them all.
+// QR steps for each singular value, on average. Steps that one value does not need are left for the
+// others: in a matrix of many magnitudes the first value may take more, and its steps help all
+// values.
 constexpr Index kStepsPerValue = 30;
 
-// After that many steps for one value, rounding may be all that keeps it from converging, as among
-// equal values: from then on elements count for only this much against their neighbours.
+// After kStepsPerValue steps for one value, rounding alone may keep the value from converging, as
+// it does among equal values. From then on this share of an element is compared with its
+// neighbours.
 constexpr double kLateWeight = 0.125;
 
-// A matrix whose largest element lies outside is scaled: products of three elements, and sums of as
-// many as there are, must neither overflow nor lose digits.
+// A matrix whose largest element lies outside these bounds is scaled, so that sums of products of
+// three elements neither overflow nor lose digits.
 constexpr double kSmallElement = 0x1p-300;
 constexpr double kLargeElement = 0x1p300;
 
-// Keeps numbers that underflow from counting: rotations would only shift their rounded digits
-// about.
+// Numbers far below this one are negligible beside any neighbour. They are about to underflow, and
+// rotations would only move their rounding errors.
 constexpr double kLeastNeighbour = 0x1p-900;
 
 bool isNegligible(double x, double neighbours, double weight) {
@@ -39,14 +41,15 @@ bool isNegligible(double x, double neighbours, double weight) {
   return scale + weight * std::fabs(x) == scale;
 }
 
-// The QR iteration on a bidiagonal matrix.
+// The QR iteration on an upper bidiagonal matrix B (Golub and Van Loan, Matrix Computations, 8.6),
+// with diagonal `s` and super-diagonal `e`. A block is a run of rows in which no element of `e` is
+// negligible.
 class BidiagonalIteration {
  public:
   BidiagonalIteration(double* s, double* e, SweepBatch& left, SweepBatch& right)
       : s_(s), e_(e), left_(left), right_(right) {}
 
-  // Makes the matrix of this order diagonal. Returns how many values, the first ones, were not
-  // found.
+  // Makes B, of this order, diagonal. Returns how many values, the first ones, were not found.
   Index run(Index order) {
     Index m = order;
     Index stepsForValue = 0;
@@ -75,7 +78,7 @@ class BidiagonalIteration {
   }
 
  private:
-  // Where the last block without a negligible super-diagonal element begins.
+  // The first row of the block that ends at row m - 1. Sets the element of `e` above it to 0.
   Index startOfBlock(Index m) const {
     for (Index l = m - 1; l > 0; --l) {
       if (isNegligible(e_[l - 1], std::fabs(s_[l - 1]) + std::fabs(s_[l]), weight_)) {
@@ -86,7 +89,7 @@ class BidiagonalIteration {
     return 0;
   }
 
-  // The last value of the block that is negligible, now 0; -1 when there is none.
+  // The last row of the block whose element of `s` is negligible, or -1. Sets that element to 0.
   Index lastNegligibleValue(Index first, Index m) const {
     for (Index l = m - 1; l >= first; --l) {
       double neighbours = 0.0;
@@ -100,7 +103,7 @@ class BidiagonalIteration {
     return -1;
   }
 
-  // The last value of the block is 0: rotates the element above it away.
+  // s[m - 1] is 0: turns e[m - 2] into 0 by rotations of columns k and m - 1.
   void deflate(Index first, Index m) {
     double f = std::exchange(e_[m - 2], 0.0);
     for (Index k = m - 2; k >= first; --k) {
@@ -114,7 +117,7 @@ class BidiagonalIteration {
     }
   }
 
-  // Value `zero` is 0: rotates the element beside it away.
+  // s[zero] is 0: turns e[zero] into 0 by rotations of rows k and `zero`.
   void split(Index zero, Index m) {
     double f = std::exchange(e_[zero], 0.0);
     for (Index k = zero + 1; k < m; ++k) {
@@ -126,7 +129,9 @@ class BidiagonalIteration {
     }
   }
 
-  // The first column of the shifted matrix BᵀB, scaled: {f, g}.
+  // {f, g}: a multiple of the first column of BᵀB − µ I for the block; its other elements are 0.
+  // The shift µ is the eigenvalue of the last 2 by 2 block of BBᵀ that is nearest to its last
+  // element.
   std::pair<double, double> shiftedColumn(Index first, Index m) const {
     const double scale = std::max({std::fabs(s_[m - 1]), std::fabs(s_[m - 2]), std::fabs(e_[m - 2]),
                                    std::fabs(s_[first]), std::fabs(e_[first])});
@@ -141,7 +146,7 @@ class BidiagonalIteration {
     return {(top + last) * (top - last) + shift, top * (e_[first] / scale)};
   }
 
-  // One implicitly shifted QR step on the block.
+  // One QR step on the block, with the shift applied implicitly (Golub and Kahan).
   void qrStep(Index first, Index m) {
     auto [f, g] = shiftedColumn(first, m);
     left_.begin(first, m - 1);
@@ -176,7 +181,7 @@ class BidiagonalIteration {
 int iterate(const SingularProblem& a) {
   constexpr Index kColumns = 2 * SweepBatch::kStorageColumns;
   double few[kColumns * kColumns];
-  const bool fits = a.p >= kColumns;  // the matrix itself is free by now
+  const bool fits = a.p >= kColumns;  // X is free by now and serves as storage
   double* storage = fits ? a.x : few;
   const Index ld = fits ? a.ldx : kColumns;
   SweepBatch left(a.u, a.ldu, a.n, storage, ld);
@@ -196,8 +201,8 @@ void makePositive(const SingularProblem& a, Index l) {
   for (Index i = 0; i < a.p; ++i) column[i] = -column[i];
 }
 
-// Sorts the values from `found` on in descending order, equal ones as they stand, and notes in
-// work[i] which place the value at place i had.
+// Sorts s[found] to s[end - 1] in descending order; equal values keep their order. The value at
+// place i stood at place work[i] before.
 void sortValues(const SingularProblem& a, Index found, Index end) {
   for (Index l = found; l < end; ++l) {
     const double value = a.s[l];
@@ -211,7 +216,7 @@ void sortValues(const SingularProblem& a, Index found, Index end) {
   }
 }
 
-// Makes the values from `found` on positive and puts them, and their vectors, in descending order.
+// Makes the values from s[found] on positive, and sorts them and their vectors in descending order.
 // An (n + 1)st value is 0 and stays last.
 void orderValues(const SingularProblem& a, Index found) {
   for (Index l = found; l < a.order(); ++l) makePositive(a, l);
@@ -232,7 +237,7 @@ void forColumns(Index n, Index columns, double* data, Index ld, Function functio
   for (Index j = 0; j < columns; ++j) function(n, data + j * ld);
 }
 
-// The largest |x|; infinity or NaN when there is one.
+// The largest |x|; infinity or a NaN if X has such an element.
 double largestMagnitude(const SingularProblem& a) {
   std::uint64_t largest = 0;
   forColumns(a.n, a.p, a.x, a.ldx, [&](Index n, double* x) {
@@ -241,7 +246,7 @@ double largestMagnitude(const SingularProblem& a) {
   return std::bit_cast<double>(largest);
 }
 
-// A matrix with an infinite or NaN element has no decomposition.
+// Sets all results to NaN. Returns the number of values that were not found: all.
 int giveUp(const SingularProblem& a) {
   const auto spoil = [](Index n, double* x) {
     std::fill_n(x, n, std::numeric_limits<double>::quiet_NaN());

@@ -5,15 +5,17 @@ namespace vxKilnBase::linpack {
 
 /// Computes the singular value decomposition X = U S Vᵀ of the n by p matrix X, which is destroyed.
 ///
-/// `s` (min(n + 1, p) elements) receives the singular values, descending; `e` (p elements) the
-/// super-diagonal, ordinarily zero. The tens digit of `job` asks for left vectors (0 none, 1 all n
-/// in the n by n U, 2 or more the first min(n, p)), the ones digit for right vectors in the p by p
-/// V. `work` has n elements. Returns 0, or the number of the last singular value that was not
-/// found: those after it are correct.
+/// `s` (min(n + 1, p) elements) receives the singular values in descending order, `e` (p elements)
+/// the super-diagonal that the iteration leaves, which is 0 on success. The tens digit of `job`
+/// asks for left vectors: 0 for none, 1 for all n in the n by n matrix U, 2 or more for the first
+/// min(n, p). The ones digit, when not 0, asks for the right vectors in the p by p matrix V. `work`
+/// has n elements. Returns 0, or the number k of singular values that were not found: the first k
+/// elements of `s` are not singular values, the later ones are.
 ///
-/// A matrix with an infinite or NaN element has no decomposition: min(n, p) is returned and all
-/// results are NaN. The magnitude of the others does not matter. The iteration may take 30 steps a
-/// value, which the values share, and is less strict with one that has taken 30.
+/// A matrix with an infinite or NaN element has no decomposition: the routine returns min(n, p) and
+/// all results are NaN. Finite elements may have any magnitude. The iteration takes at most 30
+/// steps a singular value on average; when one value takes more than 30, the test for convergence
+/// becomes less strict.
 ///
 /// Source: LINPACK Users' Guide, SIAM 1979, chapter 11.
 int dsvdc(double* x, int ldx, int n, int p, double* s, double* e, double* u, int ldu, double* v,
