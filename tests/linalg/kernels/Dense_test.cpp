@@ -1,0 +1,206 @@
+// The products of kernels/Dense.h beside plain loops: every length, leading dimension and layout.
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+
+#include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
+
+#include "tests/support/GuardedArray.h"
+
+namespace {
+
+using kilntest::Doubles;
+using kilntest::Index;
+using vxKilnBase::kernels::active;
+using vxKilnBase::kernels::DenseKernels;
+using vxKilnBase::kernels::MatrixView;
+namespace tuning = vxKilnBase::kernels::tuning;
+
+const DenseKernels& dense() {
+  return *active().dense;
+}
+
+Index width() {
+  return active().vectorDoubles;
+}
+
+double element(const MatrixView& a, Index i, Index j) {
+  return a.data[i * a.rowStride + j * a.columnStride];
+}
+
+MatrixView transposed(const MatrixView& a) {
+  return {a.data, a.columnStride, a.rowStride};
+}
+
+// C += alpha A B, in the upper triangle only if `upper`.
+void plainProduct(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
+                  Index ldc, bool upper = false) {
+  for (Index j = 0; j < n; ++j) {
+    for (Index i = 0; i < (upper ? j + 1 : m); ++i) {
+      for (Index l = 0; l < k; ++l) c[j * ldc + i] += alpha * element(a, i, l) * element(b, l, j);
+    }
+  }
+}
+
+void setToZero(Index m, Index n, double* c, Index ldc) {
+  for (Index j = 0; j < n; ++j) std::fill_n(c + j * ldc, m, 0.0);
+}
+
+TEST(DenseKernels, VectorsOfEveryLength) {
+  for (Index n = 0; n <= 9 * width() + 1; ++n) {
+    SCOPED_TRACE(n);
+    Doubles x(n, 1), y(n, 2);
+    Doubles sum = y, product = x;
+    double dot = 0.0;
+    for (Index i = 0; i < n; ++i) {
+      dot += x[i] * y[i];
+      sum[i] += -3.0 * x[i];
+      product[i] *= -3.0;
+    }
+    EXPECT_EQ(dense().dot(n, x.data(), y.data()), dot);
+    dense().axpy(n, -3.0, x.data(), y.data());
+    EXPECT_EQ(y.difference(sum), "");
+    dense().scale(n, -3.0, x.data());
+    EXPECT_EQ(x.difference(product), "");
+  }
+}
+
+void expectMatrixTimesVector(Index m, Index n, Index lda) {
+  SCOPED_TRACE(testing::Message() << m << " by " << n << ", lda " << lda);
+  Doubles a(m, n, lda, 1), x(n, 2), y(m, 3), xt(m, 4), yt(n, 5);
+  const MatrixView view = {a.data(), 1, lda};
+  const MatrixView column = {x.data(), 1, n}, columnT = {xt.data(), 1, m};
+
+  Doubles expected = y;
+  plainProduct(m, 1, n, -2.0, view, column, expected.data(), m);
+  dense().gemv(m, n, -2.0, a.data(), lda, x.data(), y.data());
+  EXPECT_EQ(y.difference(expected), "");
+
+  setToZero(m, 1, expected.data(), m);
+  plainProduct(m, 1, n, 1.0, view, column, expected.data(), m);
+  Doubles unset(m);
+  dense().productVector(m, n, a.data(), lda, x.data(), unset.data());
+  EXPECT_EQ(unset.difference(expected), "");
+
+  Doubles expectedT = yt;
+  plainProduct(n, 1, m, -2.0, transposed(view), columnT, expectedT.data(), n);
+  dense().gemvTransposed(m, n, -2.0, a.data(), lda, xt.data(), yt.data());
+  EXPECT_EQ(yt.difference(expectedT), "");
+
+  setToZero(n, 1, expectedT.data(), n);
+  plainProduct(n, 1, m, 1.0, transposed(view), columnT, expectedT.data(), n);
+  Doubles unsetT(n);
+  dense().productVectorTransposed(m, n, a.data(), lda, xt.data(), unsetT.data());
+  EXPECT_EQ(unsetT.difference(expectedT), "");
+}
+
+TEST(DenseKernels, MatrixTimesVectorOfEveryShape) {
+  for (Index m = 0; m <= 3 * width() + 1; ++m) {
+    for (Index n = 0; n <= 3 * width() + 1; ++n) {
+      expectMatrixTimesVector(m, n, m);
+      expectMatrixTimesVector(m, n, m + 3);
+    }
+  }
+  const Index tile = tuning::kVectorTile * width();
+  for (Index m : {tile - 1, tile, tile + 1, tile + width() - 1, tile + width(), 2 * tile + 3}) {
+    for (Index n : {2, 17}) expectMatrixTimesVector(m, n, m + 1);
+    expectMatrixTimesVector(m, tuning::kMostUnblockedColumns + 1, m + 1);
+    expectMatrixTimesVector(m, tuning::kMostUnblockedColumns + 3 * tuning::kColumnBlock, m);
+  }
+}
+
+// A matrix operand of the product, by the strides of its rows and columns.
+struct Operand {
+  Operand(Index m, Index n, int layout, std::uint64_t seed)
+      : storage(layout == 1   ? n
+                : layout == 2 ? 2 * m
+                              : m,
+                layout == 1 ? m : n,
+                (layout == 1   ? n
+                 : layout == 2 ? 2 * m
+                               : m) +
+                    3,
+                seed) {
+    const Index ld = (layout == 1 ? n : layout == 2 ? 2 * m : m) + 3;
+    view = {storage.data(), 1, ld};                                              // by columns
+    if (layout == 1) view = {storage.data(), ld, 1};                             // by rows
+    if (layout == 2) view = {storage.data(), 2, ld};                             // neither
+    if (layout == 3 && m > 0 && n > 0) view = {&storage[(n - 1) * ld], 1, -ld};  // backwards
+  }
+
+  Doubles storage;
+  MatrixView view;
+};
+
+void expectProduct(Index m, Index n, Index k, int layoutA, int layoutB) {
+  SCOPED_TRACE(testing::Message() << m << " by " << k << " by " << n << ", layouts " << layoutA
+                                  << " and " << layoutB);
+  const Operand a(m, k, layoutA, 1), b(k, n, layoutB, 2);
+  const Index ldc = m + 2;
+  Doubles c(m, n, ldc, 3);
+  Doubles expected = c;
+  plainProduct(m, n, k, -2.0, a.view, b.view, expected.data(), ldc);
+  dense().gemm(m, n, k, -2.0, a.view, b.view, c.data(), ldc);
+  EXPECT_EQ(c.difference(expected), "");
+
+  setToZero(m, n, expected.data(), ldc);
+  plainProduct(m, n, k, 1.0, a.view, b.view, expected.data(), ldc);
+  Doubles unset(m, n, ldc, 4);
+  dense().product(m, n, k, a.view, b.view, unset.data(), ldc);
+  EXPECT_EQ(unset.difference(expected), "");
+
+  if (m != n) return;
+  Doubles triangle(m, n, ldc, 5);
+  expected = triangle;
+  plainProduct(m, n, k, -2.0, a.view, b.view, expected.data(), ldc, true);
+  dense().syrkUpper(n, k, -2.0, a.view, b.view, triangle.data(), ldc);
+  EXPECT_EQ(triangle.difference(expected), "");
+}
+
+TEST(DenseKernels, ProductOfEveryShapeAndLayout) {
+  for (Index m = 0; m <= 3 * width() + 1; ++m) {
+    for (Index n = 0; n <= 3 * width() + 1; ++n) {
+      for (Index k : {0, 1, 5, 16}) {
+        expectProduct(m, n, k, static_cast<int>((m + n) % 4), static_cast<int>((m + k) % 4));
+      }
+    }
+  }
+  const Index deep = tuning::kPanelDepth + 7, wide = tuning::kLeastPackedColumns + 5;
+  for (int layout = 0; layout < 4; ++layout) {
+    expectProduct(31, 29, deep, layout, 0);
+    expectProduct(50, wide, 3 * width() + 2, layout, 1);
+    expectProduct(wide, wide, 21, layout, 3);
+    expectProduct(5, tuning::kBlockColumns + 9, 9, layout, 0);
+  }
+  expectProduct(tuning::kBlockColumns + 9, tuning::kBlockColumns + 9, deep, 1, 0);
+}
+
+TEST(DenseKernels, SolveLowerOfEveryShapeAndLayout) {
+  for (Index k = 0; k <= 3 * width() + 1; ++k) {
+    for (Index n = 0; n <= 2 * width() + 1; ++n) {
+      SCOPED_TRACE(testing::Message() << k << " by " << n);
+      Doubles rows(k, k, k + 3, 1);
+      const bool byRows = n % 2 == 0;
+      const MatrixView l = {rows.data(), byRows ? k + 3 : 1, byRows ? 1 : k + 3};
+      for (Index i = 0; i < k; ++i) {
+        rows[i * (k + 4)] = i % 3 == 0 ? -2.0 : 4.0;
+        for (Index j = i + 1; j < k; ++j) rows[i * l.rowStride + j * l.columnStride] = std::nan("");
+      }
+      // The right-hand sides L X of a known X.
+      Doubles solution(k, n, k + 1, 2);
+      Doubles x = solution;
+      setToZero(k, n, x.data(), k + 1);
+      for (Index j = 0; j < n; ++j) {
+        for (Index i = 0; i < k; ++i) {
+          for (Index q = 0; q <= i; ++q)
+            x[j * (k + 1) + i] += element(l, i, q) * solution[j * (k + 1) + q];
+        }
+      }
+      dense().solveLower(k, n, l, x.data(), k + 1);
+      EXPECT_EQ(x.difference(solution), "");
+    }
+  }
+}
+
+}  // namespace
