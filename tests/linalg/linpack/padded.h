@@ -1,4 +1,4 @@
-// Matrices with room between their columns, and textbook loops on them.
+// Random matrices with room between their columns.
 #pragma once
 
 #include <cmath>
@@ -8,41 +8,39 @@
 
 namespace kilntest {
 
-/// A column-major matrix whose columns are `ld` elements apart, with guards between them.
+/// A column-major matrix with `gap` guards between its columns.
 struct Padded {
-  Padded(Index m, Index n, std::uint64_t seed) : Padded(m, n) {
-    const DoubleGenMat a = randomMatrix(static_cast<unsigned>(m), static_cast<unsigned>(n), seed);
-    for (Index j = 0; j < n; ++j) {
-      for (Index i = 0; i < m; ++i) at(i, j) = a(static_cast<int>(i), static_cast<int>(j));
-    }
-  }
   /// Guards only.
-  Padded(Index m, Index n) : rows(m), columns(n), ld(m + 3), array(n > 0 ? (n - 1) * ld + m : 0) {}
+  Padded(Index m, Index n, Index gap = 3)
+      : rows(m), columns(n), ld(m + gap), array(n > 0 ? (n - 1) * ld + m : 0) {}
+  static Padded random(Index m, Index n, std::uint64_t seed, Index gap = 3) {
+    const DoubleGenMat a = randomMatrix(static_cast<unsigned>(m), static_cast<unsigned>(n), seed);
+    Padded result(m, n, gap);
+    for (Index j = 0; j < n; ++j) {
+      for (Index i = 0; i < m; ++i) result.at(i, j) = a(static_cast<int>(i), static_cast<int>(j));
+    }
+    return result;
+  }
 
   double& at(Index i, Index j) { return array[j * ld + i]; }
   double* data() { return array.data(); }
   int stride() const { return static_cast<int>(ld); }
 
   /// Where an element differs from the expected one by more than the tolerance, or a guard was
-  /// written; empty when nowhere. Leaves the expected elements here.
-  std::string difference(Padded& expected, double tolerance) {
+  /// written; empty when nowhere. The gaps may be different.
+  std::string difference(Padded expected, double tolerance) {
+    Padded wanted(rows, columns, ld - rows);
     for (Index j = 0; j < columns; ++j) {
       for (Index i = 0; i < rows; ++i) {
-        if (std::fabs(at(i, j) - expected.at(i, j)) <= tolerance) at(i, j) = expected.at(i, j);
+        const bool close = std::fabs(at(i, j) - expected.at(i, j)) <= tolerance;
+        wanted.at(i, j) = close ? at(i, j) : expected.at(i, j);
       }
     }
-    return array.difference(expected.array);
+    return array.difference(wanted.array);
   }
 
   Index rows, columns, ld;
   Doubles array;
 };
-
-/// y := (I - v vᵀ / v₀) y.
-inline void reflectPlainly(Index m, const double* v, double* y) {
-  double projection = 0.0;
-  for (Index i = 0; i < m; ++i) projection += v[i] * y[i];
-  for (Index i = 0; i < m; ++i) y[i] -= projection / v[0] * v[i];
-}
 
 }  // namespace kilntest
