@@ -1,0 +1,15 @@
+// LU factorization with an estimate of the condition.
+#pragma once
+
+namespace vxKilnBase::linpack {
+
+/// Factors A as `dgefa` does and returns an estimate of its reciprocal condition in the 1-norm.
+///
+/// The estimate is in [0, 1], and not below the true reciprocal condition up to rounding; 0 when a
+/// singular matrix is so found or A is 0. `z` is a work vector of n elements. Cost: 4 n^2
+/// operations more than those of the factoring.
+///
+/// Source: LINPACK Users' Guide, SIAM 1979, chapter 1.
+double dgeco(double* a, int lda, int n, int* ipvt, double* z);
+
+}  // namespace vxKilnBase::linpack

@@ -1,0 +1,44 @@
+// Steps of the estimates of conditions.
+//
+// The solution of a system with a nearly singular matrix overflows. The estimates keep a vector
+// small by scaling it on the way; `size` of the vector that stands for 1 is scaled with it.
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+
+#include <kilnbase/linalg/kernels/Kernels.h>
+
+namespace vxKilnBase::linpack {
+
+/// Σ |x[i]|.
+inline double sumOfAbsolutes(std::ptrdiff_t n, const double* x) {
+  double sum = 0.0;
+  for (std::ptrdiff_t i = 0; i < n; ++i) sum += std::fabs(x[i]);
+  return sum;
+}
+
+/// A vector of n elements and the number that is scaled with it.
+struct ScaledVector {
+  std::ptrdiff_t n;
+  double* z;
+  double size;
+
+  void scale(double factor) {
+    kernels::active().dense->scale(n, factor, z);
+    size *= factor;
+  }
+  /// Makes the 1-norm of the vector 1.
+  void normalize() { scale(1.0 / sumOfAbsolutes(n, z)); }
+  /// Makes |z[k]| at most `limit`.
+  void limit(std::ptrdiff_t k, double limit) {
+    if (std::fabs(z[k]) > limit) scale(limit / std::fabs(z[k]));
+  }
+  /// Divides z[k] by a pivot; 0 / 0 is 1.
+  void divide(std::ptrdiff_t k, double pivot) {
+    limit(k, std::fabs(pivot));
+    z[k] = pivot == 0.0 ? 1.0 : z[k] / pivot;
+  }
+};
+
+}  // namespace vxKilnBase::linpack
