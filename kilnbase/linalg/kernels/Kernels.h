@@ -20,6 +20,7 @@
 #include <kilnbase/linalg/kernels/Dense.h>
 #include <kilnbase/linalg/kernels/Elements.h>
 #include <kilnbase/linalg/kernels/Householder.h>
+#include <kilnbase/linalg/kernels/Lu.h>
 #include <kilnbase/linalg/kernels/Rotations.h>
 
 namespace vxKilnBase::kernels {
@@ -31,6 +32,7 @@ struct Kernels {
   const CholeskyKernels* cholesky;
   const DenseKernels* dense;
   const HouseholderKernels* householder;
+  const LuKernels* lu;
   const RotationKernels* rotations;
   const ElementKernels<double>* doubles;
   const ElementKernels<int>* ints;

@@ -11,6 +11,7 @@ extern const BidiagonalKernels bidiagonalKernels;
 extern const CholeskyKernels choleskyKernels;
 extern const DenseKernels denseKernels;
 extern const HouseholderKernels householderKernels;
+extern const LuKernels luKernels;
 extern const RotationKernels rotationKernels;
 extern const ElementKernels<double> doubleKernels;
 extern const ElementKernels<int> intKernels;
@@ -23,6 +24,7 @@ extern const Kernels kernels = {
     .cholesky = &choleskyKernels,
     .dense = &denseKernels,
     .householder = &householderKernels,
+    .lu = &luKernels,
     .rotations = &rotationKernels,
     .doubles = &doubleKernels,
     .ints = &intKernels,

@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <cmath>
+#include <utility>
 
 #include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/dgefa.h>
@@ -10,38 +10,68 @@ namespace {
 
 using kernels::Index;
 
-// The first index of the largest absolute value; 0 when element 0 is a NaN.
-Index indexOfLargest(Index n, const double* x) {
-  Index largest = 0;
-  for (Index i = 1; i < n; ++i) {
-    if (std::fabs(x[i]) > std::fabs(x[largest])) largest = i;
+constexpr Index kPanelColumns = kernels::LuKernels::kPanelColumns;
+constexpr Index kBlockColumns = 64;
+
+// The recursion over columns. Source: S. Toledo, Locality of reference in LU decomposition with
+// partial pivoting, SIAM J. Matrix Anal. Appl. 18 (1997), 1065-1081.
+class Elimination {
+ public:
+  Elimination(double* a, Index lda, Index n, int* ipvt) : a_(a), lda_(lda), n_(n), ipvt_(ipvt) {}
+
+  // Eliminates these columns, into which all earlier steps have been carried. Returns the number
+  // from 1 of the last step with pivot 0, or 0.
+  Index factor(Index begin, Index end) {
+    const Index width = end - begin;
+    if (width <= kPanelColumns) return factorPanel(begin, end);
+    const Index half = (width / 2 + kPanelColumns - 1) / kPanelColumns * kPanelColumns;
+    const Index middle = begin + std::min(half, kBlockColumns);
+    const Index first = factor(begin, middle);
+    update(begin, middle, end);
+    const Index second = factor(middle, end);
+    return second > 0 ? second : first;
   }
-  return largest;
-}
+
+ private:
+  double* at(Index i, Index j) const { return a_ + j * lda_ + i; }
+
+  Index factorPanel(Index begin, Index end) {
+    const Index info = kernels::active().lu->factorPanel(n_ - begin, end - begin, at(begin, begin),
+                                                         lda_, ipvt_ + begin);
+    for (Index k = begin; k < end; ++k) ipvt_[k] += static_cast<int>(begin + 1);
+    return info > 0 ? begin + info : 0;
+  }
+
+  void exchange(Index k, double* column) const { std::swap(column[k], column[ipvt_[k] - 1]); }
+
+  // Carries the steps from `begin` to `middle` into the columns from there to `end`.
+  void update(Index begin, Index middle, Index end) const {
+    const Index k = middle - begin;
+    const auto& kernels = kernels::active();
+    for (Index j = begin; j < middle; ++j) {
+      for (Index i = j + 1; i < middle; ++i) exchange(i, at(0, j));
+    }
+    for (Index j = middle; j < end; ++j) {
+      for (Index i = begin; i < middle; ++i) exchange(i, at(0, j));
+    }
+    kernels.lu->solveMultipliers(k, end - middle, at(begin, begin), lda_, at(begin, middle), lda_);
+    kernels.dense->gemm(n_ - middle, end - middle, k, 1.0, {at(middle, begin), 1, lda_},
+                        {at(begin, middle), 1, lda_}, at(middle, middle), lda_);
+    for (Index j = begin; j < middle; ++j) {
+      for (Index i = middle; --i > j;) exchange(i, at(0, j));
+    }
+  }
+
+  double* a_;
+  Index lda_;
+  Index n_;
+  int* ipvt_;
+};
 
 }  // namespace
 
 int dgefa(double* a, int lda, int n, int* ipvt) {
-  const auto& dense = *kernels::active().dense;
-  const Index ld = lda;
-  int info = 0;
-  for (Index k = 0; k < n; ++k) {
-    double* column = a + k * ld;
-    const Index l = k + indexOfLargest(n - k, column + k);
-    ipvt[k] = static_cast<int>(l + 1);
-    if (column[l] == 0.0) {
-      info = static_cast<int>(k + 1);
-      continue;
-    }
-    std::swap(column[l], column[k]);
-    dense.scale(n - k - 1, -1.0 / column[k], column + k + 1);
-    for (Index j = k + 1; j < n; ++j) {
-      double* other = a + j * ld;
-      std::swap(other[l], other[k]);
-      dense.axpy(n - k - 1, other[k], column + k + 1, other + k + 1);
-    }
-  }
-  return info;
+  return static_cast<int>(Elimination(a, lda, n, ipvt).factor(0, n));
 }
 
 }  // namespace vxKilnBase::linpack

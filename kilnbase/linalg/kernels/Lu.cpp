@@ -1,0 +1,212 @@
+#include <kilnbase/linalg/kernels/Lu.h>
+#include <kilnbase/linalg/kernels/Product.h>
+#include <kilnbase/linalg/kernels/Simd.h>
+
+namespace vxKilnBase::kernels::KILN_ISA {
+
+namespace {
+
+constexpr Index kPanelColumns = LuKernels::kPanelColumns;
+
+inline __attribute__((always_inline)) Lanes lanes() {
+  Lanes lane;
+  for (Index i = 0; i < kWidth; ++i) lane[i] = i;
+  return lane;
+}
+
+inline __attribute__((always_inline)) Lanes splatLanes(Index value) {
+  return value - Lanes{};
+}
+
+inline __attribute__((always_inline)) Vector absolute(Vector x) {
+  return reinterpret_cast<Vector>(reinterpret_cast<Lanes>(x) & 0x7fffffffffffffff);
+}
+
+// The largest absolute value in each lane so far, and its first row.
+struct Search {
+  Vector largest;
+  Lanes row;
+
+  explicit Search(Index defaultRow) : largest{}, row(splatLanes(defaultRow)) {}
+
+  inline __attribute__((always_inline)) void add(Vector candidates, Lanes rows) {
+    const Lanes larger = candidates > largest;
+    largest = larger ? candidates : largest;
+    row = larger ? rows : row;
+  }
+
+  // One step of joining the lanes.
+  template <int distance = kWidth / 2>
+  inline __attribute__((always_inline)) Index first() {
+    Lanes partner;
+    for (int i = 0; i < kWidth; ++i) partner[i] = i ^ distance;
+    const Vector others = __builtin_shuffle(largest, partner);
+    const Lanes otherRows = __builtin_shuffle(row, partner);
+    const Lanes better = (others > largest) | ((others == largest) & (otherRows < row));
+    largest = better ? others : largest;
+    row = better ? otherRows : row;
+    if constexpr (distance > 1) return first<distance / 2>();
+    return row[0];
+  }
+};
+
+// The panel: rows in whole registers where they are, the others in a copy that fills a register
+// with zeros.
+class Panel {
+ public:
+  Panel(Index m, Index n, double* a, Index lda) : m_(m), n_(n), a_(a), lda_(lda) {
+    for (Index j = 0; j < n; ++j) {
+      for (Index i = 0; i < kWidth; ++i) {
+        rest_[j * kWidth + i] = full_ + i < m ? a[j * lda + full_ + i] : 0.0;
+      }
+    }
+  }
+
+  Index factor(int* pivots) {
+    Index info = 0;
+    Index row = searchColumn(0);
+    for (Index k = 0; k < n_; ++k) {
+      if (*at(k, k) != *at(k, k)) row = k;
+      pivots[k] = static_cast<int>(row);
+      if (*at(row, k) == 0.0) {
+        info = k + 1;
+        if (k + 1 < n_) row = searchColumn(k + 1);
+        continue;
+      }
+      exchange(k, row);
+      row = eliminate(k);
+    }
+    copyBack();
+    return info;
+  }
+
+ private:
+  double* at(Index i, Index j) {
+    return i < full_ ? a_ + j * lda_ + i : rest_ + j * kWidth + (i - full_);
+  }
+
+  void exchange(Index k, Index l) {
+    for (Index j = k; j < n_; ++j) {
+      double* x = at(k, j);
+      double* y = at(l, j);
+      const double old = *x;
+      *x = *y;
+      *y = old;
+    }
+  }
+
+  void copyBack() {
+    for (Index j = 0; j < n_; ++j) {
+      for (Index i = full_; i < m_; ++i) a_[j * lda_ + i] = rest_[j * kWidth + i - full_];
+    }
+  }
+
+  // The row of the pivot of column k, which is up to date.
+  Index searchColumn(Index k) {
+    Search search(k);
+    for (Index i = k / kWidth * kWidth; i <= full_; i += kWidth) {
+      const Vector values = absolute(load(at(i, k)));
+      search.add(lanesFrom(k - i, values, Vector{}), lanes() + i);
+    }
+    return search.first();
+  }
+
+  Index eliminate(Index k) {
+    switch (n_ - k - 1) {
+      case 7: return eliminateWith<7>(k);
+      case 6: return eliminateWith<6>(k);
+      case 5: return eliminateWith<5>(k);
+      case 4: return eliminateWith<4>(k);
+      case 3: return eliminateWith<3>(k);
+      case 2: return eliminateWith<2>(k);
+      case 1: return eliminateWith<1>(k);
+      default: return eliminateWith<0>(k);
+    }
+  }
+
+  // Carries out step k in one pass and returns the row of the next pivot.
+  template <Index others>
+  Index eliminateWith(Index k) {
+    const Vector factor = splat(-1.0 / *at(k, k));
+    Vector row[others + 1];
+    for (Index j = 0; j < others; ++j) row[j] = splat(*at(k, k + 1 + j));
+    Search search(k + 1);
+    Index i = (k + 1) / kWidth * kWidth;
+    const Lanes wanted = lanes() + i > k;
+    if (i < full_) {
+      eliminatePart<others, true>(wanted, factor, row, a_ + k * lda_ + i, lda_, lanes() + i, search);
+      for (i += kWidth; i < full_; i += kWidth) {
+        eliminatePart<others, false>(wanted, factor, row, a_ + k * lda_ + i, lda_, lanes() + i,
+                                     search);
+      }
+      eliminatePart<others, false>(wanted, factor, row, rest_ + k * kWidth, kWidth, lanes() + i,
+                                   search);
+    } else if (i == full_) {
+      eliminatePart<others, true>(wanted, factor, row, rest_ + k * kWidth, kWidth, lanes() + i,
+                                  search);
+    }
+    return search.first();
+  }
+
+  template <Index others, bool masked>
+  static inline __attribute__((always_inline)) void eliminatePart(Lanes wanted, Vector factor,
+                                                                  const Vector* row, double* column,
+                                                                  Index ld, Lanes rows,
+                                                                  Search& search) {
+    const Vector old = load(column);
+    const Vector multipliers = old * factor;
+    store(column, masked ? (wanted ? multipliers : old) : multipliers);
+    for (Index j = 0; j < others; ++j) {
+      column += ld;
+      const Vector x = load(column);
+      const Vector y = x + multipliers * row[j];
+      store(column, masked ? (wanted ? y : x) : y);
+      if (j > 0) continue;
+      const Vector candidates = absolute(y);
+      search.add(masked ? (wanted ? candidates : Vector{}) : candidates, rows);
+    }
+  }
+
+  const Index m_;
+  const Index n_;
+  double* const a_;
+  const Index lda_;
+  const Index full_ = m_ / kWidth * kWidth;
+  double rest_[kPanelColumns * kWidth];
+};
+
+Index factorPanel(Index m, Index n, double* a, Index lda, int* pivots) {
+  return Panel(m, n, a, lda).factor(pivots);
+}
+
+// Solves for kWidth rows of `columns` columns.
+template <Index columns>
+inline __attribute__((always_inline)) void solveBlock(const Vector* m, double* x, Index ldx) {
+  Vector solution[columns];
+  for (Index j = 0; j < columns; ++j) solution[j] = load(x + j * ldx);
+  for (Index k = 0; k + 1 < kWidth; ++k) {
+    for (Index j = 0; j < columns; ++j) {
+      solution[j] += m[k] * __builtin_shuffle(solution[j], splatLanes(k));
+    }
+  }
+  for (Index j = 0; j < columns; ++j) store(x + j * ldx, solution[j]);
+}
+
+void solveMultipliers(Index k, Index n, const double* m, Index ldm, double* x, Index ldx) {
+  for (Index i = 0; i < k; i += kWidth) {
+    gemm(kWidth, n, i, 1.0, {m + i, 1, ldm}, {x, 1, ldx}, x + i, ldx);
+    Vector block[kWidth];
+    for (Index j = 0; j < kWidth; ++j) {
+      block[j] = lanesFrom(j + 1, load(m + i + (i + j) * ldm), Vector{});
+    }
+    Index j = 0;
+    for (; j + 4 <= n; j += 4) solveBlock<4>(block, x + i + j * ldx, ldx);
+    for (; j < n; ++j) solveBlock<1>(block, x + i + j * ldx, ldx);
+  }
+}
+
+}  // namespace
+
+extern const LuKernels luKernels = {factorPanel, solveMultipliers};
+
+}  // namespace vxKilnBase::kernels::KILN_ISA
