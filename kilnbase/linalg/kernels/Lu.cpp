@@ -35,9 +35,9 @@ struct Search {
     row = larger ? rows : row;
   }
 
-  // One step of joining the lanes.
+  // Joins the lanes: the first row of the largest of all stands in each.
   template <int distance = kWidth / 2>
-  inline __attribute__((always_inline)) Index first() {
+  inline __attribute__((always_inline)) Lanes firstRow() {
     Lanes partner;
     for (int i = 0; i < kWidth; ++i) partner[i] = i ^ distance;
     const Vector others = __builtin_shuffle(largest, partner);
@@ -45,8 +45,8 @@ struct Search {
     const Lanes better = (others > largest) | ((others == largest) & (otherRows < row));
     largest = better ? others : largest;
     row = better ? otherRows : row;
-    if constexpr (distance > 1) return first<distance / 2>();
-    return row[0];
+    if constexpr (distance > 1) return firstRow<distance / 2>();
+    return row;
   }
 };
 
@@ -108,7 +108,7 @@ class Panel {
       const Vector values = absolute(load(at(i, k)));
       search.add(lanesFrom(k - i, values, Vector{}), lanes() + i);
     }
-    return search.first();
+    return search.firstRow()[0];
   }
 
   Index eliminate(Index k) {
@@ -145,7 +145,7 @@ class Panel {
       eliminatePart<others, true>(wanted, factor, row, rest_ + k * kWidth, kWidth, lanes() + i,
                                   search);
     }
-    return search.first();
+    return search.firstRow()[0];
   }
 
   template <Index others, bool masked>
@@ -175,7 +175,67 @@ class Panel {
   double rest_[kPanelColumns * kWidth];
 };
 
+// Panels of which a register holds a column.
+constexpr bool kHasRegisterPanels = kWidth >= kPanelColumns;
+
+inline __attribute__((always_inline)) Vector loadRows(Index m, const double* column) {
+  if (m == kWidth) return load(column);
+  Vector result{};
+  for (Index i = 0; i < m; ++i) result[i] = column[i];
+  return result;
+}
+
+inline __attribute__((always_inline)) void storeRows(Index m, double* column, Vector values) {
+  if (m == kWidth) return store(column, values);
+  for (Index i = 0; i < m; ++i) column[i] = values[i];
+}
+
+inline __attribute__((always_inline)) Vector splatLane(Vector values, Index lane) {
+  return __builtin_shuffle(values, splatLanes(lane));
+}
+
+// Step k with the columns from it to `columns` in registers. Returns whether the pivot is not 0.
+inline __attribute__((always_inline)) bool eliminateInRegisters(Index k, Vector* c, int* pivots) {
+  const Lanes lane = lanes();
+  const Lanes self = splatLanes(k);
+  Search search(k);
+  search.add(lane >= self ? absolute(c[k]) : Vector{}, lane);
+  const Vector diagonal = splatLane(c[k], k);
+  const Lanes row = diagonal == diagonal ? search.firstRow() : self;
+  pivots[k] = static_cast<int>(row[0]);
+  const Lanes exchanged = lane == self ? row : (lane == row ? self : lane);
+#pragma GCC unroll 8
+  for (Index j = k; j < kPanelColumns; ++j) c[j] = __builtin_shuffle(c[j], exchanged);
+  const double pivot = splatLane(c[k], k)[0];
+  if (pivot == 0.0) return false;
+  const Vector multipliers = lane > self ? c[k] * splat(-1.0 / pivot) : Vector{};
+  c[k] = lane > self ? multipliers : c[k];
+#pragma GCC unroll 8
+  for (Index j = k + 1; j < kPanelColumns; ++j) c[j] += multipliers * splatLane(c[j], k);
+  return true;
+}
+
+Index factorInRegisters(Index m, Index n, double* a, Index lda, int* pivots) {
+  Vector c[kPanelColumns];
+#pragma GCC unroll 8
+  for (Index j = 0; j < kPanelColumns; ++j) c[j] = j < n ? loadRows(m, a + j * lda) : Vector{};
+  Index info = 0;
+#pragma GCC unroll 8
+  for (Index k = 0; k < kPanelColumns; ++k) {
+    if (k == n) break;
+    if (!eliminateInRegisters(k, c, pivots)) info = k + 1;
+  }
+#pragma GCC unroll 8
+  for (Index j = 0; j < kPanelColumns; ++j) {
+    if (j < n) storeRows(m, a + j * lda, c[j]);
+  }
+  return info;
+}
+
 Index factorPanel(Index m, Index n, double* a, Index lda, int* pivots) {
+  if constexpr (kHasRegisterPanels) {
+    if (m <= kWidth) return factorInRegisters(m, n, a, lda, pivots);
+  }
   return Panel(m, n, a, lda).factor(pivots);
 }
 
