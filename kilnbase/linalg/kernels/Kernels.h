@@ -22,6 +22,7 @@
 #include <kilnbase/linalg/kernels/Householder.h>
 #include <kilnbase/linalg/kernels/Lu.h>
 #include <kilnbase/linalg/kernels/Rotations.h>
+#include <kilnbase/linalg/kernels/Symmetric.h>
 
 namespace vxKilnBase::kernels {
 
@@ -34,6 +35,7 @@ struct Kernels {
   const HouseholderKernels* householder;
   const LuKernels* lu;
   const RotationKernels* rotations;
+  const SymmetricKernels* symmetric;
   const ElementKernels<double>* doubles;
   const ElementKernels<int>* ints;
   const ElementKernels<signed char>* schars;

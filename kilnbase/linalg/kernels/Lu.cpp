@@ -1,3 +1,4 @@
+#include <kilnbase/linalg/kernels/Largest.h>
 #include <kilnbase/linalg/kernels/Lu.h>
 #include <kilnbase/linalg/kernels/Product.h>
 #include <kilnbase/linalg/kernels/Simd.h>
@@ -7,48 +8,6 @@ namespace vxKilnBase::kernels::KILN_ISA {
 namespace {
 
 constexpr Index kPanelColumns = LuKernels::kPanelColumns;
-
-inline __attribute__((always_inline)) Lanes lanes() {
-  Lanes lane;
-  for (Index i = 0; i < kWidth; ++i) lane[i] = i;
-  return lane;
-}
-
-inline __attribute__((always_inline)) Lanes splatLanes(Index value) {
-  return value - Lanes{};
-}
-
-inline __attribute__((always_inline)) Vector absolute(Vector x) {
-  return reinterpret_cast<Vector>(reinterpret_cast<Lanes>(x) & 0x7fffffffffffffff);
-}
-
-// The largest absolute value in each lane so far, and its first row.
-struct Search {
-  Vector largest;
-  Lanes row;
-
-  explicit Search(Index defaultRow) : largest{}, row(splatLanes(defaultRow)) {}
-
-  inline __attribute__((always_inline)) void add(Vector candidates, Lanes rows) {
-    const Lanes larger = candidates > largest;
-    largest = larger ? candidates : largest;
-    row = larger ? rows : row;
-  }
-
-  // Joins the lanes: the first row of the largest of all stands in each.
-  template <int distance = kWidth / 2>
-  inline __attribute__((always_inline)) Lanes firstRow() {
-    Lanes partner;
-    for (int i = 0; i < kWidth; ++i) partner[i] = i ^ distance;
-    const Vector others = __builtin_shuffle(largest, partner);
-    const Lanes otherRows = __builtin_shuffle(row, partner);
-    const Lanes better = (others > largest) | ((others == largest) & (otherRows < row));
-    largest = better ? others : largest;
-    row = better ? otherRows : row;
-    if constexpr (distance > 1) return firstRow<distance / 2>();
-    return row;
-  }
-};
 
 // The panel: rows in whole registers where they are, the others in a copy that fills a register
 // with zeros.
@@ -103,24 +62,33 @@ class Panel {
 
   // The row of the pivot of column k, which is up to date.
   Index searchColumn(Index k) {
-    Search search(k);
+    Largest search(k);
     for (Index i = k / kWidth * kWidth; i <= full_; i += kWidth) {
       const Vector values = absolute(load(at(i, k)));
       search.add(lanesFrom(k - i, values, Vector{}), lanes() + i);
     }
-    return search.firstRow()[0];
+    search.join();
+    return search.row[0];
   }
 
   Index eliminate(Index k) {
     switch (n_ - k - 1) {
-      case 7: return eliminateWith<7>(k);
-      case 6: return eliminateWith<6>(k);
-      case 5: return eliminateWith<5>(k);
-      case 4: return eliminateWith<4>(k);
-      case 3: return eliminateWith<3>(k);
-      case 2: return eliminateWith<2>(k);
-      case 1: return eliminateWith<1>(k);
-      default: return eliminateWith<0>(k);
+      case 7:
+        return eliminateWith<7>(k);
+      case 6:
+        return eliminateWith<6>(k);
+      case 5:
+        return eliminateWith<5>(k);
+      case 4:
+        return eliminateWith<4>(k);
+      case 3:
+        return eliminateWith<3>(k);
+      case 2:
+        return eliminateWith<2>(k);
+      case 1:
+        return eliminateWith<1>(k);
+      default:
+        return eliminateWith<0>(k);
     }
   }
 
@@ -130,11 +98,12 @@ class Panel {
     const Vector factor = splat(-1.0 / *at(k, k));
     Vector row[others + 1];
     for (Index j = 0; j < others; ++j) row[j] = splat(*at(k, k + 1 + j));
-    Search search(k + 1);
+    Largest search(k + 1);
     Index i = (k + 1) / kWidth * kWidth;
     const Lanes wanted = lanes() + i > k;
     if (i < full_) {
-      eliminatePart<others, true>(wanted, factor, row, a_ + k * lda_ + i, lda_, lanes() + i, search);
+      eliminatePart<others, true>(wanted, factor, row, a_ + k * lda_ + i, lda_, lanes() + i,
+                                  search);
       for (i += kWidth; i < full_; i += kWidth) {
         eliminatePart<others, false>(wanted, factor, row, a_ + k * lda_ + i, lda_, lanes() + i,
                                      search);
@@ -145,14 +114,15 @@ class Panel {
       eliminatePart<others, true>(wanted, factor, row, rest_ + k * kWidth, kWidth, lanes() + i,
                                   search);
     }
-    return search.firstRow()[0];
+    search.join();
+    return search.row[0];
   }
 
   template <Index others, bool masked>
   static inline __attribute__((always_inline)) void eliminatePart(Lanes wanted, Vector factor,
                                                                   const Vector* row, double* column,
                                                                   Index ld, Lanes rows,
-                                                                  Search& search) {
+                                                                  Largest& search) {
     const Vector old = load(column);
     const Vector multipliers = old * factor;
     store(column, masked ? (wanted ? multipliers : old) : multipliers);
@@ -198,10 +168,11 @@ inline __attribute__((always_inline)) Vector splatLane(Vector values, Index lane
 inline __attribute__((always_inline)) bool eliminateInRegisters(Index k, Vector* c, int* pivots) {
   const Lanes lane = lanes();
   const Lanes self = splatLanes(k);
-  Search search(k);
+  Largest search(k);
   search.add(lane >= self ? absolute(c[k]) : Vector{}, lane);
   const Vector diagonal = splatLane(c[k], k);
-  const Lanes row = diagonal == diagonal ? search.firstRow() : self;
+  search.join();
+  const Lanes row = diagonal == diagonal ? search.row : self;
   pivots[k] = static_cast<int>(row[0]);
   const Lanes exchanged = lane == self ? row : (lane == row ? self : lane);
 #pragma GCC unroll 8

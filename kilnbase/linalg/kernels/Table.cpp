@@ -13,6 +13,7 @@ extern const DenseKernels denseKernels;
 extern const HouseholderKernels householderKernels;
 extern const LuKernels luKernels;
 extern const RotationKernels rotationKernels;
+extern const SymmetricKernels symmetricKernels;
 extern const ElementKernels<double> doubleKernels;
 extern const ElementKernels<int> intKernels;
 extern const ElementKernels<signed char> scharKernels;
@@ -26,6 +27,7 @@ extern const Kernels kernels = {
     .householder = &householderKernels,
     .lu = &luKernels,
     .rotations = &rotationKernels,
+    .symmetric = &symmetricKernels,
     .doubles = &doubleKernels,
     .ints = &intKernels,
     .schars = &scharKernels,

@@ -1,0 +1,56 @@
+// The search for the first largest absolute value.
+#pragma once
+
+#include <kilnbase/linalg/kernels/Simd.h>
+
+namespace vxKilnBase::kernels::KILN_ISA {
+
+static inline __attribute__((always_inline)) Lanes lanes() {
+  Lanes lane;
+  for (std::ptrdiff_t i = 0; i < kWidth; ++i) lane[i] = i;
+  return lane;
+}
+
+static inline __attribute__((always_inline)) Lanes splatLanes(std::ptrdiff_t value) {
+  return value - Lanes{};
+}
+
+static inline __attribute__((always_inline)) Vector absolute(Vector x) {
+  return reinterpret_cast<Vector>(reinterpret_cast<Lanes>(x) & 0x7fffffffffffffff);
+}
+
+namespace {
+
+// The largest number in each lane so far, and its first row. Without a number greater than 0 the
+// row is the default one, so that zeros and NaNs are passed over.
+struct Largest {
+  Vector value;
+  Lanes row;
+
+  explicit inline __attribute__((always_inline)) Largest(std::ptrdiff_t defaultRow)
+      : value{}, row(splatLanes(defaultRow)) {}
+
+  // `rows` are greater than all before.
+  inline __attribute__((always_inline)) void add(Vector candidates, Lanes rows) {
+    const Lanes larger = candidates > value;
+    value = larger ? candidates : value;
+    row = larger ? rows : row;
+  }
+
+  // Puts the largest of all lanes, and its first row, into each lane.
+  template <int distance = kWidth / 2>
+  inline __attribute__((always_inline)) void join() {
+    Lanes partner;
+    for (int i = 0; i < kWidth; ++i) partner[i] = i ^ distance;
+    const Vector others = __builtin_shuffle(value, partner);
+    const Lanes otherRows = __builtin_shuffle(row, partner);
+    const Lanes better = (others > value) | ((others == value) & (otherRows < row));
+    value = better ? others : value;
+    row = better ? otherRows : row;
+    if constexpr (distance > 1) join<distance / 2>();
+  }
+};
+
+}  // namespace
+
+}  // namespace vxKilnBase::kernels::KILN_ISA

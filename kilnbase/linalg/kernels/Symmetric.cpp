@@ -1,0 +1,411 @@
+#include <kilnbase/linalg/kernels/Largest.h>
+#include <kilnbase/linalg/kernels/Simd.h>
+#include <kilnbase/linalg/kernels/Symmetric.h>
+
+namespace vxKilnBase::kernels::KILN_ISA {
+
+namespace {
+
+// (1 + √17) / 8: the growth of two steps of order 1 is that of a step of order 2.
+constexpr double kAlpha = 0.6403882032022076;
+
+inline double* columnOf(double* ap, Index j) {
+  return ap + j * (j + 1) / 2;
+}
+
+inline void swap(double& x, double& y) {
+  const double old = x;
+  x = y;
+  y = old;
+}
+
+// Exchanges rows and columns l < k of the leading matrix of order k + 1.
+void exchange(double* ap, Index l, Index k) {
+  if (l == k) return;
+  double* right = columnOf(ap, k);
+  double* left = columnOf(ap, l);
+  for (Index i = 0; i < l; ++i) swap(left[i], right[i]);
+  swap(left[l], right[k]);
+  double* row = left + l;
+  for (Index j = l + 1; j < k; ++j) {
+    row += j;
+    swap(*row, right[j]);
+  }
+}
+
+struct Found {
+  Index row;
+  double value;
+};
+
+// A block of D of order 2, scaled by the element off the diagonal.
+struct Block {
+  double factor;
+  double above;
+  double below;
+
+  Block(const double* first, const double* second, Index k)
+      : above(first[k - 1] / second[k - 1]), below(second[k] / second[k - 1]) {
+    factor = 1.0 / (1.0 - above * below) / second[k - 1];
+  }
+  template <class Number>
+  inline __attribute__((always_inline)) void toMultipliers(Number& x, Number& y) const {
+    const Number multiplier = (above * y - x) * factor;
+    x = (below * x - y) * factor;
+    y = multiplier;
+  }
+};
+
+class SmallElimination {
+ public:
+  SmallElimination(Index n, double* ap, int* kpvt) : n_(n), ap_(ap), kpvt_(kpvt) {}
+
+  Index run() {
+    for (Index k = n_ - 1; k >= 0;) {
+      const Pivot pivot = choose(k);
+      const auto row = static_cast<int>(pivot.row + 1);
+      double* column = columnOf(ap_, k);
+      if (pivot.order == 2) {
+        exchange(ap_, pivot.row, k - 1);
+        swap(column[pivot.row], column[k - 1]);
+        kpvt_[k] = kpvt_[k - 1] = -row;
+        eliminateTwo(k, column - k, column);
+      } else {
+        exchange(ap_, pivot.row, k);
+        kpvt_[k] = row;
+        eliminateOne(k, column);
+      }
+      k -= pivot.order;
+    }
+    return info_;
+  }
+
+ private:
+  struct Pivot {
+    Index order;
+    Index row;
+  };
+
+  static Found largest(Index n, const double* x) {
+    Found found{0, 0.0};
+    for (Index i = 0; i < n; ++i) {
+      const double value = __builtin_fabs(x[i]);
+      if (value > found.value) found = {i, value};
+    }
+    return found;
+  }
+
+  Pivot choose(Index k) const {
+    const double* column = columnOf(ap_, k);
+    const Found found = largest(k, column);
+    const double diagonal = __builtin_fabs(column[k]);
+    if (diagonal >= kAlpha * found.value || k == 0) return {1, k};
+    const double* other = columnOf(ap_, found.row);
+    double inRow = largest(found.row, other).value;
+    const double size = __builtin_fabs(other[found.row]);
+    other += found.row;
+    for (Index j = found.row + 1; j <= k; ++j) {
+      other += j;
+      const double value = __builtin_fabs(*other);
+      inRow = value > inRow ? value : inRow;
+    }
+    if (size >= kAlpha * inRow) return {1, found.row};
+    if (diagonal >= kAlpha * found.value * (found.value / inRow)) return {1, k};
+    return {2, found.row};
+  }
+
+  void eliminateOne(Index k, double* column) {
+    if (column[k] == 0.0) {
+      info_ = k + 1;
+      return;
+    }
+    const double factor = -1.0 / column[k];
+    double* other = column;
+    for (Index j = k; j-- > 0;) {
+      other -= j + 1;
+      const double multiplier = column[j] * factor;
+      for (Index i = 0; i <= j; ++i) other[i] += multiplier * column[i];
+      column[j] = multiplier;
+    }
+  }
+
+  static void eliminateTwo(Index k, double* first, double* second) {
+    const Block block(first, second, k);
+    double* other = first;
+    for (Index j = k - 1; j-- > 0;) {
+      other -= j + 1;
+      double x = first[j], y = second[j];
+      block.toMultipliers(x, y);
+      for (Index i = 0; i <= j; ++i) other[i] += x * first[i] + y * second[i];
+      first[j] = x;
+      second[j] = y;
+    }
+  }
+
+  const Index n_;
+  double* const ap_;
+  int* const kpvt_;
+  Index info_ = 0;
+};
+
+Index factorSmall(Index n, double* ap, int* kpvt) {
+  return SmallElimination(n, ap, kpvt).run();
+}
+
+// The columns that a panel has eliminated: those from `begin` to before `end`.
+struct Eliminated {
+  double* ap;
+  const int* kpvt;
+  Index begin;
+  Index end;
+
+  // factors[q - begin] := sign (D M')(q, row), which times column q is what column q changes in
+  // that of the row.
+  void factorsFor(Index row, double sign, double* factors) const {
+    const double* column = columnOf(ap, begin);
+    for (Index q = begin; q < end;) {
+      if (kpvt[q] > 0) {
+        *factors++ = sign * column[q] * column[row];
+        column += ++q;
+        continue;
+      }
+      const double* next = column + q + 1;
+      const double x = sign * column[row], y = sign * next[row];
+      *factors++ = column[q] * x + next[q] * y;
+      *factors++ = next[q] * x + next[q + 1] * y;
+      column = next + q + 2;
+      q += 2;
+    }
+  }
+
+  void exchangeRows(Index k, Index l) const {
+    double* column = columnOf(ap, begin);
+    for (Index q = begin; q < end; column += ++q) swap(column[k], column[l]);
+  }
+};
+
+// Adds the columns times the factors to `vectors` registers of y.
+template <Index vectors>
+inline __attribute__((always_inline)) void addColumns(const Eliminated& e, const double* factors,
+                                                      Index i, const double* y, Vector* sum) {
+  for (Index v = 0; v < vectors; ++v) sum[v] = load(y + i + v * kWidth);
+  const double* column = columnOf(e.ap, e.begin) + i;
+  for (Index q = e.begin; q < e.end; column += ++q) {
+    const Vector factor = splat(*factors++);
+    for (Index v = 0; v < vectors; ++v) sum[v] += factor * load(column + v * kWidth);
+  }
+}
+
+template <Index vectors>
+inline __attribute__((always_inline)) void updatePart(const Eliminated& e, const double* factors,
+                                                      Index i, double* y, Largest& largest) {
+  Vector sum[vectors];
+  addColumns<vectors>(e, factors, i, y, sum);
+  for (Index v = 0; v < vectors; ++v) {
+    store(y + i + v * kWidth, sum[v]);
+    largest.add(absolute(sum[v]), lanes() + (i + v * kWidth));
+  }
+}
+
+// Brings column k up to date, or with sign 1 back to what it was. Returns the largest element above
+// the diagonal. There are at least kWidth rows.
+Found updateColumn(const Eliminated& e, Index k, double sign) {
+  double factors[SymmetricKernels::kPanelColumns + 1];
+  e.factorsFor(k, sign, factors);
+  double* y = columnOf(e.ap, k);
+  Largest largest(0);
+  const Index last = k + 1 - kWidth;
+  Vector end;
+  addColumns<1>(e, factors, last, y, &end);
+  Index i = 0;
+  for (; i + 4 * kWidth <= k; i += 4 * kWidth) updatePart<4>(e, factors, i, y, largest);
+  for (; i + kWidth <= k; i += kWidth) updatePart<1>(e, factors, i, y, largest);
+  store(y + last, end);
+  largest.add(lanesFrom(kWidth - 1, Vector{}, absolute(end)), lanes() + last);
+  largest.join();
+  return {static_cast<Index>(largest.row[0]), largest.value[0]};
+}
+
+class Panel {
+ public:
+  Panel(Index n, double* ap, int* kpvt) : done_{ap, kpvt, n, n}, ap_(ap), kpvt_(kpvt) {}
+
+  Index run(Index left, Index* info) {
+    while (done_.begin > left) {
+      const Index k = done_.begin - 1;
+      const Index row = choose(k);
+      const auto number = static_cast<int>(row + 1);
+      double* column = columnOf(ap_, k);
+      if (isTwo_) {
+        kpvt_[k] = kpvt_[k - 1] = -number;
+        scaleTwo(k, column - k, column);
+        done_.begin -= 2;
+      } else {
+        kpvt_[k] = number;
+        if (column[k] == 0.0)
+          *info = k + 1;
+        else
+          scaleOne(k, column);
+        done_.begin -= 1;
+      }
+    }
+    return done_.begin;
+  }
+
+ private:
+  // Exchanges rows and columns l <= k - 1, and those of column k, which is up to date.
+  void exchangeBelow(Index l, Index k) {
+    if (l == k - 1) return;
+    exchange(ap_, l, k - 1);
+    done_.exchangeRows(l, k - 1);
+    double* column = columnOf(ap_, k);
+    swap(column[l], column[k - 1]);
+  }
+
+  // Brings the pivot to its place, up to date. Returns the row that it came from.
+  Index choose(Index k) {
+    isTwo_ = false;
+    double* column = columnOf(ap_, k);
+    const Found found = updateColumn(done_, k, -1.0);
+    const double diagonal = __builtin_fabs(column[k]);
+    if (diagonal >= kAlpha * found.value) return k;
+    exchangeBelow(found.row, k);
+    double inRow = updateColumn(done_, k - 1, -1.0).value;
+    inRow = inRow > found.value ? inRow : found.value;
+    if (__builtin_fabs(column[-1]) >= kAlpha * inRow) {
+      for (Index i = 0; i < k - 1; ++i) swap(column[i], column[i - k]);
+      swap(column[k], column[-1]);
+      done_.exchangeRows(k - 1, k);
+      updateColumn(done_, k - 1, 1.0);
+      exchangeBelow(found.row, k);
+      return found.row;
+    }
+    if (diagonal >= kAlpha * found.value * (found.value / inRow)) {
+      updateColumn(done_, k - 1, 1.0);
+      exchangeBelow(found.row, k);
+      return k;
+    }
+    isTwo_ = true;
+    return found.row;
+  }
+
+  static void scaleOne(Index k, double* column) {
+    const double factor = -1.0 / column[k];
+    for (Index i = 0; i < k; ++i) column[i] *= factor;
+  }
+
+  static void scaleTwo(Index k, double* first, double* second) {
+    const Block block(first, second, k);
+    for (Index i = 0; i + 1 < k; ++i) block.toMultipliers(first[i], second[i]);
+  }
+
+  Eliminated done_;
+  double* const ap_;
+  int* const kpvt_;
+  bool isTwo_ = false;
+};
+
+Index factorPanel(Index n, Index columns, double* ap, int* kpvt, Index* info) {
+  return Panel(n, ap, kpvt).run(n - columns, info);
+}
+
+constexpr Index kTileVectors = kWidth == 2 ? 2 : 3;
+constexpr Index kTileColumns = kWidth == 8 ? 8 : 4;
+constexpr Index kTileRows = kTileVectors * kWidth;
+constexpr Index kMostDepth = SymmetricKernels::kPanelColumns + 1;
+
+// Some columns of the leading matrix, and what is added to them: M B.
+struct Strip {
+  Index first;
+  Index count;
+  Index depth;
+  const double* columns[kMostDepth];    // of M
+  double m[kMostDepth * kTileColumns];  // the rows of M of these numbers
+  double b[kMostDepth * kTileColumns];
+  double* c[kTileColumns];
+};
+
+void loadRows(const Eliminated& e, Strip& s) {
+  for (Index l = 0; l < s.depth; ++l) {
+    for (Index c = 0; c < kTileColumns; ++c) {
+      s.m[l * kTileColumns + c] = c < s.count ? s.columns[l][s.first + c] : 0.0;
+    }
+  }
+  for (Index l = 0; l < s.depth;) {
+    const Index q = e.begin + l;
+    const double* m = s.m + l * kTileColumns;
+    double* b = s.b + l * kTileColumns;
+    if (e.kpvt[q] > 0) {
+      const double d = s.columns[l][q];
+      for (Index c = 0; c < kTileColumns; ++c) b[c] = -d * m[c];
+      ++l;
+      continue;
+    }
+    const double d = s.columns[l][q], off = s.columns[l + 1][q], dNext = s.columns[l + 1][q + 1];
+    for (Index c = 0; c < kTileColumns; ++c) {
+      b[c] = -d * m[c] - off * m[c + kTileColumns];
+      b[c + kTileColumns] = -off * m[c] - dNext * m[c + kTileColumns];
+    }
+    l += 2;
+  }
+}
+
+template <Index vectors>
+inline __attribute__((always_inline)) void addTile(const Strip& s, Index i) {
+  Vector sum[kTileColumns][vectors];
+  for (Index j = 0; j < kTileColumns; ++j) {
+    for (Index v = 0; v < vectors; ++v) sum[j][v] = Vector{};
+  }
+  const double* b = s.b;
+  for (Index l = 0; l < s.depth; ++l, b += kTileColumns) {
+    Vector column[vectors];
+    for (Index v = 0; v < vectors; ++v) column[v] = load(s.columns[l] + i + v * kWidth);
+    for (Index j = 0; j < kTileColumns; ++j) {
+      for (Index v = 0; v < vectors; ++v) sum[j][v] += column[v] * splat(b[j]);
+    }
+  }
+  for (Index j = 0; j < kTileColumns; ++j) {
+    if (j == s.count) break;
+    double* c = s.c[j] + i;
+    for (Index v = 0; v < vectors; ++v) store(c + v * kWidth, load(c + v * kWidth) + sum[j][v]);
+  }
+}
+
+void addTriangle(const Strip& s) {
+  for (Index j = 0; j < s.count; ++j) {
+    Vector sum[kTileColumns / kWidth] = {};
+    for (Index l = 0; l < s.depth; ++l) {
+      const Vector factor = splat(s.b[l * kTileColumns + j]);
+      for (Index v = 0; v < kTileColumns / kWidth; ++v) {
+        sum[v] += factor * load(s.m + l * kTileColumns + v * kWidth);
+      }
+    }
+    for (Index i = 0; i <= j; ++i) s.c[j][s.first + i] += sum[i / kWidth][i % kWidth];
+  }
+}
+
+void updateLeading(Index n, Index end, double* ap, const int* kpvt) {
+  const Eliminated e{ap, kpvt, n, end};
+  Strip s;
+  s.depth = end - n;
+  for (Index l = 0; l < s.depth; ++l) s.columns[l] = columnOf(ap, n + l);
+  for (s.first = 0; s.first < n; s.first += kTileColumns) {
+    s.count = n - s.first < kTileColumns ? n - s.first : kTileColumns;
+    for (Index j = 0; j < s.count; ++j) s.c[j] = columnOf(ap, s.first + j);
+    loadRows(e, s);
+    Index i = 0;
+    for (; i + kTileRows <= s.first; i += kTileRows) addTile<kTileVectors>(s, i);
+    if (kTileVectors > 2 && i + 2 * kWidth <= s.first) {
+      addTile<2>(s, i);
+      i += 2 * kWidth;
+    }
+    if (i < s.first) addTile<1>(s, i);
+    addTriangle(s);
+  }
+}
+
+}  // namespace
+
+extern const SymmetricKernels symmetricKernels = {factorSmall, factorPanel, updateLeading};
+
+}  // namespace vxKilnBase::kernels::KILN_ISA
