@@ -37,6 +37,12 @@ struct Largest {
     row = larger ? rows : row;
   }
 
+  inline __attribute__((always_inline)) void addInAnyOrder(Vector candidates, Lanes rows) {
+    const Lanes better = (candidates > value) | ((candidates == value) & (rows < row));
+    value = better ? candidates : value;
+    row = better ? rows : row;
+  }
+
   // Puts the largest of all lanes, and its first row, into each lane.
   template <int distance = kWidth / 2>
   inline __attribute__((always_inline)) void join() {
@@ -50,6 +56,17 @@ struct Largest {
     if constexpr (distance > 1) join<distance / 2>();
   }
 };
+
+// The largest of the lanes, none of which is a NaN.
+template <int distance = kWidth / 2>
+inline __attribute__((always_inline)) double largestOf(Vector x) {
+  Lanes partner;
+  for (int i = 0; i < kWidth; ++i) partner[i] = i ^ distance;
+  const Vector others = __builtin_shuffle(x, partner);
+  x = others > x ? others : x;
+  if constexpr (distance > 1) return largestOf<distance / 2>(x);
+  return x[0];
+}
 
 }  // namespace
 

@@ -1,17 +1,10 @@
 #include <kilnbase/linalg/kernels/Largest.h>
 #include <kilnbase/linalg/kernels/Simd.h>
-#include <kilnbase/linalg/kernels/Symmetric.h>
+#include <kilnbase/linalg/kernels/SymmetricPivot.h>
 
 namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
-
-// (1 + √17) / 8: the growth of two steps of order 1 is that of a step of order 2.
-constexpr double kAlpha = 0.6403882032022076;
-
-inline double* columnOf(double* ap, Index j) {
-  return ap + j * (j + 1) / 2;
-}
 
 inline void swap(double& x, double& y) {
   const double old = x;
@@ -22,8 +15,8 @@ inline void swap(double& x, double& y) {
 // Exchanges rows and columns l < k of the leading matrix of order k + 1.
 void exchange(double* ap, Index l, Index k) {
   if (l == k) return;
-  double* right = columnOf(ap, k);
-  double* left = columnOf(ap, l);
+  double* right = packedColumn(ap, k);
+  double* left = packedColumn(ap, l);
   for (Index i = 0; i < l; ++i) swap(left[i], right[i]);
   swap(left[l], right[k]);
   double* row = left + l;
@@ -31,125 +24,6 @@ void exchange(double* ap, Index l, Index k) {
     row += j;
     swap(*row, right[j]);
   }
-}
-
-struct Found {
-  Index row;
-  double value;
-};
-
-// A block of D of order 2, scaled by the element off the diagonal.
-struct Block {
-  double factor;
-  double above;
-  double below;
-
-  Block(const double* first, const double* second, Index k)
-      : above(first[k - 1] / second[k - 1]), below(second[k] / second[k - 1]) {
-    factor = 1.0 / (1.0 - above * below) / second[k - 1];
-  }
-  template <class Number>
-  inline __attribute__((always_inline)) void toMultipliers(Number& x, Number& y) const {
-    const Number multiplier = (above * y - x) * factor;
-    x = (below * x - y) * factor;
-    y = multiplier;
-  }
-};
-
-class SmallElimination {
- public:
-  SmallElimination(Index n, double* ap, int* kpvt) : n_(n), ap_(ap), kpvt_(kpvt) {}
-
-  Index run() {
-    for (Index k = n_ - 1; k >= 0;) {
-      const Pivot pivot = choose(k);
-      const auto row = static_cast<int>(pivot.row + 1);
-      double* column = columnOf(ap_, k);
-      if (pivot.order == 2) {
-        exchange(ap_, pivot.row, k - 1);
-        swap(column[pivot.row], column[k - 1]);
-        kpvt_[k] = kpvt_[k - 1] = -row;
-        eliminateTwo(k, column - k, column);
-      } else {
-        exchange(ap_, pivot.row, k);
-        kpvt_[k] = row;
-        eliminateOne(k, column);
-      }
-      k -= pivot.order;
-    }
-    return info_;
-  }
-
- private:
-  struct Pivot {
-    Index order;
-    Index row;
-  };
-
-  static Found largest(Index n, const double* x) {
-    Found found{0, 0.0};
-    for (Index i = 0; i < n; ++i) {
-      const double value = __builtin_fabs(x[i]);
-      if (value > found.value) found = {i, value};
-    }
-    return found;
-  }
-
-  Pivot choose(Index k) const {
-    const double* column = columnOf(ap_, k);
-    const Found found = largest(k, column);
-    const double diagonal = __builtin_fabs(column[k]);
-    if (diagonal >= kAlpha * found.value || k == 0) return {1, k};
-    const double* other = columnOf(ap_, found.row);
-    double inRow = largest(found.row, other).value;
-    const double size = __builtin_fabs(other[found.row]);
-    other += found.row;
-    for (Index j = found.row + 1; j <= k; ++j) {
-      other += j;
-      const double value = __builtin_fabs(*other);
-      inRow = value > inRow ? value : inRow;
-    }
-    if (size >= kAlpha * inRow) return {1, found.row};
-    if (diagonal >= kAlpha * found.value * (found.value / inRow)) return {1, k};
-    return {2, found.row};
-  }
-
-  void eliminateOne(Index k, double* column) {
-    if (column[k] == 0.0) {
-      info_ = k + 1;
-      return;
-    }
-    const double factor = -1.0 / column[k];
-    double* other = column;
-    for (Index j = k; j-- > 0;) {
-      other -= j + 1;
-      const double multiplier = column[j] * factor;
-      for (Index i = 0; i <= j; ++i) other[i] += multiplier * column[i];
-      column[j] = multiplier;
-    }
-  }
-
-  static void eliminateTwo(Index k, double* first, double* second) {
-    const Block block(first, second, k);
-    double* other = first;
-    for (Index j = k - 1; j-- > 0;) {
-      other -= j + 1;
-      double x = first[j], y = second[j];
-      block.toMultipliers(x, y);
-      for (Index i = 0; i <= j; ++i) other[i] += x * first[i] + y * second[i];
-      first[j] = x;
-      second[j] = y;
-    }
-  }
-
-  const Index n_;
-  double* const ap_;
-  int* const kpvt_;
-  Index info_ = 0;
-};
-
-Index factorSmall(Index n, double* ap, int* kpvt) {
-  return SmallElimination(n, ap, kpvt).run();
 }
 
 // The columns that a panel has eliminated: those from `begin` to before `end`.
@@ -162,7 +36,7 @@ struct Eliminated {
   // factors[q - begin] := sign (D M')(q, row), which times column q is what column q changes in
   // that of the row.
   void factorsFor(Index row, double sign, double* factors) const {
-    const double* column = columnOf(ap, begin);
+    const double* column = packedColumn(ap, begin);
     for (Index q = begin; q < end;) {
       if (kpvt[q] > 0) {
         *factors++ = sign * column[q] * column[row];
@@ -179,31 +53,30 @@ struct Eliminated {
   }
 
   void exchangeRows(Index k, Index l) const {
-    double* column = columnOf(ap, begin);
+    double* column = packedColumn(ap, begin);
     for (Index q = begin; q < end; column += ++q) swap(column[k], column[l]);
   }
 };
 
-// Adds the columns times the factors to `vectors` registers of y.
-template <Index vectors>
-inline __attribute__((always_inline)) void addColumns(const Eliminated& e, const double* factors,
-                                                      Index i, const double* y, Vector* sum) {
-  for (Index v = 0; v < vectors; ++v) sum[v] = load(y + i + v * kWidth);
-  const double* column = columnOf(e.ap, e.begin) + i;
+// Rows of column k in registers. All but the last one lie side by side; the last one ends at the
+// diagonal and may overlap the one before.
+template <Index vectors, bool atEnd>
+inline __attribute__((always_inline)) void updatePart(const Eliminated& e, const double* factors,
+                                                      double* y, Index i, Index last,
+                                                      Largest& largest) {
+  const auto row = [i, last](Index v) { return v + 1 == vectors ? last : i + v * kWidth; };
+  Vector sum[vectors];
+  for (Index v = 0; v < vectors; ++v) sum[v] = load(y + row(v));
+  const double* column = packedColumn(e.ap, e.begin);
   for (Index q = e.begin; q < e.end; column += ++q) {
     const Vector factor = splat(*factors++);
-    for (Index v = 0; v < vectors; ++v) sum[v] += factor * load(column + v * kWidth);
+    for (Index v = 0; v < vectors; ++v) sum[v] += factor * load(column + row(v));
   }
-}
-
-template <Index vectors>
-inline __attribute__((always_inline)) void updatePart(const Eliminated& e, const double* factors,
-                                                      Index i, double* y, Largest& largest) {
-  Vector sum[vectors];
-  addColumns<vectors>(e, factors, i, y, sum);
   for (Index v = 0; v < vectors; ++v) {
-    store(y + i + v * kWidth, sum[v]);
-    largest.add(absolute(sum[v]), lanes() + (i + v * kWidth));
+    store(y + row(v), sum[v]);
+    const bool hasDiagonal = atEnd && v + 1 == vectors;
+    const Vector size = absolute(sum[v]);
+    largest.add(hasDiagonal ? lanesFrom(kWidth - 1, Vector{}, size) : size, lanes() + row(v));
   }
 }
 
@@ -212,16 +85,21 @@ inline __attribute__((always_inline)) void updatePart(const Eliminated& e, const
 Found updateColumn(const Eliminated& e, Index k, double sign) {
   double factors[SymmetricKernels::kPanelColumns + 1];
   e.factorsFor(k, sign, factors);
-  double* y = columnOf(e.ap, k);
+  double* y = packedColumn(e.ap, k);
   Largest largest(0);
   const Index last = k + 1 - kWidth;
-  Vector end;
-  addColumns<1>(e, factors, last, y, &end);
   Index i = 0;
-  for (; i + 4 * kWidth <= k; i += 4 * kWidth) updatePart<4>(e, factors, i, y, largest);
-  for (; i + kWidth <= k; i += kWidth) updatePart<1>(e, factors, i, y, largest);
-  store(y + last, end);
-  largest.add(lanesFrom(kWidth - 1, Vector{}, absolute(end)), lanes() + last);
+  for (; i + 5 * kWidth <= last; i += 4 * kWidth) {
+    updatePart<4, false>(e, factors, y, i, i + 3 * kWidth, largest);
+  }
+  switch ((last - i + kWidth - 1) / kWidth) {
+    case 5: updatePart<6, true>(e, factors, y, i, last, largest); break;
+    case 4: updatePart<5, true>(e, factors, y, i, last, largest); break;
+    case 3: updatePart<4, true>(e, factors, y, i, last, largest); break;
+    case 2: updatePart<3, true>(e, factors, y, i, last, largest); break;
+    case 1: updatePart<2, true>(e, factors, y, i, last, largest); break;
+    default: updatePart<1, true>(e, factors, y, i, last, largest);
+  }
   largest.join();
   return {static_cast<Index>(largest.row[0]), largest.value[0]};
 }
@@ -235,7 +113,7 @@ class Panel {
       const Index k = done_.begin - 1;
       const Index row = choose(k);
       const auto number = static_cast<int>(row + 1);
-      double* column = columnOf(ap_, k);
+      double* column = packedColumn(ap_, k);
       if (isTwo_) {
         kpvt_[k] = kpvt_[k - 1] = -number;
         scaleTwo(k, column - k, column);
@@ -258,14 +136,14 @@ class Panel {
     if (l == k - 1) return;
     exchange(ap_, l, k - 1);
     done_.exchangeRows(l, k - 1);
-    double* column = columnOf(ap_, k);
+    double* column = packedColumn(ap_, k);
     swap(column[l], column[k - 1]);
   }
 
   // Brings the pivot to its place, up to date. Returns the row that it came from.
   Index choose(Index k) {
     isTwo_ = false;
-    double* column = columnOf(ap_, k);
+    double* column = packedColumn(ap_, k);
     const Found found = updateColumn(done_, k, -1.0);
     const double diagonal = __builtin_fabs(column[k]);
     if (diagonal >= kAlpha * found.value) return k;
@@ -295,7 +173,7 @@ class Panel {
   }
 
   static void scaleTwo(Index k, double* first, double* second) {
-    const Block block(first, second, k);
+    const Block block(first[k - 1], second[k - 1], second[k]);
     for (Index i = 0; i + 1 < k; ++i) block.toMultipliers(first[i], second[i]);
   }
 
@@ -388,10 +266,10 @@ void updateLeading(Index n, Index end, double* ap, const int* kpvt) {
   const Eliminated e{ap, kpvt, n, end};
   Strip s;
   s.depth = end - n;
-  for (Index l = 0; l < s.depth; ++l) s.columns[l] = columnOf(ap, n + l);
+  for (Index l = 0; l < s.depth; ++l) s.columns[l] = packedColumn(ap, n + l);
   for (s.first = 0; s.first < n; s.first += kTileColumns) {
     s.count = n - s.first < kTileColumns ? n - s.first : kTileColumns;
-    for (Index j = 0; j < s.count; ++j) s.c[j] = columnOf(ap, s.first + j);
+    for (Index j = 0; j < s.count; ++j) s.c[j] = packedColumn(ap, s.first + j);
     loadRows(e, s);
     Index i = 0;
     for (; i + kTileRows <= s.first; i += kTileRows) addTile<kTileVectors>(s, i);
@@ -406,6 +284,6 @@ void updateLeading(Index n, Index end, double* ap, const int* kpvt) {
 
 }  // namespace
 
-extern const SymmetricKernels symmetricKernels = {factorSmall, factorPanel, updateLeading};
+extern const SymmetricKernels symmetricKernels = {factorSmallSymmetric, factorPanel, updateLeading};
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

@@ -10,7 +10,7 @@ struct SymmetricKernels {
   // Columns that `factorPanel` eliminates at most.
   static constexpr Index kPanelColumns = 64;
   // Order of the largest matrix for `factorSmall`.
-  static constexpr Index kMostSmall = 8;
+  static constexpr Index kMostSmall = 32;
 
   // Eliminates the matrix of order n, at most kMostSmall. Writes kpvt and returns the info of
   // LINPACK's dspfa.

@@ -1,0 +1,60 @@
+// The choice of pivots after Bunch and Kaufman, and blocks of order 2.
+#pragma once
+
+#include <kilnbase/linalg/kernels/Symmetric.h>
+
+namespace vxKilnBase::kernels::KILN_ISA {
+
+// See SymmetricKernels::factorSmall.
+Index factorSmallSymmetric(Index n, double* ap, int* kpvt);
+
+namespace {
+
+// (1 + √17) / 8: two steps of order 1 let elements grow as much as one of order 2.
+constexpr double kAlpha = 0.6403882032022076;
+
+inline double* packedColumn(double* ap, Index j) {
+  return ap + j * (j + 1) / 2;
+}
+
+// The order of a block, and the row that changes places with its first row.
+struct Pivot {
+  Index order;
+  Index row;
+};
+
+struct Found {
+  Index row;
+  double value;
+};
+
+// The pivot of step k, whose diagonal element is smaller than kAlpha times the largest of its column,
+// `found`. `other` and `inRow` are the diagonal element and the largest of the others in the row of
+// that. All are absolute values.
+inline Pivot choosePivot(Index k, const Found& found, double diagonal, double other, double inRow) {
+  if (other >= kAlpha * inRow) return {1, found.row};
+  if (diagonal >= kAlpha * found.value * (found.value / inRow)) return {1, k};
+  return {2, found.row};
+}
+
+// A block of D of order 2: a and c on the diagonal, b beside.
+struct Block {
+  double above;
+  double below;
+  double factor;
+
+  Block(double a, double b, double c)
+      : above(a / b), below(c / b), factor(1.0 / (1.0 - above * below) / b) {}
+
+  // Makes of elements of both columns their multipliers.
+  template <class Number>
+  inline __attribute__((always_inline)) void toMultipliers(Number& first, Number& second) const {
+    const Number multiplier = (above * second - first) * factor;
+    first = (below * first - second) * factor;
+    second = multiplier;
+  }
+};
+
+}  // namespace
+
+}  // namespace vxKilnBase::kernels::KILN_ISA

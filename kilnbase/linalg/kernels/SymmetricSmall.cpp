@@ -1,0 +1,204 @@
+// Symmetric indefinite matrices of which all elements fit into the first-level cache.
+//
+// The matrix is expanded to a square, whose rows and columns never move: `order` tells which stands
+// at each place. So a step costs no exchanges, and all rows are whole registers. The row of the
+// next pivot is brought up to date and searched before the others, so that the search runs beside
+// them.
+#include <kilnbase/linalg/kernels/Largest.h>
+#include <kilnbase/linalg/kernels/Simd.h>
+#include <kilnbase/linalg/kernels/SymmetricPivot.h>
+
+namespace vxKilnBase::kernels::KILN_ISA {
+
+namespace {
+
+constexpr Index kMostSmall = SymmetricKernels::kMostSmall;
+
+// Rows and columns of `vectors` registers.
+template <Index vectors>
+class SmallElimination {
+ public:
+  SmallElimination(Index n, double* ap, int* kpvt) : n_(n), ap_(ap), kpvt_(kpvt) {
+    for (Index v = 0; v < vectors; ++v) place_[v] = lanes() + v * kWidth;
+    for (Index j = 0; j < n; ++j) {
+      order_[j] = static_cast<int>(j);
+      double* row = rowOf(j);
+      for (Index i = 0; i <= j; ++i) row[i] = rowOf(i)[j] = ap[i];
+      for (Index i = n; i < kStride; ++i) row[i] = 0.0;
+      ap += j + 1;
+    }
+  }
+
+  Index run() {
+    Largest found = searchLast();
+    for (Index k = n_ - 1; k >= 0;) {
+      const Pivot pivot = choose(k, found);
+      if (pivot.order == 2) {
+        found = eliminateTwo(k, pivot.row);
+      } else {
+        found = eliminateOne(k, pivot.row);
+      }
+      k -= pivot.order;
+    }
+    return info_;
+  }
+
+ private:
+  static constexpr Index kStride = vectors * kWidth;
+  static constexpr long long kGone = 1 << 20;  // the place of what is eliminated
+
+  double* rowOf(Index i) { return elements_ + i * kStride; }
+
+  // Searches a row among the places before k. Of equal elements the first place counts.
+  inline __attribute__((always_inline)) Largest search(Index k, const Vector* row) const {
+    Largest found(0);
+    for (Index v = 0; v < vectors; ++v) {
+      found.addInAnyOrder(place_[v] < splatLanes(k) ? absolute(row[v]) : Vector{}, place_[v]);
+    }
+    return found;
+  }
+
+  Largest searchLast() {
+    Vector row[vectors];
+    for (Index v = 0; v < vectors; ++v) row[v] = load(rowOf(n_ - 1) + v * kWidth);
+    return search(n_ - 1, row);
+  }
+
+  // The largest element of a row among the places up to k, but for that on the diagonal.
+  double largestInRow(Index k, Index place, const double* row) const {
+    Vector largest{};
+    for (Index v = 0; v < vectors; ++v) {
+      const Vector size = absolute(load(row + v * kWidth));
+      const Lanes wanted = (place_[v] <= splatLanes(k)) & (place_[v] != splatLanes(place));
+      const Vector candidates = wanted ? size : Vector{};
+      largest = candidates > largest ? candidates : largest;
+    }
+    return largestOf(largest);
+  }
+
+  Pivot choose(Index k, Largest& found) {
+    found.join();
+    const Index r = order_[k];
+    const double diagonal = __builtin_fabs(rowOf(r)[r]);
+    const double value = found.value[0];
+    if (diagonal >= kAlpha * value || k == 0) return {1, k};
+    const auto place = static_cast<Index>(found.row[0]);
+    const Index c = order_[place];
+    return choosePivot(k, {place, value}, diagonal, __builtin_fabs(rowOf(c)[c]),
+                       largestInRow(k, place, rowOf(c)));
+  }
+
+  // The row or column at place k changes with that at `place`, and is gone.
+  void exchange(Index k, Index place) {
+    const int gone = order_[place];
+    const int moved = order_[k];
+    order_[place] = moved;
+    order_[k] = gone;
+    for (Index v = 0; v < vectors; ++v) {
+      const Lanes index = lanes() + v * kWidth;
+      place_[v] = index == splatLanes(moved) ? splatLanes(place) : place_[v];
+      place_[v] = index == splatLanes(gone) ? splatLanes(kGone) : place_[v];
+    }
+  }
+
+  Largest eliminateOne(Index k, Index place) {
+    exchange(k, place);
+    kpvt_[k] = static_cast<int>(place + 1);
+    double* row = rowOf(order_[k]);
+    const double pivot = row[order_[k]];
+    double* column = packedColumn(ap_, k);
+    column[k] = pivot;
+    Vector old[vectors];
+    double multipliers[kStride];
+    const double factor = pivot == 0.0 ? 0.0 : -1.0 / pivot;
+    if (pivot == 0.0) info_ = k + 1;
+    for (Index v = 0; v < vectors; ++v) {
+      old[v] = load(row + v * kWidth);
+      store(multipliers + v * kWidth, old[v] * splat(factor));
+    }
+    const auto update = [&](Index i, Vector* sum) {
+      const Index q = order_[i];
+      const double x = multipliers[q];
+      column[i] = x;
+      for (Index v = 0; v < vectors; ++v) {
+        sum[v] = load(rowOf(q) + v * kWidth) + splat(x) * old[v];
+        store(rowOf(q) + v * kWidth, sum[v]);
+      }
+    };
+    return updateRows(k, update);
+  }
+
+  Largest eliminateTwo(Index k, Index place) {
+    exchange(k - 1, place);
+    exchange(k, k);
+    kpvt_[k] = kpvt_[k - 1] = -static_cast<int>(place + 1);
+    const double* firstRow = rowOf(order_[k - 1]);
+    const double* secondRow = rowOf(order_[k]);
+    double* second = packedColumn(ap_, k);
+    double* first = second - k;
+    first[k - 1] = firstRow[order_[k - 1]];
+    second[k - 1] = secondRow[order_[k - 1]];
+    second[k] = secondRow[order_[k]];
+    const Block block(first[k - 1], second[k - 1], second[k]);
+    Vector oldFirst[vectors], oldSecond[vectors];
+    double xs[kStride], ys[kStride];
+    for (Index v = 0; v < vectors; ++v) {
+      Vector x = oldFirst[v] = load(firstRow + v * kWidth);
+      Vector y = oldSecond[v] = load(secondRow + v * kWidth);
+      block.toMultipliers(x, y);
+      store(xs + v * kWidth, x);
+      store(ys + v * kWidth, y);
+    }
+    const auto update = [&](Index i, Vector* sum) {
+      const Index q = order_[i];
+      const double x = xs[q], y = ys[q];
+      first[i] = x;
+      second[i] = y;
+      for (Index v = 0; v < vectors; ++v) {
+        sum[v] = load(rowOf(q) + v * kWidth) + splat(x) * oldFirst[v] + splat(y) * oldSecond[v];
+        store(rowOf(q) + v * kWidth, sum[v]);
+      }
+    };
+    return updateRows(k - 1, update);
+  }
+
+  // Updates the rows at the first `count` places, and searches that of the next pivot.
+  template <class Update>
+  inline __attribute__((always_inline)) Largest updateRows(Index count, const Update& update) {
+    if (count == 0) return Largest(0);
+    Vector sum[vectors];
+    update(count - 1, sum);
+    const Largest found = search(count - 1, sum);
+    for (Index i = count - 1; i-- > 0;) update(i, sum);
+    return found;
+  }
+
+  const Index n_;
+  double* const ap_;
+  int* const kpvt_;
+  Index info_ = 0;
+  Lanes place_[vectors];
+  int order_[kMostSmall];
+  double elements_[kMostSmall * kStride];
+};
+
+template <Index vectors>
+Index factorWith(Index n, double* ap, int* kpvt) {
+  return SmallElimination<vectors>(n, ap, kpvt).run();
+}
+
+template <Index vectors = kMostSmall / kWidth>
+Index factorFor(Index n, double* ap, int* kpvt) {
+  if constexpr (vectors > 1) {
+    if (n <= (vectors - 1) * kWidth) return factorFor<vectors - 1>(n, ap, kpvt);
+  }
+  return factorWith<vectors>(n, ap, kpvt);
+}
+
+}  // namespace
+
+Index factorSmallSymmetric(Index n, double* ap, int* kpvt) {
+  return factorFor(n, ap, kpvt);
+}
+
+}  // namespace vxKilnBase::kernels::KILN_ISA
