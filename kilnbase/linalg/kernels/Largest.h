@@ -27,8 +27,9 @@ struct Largest {
   Vector value;
   Lanes row;
 
-  explicit inline __attribute__((always_inline)) Largest(std::ptrdiff_t defaultRow)
-      : value{}, row(splatLanes(defaultRow)) {}
+  static inline __attribute__((always_inline)) Largest none(std::ptrdiff_t defaultRow) {
+    return {Vector{}, splatLanes(defaultRow)};
+  }
 
   // `rows` are greater than all before.
   inline __attribute__((always_inline)) void add(Vector candidates, Lanes rows) {
@@ -37,10 +38,12 @@ struct Largest {
     row = larger ? rows : row;
   }
 
-  inline __attribute__((always_inline)) void addInAnyOrder(Vector candidates, Lanes rows) {
-    const Lanes better = (candidates > value) | ((candidates == value) & (rows < row));
-    value = better ? candidates : value;
-    row = better ? rows : row;
+  // Of equal numbers the one with the smaller row counts.
+  inline __attribute__((always_inline)) void add(const Largest& other) {
+    const Lanes better =
+        (other.value > value) | ((other.value == value) & (other.row < row));
+    value = better ? other.value : value;
+    row = better ? other.row : row;
   }
 
   // Puts the largest of all lanes, and its first row, into each lane.
@@ -48,11 +51,7 @@ struct Largest {
   inline __attribute__((always_inline)) void join() {
     Lanes partner;
     for (int i = 0; i < kWidth; ++i) partner[i] = i ^ distance;
-    const Vector others = __builtin_shuffle(value, partner);
-    const Lanes otherRows = __builtin_shuffle(row, partner);
-    const Lanes better = (others > value) | ((others == value) & (otherRows < row));
-    value = better ? others : value;
-    row = better ? otherRows : row;
+    add({__builtin_shuffle(value, partner), __builtin_shuffle(row, partner)});
     if constexpr (distance > 1) join<distance / 2>();
   }
 };

@@ -62,7 +62,7 @@ class Panel {
 
   // The row of the pivot of column k, which is up to date.
   Index searchColumn(Index k) {
-    Largest search(k);
+    Largest search = Largest::none(k);
     for (Index i = k / kWidth * kWidth; i <= full_; i += kWidth) {
       const Vector values = absolute(load(at(i, k)));
       search.add(lanesFrom(k - i, values, Vector{}), lanes() + i);
@@ -98,7 +98,7 @@ class Panel {
     const Vector factor = splat(-1.0 / *at(k, k));
     Vector row[others + 1];
     for (Index j = 0; j < others; ++j) row[j] = splat(*at(k, k + 1 + j));
-    Largest search(k + 1);
+    Largest search = Largest::none(k + 1);
     Index i = (k + 1) / kWidth * kWidth;
     const Lanes wanted = lanes() + i > k;
     if (i < full_) {
@@ -168,7 +168,7 @@ inline __attribute__((always_inline)) Vector splatLane(Vector values, Index lane
 inline __attribute__((always_inline)) bool eliminateInRegisters(Index k, Vector* c, int* pivots) {
   const Lanes lane = lanes();
   const Lanes self = splatLanes(k);
-  Largest search(k);
+  Largest search = Largest::none(k);
   search.add(lane >= self ? absolute(c[k]) : Vector{}, lane);
   const Vector diagonal = splatLane(c[k], k);
   search.join();

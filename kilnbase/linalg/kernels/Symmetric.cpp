@@ -86,7 +86,7 @@ Found updateColumn(const Eliminated& e, Index k, double sign) {
   double factors[SymmetricKernels::kPanelColumns + 1];
   e.factorsFor(k, sign, factors);
   double* y = packedColumn(e.ap, k);
-  Largest largest(0);
+  Largest largest = Largest::none(0);
   const Index last = k + 1 - kWidth;
   Index i = 0;
   for (; i + 5 * kWidth <= last; i += 4 * kWidth) {

@@ -43,8 +43,12 @@ struct Block {
   double below;
   double factor;
 
-  Block(double a, double b, double c)
-      : above(a / b), below(c / b), factor(1.0 / (1.0 - above * below) / b) {}
+  Block(double a, double b, double c) {
+    const double reciprocal = 1.0 / b;
+    above = a * reciprocal;
+    below = c * reciprocal;
+    factor = reciprocal / (1.0 - above * below);
+  }
 
   // Makes of elements of both columns their multipliers.
   template <class Number>

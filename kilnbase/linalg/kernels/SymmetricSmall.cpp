@@ -20,12 +20,17 @@ class SmallElimination {
  public:
   SmallElimination(Index n, double* ap, int* kpvt) : n_(n), ap_(ap), kpvt_(kpvt) {
     for (Index v = 0; v < vectors; ++v) place_[v] = lanes() + v * kWidth;
+    for (Index j = 0; j < n; ++j) order_[j] = static_cast<int>(j);
+    const Index whole = n / kWidth * kWidth;
+    for (Index j = 0; j < whole; j += kWidth) {
+      for (Index i = 0; i <= j; i += kWidth) expandBlock(i, j);
+    }
+    for (Index j = whole; j < n; ++j) {
+      const double* column = packedColumn(ap, j);
+      for (Index i = 0; i <= j; ++i) rowOf(j)[i] = rowOf(i)[j] = column[i];
+    }
     for (Index j = 0; j < n; ++j) {
-      order_[j] = static_cast<int>(j);
-      double* row = rowOf(j);
-      for (Index i = 0; i <= j; ++i) row[i] = rowOf(i)[j] = ap[i];
-      for (Index i = n; i < kStride; ++i) row[i] = 0.0;
-      ap += j + 1;
+      for (Index i = n; i < kStride; ++i) rowOf(j)[i] = 0.0;
     }
   }
 
@@ -49,13 +54,35 @@ class SmallElimination {
 
   double* rowOf(Index i) { return elements_ + i * kStride; }
 
+  // Copies rows i.. of columns j.., a block of the width of a register, to both sides of the diagonal.
+  void expandBlock(Index i, Index j) {
+    Vector columns[kWidth], rows[kWidth];
+    const double* from = packedColumn(ap_, j) + i;
+    for (Index c = 0; c < kWidth; ++c) {
+      rows[c] = columns[c] = load(from);
+      from += j + c + 1;
+    }
+    transpose(rows);
+    for (Index c = 0; c < kWidth; ++c) {
+      if (i == j) {
+        store(rowOf(j + c) + i, lanesFrom(c + 1, rows[c], columns[c]));
+      } else {
+        store(rowOf(j + c) + i, columns[c]);
+        store(rowOf(i + c) + j, rows[c]);
+      }
+    }
+  }
+
   // Searches a row among the places before k. Of equal elements the first place counts.
   inline __attribute__((always_inline)) Largest search(Index k, const Vector* row) const {
-    Largest found(0);
+    Largest found[vectors];
     for (Index v = 0; v < vectors; ++v) {
-      found.addInAnyOrder(place_[v] < splatLanes(k) ? absolute(row[v]) : Vector{}, place_[v]);
+      found[v] = {place_[v] < splatLanes(k) ? absolute(row[v]) : Vector{}, place_[v]};
     }
-    return found;
+    for (Index distance = 1; distance < vectors; distance *= 2) {
+      for (Index v = 0; v + distance < vectors; v += 2 * distance) found[v].add(found[v + distance]);
+    }
+    return found[0];
   }
 
   Largest searchLast() {
@@ -81,7 +108,7 @@ class SmallElimination {
     const Index r = order_[k];
     const double diagonal = __builtin_fabs(rowOf(r)[r]);
     const double value = found.value[0];
-    if (diagonal >= kAlpha * value || k == 0) return {1, k};
+    if (diagonal >= kAlpha * value || value == 0.0) return {1, k};
     const auto place = static_cast<Index>(found.row[0]);
     const Index c = order_[place];
     return choosePivot(k, {place, value}, diagonal, __builtin_fabs(rowOf(c)[c]),
@@ -165,7 +192,7 @@ class SmallElimination {
   // Updates the rows at the first `count` places, and searches that of the next pivot.
   template <class Update>
   inline __attribute__((always_inline)) Largest updateRows(Index count, const Update& update) {
-    if (count == 0) return Largest(0);
+    if (count == 0) return Largest{};
     Vector sum[vectors];
     update(count - 1, sum);
     const Largest found = search(count - 1, sum);
