@@ -6,26 +6,6 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-inline void swap(double& x, double& y) {
-  const double old = x;
-  x = y;
-  y = old;
-}
-
-// Exchanges rows and columns l < k of the leading matrix of order k + 1.
-void exchange(double* ap, Index l, Index k) {
-  if (l == k) return;
-  double* right = packedColumn(ap, k);
-  double* left = packedColumn(ap, l);
-  for (Index i = 0; i < l; ++i) swap(left[i], right[i]);
-  swap(left[l], right[k]);
-  double* row = left + l;
-  for (Index j = l + 1; j < k; ++j) {
-    row += j;
-    swap(*row, right[j]);
-  }
-}
-
 // The columns that a panel has eliminated: those from `begin` to before `end`.
 struct Eliminated {
   double* ap;

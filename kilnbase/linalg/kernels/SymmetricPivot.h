@@ -7,6 +7,9 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 // See SymmetricKernels::factorSmall.
 Index factorSmallSymmetric(Index n, double* ap, int* kpvt);
+// The same for orders up to kMostTiny.
+constexpr Index kMostTiny = 8;
+Index factorTinySymmetric(Index n, double* ap, int* kpvt);
 
 namespace {
 
@@ -15,6 +18,26 @@ constexpr double kAlpha = 0.6403882032022076;
 
 inline double* packedColumn(double* ap, Index j) {
   return ap + j * (j + 1) / 2;
+}
+
+inline void swap(double& x, double& y) {
+  const double old = x;
+  x = y;
+  y = old;
+}
+
+// Exchanges rows and columns l < k of the leading matrix of order k + 1.
+inline void exchange(double* ap, Index l, Index k) {
+  if (l == k) return;
+  double* right = packedColumn(ap, k);
+  double* left = packedColumn(ap, l);
+  for (Index i = 0; i < l; ++i) swap(left[i], right[i]);
+  swap(left[l], right[k]);
+  double* row = left + l;
+  for (Index j = l + 1; j < k; ++j) {
+    row += j;
+    swap(*row, right[j]);
+  }
 }
 
 // The order of a block, and the row that changes places with its first row.

@@ -225,7 +225,7 @@ Index factorFor(Index n, double* ap, int* kpvt) {
 }  // namespace
 
 Index factorSmallSymmetric(Index n, double* ap, int* kpvt) {
-  return factorFor(n, ap, kpvt);
+  return n <= kMostTiny ? factorTinySymmetric(n, ap, kpvt) : factorFor(n, ap, kpvt);
 }
 
 }  // namespace vxKilnBase::kernels::KILN_ISA
