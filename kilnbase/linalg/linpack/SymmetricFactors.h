@@ -28,16 +28,20 @@ struct SymmetricFactors : PackedUpper<const double> {
   /// The row that changed places with the first row of the block of row k.
   Index exchanged(Index k) const { return std::abs(kpvt[k]) - 1; }
 
-  /// Solves with the block of order 2 in rows k - 1 and k.
-  void solveBlock(Index k, double& above, double& below) const {
-    const double off = at(k - 1, k);
-    const double d = at(k, k) / off;
-    const double dAbove = at(k - 1, k - 1) / off;
-    const double b = below / off;
-    const double bAbove = above / off;
-    const double denominator = d * dAbove - 1.0;
-    below = (dAbove * b - bAbove) / denominator;
-    above = (d * bAbove - b) / denominator;
+  /// Divides x by the block of D whose first row is k.
+  void divideByBlock(Index k, double* x) const {
+    if (orderOfBlock(k) == 1) {
+      x[k] /= at(k, k);
+      return;
+    }
+    const double beside = at(k, k + 1);
+    const double above = at(k, k) / beside;
+    const double below = at(k + 1, k + 1) / beside;
+    const double first = x[k] / beside;
+    const double second = x[k + 1] / beside;
+    const double denominator = above * below - 1.0;
+    x[k] = (below * first - second) / denominator;
+    x[k + 1] = (above * second - first) / denominator;
   }
 };
 

@@ -27,7 +27,7 @@ void solveBlock(const SymmetricFactors& f, Index k, ScaledVector& v) {
   if (f.orderOfBlock(k) == 1) {
     v.divide(k, f.at(k, k));
   } else {
-    f.solveBlock(k, v.z[k - 1], v.z[k]);
+    f.divideByBlock(k - 1, v.z);
   }
 }
 
