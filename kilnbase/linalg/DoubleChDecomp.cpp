@@ -1,19 +1,22 @@
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 
 #include <kilnbase/detail/assert.h>
 #include <kilnbase/linalg/DoubleChDecomp.h>
+#include <kilnbase/linalg/detail/PivotedOrder.h>
 #include <kilnbase/linalg/detail/errors.h>
 #include <kilnbase/linalg/linpack/dchdc.h>
 #include <kilnbase/linalg/linpack/dchdd.h>
 #include <kilnbase/linalg/linpack/dchex.h>
 #include <kilnbase/linalg/linpack/dchud.h>
-#include <kilnbase/linalg/linpack/triangular.h>
+#include <kilnbase/linalg/linpack/rightHandSides.h>
 
 namespace {
 
 namespace detail = vxKilnBase::detail;
+using vxKilnBase::detail::PivotedOrder;
 
 // Up to this order the work vector is on the stack.
 constexpr unsigned kSmallOrder = 64;
@@ -63,22 +66,23 @@ DoubleChDecomp::DoubleChDecomp(const DoubleGenMat& a) {
 }
 
 void DoubleChDecomp::factor(const DoubleGenMat& a) {
+  if (a.rows() < a.cols()) {
+    detail::raiseTooFewRows(static_cast<int>(a.rows()), static_cast<int>(a.cols()));
+  }
   reference(a.copy());
   dofactor();
 }
 
 void DoubleChDecomp::dofactor() {
-  const auto rowCount = static_cast<int>(rows());
-  if (rows() < cols()) detail::raiseTooFewRows(rowCount, static_cast<int>(cols()));
-  makeContiguous();
   if (pivoting_ != 0) pvts_.resize(cols());
   pvts_.deepenShallowCopy();
   double few[kSmallOrder];
   const RWBlock many(pivoting_ != 0 && order() > kSmallOrder ? order() : 0, sizeof(double));
   double* work = order() > kSmallOrder ? static_cast<double*>(many.data) : few;
   const bool noMemory = pivoting_ != 0 && work == nullptr;
-  info_ = vxKilnBase::linpack::dchdc(data(), rowCount, noMemory ? 0 : static_cast<int>(order()),
-                                     work, pvts_.data(), pivoting_ != 0 ? 1 : 0);
+  info_ = vxKilnBase::linpack::dchdc(data(), static_cast<int>(rows()),
+                                     noMemory ? 0 : static_cast<int>(order()), work, pvts_.data(),
+                                     pivoting_ != 0 ? 1 : 0);
   std::for_each(pvts_.data(), pvts_.data() + pvts_.length(), [](int& pivot) { --pivot; });
   permuted_ = pivoting_;
 }
@@ -124,52 +128,78 @@ double DoubleChDecomp::condition() const {
 }
 
 DoubleVec DoubleChDecomp::solve(const DoubleVec& b) const {
-  if (!agree(b.length(), order(), detail::raiseRightSideLength)) return DoubleVec();
-  if (fail() || info_ < 0) detail::raiseNotFactored();
-  DoubleVec x = solveLeading(b, factoredColumns());
-  x.resize(order());
-  return unpermute(x);
+  return solve(DoubleGenMat(b, b.length(), 1)).dataVec();
+}
+
+DoubleGenMat DoubleChDecomp::solve(const DoubleGenMat& b) const {
+  if (!agree(b.rows(), order(), detail::raiseRightSideLength)) return DoubleGenMat();
+  if (factoredColumns() == 0 && !isPD()) detail::raiseNotFactored();
+  const PivotedOrder pivoted(pivotsOfFactor(), order());
+  DoubleGenMat x = pivoted.permuteRows(b);
+  solveInPlace(factoredColumns(), x);
+  return pivoted.unpermuteRows(x, factoredColumns());
 }
 
 DoubleVec DoubleChDecomp::partialSolve(const DoubleVec& b, unsigned k) const {
   if (!agree(b.length(), order(), detail::raiseRightSideLength)) return DoubleVec();
   if (k > factoredColumns()) detail::raiseNotFactored();
-  return solveLeading(b, std::min(k, factoredColumns()));
+  k = std::min(k, factoredColumns());
+  const DoubleVec permuted = permute(b);
+  DoubleGenMat x(permuted, permuted.length(), 1);
+  solveInPlace(k, x);
+  x.resize(k, 1);
+  return x.dataVec();
 }
 
 unsigned DoubleChDecomp::factoredColumns() const {
   return info_ > 0 ? std::min(static_cast<unsigned>(info_), order()) : 0;
 }
 
-// Solves for the leading k columns, which have been factored.
-DoubleVec DoubleChDecomp::solveLeading(const DoubleVec& b, unsigned k) const {
-  DoubleVec x = permute(b);
-  x.resize(k);
-  const DoubleVec r = contiguous(*this);
-  vxKilnBase::linpack::solveUpperTransposed(r.data(), rows(), k, x.data());
-  vxKilnBase::linpack::solveUpper(r.data(), rows(), k, x.data());
-  return x;
+// Elimination ended before the last column. What stands behind the factored rows is a remainder of
+// A, not a part of R.
+bool DoubleChDecomp::isPartial() const {
+  return info_ >= 0 && factoredColumns() < order();
 }
 
-// Where element i of the factor's order stands in the order of A.
-int DoubleChDecomp::originalPlace(int i) const {
-  if (permuted_ == 0 || i >= static_cast<int>(pvts_.length())) return i;
-  const int place = pvts_(i);
-  return place >= 0 && place < static_cast<int>(order()) ? place : i;
+// The rows of R that rotations are about to fill.
+void DoubleChDecomp::clearUnfactoredRows() {
+  if (!isPartial()) return;
+  for (int i = info_; i < static_cast<int>(order()); ++i) {
+    row(i).slice(i, order() - static_cast<unsigned>(i)) = 0.0;
+  }
+}
+
+// Counts the factored columns of R anew after rotations; those before column `first` stay factored.
+// Of a factor that was complete all do.
+void DoubleChDecomp::growFactoredBlock(int first) {
+  if (!isPartial()) return;
+  info_ = first;
+  while (info_ < static_cast<int>(order()) && isIndependent(info_)) ++info_;
+}
+
+// Whether the diagonal element of column j of R is more than the rounding errors of the column.
+bool DoubleChDecomp::isIndependent(int j) const {
+  const DoubleVec column = col(j).slice(0, static_cast<unsigned>(j) + 1);
+  const double tolerance = order() * std::numeric_limits<double>::epsilon();
+  return std::abs(column(j)) > tolerance * column.vecLen();
+}
+
+// Solves for the leading k columns, which are factored, in the first k rows of X.
+void DoubleChDecomp::solveInPlace(unsigned k, DoubleGenMat& x) const {
+  const DoubleVec r = contiguous(*this);
+  const vxKilnBase::linpack::Columns leading = {x.data(), x.rows(), k, x.cols()};
+  vxKilnBase::linpack::solveUpperTransposed(r.data(), rows(), leading);
+  vxKilnBase::linpack::solveUpper(r.data(), rows(), leading);
 }
 
 DoubleVec DoubleChDecomp::permute(const DoubleVec& v) const {
-  DoubleVec result = v.copy();
-  if (!agree(v.length(), order(), detail::raisePermutedLength)) return result;
-  for (int i = 0; i < static_cast<int>(order()); ++i) result(i) = v(originalPlace(i));
-  return result;
+  if (!agree(v.length(), order(), detail::raisePermutedLength)) return v.copy();
+  return PivotedOrder(pivotsOfFactor(), order()).permute(v);
 }
 
 DoubleVec DoubleChDecomp::unpermute(const DoubleVec& v) const {
-  DoubleVec result = v.copy();
-  if (!agree(v.length(), order(), detail::raisePermutedLength)) return result;
-  for (int i = 0; i < static_cast<int>(order()); ++i) result(originalPlace(i)) = v(i);
-  return result;
+  if (!agree(v.length(), order(), detail::raisePermutedLength)) return v.copy();
+  return PivotedOrder(pivotsOfFactor(), order()).unpermute(v);
 }
 
 void DoubleChDecomp::shift(int first, int last, int direction, DoubleGenMat* z, DoubleVec* c,
@@ -184,6 +214,7 @@ void DoubleChDecomp::shift(int first, int last, int direction, DoubleGenMat* z, 
   if (hasColumns) dropUnlessLength(s, rotations, detail::raiseRotationsLength);
   if (!hasDirection || !hasColumns) return;
   makeContiguous();
+  clearUnfactoredRows();
   Result columns(z, 0, 0.0);
   Result cosines(c, rotations, 0.0);
   Result sines(s, rotations, 0.0);
@@ -191,9 +222,13 @@ void DoubleChDecomp::shift(int first, int last, int direction, DoubleGenMat* z, 
   vxKilnBase::linpack::dchex(data(), height, static_cast<int>(order()), first + 1, last + 1,
                              columns.data(), height, z != nullptr ? static_cast<int>(z->cols()) : 0,
                              cosines.data(), sines.data(), direction == 1 ? 1 : 2);
+  growFactoredBlock(std::min(info_, first));
 }
 
-int DoubleChDecomp::changeRow(RowRoutine routine, const DoubleVec& x, DoubleGenMat* z,
+// Checks the arguments of `update` and `downdate` and calls `routine` with those of dchud and
+// dchdd.
+template <class Routine>
+int DoubleChDecomp::changeRow(const Routine& routine, const DoubleVec& x, DoubleGenMat* z,
                               const DoubleVec* y, DoubleVec* rho, DoubleVec* c, DoubleVec* s) {
   const unsigned n = order();
   const unsigned columns = z != nullptr ? z->cols() : 0;
@@ -222,14 +257,19 @@ int DoubleChDecomp::changeRow(RowRoutine routine, const DoubleVec& x, DoubleGenM
 
 void DoubleChDecomp::update(const DoubleVec& x, DoubleGenMat* z, const DoubleVec* y, DoubleVec* rho,
                             DoubleVec* c, DoubleVec* s) {
-  const RowRoutine routine = [](auto... arguments) {
+  const auto routine = [this](auto... arguments) {
+    clearUnfactoredRows();
     vxKilnBase::linpack::dchud(arguments...);
     return 0;
   };
   changeRow(routine, x, z, y, rho, c, s);
+  growFactoredBlock(info_);
 }
 
 int DoubleChDecomp::downdate(const DoubleVec& x, DoubleGenMat* z, const DoubleVec* y,
                              DoubleVec* rho, DoubleVec* c, DoubleVec* s) {
-  return changeRow(vxKilnBase::linpack::dchdd, x, z, y, rho, c, s);
+  const auto routine = [this](auto... arguments) {
+    return isPartial() ? -1 : vxKilnBase::linpack::dchdd(arguments...);
+  };
+  return changeRow(routine, x, z, y, rho, c, s);
 }

@@ -21,12 +21,22 @@ unsigned DoubleLeastSqQR::numFreeCols() const {
   return cols() - determined;
 }
 
+unsigned DoubleLeastSqQR::determinedColumns() const {
+  return cols() - numFreeCols();
+}
+
 DoubleVec DoubleLeastSqQR::solve(const DoubleVec& b) const {
-  const unsigned freeColumns = numFreeCols();
-  if (freeColumns == 0) return DoubleQRDecomp::solve(b);
-  return solveLeading(b, cols() - freeColumns);
+  return solve(DoubleGenMat(b, b.length(), 1)).dataVec();
+}
+
+DoubleGenMat DoubleLeastSqQR::solve(const DoubleGenMat& b) const {
+  return solveLeading(b, determinedColumns());
 }
 
 DoubleVec DoubleLeastSqQR::residual(const DoubleVec& b) const {
-  return computeResidualVec(b, regularColumns(cols() - numFreeCols()));
+  return computeResidualVec(b, regularColumns(determinedColumns()));
+}
+
+DoubleGenMat DoubleLeastSqQR::residual(const DoubleGenMat& b) const {
+  return residualsOf(b, regularColumns(determinedColumns()));
 }

@@ -3,13 +3,19 @@
 #include <utility>
 
 #include <kilnbase/linalg/DoubleQRDecomp.h>
+#include <kilnbase/linalg/detail/PivotedOrder.h>
 #include <kilnbase/linalg/detail/errors.h>
 #include <kilnbase/linalg/linpack/dqrdc.h>
 #include <kilnbase/linalg/linpack/dqrsl.h>
+#include <kilnbase/linalg/linpack/rightHandSides.h>
 
 namespace detail = vxKilnBase::detail;
+using vxKilnBase::detail::PivotedOrder;
+using vxKilnBase::linpack::Columns;
 using vxKilnBase::linpack::dqrdc;
 using vxKilnBase::linpack::dqrsl;
+using vxKilnBase::linpack::OrthogonalFactor;
+using vxKilnBase::linpack::solveUpper;
 
 namespace {
 
@@ -20,26 +26,47 @@ constexpr int kCoefficients = 100;
 constexpr int kResidual = 10;
 constexpr int kFit = 1;
 
+// Multiplies the columns of C by the Q of the first `count` transformations.
+class QTimesColumns {
+ public:
+  QTimesColumns(const DoubleVec& factors, const DoubleVec& qraux, unsigned count, DoubleGenMat& c)
+      : q_{factors.data(), c.rows(), c.rows(), count, qraux.data()},
+        columns_{c.data(), c.rows(), c.rows(), c.cols()},
+        work_(OrthogonalFactor::needsWork(c.cols()) ? c.rows() : 0, OrthogonalFactor::kWorkPerRow) {
+  }
+
+  void multiply() const { q_.multiply(columns_, static_cast<double*>(work_.data)); }
+  void multiplyTransposed() const {
+    q_.multiplyTransposed(columns_, static_cast<double*>(work_.data));
+  }
+  Columns leadingRows() const { return {columns_.x, columns_.ld, q_.k, columns_.count}; }
+
+ private:
+  OrthogonalFactor q_;
+  Columns columns_;
+  RWBlock work_;
+};
+
 }  // namespace
 
 void DoubleQRDecomp::factor(const DoubleGenMat& a) {
-  reference(a.copy());
-  dofactor();
-}
-
-void DoubleQRDecomp::dofactor() {
-  deepenShallowCopy();
+  const unsigned n = a.cols();
+  DoubleGenMat factors = a.copy();
   // New vectors: pivots() and copies of this decomposition may still view the old ones.
-  pvts_.reference(IntVec(cols(), 0));
-  qraux_.reference(DoubleVec(cols()));
-  DoubleVec work(cols());
-  dqrdc(data(), static_cast<int>(rows()), static_cast<int>(rows()), static_cast<int>(cols()),
-        qraux_.data(), pvts_.data(), work.data(), pivoting_ != 0 ? 1 : 0);
+  IntVec pivots(n, 0);
+  DoubleVec qraux(n), work(n);
+  if (std::min({factors.cols(), pivots.length(), qraux.length(), work.length()}) < n) return;
+  const auto height = static_cast<int>(a.rows());
+  dqrdc(factors.data(), height, height, static_cast<int>(n), qraux.data(), pivots.data(),
+        work.data(), pivoting_ != 0 ? 1 : 0);
   if (pivoting_ != 0) {
-    pvts_ -= 1;
+    pivots -= 1;
   } else {
-    std::iota(pvts_.data(), pvts_.data() + cols(), 0);
+    std::iota(pivots.data(), pivots.data() + n, 0);
   }
+  reference(factors);
+  pvts_.reference(pivots);
+  qraux_.reference(qraux);
 }
 
 int DoubleQRDecomp::doPivoting(int on) {
@@ -72,19 +99,39 @@ unsigned DoubleQRDecomp::regularColumns(unsigned k) const {
 }
 
 DoubleVec DoubleQRDecomp::solve(const DoubleVec& b) const {
-  if (cols() == 0 && b.length() == rows()) detail::raiseNotFactored();
+  return solve(DoubleGenMat(b, b.length(), 1)).dataVec();
+}
+
+DoubleGenMat DoubleQRDecomp::solve(const DoubleGenMat& b) const {
   return solveLeading(b, diagonalLength());
 }
 
-DoubleVec DoubleQRDecomp::solveLeading(const DoubleVec& b, unsigned k) const {
-  DoubleVec x = partialSolve(b, k);
-  if (b.length() != rows()) return x;
-  x.resize(cols());
-  return unpermute(x);
+DoubleGenMat DoubleQRDecomp::solveLeading(const DoubleGenMat& b, unsigned k) const {
+  if (!lengthAgrees(b.rows())) return DoubleGenMat();
+  if (cols() == 0) detail::raiseNotFactored();
+  const DoubleVec factors = elements();
+  const unsigned count = regularColumns(usableColumns(k));
+  DoubleGenMat c = b.copy();
+  const QTimesColumns q(factors, qraux_, count, c);
+  q.multiplyTransposed();
+  solveUpper(factors.data(), rows(), q.leadingRows());
+  return PivotedOrder(pvts_, cols()).unpermuteRows(c, count);
+}
+
+DoubleGenMat DoubleQRDecomp::residualsOf(const DoubleGenMat& b, unsigned k) const {
+  if (!lengthAgrees(b.rows())) return DoubleGenMat();
+  const DoubleVec factors = elements();
+  const unsigned count = usableColumns(k);
+  DoubleGenMat c = b.copy();
+  const QTimesColumns q(factors, qraux_, count, c);
+  q.multiplyTransposed();
+  for (int j = 0; j < static_cast<int>(c.cols()); ++j) c.col(j).slice(0, count) = 0.0;
+  q.multiply();
+  return c;
 }
 
 DoubleVec DoubleQRDecomp::partialSolve(const DoubleVec& b, unsigned k) const {
-  if (!lengthAgrees(b)) return DoubleVec();
+  if (!lengthAgrees(b.length())) return DoubleVec();
   k = usableColumns(k);
   DoubleVec qty = b.copy();
   DoubleVec x(k, 0.0);
@@ -110,43 +157,44 @@ DoubleVec DoubleQRDecomp::computeResidualVec(const DoubleVec& y, unsigned k) con
 
 // Runs a job of dqrsl whose one result is as long as y.
 DoubleVec DoubleQRDecomp::transform(const DoubleVec& y, unsigned k, int job) const {
-  if (!lengthAgrees(y)) return DoubleVec();
+  if (!lengthAgrees(y.length())) return DoubleVec();
   DoubleVec result = y.copy();
   run(job, usableColumns(k), result.data(), nullptr);
   return result;
 }
 
-// How many of the first k columns have a transformation, whatever has become of the matrix part.
+// How many of the first k columns have a transformation. (The matrix part may have been rebound.)
 unsigned DoubleQRDecomp::usableColumns(unsigned k) const {
   return std::min({k, diagonalLength(), qraux_.length()});
 }
 
-// Runs dqrsl on the first k columns, in place of y but for the coefficients.
+// The elements of the matrix part, contiguous: a view where possible.
+DoubleVec DoubleQRDecomp::elements() const {
+  return stride() == 1 ? DoubleVec(*this) : DoubleVec(*this).copy();
+}
+
+// Runs dqrsl on the first k columns. All results but the coefficients replace y.
 void DoubleQRDecomp::run(int job, unsigned k, double* y, double* coefficients) const {
-  const DoubleVec factors = stride() == 1 ? DoubleVec(*this) : DoubleVec(*this).copy();
+  const DoubleVec factors = elements();
   const auto height = static_cast<int>(rows());
   dqrsl(factors.data(), height, height, static_cast<int>(k), qraux_.data(), y, y, y, coefficients,
         y, y, job);
 }
 
-bool DoubleQRDecomp::lengthAgrees(const DoubleVec& y) const {
-  if (y.length() == rows()) return true;
-  detail::raiseRightSideLength(y.length(), rows());
+bool DoubleQRDecomp::lengthAgrees(unsigned length) const {
+  if (length == rows()) return true;
+  detail::raiseRightSideLength(length, rows());
   return false;
 }
 
 DoubleVec DoubleQRDecomp::permute(const DoubleVec& v) const {
-  if (v.length() == cols()) return v.vecPick(pvts_);
+  if (v.length() == cols()) return PivotedOrder(pvts_, cols()).permute(v);
   detail::raisePermutedLength(v.length(), cols());
   return v.copy();
 }
 
 DoubleVec DoubleQRDecomp::unpermute(const DoubleVec& v) const {
-  DoubleVec result = v.copy();
-  if (v.length() == cols()) {
-    result.vecPick(pvts_) = v;
-  } else {
-    detail::raisePermutedLength(v.length(), cols());
-  }
-  return result;
+  if (v.length() == cols()) return PivotedOrder(pvts_, cols()).unpermute(v);
+  detail::raisePermutedLength(v.length(), cols());
+  return v.copy();
 }

@@ -1,25 +1,43 @@
 // QR decomposition with column pivoting.
 #pragma once
 
+#include <utility>
+
 #include <kilnbase/linalg/DoubleGenMat.h>
 #include <kilnbase/linalg/IntVec.h>
 
 /// The QR decomposition A P = Q R of an m by n matrix, by Householder transformations, with column
 /// pivoting by default.
 ///
-/// R is the upper triangle of this object's own matrix part; below it stand the Householder
-/// vectors. Pivoting takes the columns of A in the order in which they add most to those before, so
-/// that a column that depends on others comes late and shows as a small or zero diagonal element of
-/// R. Factor once, solve for many right-hand sides; for least squares with a tolerance that decides
-/// which columns are dependent use DoubleLeastSqQR.
+/// Factor once, solve for many right-hand sides. For least squares with a tolerance that decides
+/// which columns are dependent, use DoubleLeastSqQR. docs/decompositions.md compares all
+/// decompositions.
 ///
-///     DoubleQRDecomp qr(a);
-///     if (!qr.isSingular()) x = qr.solve(b);
+///     DoubleGenMat a(3, 2, 1.0);
+///     a.col(1) = DoubleVec(3, 0.0, 1.0);  // row i is the equation x(0) + i x(1) = b(i)
+///     const DoubleVec b(3, 1.0, 2.0);
+///     const DoubleQRDecomp qr(a);
+///     if (!qr.isSingular()) {
+///       const DoubleVec x = qr.solve(b);  // (1, 2)
+///     }
+///
+/// R is the upper triangle of this object's own matrix part; below the diagonal stand the
+/// Householder vectors. Pivoting takes the columns in the order in which they add most to the
+/// columns before them. A column that depends on others therefore comes late, and shows as a small
+/// or zero diagonal element of R.
 ///
 /// The members that take a count k use the first k columns in pivot order; a k above min(m, n)
-/// counts as min(m, n). Copy construction shares the factors and pivots with the original,
-/// **assignment copies elements** between decompositions of the same size, both factored. Errors
-/// are raised by number through MathError.h. For one thread at a time.
+/// counts as min(m, n).
+///
+/// Copy construction shares the factors and the pivots with the original. **Assignment, also from a
+/// temporary, copies elements** between decompositions of the same size. `swap(a, b)` and
+/// `std::ranges::swap` exchange everything. A qualified `std::swap` and algorithms that assign
+/// (`std::sort`, `std::exchange`) raise 0x4004 instead, because an object that was moved from is
+/// empty.
+///
+/// Errors are raised by number through MathError.h. Each function tells what happens when the
+/// handler returns; an assignment between different sizes then leaves wrong factors, but no access
+/// outside the storage. For one thread at a time.
 class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
  public:
   /// Nothing factored: 0 by 0.
@@ -27,44 +45,61 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   /// Factors a copy of `a`.
   explicit DoubleQRDecomp(const DoubleGenMat& a) { factor(a); }
   DoubleQRDecomp(const DoubleQRDecomp& other) = default;
+  /// Takes over `other`, which is empty afterwards.
+  DoubleQRDecomp(DoubleQRDecomp&& other) noexcept { swap(*this, other); }
   DoubleQRDecomp& operator=(const DoubleQRDecomp& other) = default;
   ~DoubleQRDecomp() = default;
 
-  /// Factors a copy of `a` in place of what was here before; all its columns take part in pivoting.
+  friend void swap(DoubleQRDecomp& a, DoubleQRDecomp& b) noexcept {
+    swap(static_cast<DoubleGenMat&>(a), static_cast<DoubleGenMat&>(b));
+    swap(a.pvts_, b.pvts_);
+    swap(a.qraux_, b.qraux_);
+    std::swap(a.pivoting_, b.pivoting_);
+  }
+
+  /// Factors a copy of `a` and forgets the earlier factors. All columns take part in pivoting.
+  /// Without memory (0x3008) keeps the earlier factors.
   void factor(const DoubleGenMat& a);
 
   /// Turns pivoting on or off for the next `factor`, and returns the old setting (initially 1).
   int doPivoting(int on);
-  /// Element j tells which column of A, from 0, is the j-th of the decomposition.
+  /// A view: column pivots()(j) of A, from 0, is the j-th column of the decomposition.
   IntVec pivots() const { return pvts_; }
 
-  /// min(m, n) less the number of diagonal elements of R that are exactly 0.
+  /// min(m, n) minus the number of diagonal elements of R that are exactly 0.
   unsigned rank() const;
-  /// Whether the rank is neither the number of rows nor that of columns.
+  /// Whether the rank is neither the number of rows nor the number of columns.
   bool isSingular() const;
 
-  /// The x, of n elements, that makes |A x - b| least; where rows < columns, one whose unknowns
-  /// beyond the first m in pivot order are 0. From the first 0 on the diagonal of R on, unknowns
-  /// are 0 too: rank deficiency is no error. Raises 0x5002 unless b has m elements, returning an
-  /// empty vector, and 0x5011 when the decomposition has no columns.
+  /// The x, new, of n elements, for which |A x - b| is least.
+  ///
+  /// Where m < n, the unknowns beyond the first m in pivot order are 0. From the first 0 on the
+  /// diagonal of R on, unknowns are 0 too: rank deficiency is no error. Raises 0x5002 unless b has
+  /// m elements; then returns an empty vector. Raises 0x5011 when there are no columns.
   DoubleVec solve(const DoubleVec& b) const;
-  /// The k unknowns, in pivot order, that fit b best with the first k columns alone; 0 from the
-  /// first 0 on the diagonal of R on. Raises 0x5002 as `solve` does.
+  /// Solves for each column of B: column j of the result is `solve` of column j up to rounding. The
+  /// errors are the same; 0x5002 tells the number of rows of B and returns a 0 by 0 matrix. From 8
+  /// columns on several times as fast as column by column.
+  DoubleGenMat solve(const DoubleGenMat& b) const;
+  /// The k unknowns, in pivot order, for which the first k columns alone fit b best; they are 0
+  /// from the first 0 on the diagonal of R on. Raises 0x5002 as `solve` does.
   DoubleVec partialSolve(const DoubleVec& b, unsigned k) const;
 
-  /// Each of these takes and returns m elements, and raises 0x5002 for another length, returning an
-  /// empty vector. Q y and Qᵀ y, Q being the product of the first k transformations:
+  /// Q y, where Q is the product of the first k transformations. This and the next three functions
+  /// return a new vector of m elements. They raise 0x5002 unless y has m elements, and then return
+  /// an empty vector.
   DoubleVec computeQy(const DoubleVec& y, unsigned k) const;
+  /// Qᵀ y.
   DoubleVec computeQTy(const DoubleVec& y, unsigned k) const;
-  /// The projection of y on the first k columns: what the best fit by them makes of it.
+  /// The projection of y on the first k columns: the best fit of y by these columns.
   DoubleVec computeXb(const DoubleVec& y, unsigned k) const;
-  /// y less its projection on the first k columns.
+  /// y minus its projection on the first k columns.
   DoubleVec computeResidualVec(const DoubleVec& y, unsigned k) const;
 
   /// A new vector of the elements of `v`, one for each column of A, in pivot order. Raises 0x5004
-  /// unless it has n elements, returning a copy.
+  /// unless `v` has n elements; then returns a copy.
   DoubleVec permute(const DoubleVec& v) const;
-  /// Undoes `permute`.
+  /// The inverse of `permute`, with the same errors.
   DoubleVec unpermute(const DoubleVec& v) const;
 
  protected:
@@ -72,12 +107,15 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   unsigned diagonalLength() const;
   /// How many of the first k columns come before the first 0 on the diagonal of R.
   unsigned regularColumns(unsigned k) const;
-  /// The solution by the first k columns, all other unknowns being 0, in the order of A.
-  DoubleVec solveLeading(const DoubleVec& b, unsigned k) const;
+  /// For each column of B the solution by the first k columns of the decomposition. All other
+  /// unknowns are 0. Raises the errors of `solve`.
+  DoubleGenMat solveLeading(const DoubleGenMat& b, unsigned k) const;
+  /// `computeResidualVec` of each column of B.
+  DoubleGenMat residualsOf(const DoubleGenMat& b, unsigned k) const;
 
  private:
-  void dofactor();
-  bool lengthAgrees(const DoubleVec& y) const;
+  bool lengthAgrees(unsigned length) const;
+  DoubleVec elements() const;
   DoubleVec transform(const DoubleVec& y, unsigned k, int job) const;
   unsigned usableColumns(unsigned k) const;
   void run(int job, unsigned k, double* y, double* coefficients) const;

@@ -3,37 +3,25 @@
 #include <kilnbase/linalg/DoubleSVDecomp.h>
 #include <kilnbase/linalg/linpack/dsvdc.h>
 
-namespace {
-
-// Gives the result storage of its own, so that views of the last one keep it.
-void renew(DoubleVec& v, unsigned n) {
-  v.resize(n);
-  v.deepenShallowCopy();
-}
-
-void renew(DoubleGenMat& a, unsigned m, unsigned n) {
-  a.resize(m, n);
-  a.deepenShallowCopy();
-}
-
-}  // namespace
-
 void DoubleSVDecomp::factor(const DoubleGenMat& a) {
-  const unsigned m = a.rows(), n = a.cols();
-  if (leftDigit() != 0) renew(u_, m, leftDigit() == 1 ? m : std::min(m, n));
-  if (rightDigit() != 0) renew(v_, n, n);
-  renew(singularValues_, std::min(m + 1, n));
-  renew(e_, n);
-  info_ = 0;
-  if (std::min(m, n) > 0) {
-    DoubleVec work(m);
-    DoubleGenMat x = a.deepCopy();
-    const int rows = static_cast<int>(m), columns = static_cast<int>(n);
-    info_ =
-        vxKilnBase::linpack::dsvdc(x.data(), rows, rows, columns, singularValues_.data(), e_.data(),
-                                   u_.data(), rows, v_.data(), columns, work.data(), job_);
-  }
-  singularValues_.resize(std::min(m, n));
+  const unsigned m = a.rows(), n = a.cols(), order = std::min(m, n);
+  const bool left = leftDigit() != 0, right = rightDigit() != 0;
+  // New storage: views of the earlier results keep theirs.
+  DoubleGenMat x = a.copy(), u = u_, v = v_;
+  if (left) u.reference(DoubleGenMat(m, leftDigit() == 1 ? m : order, 0.0));
+  if (right) v.reference(DoubleGenMat(n, n, 0.0));
+  DoubleVec values(std::min(m + 1, n)), e(n, 0.0), work(m);
+  const bool stored =
+      x.rows() == m && e.length() == n && work.length() == m && values.length() >= order;
+  if (!stored || (left && u.rows() != m) || (right && v.rows() != n)) return;
+  const int rows = static_cast<int>(m), columns = static_cast<int>(n);
+  info_ = vxKilnBase::linpack::dsvdc(x.data(), rows, rows, columns, values.data(), e.data(),
+                                     u.data(), rows, v.data(), columns, work.data(), job_);
+  values.resize(order);
+  singularValues_.reference(values);
+  e_.reference(e);
+  u_.reference(u);
+  v_.reference(v);
 }
 
 int DoubleSVDecomp::computeLeftVecs(int on) {

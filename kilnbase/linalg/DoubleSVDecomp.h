@@ -1,57 +1,81 @@
 // Singular value decomposition.
 #pragma once
 
+#include <utility>
+
 #include <kilnbase/linalg/DoubleGenMat.h>
 
-/// The singular value decomposition A = U S Vᵀ of an m by n matrix: U and V orthogonal, S diagonal,
-/// its values not negative and in descending order.
+/// The singular value decomposition A = U S Vᵀ of an m by n matrix: U and V are orthogonal, S is
+/// diagonal, and its elements, the singular values, are not negative and in descending order.
 ///
-/// It tells rank, null space and condition reliably, of any matrix; for solving least-squares
-/// problems DoubleLeastSqQR is several times faster.
+/// It tells rank, null space and condition of any matrix reliably. For least-squares problems
+/// DoubleLeastSqQR is several times faster. docs/decompositions.md compares all decompositions.
 ///
-///     DoubleSVDecomp svd(a);
-///     if (svd.good()) condition = svd.singularValues()(0) / svd.singularValues()(last);
+///     DoubleGenMat a(3, 2, 1.0);
+///     a(0, 1) = 1.001;
+///     const DoubleSVDecomp svd(a);
+///     if (svd.good()) {
+///       const DoubleVec shortened = svd.rightVecs().col(1);  // what A shortens most
+///       const DoubleVec values = svd.singularValues();       // condition: values(0) / values(1)
+///     }
 ///
-/// Which vectors are computed is set for the next `factor`; initially all. The members that return
-/// vectors and matrices return views: they keep showing the same decomposition when this object
-/// factors another matrix. Copy construction shares the results with the original, **assignment
-/// copies elements** between decompositions of the same size. Elements of any magnitude are in
-/// order as long as the singular values are in range; one that is infinite or NaN makes the
-/// decomposition fail. For one thread at a time.
+/// Which vectors are computed is set for the next `factor`; initially all. Elements of A may have
+/// any magnitude as long as the singular values are in range. An infinite or NaN element makes the
+/// decomposition fail.
+///
+/// The members that return vectors and matrices return views, which keep showing the same
+/// decomposition when this object factors another matrix. Copy construction shares the results with
+/// the original. **Assignment, also from a temporary, copies elements** between decompositions of
+/// the same size. `swap(a, b)` and `std::ranges::swap` exchange everything. A qualified `std::swap`
+/// and algorithms that assign (`std::sort`, `std::exchange`) raise 0x300F and 0x4004 instead,
+/// because an object that was moved from is empty. For one thread at a time.
 class KILNBASE_API DoubleSVDecomp {
  public:
   /// Nothing factored: `fail()` is true.
   DoubleSVDecomp() = default;
-  /// Factors `a` with all left and the right vectors.
+  /// Factors `a` with all left and right vectors.
   explicit DoubleSVDecomp(const DoubleGenMat& a) { factor(a); }
   DoubleSVDecomp(const DoubleSVDecomp& other) = default;
+  /// Takes over `other`, which is empty afterwards.
+  DoubleSVDecomp(DoubleSVDecomp&& other) noexcept { swap(*this, other); }
   DoubleSVDecomp& operator=(const DoubleSVDecomp& other) = default;
   ~DoubleSVDecomp() = default;
 
-  /// Factors a copy of `a` in place of what was here before. Vectors that are not wanted stay as
-  /// they were.
+  friend void swap(DoubleSVDecomp& a, DoubleSVDecomp& b) noexcept {
+    swap(a.singularValues_, b.singularValues_);
+    swap(a.e_, b.e_);
+    swap(a.u_, b.u_);
+    swap(a.v_, b.v_);
+    std::swap(a.info_, b.info_);
+    std::swap(a.job_, b.job_);
+  }
+
+  /// Factors a copy of `a` and forgets the earlier results. Vectors that are not wanted stay as
+  /// they were. Without memory (0x3008) keeps all earlier results.
   void factor(const DoubleGenMat& a);
 
-  /// Whether left vectors are wanted, initially all of them; turned on again they are all wanted.
-  /// Returns the old setting, 0 or 1.
+  /// Says whether the next `factor` computes left vectors: initially all of them, and all of them
+  /// again when they are turned on again. Returns the old setting, 0 or 1.
   int computeLeftVecs(int on);
-  /// Whether all m left vectors are wanted, or the first min(m, n); nothing changes while none are.
-  /// Returns 1 if all were wanted, otherwise 0.
+  /// Says whether the next `factor` computes all m left vectors or the first min(m, n). Changes
+  /// nothing while none are wanted. Returns 1 if all were wanted, otherwise 0.
   int computeAllLeftVecs(int on);
-  /// Whether right vectors are wanted, initially so. Returns the old setting, 0 or 1.
+  /// Says whether the next `factor` computes right vectors, initially 1. Returns the old setting, 0
+  /// or 1.
   int computeRightVecs(int on);
 
   /// The min(m, n) singular values.
   DoubleVec singularValues() const { return singularValues_; }
-  /// The super-diagonal, of n elements, that the iteration left: 0 unless it failed.
+  /// The super-diagonal, of n elements, that the iteration left. It is 0 unless the iteration
+  /// failed.
   DoubleVec eValues() const { return e_; }
   /// U: the left vectors as columns, m by m or m by min(m, n).
   DoubleGenMat leftVecs() const { return u_; }
   /// V: the right vectors as columns, n by n.
   DoubleGenMat rightVecs() const { return v_; }
 
-  /// How many singular values were found. They are the last ones: all, when the decomposition is
-  /// good.
+  /// How many singular values were found: all when the decomposition is good, otherwise the last
+  /// ones.
   int numSVsFound() const { return static_cast<int>(singularValues_.length()) - info_; }
   /// Whether there are no singular values, or not all were found.
   bool fail() const { return singularValues_.length() == 0 || info_ != 0; }

@@ -1,0 +1,172 @@
+// What all decompositions have in common: copying, assigning, swapping, many right-hand sides.
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <kilnbase/linalg/DoubleChDecomp.h>
+#include <kilnbase/linalg/DoubleLeastSqQR.h>
+#include <kilnbase/linalg/DoubleSVDecomp.h>
+#include <kilnbase/linalg/vecmath.h>
+
+#include "tests/support/MathErrors.h"
+#include "tests/support/Matrices.h"
+
+namespace {
+
+using namespace kilntest;
+using testing::AnyOf;
+using testing::Contains;
+using testing::Each;
+
+constexpr int kMatrixSizes = 0x4004;
+constexpr int kVectorLengths = 0x300F;
+constexpr int kRightHandSide = 0x5002;
+constexpr int kNotFactored = 0x5011;
+
+DoubleGenMat definiteMatrix(unsigned n) {
+  const DoubleGenMat x = matrixWithCondition(n, n, 10.0, n + 1);
+  return transposeProduct(x, x);
+}
+
+std::vector<int> numbersOf(RecordedMathErrors& errors) {
+  std::vector<int> numbers;
+  for (const RaisedMathError& error : errors.takeAll()) numbers.push_back(error.number);
+  return numbers;
+}
+
+// A decomposition of order n whose settings are not the initial ones.
+template <class T>
+T exampleOf(unsigned n) {
+  T result(definiteMatrix(n));
+  if constexpr (requires { result.doPivoting(0); }) result.doPivoting(0);
+  if constexpr (requires { result.setTolerance(0.0); }) result.setTolerance(0.1 * n);
+  if constexpr (requires { result.computeLeftVecs(0); }) result.computeLeftVecs(0);
+  return result;
+}
+
+// Everything that members tell, settings included. Views the storage of `d`.
+std::vector<double> stateOf(DoubleSVDecomp d) {
+  std::vector<double> state = list(d.singularValues());
+  for (const DoubleVec& part : {d.eValues(), d.leftVecs().dataVec(), d.rightVecs().dataVec()}) {
+    for (const double element : list(part)) state.push_back(element);
+  }
+  state.push_back(d.numSVsFound());
+  state.push_back(d.computeLeftVecs(1));
+  return state;
+}
+
+template <class T>
+std::vector<double> stateOf(T d) {
+  std::vector<double> state = list(d.solve(DoubleVec(d.rows(), 0.0, 1.0)));
+  state.push_back(d.rows());
+  if constexpr (requires { d.isPD(); }) state.push_back(d.isPD());
+  if constexpr (requires { d.setTolerance(0.0); }) state.push_back(d.setTolerance(0.0));
+  state.push_back(d.doPivoting(1));
+  return state;
+}
+
+template <class T>
+class Decompositions : public testing::Test {};
+using All = testing::Types<DoubleChDecomp, DoubleQRDecomp, DoubleLeastSqQR, DoubleSVDecomp>;
+TYPED_TEST_SUITE(Decompositions, All);
+
+TYPED_TEST(Decompositions, SwapExchangesEverything) {
+  TypeParam a = exampleOf<TypeParam>(3), b(definiteMatrix(5));
+  const std::vector<double> first = stateOf(a), second = stateOf(b);
+  swap(a, b);
+  EXPECT_EQ(second, stateOf(a));
+  EXPECT_EQ(first, stateOf(b));
+  std::ranges::swap(a, b);
+  EXPECT_EQ(first, stateOf(a));
+  EXPECT_EQ(second, stateOf(b));
+}
+
+// The qualified std::swap assigns to an object that it moved from.
+TYPED_TEST(Decompositions, MovedFromIsEmptyAndTakesNoOther) {
+  RecordedMathErrors errors;
+  TypeParam a = exampleOf<TypeParam>(3), b = exampleOf<TypeParam>(3);
+  const std::vector<double> state = stateOf(a);
+  const TypeParam c(std::move(a));
+  EXPECT_EQ(state, stateOf(c));
+  EXPECT_EQ(stateOf(TypeParam()), stateOf(a));
+  numbersOf(errors);
+  std::swap(a, b);
+  EXPECT_THAT(numbersOf(errors), Contains(kMatrixSizes));
+}
+
+TYPED_TEST(Decompositions, AssignmentBetweenSizesIsReportedAndHarmless) {
+  RecordedMathErrors errors;
+  for (const auto& [to, from] : {std::pair{2U, 5U}, {5U, 2U}, {0U, 3U}, {3U, 0U}}) {
+    SCOPED_TRACE(testing::Message() << from << " to " << to);
+    TypeParam target = exampleOf<TypeParam>(to);
+    const auto elements = stateOf(target).size();
+    numbersOf(errors);
+    target = exampleOf<TypeParam>(from);
+    EXPECT_THAT(numbersOf(errors), Each(AnyOf(kMatrixSizes, kVectorLengths)));
+    EXPECT_EQ(elements, stateOf(target).size());
+    EXPECT_THAT(numbersOf(errors), Each(kNotFactored));
+  }
+}
+
+TYPED_TEST(Decompositions, AssignmentCopiesElementsAlsoFromTemporaries) {
+  TypeParam target(definiteMatrix(4) * 2.0);
+  const TypeParam view(target), source = exampleOf<TypeParam>(4);
+  target = exampleOf<TypeParam>(4);
+  EXPECT_EQ(stateOf(source), stateOf(target));
+  if constexpr (std::is_base_of_v<DoubleGenMat, TypeParam>) {
+    EXPECT_EQ(source.dataVec(), view.dataVec());
+  } else {
+    EXPECT_EQ(source.singularValues(), view.singularValues());
+  }
+}
+
+// Would factor what a factoring left.
+template <class T>
+concept FactorsDecompositions = std::is_constructible_v<T, DoubleQRDecomp> ||
+    requires(T a, DoubleQRDecomp b) {
+  a.factor(b);
+};
+static_assert(!FactorsDecompositions<DoubleLeastSqQR>);
+
+template <class T>
+class ManyRightHandSides : public testing::Test {};
+using Solvers = testing::Types<DoubleChDecomp, DoubleQRDecomp, DoubleLeastSqQR>;
+TYPED_TEST_SUITE(ManyRightHandSides, Solvers);
+
+// The orders lie on both sides of blocks and of registers.
+TYPED_TEST(ManyRightHandSides, AreSolvedColumnByColumn) {
+  for (const unsigned n : {1U, 5U, 24U, 63U, 65U, 150U}) {
+    for (const int pivoting : {0, 1}) {
+      TypeParam decomposition;
+      decomposition.doPivoting(pivoting);
+      decomposition.factor(definiteMatrix(n));
+      for (const unsigned columns : {1U, 7U, 8U, 29U}) {
+        SCOPED_TRACE(testing::Message() << n << " by " << columns << ", pivoting " << pivoting);
+        const DoubleGenMat b(randomVector(2 * n * columns, 7).slice(0, n * columns, 2), n, columns);
+        const DoubleGenMat before = b.copy(), x = decomposition.solve(b);
+        ASSERT_EQ(std::pair(n, columns), std::pair(x.rows(), x.cols()));
+        EXPECT_EQ(before, b);
+        for (unsigned j = 0; j < columns; ++j) {
+          const DoubleVec expected = decomposition.solve(b.col(j));
+          EXPECT_LE(ratio(norm2(x.col(j) - expected), norm2(expected), n), 3000.0) << j;
+        }
+      }
+      const DoubleGenMat nothing = decomposition.solve(DoubleGenMat(n, 0));
+      EXPECT_EQ(std::pair(n, 0U), std::pair(nothing.rows(), nothing.cols()));
+    }
+  }
+}
+
+TYPED_TEST(ManyRightHandSides, ErrorsAreThoseOfOne) {
+  RecordedMathErrors errors;
+  const DoubleGenMat none = TypeParam(definiteMatrix(3)).solve(DoubleGenMat(4, 2, 1.0));
+  EXPECT_EQ(0U, none.length());
+  EXPECT_THAT(errors.takeTexts(), testing::ElementsAre("b vector length wrong (4!=3)"));
+  TypeParam().solve(DoubleGenMat(0, 2));
+  EXPECT_THAT(numbersOf(errors), testing::ElementsAre(kNotFactored));
+}
+
+}  // namespace
