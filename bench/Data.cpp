@@ -54,6 +54,18 @@ Values positiveDefinite(int n) {
   return a;
 }
 
+Values rightHandSides(const Shape& shape) {
+  return randomMatrix(shape, 2);
+}
+
+Values squareMatrixFor(const Shape& rightHandSides) {
+  return positiveDefinite(rightHandSides.rows);
+}
+
+Values tallMatrixFor(const Shape& rightHandSides) {
+  return randomMatrix({rightHandSides.rows, 50});
+}
+
 Values gramTimesRandom(const double* r, int ldr, int n, const std::vector<int>& order,
                        int firstColumn) {
   const Values w = gaussian(n, kProbeSeed);

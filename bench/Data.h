@@ -20,6 +20,12 @@ Values randomMatrix(const Shape& shape, unsigned seed = 1);
 /// The elements of a symmetric positive definite matrix whose condition does not grow with n.
 Values positiveDefinite(int n);
 
+/// Right-hand sides, and the matrices of systems with as many rows: a square one, and one of 50
+/// columns.
+Values rightHandSides(const Shape& shape);
+Values squareMatrixFor(const Shape& rightHandSides);
+Values tallMatrixFor(const Shape& rightHandSides);
+
 /// P Rᵀ R Pᵀ w for a fixed random w: whatever the signs of the rows of R and the order that
 /// pivoting chose, this is AᵀA w for A P = Q R, and A w for Pᵀ A P = Rᵀ R.
 ///

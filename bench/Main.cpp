@@ -133,6 +133,7 @@ int runProgram(int argc, const char* const* argv) {
   addQr(suite);
   addLeastSquares(suite);
   addCholesky(suite);
+  addRightHandSides(suite);
   addSvd(suite);
   addSmallContainers(suite);
   addArrays(suite);

@@ -51,6 +51,20 @@ Contestant leastSquares(const Shape& shape) {
   return contestant(run, [](const Eigen::VectorXd& x) { return valuesOf(x); });
 }
 
+// Solves by a decomposition of the matrix that `matrixFor` gives for the right-hand sides.
+template <class Decomposition>
+Maker solveWith(Values (*matrixFor)(const Shape&)) {
+  return [=](const Shape& shape) {
+    const Values elements = matrixFor(shape);
+    const int columns = static_cast<int>(elements.size()) / shape.rows;
+    const auto run = [decomposition = Decomposition(matrixOf(elements, {shape.rows, columns})),
+                      b = matrixOf(rightHandSides(shape), shape)] {
+      return Matrix(decomposition.solve(b));
+    };
+    return contestant(run, [](const Matrix& x) { return valuesOf(x); });
+  };
+}
+
 }  // namespace
 
 void addFactorizations(Suite& suite) {
@@ -66,6 +80,10 @@ void addFactorizations(Suite& suite) {
       suite, "Cholesky, unpivoted", definiteMatrixOf,
       [](const Matrix& a) { return Eigen::LLT<Matrix>(a); },
       [](const Eigen::LLT<Matrix>& llt) { return triangleResult(llt.matrixU()); });
+  using Cholesky = Eigen::LLT<Matrix, Eigen::Upper>;
+  suite.addPeer("Cholesky, right-hand sides", {"Eigen", solveWith<Cholesky>(squareMatrixFor)});
+  suite.addPeer("QR, right-hand sides", {"Eigen", solveWith<PivotedQr>(squareMatrixFor)});
+  suite.addPeer("least squares, right-hand sides", {"Eigen", solveWith<PivotedQr>(tallMatrixFor)});
   constexpr int kLargestSvd = 100;  // beyond it this one is far behind the others
   addFactorization(
       suite, "SVD, all vectors", randomMatrixOf,

@@ -10,6 +10,7 @@ void addProducts(Suite& suite);
 void addQr(Suite& suite);
 void addLeastSquares(Suite& suite);
 void addCholesky(Suite& suite);
+void addRightHandSides(Suite& suite);
 void addSvd(Suite& suite);
 void addSmallContainers(Suite& suite);
 void addArrays(Suite& suite);
