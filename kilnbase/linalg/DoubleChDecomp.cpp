@@ -39,8 +39,8 @@ DoubleVec contiguous(const DoubleVec& v) {
   return v.stride() == 1 ? DoubleVec(v) : v.copy();
 }
 
-// Contiguous storage for an optional result: the argument's own where that is contiguous, else
-// scratch, which the argument, if any, takes over at the end.
+// Contiguous storage for an optional result: that of the argument where it is contiguous, otherwise
+// scratch. At the end of its life the argument, if any, receives the elements of the scratch.
 class Result {
  public:
   Result(DoubleVec* argument, unsigned length, double initial)
@@ -144,8 +144,7 @@ DoubleVec DoubleChDecomp::partialSolve(const DoubleVec& b, unsigned k) const {
   if (!agree(b.length(), order(), detail::raiseRightSideLength)) return DoubleVec();
   if (k > factoredColumns()) detail::raiseNotFactored();
   k = std::min(k, factoredColumns());
-  const DoubleVec permuted = permute(b);
-  DoubleGenMat x(permuted, permuted.length(), 1);
+  DoubleGenMat x = PivotedOrder(pivotsOfFactor(), order()).permuteRows(DoubleGenMat(b, order(), 1));
   solveInPlace(k, x);
   x.resize(k, 1);
   return x.dataVec();
@@ -155,13 +154,13 @@ unsigned DoubleChDecomp::factoredColumns() const {
   return info_ > 0 ? std::min(static_cast<unsigned>(info_), order()) : 0;
 }
 
-// Elimination ended before the last column. What stands behind the factored rows is a remainder of
-// A, not a part of R.
+// Whether elimination ended before the last column. Behind the factored rows then stands a
+// remainder of A, in units of A; it is no part of R.
 bool DoubleChDecomp::isPartial() const {
   return info_ >= 0 && factoredColumns() < order();
 }
 
-// The rows of R that rotations are about to fill.
+// Sets the rows of R that are not factored to 0, for rotations to fill.
 void DoubleChDecomp::clearUnfactoredRows() {
   if (!isPartial()) return;
   for (int i = info_; i < static_cast<int>(order()); ++i) {
@@ -169,8 +168,8 @@ void DoubleChDecomp::clearUnfactoredRows() {
   }
 }
 
-// Counts the factored columns of R anew after rotations; those before column `first` stay factored.
-// Of a factor that was complete all do.
+// Counts the factored columns of a partial factor anew after rotations. The columns before `first`
+// count as before.
 void DoubleChDecomp::growFactoredBlock(int first) {
   if (!isPartial()) return;
   info_ = first;

@@ -13,6 +13,7 @@
 #include "tests/support/Matrices.h"
 
 using namespace kilntest;
+using namespace vxKilnBase;
 using testing::Each;
 using testing::ElementsAre;
 
@@ -26,7 +27,7 @@ DoubleGenMat upper(const DoubleGenMat& a, double below = 0.0) {
   return result;
 }
 
-// A symmetric matrix with this many eigenvalues below 0 and the others above it.
+// A symmetric matrix with `negative` eigenvalues below 0 and the others above 0.
 DoubleGenMat symmetricMatrix(unsigned n, double condition, unsigned negative = 0) {
   const DoubleGenMat x = matrixWithCondition(n, n, std::sqrt(condition), n + 1);
   DoubleGenMat y = x.copy();
@@ -34,7 +35,8 @@ DoubleGenMat symmetricMatrix(unsigned n, double condition, unsigned negative = 0
   return transposeProduct(x, y);
 }
 
-// Decomposes the matrix of which `a` is the upper triangle; without specifiers does not pivot.
+// Decomposes the symmetric matrix whose upper triangle is that of `a`. Without specifiers does not
+// pivot.
 DoubleChDecomp decompose(const DoubleGenMat& a, const std::vector<int>& specifiers = {}) {
   DoubleChDecomp factor;
   EXPECT_EQ(1, factor.doPivoting(specifiers.empty() ? 0 : 1));
@@ -44,7 +46,7 @@ DoubleChDecomp decompose(const DoubleGenMat& a, const std::vector<int>& specifie
   return factor;
 }
 
-// Whether the factor of `a` with these specifiers is what it should be.
+// Checks the factor of `a` with these specifiers against its definition.
 void expectFactors(const DoubleGenMat& a, std::vector<int> specifiers) {
   const auto n = static_cast<int>(a.cols());
   const DoubleChDecomp factor = decompose(a, specifiers);
@@ -53,19 +55,20 @@ void expectFactors(const DoubleGenMat& a, std::vector<int> specifiers) {
   std::sort(specifiers.rbegin(), specifiers.rend());
   EXPECT_EQ(specifiers, list(moved));
 
-  // The matrix is RᵀR of the columns that were eliminated plus what is left of the others.
+  // Pᵀ A P = RᵀR of the factored rows plus the remainder behind them.
   const int done = factor.lastPosFactor() + 1;
   DoubleGenMat r = upper(factor), rest = r.copy();
   for (int i = 0; i < n; ++i) (i < done ? rest : r).row(i) = 0.0;
   const DoubleGenMat permuted = specifiers.empty() ? a.copy() : DoubleGenMat(a(pivots, pivots)),
                      error = upper(transposeProduct(r, r) - permuted) + rest;
   const double tolerance = kRatioLimit * n * kEpsilon * norm1(a);
-  EXPECT_TRUE(error == error && norm1(error) <= tolerance) << norm1(error);
+  EXPECT_TRUE(error == error) << "has a NaN";
+  EXPECT_LE(norm1(error), tolerance);
   for (int k = 1; k < n; ++k) EXPECT_THAT(list(factor.diagonal(-k)), Each(testing::IsNan()));
 
   const auto begin = static_cast<int>(std::count(specifiers.begin(), specifiers.end(), 1));
   const int end = begin + static_cast<int>(std::count(specifiers.begin(), specifiers.end(), 0));
-  // No candidate exceeded the one that was eliminated before it.
+  // No candidate for a pivot exceeds the pivot that was taken.
   for (int j = begin; j < end; ++j) {
     double candidate = j >= done ? factor(j, j) : 0.0;
     for (int i = std::min(j, done - 1); i >= begin; --i) {
@@ -77,7 +80,7 @@ void expectFactors(const DoubleGenMat& a, std::vector<int> specifiers) {
   for (int j = 0; j < candidates; ++j) EXPECT_EQ(j >= done, factor(j, j) <= 0.0) << j;
   EXPECT_EQ(done == n, factor.isPD());
 
-  // Leading columns solve their part of the system, in the order of the matrix.
+  // The first k columns solve the first k equations.
   const DoubleVec b = randomVector(2 * n + 2, 3).slice(0, n, 2);
   for (const int k : {done / 2, done}) {
     DoubleVec x = factor.partialSolve(b, k);
@@ -94,7 +97,7 @@ void expectFactors(const DoubleGenMat& a, std::vector<int> specifiers) {
 }  // namespace
 
 TEST(DoubleChDecomp, PivotsAndFactorBelongToTheMatrix) {
-  // The sizes meet every path: one column, less than a register, parts of panels, several blocks.
+  // One column, less than a register, parts of panels, several blocks.
   for (const unsigned n : {0U, 1U, 2U, 3U, 5U, 10U, 24U, 50U, 130U, 251U}) {
     std::vector<DoubleGenMat> matrices = {DoubleGenMat(n, n, 0.0)};
     for (const double condition : {2.0, std::sqrt(0.1 / kEpsilon), 0.1 / kEpsilon}) {
@@ -102,7 +105,8 @@ TEST(DoubleChDecomp, PivotsAndFactorBelongToTheMatrix) {
       matrices.insert(matrices.end(), {a, a * 1e290, a * 1e-290});
     }
     for (unsigned count = n; count > 0; count -= (count + 2) / 3) {
-      // Of this rank; all numbers are integers, and the factoring ends at an exact 0.
+      // `count` negative eigenvalues; rank `count`, where all numbers are integers and factoring
+      // ends at an exact 0.
       const DoubleGenMat r = upper(DoubleGenMat(count, n, 1.0));
       matrices.insert(matrices.end(), {symmetricMatrix(n, 25.0, count), transposeProduct(r, r)});
     }
@@ -132,7 +136,7 @@ TEST(DoubleChDecomp, EqualElementsAndSpecifiedOnesMoveInAFixedOrder) {
   EXPECT_EQ(-1, factor.setPivoting(5, DoubleChDecomp::INITIAL));
   factor.setPivoting(0, DoubleChDecomp::FINAL);
   for (const auto& expected : {std::vector{2, 1, 0}, {0, 1, 2}, {-1, 0, 1}}) {
-    factor.doPivoting(expected[0] < 0 ? 0 : 1);  // without pivoting they only count down
+    factor.doPivoting(expected[0] < 0 ? 0 : 1);  // without pivoting 1 is subtracted, no more
     factor.factor(identity(3));
     EXPECT_EQ(expected, list(factor.pivots()));
   }
@@ -160,22 +164,26 @@ TEST(DoubleChDecomp, StorageOfOtherShapesAndSharedStorage) {
   spread = a;
   DoubleChDecomp factor(tall);
   const DoubleChDecomp plain(spread), view(factor);
-  EXPECT_TRUE(plain == DoubleChDecomp(a) && spread == a);
+  EXPECT_EQ(DoubleChDecomp(a), plain);
+  EXPECT_EQ(a, spread);
   // Factoring parts copies; assignment copies elements.
   factor.factor(DoubleGenMat(23, 20, 1.0));
   factor.reference(DoubleGenMat(DoubleVec(920U, 0.0).slice(0, 460, 2), 23, 20));
   factor = view;
   const DoubleVec b = randomVector(20, 2);
   for (const DoubleChDecomp& same : {factor, view}) {
-    EXPECT_TRUE(same.lastPosFactor() == 19 && !same.isPD() && same(22, 0) == 0.0);
+    EXPECT_EQ(19, same.lastPosFactor());
+    EXPECT_FALSE(same.isPD());
+    EXPECT_EQ(0.0, same(22, 0));
     EXPECT_LT(norm2(same.solve(b) - plain.solve(b)), 1e-13);
   }
-  factor.update(b * 0.01), factor.downdate(b * 0.01);
+  factor.update(b * 0.01);
+  EXPECT_EQ(0, factor.downdate(b * 0.01));
   EXPECT_LT(norm2(factor.solve(b) - plain.solve(b)), 1e-13);
 }
 
-// The factor R of xᵀx, z = R⁻ᵀ xᵀy and the norms of the residuals of y, for data x and y that begin
-// with the rows of an identity, for which y is 0.
+// R, z and rho are the factor of XᵀX, R⁻ᵀXᵀY and the norms of the residuals of Y. X begins with the
+// rows of an identity, Y with rows of 0.
 TEST(DoubleChDecomp, FollowsTheDataWhenRowsAndColumnsChange) {
   for (const int n : {1, 2, 9, 40}) {
     DoubleGenMat x = randomMatrix(2 * n + 4, n, n), y = randomMatrix(2 * n + 4, 3, 7);
@@ -310,37 +318,100 @@ TEST(DoubleChDecomp, CosinesAndSinesAreToldApart) {
     if (change < 2) two.shift(0, 1, change, nullptr, &c, &s);
     if (change == 2) one.update(DoubleVec(1U, 4.0), nullptr, nullptr, nullptr, &c, &s);
     if (change == 3) one.downdate(DoubleVec(1U, 4.0), nullptr, nullptr, nullptr, &c, &s);
-    EXPECT_TRUE(c.isEqual(0.6, kEpsilon) && s.isEqual(0.8, kEpsilon)) << change;
+    EXPECT_TRUE(c.isEqual(0.6, kEpsilon)) << change;
+    EXPECT_TRUE(s.isEqual(0.8, kEpsilon)) << change;
   }
 }
 
-TEST(DoubleChDecomp, ArgumentsAreCheckedAndFailuresReported) {
+TEST(DoubleChDecomp, MisuseIsReported) {
+  DoubleChDecomp factor = decompose(symmetricMatrix(4, 10.0)), none;
+  const DoubleVec two(2U, 7.0), three(3U, 7.0);
+  DoubleVec shorter = two.copy(), spread = DoubleVec(8U, 7.0).slice(0, 4, 2),
+            spreadTwo = spread.slice(0, 2);
+  DoubleGenMat z(3, 2, 1.0), data(4, 2, 1.0);
+  const auto rightSide = [](const std::string& lengths) {
+    return "b vector length wrong (" + lengths + ")";
+  };
+  const auto columns = [](const std::string& numbers) {
+    return "Invalid Cholesky shift columns (" + numbers + ")";
+  };
+  const std::string direction = "Invalid Cholesky shift direction",
+                    height = "Data matrix wrong height (3!=4)",
+                    rotations = "Vector to hold sines or cosines wrong length (2!=",
+                    residuals = "Different number of residuals than data columns (",
+                    stride = "vec pointers must have stride == 1",
+                    failed = "Can't solve system of equations, matrix not successfully factorized";
+  expectErrors({
+      {[&] { factor.solve(two); }, kRightSideLengthError, rightSide("2!=4")},
+      {[&] { factor.partialSolve(three, 1); }, kRightSideLengthError, rightSide("3!=4")},
+      {[&] { factor.update(three); }, kRightSideLengthError, rightSide("3!=4")},
+      {[&] { factor.permute(two); }, kPermutedLengthError, "vector wrong length to permute (2!=4)"},
+      {[&] { factor.unpermute(two); }, kPermutedLengthError,
+       "vector wrong length to permute (2!=4)"},
+      {[&] { factor.shift(0, 2, 3); }, kShiftDirectionError, direction},
+      {[&] { factor.shift(1, 1, 0); }, kShiftColumnsError, columns("1,1")},
+      {[&] { factor.shift(-1, 2, 0); }, kShiftColumnsError, columns("-1,2")},
+      {[&] { factor.shift(2, 4, 1); }, kShiftColumnsError, columns("2,4")},
+      {[&] { factor.shift(0, 3, 0, &z); }, kDataHeightError, height},
+      {[&] { factor.shift(0, 3, 0, nullptr, &shorter); }, kRotationsLengthError, rotations + "3)"},
+      {[&] { factor.shift(0, 3, 0, nullptr, nullptr, &shorter); }, kRotationsLengthError,
+       rotations + "3)"},
+      {[&] { factor.update(spread, &z); }, kDataHeightError, height},
+      {[&] { factor.update(spread, &data, &three); }, kResidualsLengthError, residuals + "3!=2)"},
+      {[&] { factor.update(spread, nullptr, &two); }, kResidualsLengthError, residuals + "2!=0)"},
+      {[&] { factor.update(spread, &data, nullptr, &spreadTwo); }, kVectorStrideError, stride},
+      {[&] { factor.update(spread, nullptr, nullptr, nullptr, &shorter); }, kRotationsLengthError,
+       rotations + "4)"},
+      {[&] { factor.update(spread, nullptr, nullptr, nullptr, nullptr, &spread); },
+       kVectorStrideError, stride},
+      {[&] { factor.setPivoting(0, 2); }, kPivotPositionError,
+       "Pivoting position specifier must be INITIAL,FREE, or FINAL, not 2"},
+      {[&] { factor.condition(); }, kNoConditionNumberError, "Condition number not calculated"},
+      {[] { DoubleChDecomp(DoubleGenMat(2, 3, 0.0)); }, kTooFewRowsError,
+       "Matrix must have more rows than cols to be factorizable, but 2<3"},
+      {[&] { none.solve(DoubleVec()); }, kNotFactoredError, failed},
+      {[&] { factor.partialSolve(spread, 5); }, kNotFactoredError, failed},
+      {[&] { DoubleChDecomp(DoubleGenMat(2, 2, 0.0)).solve(two); }, kNotFactoredError, failed},
+  });
+  EXPECT_EQ(0U, DoubleChDecomp(DoubleGenMat(0, 0)).solve(DoubleVec()).length());
+}
+
+TEST(DoubleChDecomp, MisuseTouchesNothingButWhatFits) {
   RecordedMathErrors errors;
   DoubleChDecomp factor = decompose(symmetricMatrix(4, 10.0)),
                  other = decompose(symmetricMatrix(4, 10.0));
   DoubleGenMat z(3, 2, 1.0);
   DoubleVec two(2U, 7.0), three(3U, 7.0), spread = DoubleVec(8U, 7.0).slice(0, 4, 2);
-  EXPECT_EQ(0U, factor.solve(two).length() + factor.partialSolve(DoubleVec(5U), 1).length());
-  EXPECT_TRUE(factor.permute(two) == two && factor.unpermute(three) == three);
+  EXPECT_EQ(0U, factor.solve(two).length());
+  EXPECT_EQ(0U, factor.partialSolve(DoubleVec(5U), 1).length());
+  EXPECT_EQ(two, factor.permute(two));
+  EXPECT_EQ(three, factor.unpermute(three));
   factor.shift(0, 2, 3);
-  factor.shift(1, 1, 0);
-  factor.shift(-1, 2, 0);
   factor.shift(2, 4, 1);
   factor.shift(0, 3, 0, &z, &two, &two);
   factor.update(three, &z, &three, &three, &two, &spread);
   other.shift(0, 3, 0);
-  other.update(vectorOf({7.0, 7.0, 7.0, 0.0}), nullptr, &two, nullptr, nullptr, &two);
+  other.update(vectorOf({7.0, 7.0, 7.0, 0.0}));
   EXPECT_EQ(upper(other), upper(factor));
-  EXPECT_TRUE(z == DoubleGenMat(3, 2, 1.0) && two == DoubleVec(2U, 7.0) &&
-              three == DoubleVec(3U, 7.0) && spread(0) != 7.0);
-  factor.setPivoting(0, 2);
-  EXPECT_EQ(-1.0, factor.condition());
-  DoubleChDecomp wide(DoubleGenMat(vectorOf({1.0, 0.0, 0.0, 1.0, 0.0, 0.0}), 2, 3)), none;
+  EXPECT_EQ(DoubleGenMat(3, 2, 1.0), z);
+  EXPECT_EQ(DoubleVec(2U, 7.0), two);
+  EXPECT_EQ(DoubleVec(3U, 7.0), three);
+  EXPECT_NE(7.0, spread(0));
+
+  DoubleChDecomp wide(DoubleGenMat(vectorOf({1.0, 0.0, 0.0, 1.0, 0.0, 0.0}), 2, 3));
   wide.shift(1, 2, 0);
-  EXPECT_TRUE(wide.lastPosFactor() == 1 && wide.condition() == 0.0 && wide.permute(two) == two &&
-              wide.pivots()(2) == -1);
-  EXPECT_TRUE(none.lastPosFactor() == -2 && !none.isPD() && none.good() && none.condition() == 0.0);
-  EXPECT_EQ(0U, none.solve(DoubleVec()).length());
+  EXPECT_EQ(1, wide.lastPosFactor());
+  EXPECT_EQ(0.0, wide.condition());
+  EXPECT_EQ(two, wide.permute(two));
+  EXPECT_EQ(-1, wide.pivots()(2));
+}
+
+TEST(DoubleChDecomp, TellsHowFarFactoringCame) {
+  const DoubleChDecomp none;
+  EXPECT_EQ(-2, none.lastPosFactor());
+  EXPECT_FALSE(none.isPD());
+  EXPECT_TRUE(none.good());
+  EXPECT_EQ(0.0, none.condition());
   EXPECT_EQ(0.0, DoubleChDecomp(identity(3)).condition());
 
   DoubleGenMat diagonal(3, 3, 0.0);
@@ -349,27 +420,13 @@ TEST(DoubleChDecomp, ArgumentsAreCheckedAndFailuresReported) {
   shared.setPivoting(0, DoubleChDecomp::FINAL);
   EXPECT_THAT(list(stopped.pivots()), ElementsAre(1, 0, 2));
   EXPECT_THAT(list(shared.permute(DoubleVec(3U, 0.0, 1.0))), ElementsAre(0, 0, 2));
-  EXPECT_TRUE(!stopped.isPD() && stopped.good() && stopped.condition() == 0.0);
+  EXPECT_FALSE(stopped.isPD());
+  EXPECT_TRUE(stopped.good());
+  EXPECT_EQ(0.0, stopped.condition());
   stopped(2, 2) = -1.5;
-  EXPECT_TRUE(stopped.fail() && stopped.condition() == 0.25);
+  EXPECT_TRUE(stopped.fail());
+  EXPECT_EQ(0.25, stopped.condition());
   EXPECT_THAT(list(stopped.solve(DoubleVec(3U, 36.0))), ElementsAre(9, 4, 0));
+  RecordedMathErrors errors;
   EXPECT_THAT(list(stopped.partialSolve(DoubleVec(3U, 36.0), 4000000000U)), ElementsAre(4, 9));
-
-  const std::string rotations = "Vector to hold sines or cosines wrong length (2!=",
-                    columns = "Invalid Cholesky shift columns (",
-                    length = "b vector length wrong (", height = "Data matrix wrong height (3!=4)",
-                    residuals = "Different number of residuals than data columns (",
-                    failed = "Can't solve system of equations, matrix not successfully factorized";
-  EXPECT_THAT(
-      errors.takeTexts(),
-      ElementsAre(length + "2!=4)", length + "5!=4)", "vector wrong length to permute (2!=4)",
-                  "vector wrong length to permute (3!=4)", "Invalid Cholesky shift direction",
-                  columns + "1,1)", columns + "-1,2)", columns + "2,4)", height, rotations + "3)",
-                  rotations + "3)", "vec pointers must have stride == 1", length + "3!=4)", height,
-                  rotations + "4)", residuals + "3!=2)", residuals + "3!=2)", rotations + "4)",
-                  residuals + "2!=0)",
-                  "Pivoting position specifier must be INITIAL,FREE, or FINAL, not 2",
-                  "Condition number not calculated",
-                  "Matrix must have more rows than cols to be factorizable, but 2<3",
-                  columns + "1,2)", failed, failed));
 }

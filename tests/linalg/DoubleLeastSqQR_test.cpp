@@ -2,6 +2,7 @@
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -13,7 +14,7 @@
 namespace {
 
 using namespace kilntest;
-using testing::ElementsAre;
+using namespace vxKilnBase;
 
 TEST(DoubleLeastSqQR, ResidualsAreOrthogonalToTheColumns) {
   std::vector<TestMatrix> tests = testMatrices();
@@ -26,7 +27,7 @@ TEST(DoubleLeastSqQR, ResidualsAreOrthogonalToTheColumns) {
     const DoubleLeastSqQR fit(a);
     const double scale = std::max(norm1(a), 1e-300);
     ASSERT_LT(ratio(norm2(product(fit.residual(b), a / scale)), norm2(b), std::max(m, n)), 30.0);
-    // A solution is as good as its residual where the unknowns are not huge.
+    // b - A x differs from the residual by the rounding errors of A x.
     const DoubleVec x = fit.solve(b);
     ASSERT_EQ(n, x.length());
     if (condition == 0.0 && !std::isfinite(norm2(x))) continue;
@@ -43,7 +44,8 @@ TEST(DoubleLeastSqQR, ToleranceDecidesWhichUnknownsAreFree) {
   const DoubleVec b = product(a, randomVector(5, 6));
   EXPECT_EQ(0.0, fit.setTolerance(1e-12));
   EXPECT_EQ(1e-12, fit.setTolerance(1e-11));
-  EXPECT_TRUE(fit.numFreeCols() == 2 && fit.isUnderDetermined());
+  EXPECT_EQ(2U, fit.numFreeCols());
+  EXPECT_TRUE(fit.isUnderDetermined());
   const DoubleVec x = fit.solve(b);
   EXPECT_LT(norm2(product(a, x) - b), 1e-13);
   EXPECT_LT(norm2(fit.residual(b)), 1e-13);
@@ -54,7 +56,7 @@ TEST(DoubleLeastSqQR, ToleranceDecidesWhichUnknownsAreFree) {
   EXPECT_FALSE(fit.isUnderDetermined());
 }
 
-// Only the diagonal elements at the end count, equality included.
+// Counts diagonal elements from the last one back, up to the first that exceeds the tolerance.
 TEST(DoubleLeastSqQR, CountsFreeColumnsFromTheEnd) {
   DoubleGenMat a(4, 4, 0.0);
   a.diagonal() = vectorOf({3.0, 0.25, 2.0, 0.5});
@@ -68,7 +70,7 @@ TEST(DoubleLeastSqQR, CountsFreeColumnsFromTheEnd) {
   }
   EXPECT_EQ(DoubleVec(4, 0.0), fit.solve(DoubleVec(4, 1.0)));
   EXPECT_EQ(DoubleVec(4, 1.0), fit.residual(DoubleVec(4, 1.0)));
-  a(1, 1) = 0.0;  // nothing behind it is fitted
+  a(1, 1) = 0.0;  // the columns from here on are not fitted
   fit.setTolerance(0.0);
   fit.factor(a);
   EXPECT_EQ(vectorOf({0.0, 1.0, 1.0, 1.0}), fit.residual(DoubleVec(4, 1.0)));
@@ -79,16 +81,36 @@ TEST(DoubleLeastSqQR, CountsFreeColumnsFromTheEnd) {
   EXPECT_EQ(3U, wide.numFreeCols());
 }
 
+// Tall, wide and rank-deficient systems, with and without blocks of columns.
+TEST(DoubleLeastSqQR, SolvesForManyRightHandSides) {
+  for (const auto& [m, n] : {std::pair{1U, 1U}, {90U, 30U}, {30U, 90U}, {200U, 120U}}) {
+    DoubleGenMat a = matrixWithCondition(m, n, 10.0, 3);
+    if (n > 60) a.col(50) = 0.0;
+    const DoubleLeastSqQR fit(a);
+    for (const unsigned count : {3U, 20U}) {
+      SCOPED_TRACE(testing::Message() << m << " by " << n << ", " << count);
+      const DoubleGenMat b = randomMatrix(m, count, 4), x = fit.solve(b), rest = fit.residual(b);
+      for (unsigned j = 0; j < count; ++j) {
+        const DoubleVec expected = fit.solve(b.col(j)), left = fit.residual(b.col(j));
+        EXPECT_LT(ratio(norm2(x.col(j) - expected), norm2(expected), m + n), 300.0);
+        EXPECT_LT(ratio(norm2(rest.col(j) - left), norm2(b.col(j)), m + n), 30.0);
+      }
+    }
+  }
+}
+
 TEST(DoubleLeastSqQR, MisuseIsReported) {
-  RecordedMathErrors errors;
-  const DoubleLeastSqQR wide(randomMatrix(2, 3, 1));
-  EXPECT_EQ(0U, wide.solve(DoubleVec(3, 1.0)).length());
-  EXPECT_EQ(0U, wide.residual(DoubleVec(3, 1.0)).length());
-  const DoubleLeastSqQR none(DoubleGenMat(2, 0));
-  EXPECT_EQ(0U, none.solve(DoubleVec(2, 1.0)).length());
-  EXPECT_THAT(errors.takeTexts(),
-              ElementsAre("b vector length wrong (3!=2)", "b vector length wrong (3!=2)",
-                          "Can't solve system of equations, matrix not successfully factorized"));
+  const DoubleLeastSqQR wide(randomMatrix(2, 3, 1)), none(DoubleGenMat(2, 0));
+  const DoubleGenMat three(3, 2, 1.0);
+  const std::string length = "b vector length wrong (3!=2)";
+  expectErrors({
+      {[&] { EXPECT_EQ(0U, wide.solve(three.col(0)).length()); }, kRightSideLengthError, length},
+      {[&] { EXPECT_EQ(0U, wide.solve(three).length()); }, kRightSideLengthError, length},
+      {[&] { EXPECT_EQ(0U, wide.residual(three.col(0)).length()); }, kRightSideLengthError, length},
+      {[&] { EXPECT_EQ(0U, wide.residual(three).length()); }, kRightSideLengthError, length},
+      {[&] { EXPECT_EQ(0U, none.solve(DoubleVec(2, 1.0)).length()); }, kNotFactoredError,
+       "Can't solve system of equations, matrix not successfully factorized"},
+  });
   EXPECT_EQ(DoubleVec(2, 1.0), none.residual(DoubleVec(2, 1.0)));
 }
 

@@ -15,6 +15,7 @@
 namespace {
 
 using namespace kilntest;
+using namespace vxKilnBase;
 using testing::ElementsAre;
 
 using Shape = std::pair<unsigned, unsigned>;
@@ -30,12 +31,12 @@ DoubleQRDecomp factored(const DoubleGenMat& a, int pivoting) {
 
 TEST(DoubleQRDecomp, FactorsAndSolutionsAreExactToRounding) {
   std::vector<TestMatrix> tests = testMatrices();
-  // Shapes that take the ways of large matrices: tiles of rows, blocks of columns, more columns
-  // than can wait for transformations together.
+  // Large matrices: several tiles of rows, several blocks of columns, too many columns for delayed
+  // transformations.
   for (const auto& [m, n] : {Shape{300, 280}, {520, 510}, {5000, 30}, {300, 1300}, {9, 7000}}) {
     tests.push_back({"big", randomMatrix(m, n, 7)});
   }
-  // Factored with fewer digits, but by orthogonal transformations all the same.
+  // R has fewer digits, Q is orthogonal all the same.
   for (const auto& [m, n] : {Shape{2, 1}, {5, 5}, {50, 130}, {130, 50}}) {
     tests.push_back({"subnormal", randomMatrix(m, n, 7) * 1e-315});
   }
@@ -60,10 +61,10 @@ TEST(DoubleQRDecomp, FactorsAndSolutionsAreExactToRounding) {
       if (easy && 0 < m && m <= n) {
         EXPECT_LT(ratio(norm2(product(a, qr.solve(y)) - y), norm2(y), n), kMostRatio);
       }
-      // Each diagonal element of R must be as large as what its row and those below leave of each
-      // later column. The norms by which columns are chosen may be off: hardly for well conditioned
-      // matrices, by most of a digit where they shrink to the last digits of the formula, by the
-      // root of the rounding errors where those cancel. In what is below them there is no order.
+      // |R(k, k)| is at least the norm of rows k..m-1 of each later column, up to the errors of the
+      // norms that choose the columns: hardly any for well conditioned matrices, most of a digit
+      // where the norms shrink to the last digits of their formula, the square root of the rounding
+      // errors where the norms cancel. Columns below the rounding errors of R have no order.
       const double slack = easy ? 1e-6 : 9.0, unit = name == "cancelling" ? 1e-7 : kEpsilon,
                    noise = unit * norm1(r);
       for (unsigned k = 0; pivoting != 0 && k < std::min(m, n); ++k) {
@@ -76,8 +77,8 @@ TEST(DoubleQRDecomp, FactorsAndSolutionsAreExactToRounding) {
   }
 }
 
-// Nothing is left of column 1 after column 2, but its rounded norm says otherwise. It must be
-// doubted by what column 1 was at first, not by what column 2 was, with which it changes places.
+// Column 1 has no rest after column 2, but its rounded norm is not 0. Whether the norm is computed
+// afresh depends on the first norm of column 1, not on that of column 2, whose place it takes.
 TEST(DoubleQRDecomp, PivotsByTrueNormsWhereTheyCancel) {
   DoubleGenMat last(4, 4, 0.0);
   last.row(0) = vectorOf({2.0, 1.0, 0.0, 0.0});
@@ -87,8 +88,8 @@ TEST(DoubleQRDecomp, PivotsByTrueNormsWhereTheyCancel) {
 }
 
 TEST(DoubleQRDecomp, LayoutIsTheHouseholderVectorsBelowR) {
-  // The sign is opposite to that of the first element, the vector is (1.6, 0.8), the last row has
-  // no transformation.
+  // R(0, 0) has the sign opposite to that of the first element, the vector is (1.6, 0.8), and the
+  // last row has no transformation.
   const DoubleQRDecomp qr = factored(DoubleGenMat(vectorOf({3.0, 4.0, 0.0, 2.0}), 2, 2), 0);
   EXPECT_LT(norm2(qr.dataVec() - vectorOf({-5.0, 0.8, -1.6, 1.2})), 1e-15);
   const DoubleGenMat minusZero(vectorOf({-0.0, 3.0}), 2, 1);
@@ -101,8 +102,10 @@ TEST(DoubleQRDecomp, FactorsAnewAndLeavesEarlierViewsAlone) {
   DoubleQRDecomp qr(a);
   const DoubleQRDecomp shared = qr, ofA(a), ofB(b);
   qr.factor(b);
-  EXPECT_TRUE(qr == ofB && qr.pivots() == ofB.pivots());
-  EXPECT_TRUE(shared == ofA && shared.pivots() == ofA.pivots());
+  EXPECT_EQ(ofB, qr);
+  EXPECT_EQ(ofB.pivots(), qr.pivots());
+  EXPECT_EQ(ofA, shared);
+  EXPECT_EQ(ofA.pivots(), shared.pivots());
   DoubleQRDecomp apart(a), bare;
   apart.reference(DoubleGenMat(DoubleVec(480U, 0.0).slice(0, 240, 2), 20, 12));
   apart.dataVec() = ofA.dataVec();
@@ -115,9 +118,10 @@ TEST(DoubleQRDecomp, RankCountsExactZerosAndTheFirstOfTheLargestColumnsComesFirs
   DoubleGenMat a(4, 3, 0.0);
   for (const unsigned rank : {0U, 1U, 2U, 3U}) {
     if (rank > 0) a(rank, rank - 1) = 2.0;
-    const DoubleQRDecomp tall(a), wide(transposeProduct(a, identity(4)));
-    EXPECT_TRUE(tall.rank() == rank && wide.rank() == rank);
-    EXPECT_TRUE(tall.isSingular() == (rank < 3) && wide.isSingular() == (rank < 3)) << rank;
+    for (const DoubleQRDecomp& qr : {DoubleQRDecomp(a), DoubleQRDecomp(transpose(a))}) {
+      EXPECT_EQ(rank, qr.rank());
+      EXPECT_EQ(rank < 3, qr.isSingular());
+    }
   }
   EXPECT_FALSE(DoubleQRDecomp().isSingular());
   a.resize(4, 4);
@@ -147,22 +151,22 @@ TEST(DoubleQRDecomp, SplitsAVectorByTheLeadingColumns) {
 }
 
 TEST(DoubleQRDecomp, MisuseIsReported) {
-  RecordedMathErrors errors;
   const DoubleQRDecomp qr(randomMatrix(4, 3, 1));
-  const DoubleVec wrong(2, 1.0);
-  for (const auto& x : {qr.solve(wrong), qr.partialSolve(wrong, 1), qr.computeQy(wrong, 1)}) {
-    EXPECT_EQ(0U, x.length());
-  }
-  EXPECT_TRUE(wrong == qr.permute(wrong) && wrong == qr.unpermute(wrong));
-  EXPECT_EQ(0U, DoubleQRDecomp().solve(DoubleVec()).length());
-  DoubleGenMat a = identity(3);
-  a(1, 1) = 0.0;
-  EXPECT_THAT(list(factored(a, 0).solve(DoubleVec(3, 5.0))), ElementsAre(5.0, 0.0, 0.0));
+  const DoubleVec two(2, 1.0);
   const std::string length = "b vector length wrong (2!=4)",
                     permute = "vector wrong length to permute (2!=3)";
-  EXPECT_THAT(errors.takeTexts(),
-              ElementsAre(length, length, length, permute, permute,
-                          "Can't solve system of equations, matrix not successfully factorized"));
+  expectErrors({
+      {[&] { EXPECT_EQ(0U, qr.solve(two).length()); }, kRightSideLengthError, length},
+      {[&] { EXPECT_EQ(0U, qr.partialSolve(two, 1).length()); }, kRightSideLengthError, length},
+      {[&] { EXPECT_EQ(0U, qr.computeQy(two, 1).length()); }, kRightSideLengthError, length},
+      {[&] { EXPECT_EQ(two, qr.permute(two)); }, kPermutedLengthError, permute},
+      {[&] { EXPECT_EQ(two, qr.unpermute(two)); }, kPermutedLengthError, permute},
+      {[&] { EXPECT_EQ(0U, DoubleQRDecomp().solve(DoubleVec()).length()); }, kNotFactoredError,
+       "Can't solve system of equations, matrix not successfully factorized"},
+  });
+  DoubleGenMat a = identity(3);
+  a(1, 1) = 0.0;  // no error
+  EXPECT_THAT(list(factored(a, 0).solve(DoubleVec(3, 5.0))), ElementsAre(5.0, 0.0, 0.0));
 }
 
 TEST(DoubleQRDecomp, EndsOnNumbersThatAreNone) {

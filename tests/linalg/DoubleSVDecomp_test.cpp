@@ -21,7 +21,7 @@ DoubleGenMat leading(const DoubleGenMat& a, unsigned columns) {
   return DoubleGenMat(a.dataVec().slice(0, a.rows() * columns), a.rows(), columns);
 }
 
-// Checks the law of the decomposition.
+// A = U S Vᵀ with orthogonal U and V.
 void expectDecomposed(const DoubleGenMat& a, const DoubleSVDecomp& svd) {
   const unsigned values = svd.singularValues().length();
   DoubleGenMat us = leading(svd.leftVecs(), values).copy();
@@ -46,7 +46,8 @@ TEST(DoubleSVDecomp, ReproducesTheMatrixFromOrthogonalFactors) {
     if (values == 0) continue;
     expectDecomposed(a, svd);
     std::vector<double> found = list(svd.singularValues());
-    EXPECT_TRUE(std::ranges::is_sorted(found, std::greater<>()) && found.back() >= 0.0);
+    EXPECT_TRUE(std::ranges::is_sorted(found, std::greater<>()));
+    EXPECT_GE(found.back(), 0.0);
     for (unsigned i = 0; condition > 0.0 && i < values; ++i) {
       const double expected = values == 1 ? 1.0 : std::pow(condition, -1.0 * i / (values - 1));
       EXPECT_NEAR(expected, found[i], kLargestRatio * std::max(m, n) * kEpsilon);
@@ -54,8 +55,7 @@ TEST(DoubleSVDecomp, ReproducesTheMatrixFromOrthogonalFactors) {
   }
 }
 
-// Powers of two, so that the matrix is the same one but for its range; below 2^-1000 its elements
-// have lost digits.
+// Powers of two leave all digits of a matrix alone, but for elements below 2^-1000.
 TEST(DoubleSVDecomp, WorksNearUnderflowAndOverflow) {
   for (const int exponent : {-1070, -1020, -963, -500, 500, 963, 1020}) {
     for (const auto& [m, n] : {Shape{1, 3}, {5, 5}, {50, 30}, {30, 65}}) {
@@ -95,14 +95,15 @@ TEST(DoubleSVDecomp, GivesTheSameWhateverIsAskedFor) {
   }
 }
 
-// The signs follow from the method: those of Householder vectors and rotations, and a V that takes
-// up negative values.
+// The signs are those of Householder vectors and rotations; where a value is negative, the column
+// of V changes its sign.
 TEST(DoubleSVDecomp, HasTheSignsOfTheMethod) {
   const DoubleVec column = vectorOf({3.0, 4.0}), turned = vectorOf({0.6, 0.8, -0.8, 0.6});
   const DoubleSVDecomp tall(DoubleGenMat(column, 2, 1)), wide(DoubleGenMat(column, 1, 2));
   EXPECT_LE(norm2(tall.leftVecs().dataVec() - vectorOf({-0.6, -0.8, -0.8, 0.6})), 4 * kEpsilon);
   EXPECT_LE(norm2(wide.rightVecs().dataVec() - turned), 4 * kEpsilon);
-  EXPECT_TRUE(tall.rightVecs()(0, 0) < 0.0 && wide.leftVecs()(0, 0) > 0.0);
+  EXPECT_EQ(-1.0, tall.rightVecs()(0, 0));
+  EXPECT_EQ(1.0, wide.leftVecs()(0, 0));
 }
 
 TEST(DoubleSVDecomp, FailsOnlyForNothingAndForElementsThatAreNotFinite) {
@@ -112,12 +113,12 @@ TEST(DoubleSVDecomp, FailsOnlyForNothingAndForElementsThatAreNotFinite) {
       DoubleGenMat a = randomMatrix(m, n, 8);
       a(m - 1, n / 2) = bad;
       const DoubleSVDecomp svd(a);
-      EXPECT_TRUE(svd.fail() && svd.numSVsFound() == 0);
+      EXPECT_TRUE(svd.fail());
+      EXPECT_EQ(0, svd.numSVsFound());
       EXPECT_EQ(std::min(m, n), svd.singularValues().length());
     }
   }
-  // Among equal values rounding alone can keep the iteration from ending, in one of about a
-  // hundred.
+  // Equal values: rounding alone can keep the iteration from ending, in about one of a hundred.
   for (unsigned i = 1; i <= 100; ++i) {
     EXPECT_TRUE(DoubleSVDecomp(matrixWithCondition(40 + i, 140 - i / 2, 1.0, i)).good()) << i;
   }
@@ -125,7 +126,8 @@ TEST(DoubleSVDecomp, FailsOnlyForNothingAndForElementsThatAreNotFinite) {
 
 TEST(DoubleSVDecomp, TellsTheSettingBefore) {
   DoubleSVDecomp svd;
-  // Asking for left vectors keeps what all or the first ones were; all of none has no effect.
+  // Asking for left vectors that are wanted already keeps their number. Asking for all of none has
+  // no effect.
   const std::vector<int> before = {
       svd.computeAllLeftVecs(0), svd.computeLeftVecs(1),    svd.computeAllLeftVecs(1),
       svd.computeLeftVecs(0),    svd.computeAllLeftVecs(0), svd.computeLeftVecs(1),
@@ -139,6 +141,8 @@ TEST(DoubleSVDecomp, LeavesItsMatrixAndEarlierResultsAlone) {
   const DoubleSVDecomp copy(svd);
   const DoubleGenMat v = svd.rightVecs(), vBefore = v.copy();
   svd.factor(randomMatrix(6, 4, 11));
-  EXPECT_TRUE(before == a && vBefore == v && vBefore == copy.rightVecs());
+  EXPECT_EQ(before, a);
+  EXPECT_EQ(vBefore, v);
+  EXPECT_EQ(vBefore, copy.rightVecs());
   expectDecomposed(a, copy);
 }
