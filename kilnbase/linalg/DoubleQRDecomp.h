@@ -78,8 +78,8 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   /// m elements; then returns an empty vector. Raises 0x5011 when there are no columns.
   DoubleVec solve(const DoubleVec& b) const;
   /// Solves for each column of B: column j of the result is `solve` of column j up to rounding. The
-  /// errors are the same; 0x5002 tells the number of rows of B and returns a 0 by 0 matrix. From 8
-  /// columns on several times as fast as column by column.
+  /// errors are the same; 0x5002 tells the number of rows of B and returns a 0 by 0 matrix. Many
+  /// columns take a fraction of the time that they take one by one.
   DoubleGenMat solve(const DoubleGenMat& b) const;
   /// The k unknowns, in pivot order, for which the first k columns alone fit b best; they are 0
   /// from the first 0 on the diagonal of R on. Raises 0x5002 as `solve` does.

@@ -373,7 +373,9 @@ TEST(DoubleChDecomp, MisuseIsReported) {
       {[&] { factor.partialSolve(spread, 5); }, kNotFactoredError, failed},
       {[&] { DoubleChDecomp(DoubleGenMat(2, 2, 0.0)).solve(two); }, kNotFactoredError, failed},
   });
-  EXPECT_EQ(0U, DoubleChDecomp(DoubleGenMat(0, 0)).solve(DoubleVec()).length());
+  const DoubleChDecomp empty(DoubleGenMat(0, 0));
+  EXPECT_EQ(0U, empty.solve(DoubleVec()).length());
+  EXPECT_EQ(3U, empty.solve(DoubleGenMat(0, 3)).cols());
 }
 
 TEST(DoubleChDecomp, MisuseTouchesNothingButWhatFits) {

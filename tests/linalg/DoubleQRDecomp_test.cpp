@@ -167,6 +167,7 @@ TEST(DoubleQRDecomp, MisuseIsReported) {
   DoubleGenMat a = identity(3);
   a(1, 1) = 0.0;  // no error
   EXPECT_THAT(list(factored(a, 0).solve(DoubleVec(3, 5.0))), ElementsAre(5.0, 0.0, 0.0));
+  EXPECT_EQ(DoubleGenMat(3, 9, 0.0), factored(a * 0.0, 1).solve(DoubleGenMat(3, 9, 5.0)));
 }
 
 TEST(DoubleQRDecomp, EndsOnNumbersThatAreNone) {

@@ -11,7 +11,8 @@ namespace {
 
 using kernels::active;
 
-// Triangles up to this order are solved without dividing them further.
+// Triangles up to this order are solved without dividing them further: 8 n² bytes, 32 KiB of the 48
+// KiB first-level cache of a Xeon with AVX-512. Bench: "Cholesky, right-hand sides", 500.
 constexpr Index kSmallTriangle = 64;
 
 // Jobs of dqrsl.
@@ -78,10 +79,8 @@ void solveSmallUpper(const double* r, Index ldr, const Columns& x) {
 }  // namespace
 
 void solveUpper(const double* r, Index ldr, const Columns& x) {
-  if (x.count < kLeastBlockedColumns) {
-    for (Index j = 0; j < x.count; ++j) solveUpper(r, ldr, x.rows, x.at(0, j));
-    return;
-  }
+  if (x.count == 1) return solveUpper(r, ldr, x.rows, x.x);
+  if (x.rows == 0) return;
   if (x.rows <= kSmallTriangle) return solveSmallUpper(r, ldr, x);
   const Index half = halfOf(x.rows);
   const Columns above = {x.x, x.ld, half, x.count}, below = x.from(half, 0, x.count);
@@ -92,10 +91,7 @@ void solveUpper(const double* r, Index ldr, const Columns& x) {
 }
 
 void solveUpperTransposed(const double* r, Index ldr, const Columns& x) {
-  if (x.count < kLeastBlockedColumns) {
-    for (Index j = 0; j < x.count; ++j) solveUpperTransposed(r, ldr, x.rows, x.at(0, j));
-    return;
-  }
+  if (x.count == 1) return solveUpperTransposed(r, ldr, x.rows, x.x);
   if (x.rows <= kSmallTriangle) {
     return active().dense->solveLower(x.rows, x.count, {r, ldr, 1}, x.x, x.ld);
   }
