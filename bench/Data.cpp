@@ -43,6 +43,28 @@ Values randomMatrix(const Shape& shape, unsigned seed) {
   return gaussian(shape.rows * shape.columns, seed);
 }
 
+Values pointsOf(int count, int size, bool areRational) {
+  Values values = gaussian(count * size, 1);
+  const auto n = static_cast<std::size_t>(size);
+  for (std::size_t i = n - 1; areRational && i < values.size(); i += n) {
+    values[i] = 1.0 + std::fabs(values[i]);
+  }
+  return values;
+}
+
+// Each element stands at a random place in its part of the column.
+SparseColumns sparseColumns(const Shape& shape) {
+  const int perColumn = shape.columns < 10000 ? 10 : 1000000 / shape.columns;
+  SparseColumns a = {perColumn, {}, gaussian(perColumn * shape.columns, 1)};
+  const int part = shape.rows / perColumn;
+  std::mt19937 generator(3);
+  for (int k = 0; k < perColumn * shape.columns; ++k) {
+    a.rows.push_back(k % perColumn * part +
+                     static_cast<int>(generator() % static_cast<unsigned>(part)));
+  }
+  return a;
+}
+
 // The symmetric part of a Gaussian matrix has its eigenvalues within √(2n) of zero, nearly always.
 Values positiveDefinite(int n) {
   const Values g = gaussian(n * n, 1);

@@ -17,6 +17,20 @@ std::vector<int> shuffledNumbers(int count, unsigned seed);
 /// The elements of a random matrix, column by column.
 Values randomMatrix(const Shape& shape, unsigned seed = 1);
 
+/// Random points of `size` components, one after another; the last one is a weight above 1 if they
+/// are rational.
+Values pointsOf(int count, int size, bool areRational);
+
+/// The elements of a sparse matrix, column by column, all columns with as many.
+struct SparseColumns {
+  int perColumn;
+  std::vector<int> rows;  ///< Ascending in each column.
+  Values values;
+};
+
+/// A random sparse matrix, of 10^6 elements from 10,000 columns up, and of 10 a column below.
+SparseColumns sparseColumns(const Shape& shape);
+
 /// The elements of a symmetric positive definite matrix whose condition does not grow with n.
 Values positiveDefinite(int n);
 

@@ -140,6 +140,8 @@ int runProgram(int argc, const char* const* argv) {
   addTrees(suite);
   addLists(suite);
   addStructures(suite);
+  addBoxes(suite);
+  addSparse(suite);
   std::vector<std::string> notes = {addEigen(suite), addBoost(suite), addGlib(suite)};
   std::ranges::move(addGeometry(suite), std::back_inserter(notes));
   const std::vector<Case> cases = casesOf(suite, options);

@@ -31,5 +31,7 @@ inline Values valuesOf(const Eigen::MatrixXd& a) {
 void addVectors(Suite& suite);
 void addProducts(Suite& suite);
 void addFactorizations(Suite& suite);
+void addBoxes(Suite& suite);
+void addSparse(Suite& suite);
 
 }  // namespace bench::eigen

@@ -7,6 +7,8 @@ std::string addEigen(Suite& suite) {
   eigen::addVectors(suite);
   eigen::addProducts(suite);
   eigen::addFactorizations(suite);
+  eigen::addBoxes(suite);
+  eigen::addSparse(suite);
   return "Eigen: " + std::to_string(EIGEN_WORLD_VERSION) + "." +
          std::to_string(EIGEN_MAJOR_VERSION) + "." + std::to_string(EIGEN_MINOR_VERSION) +
          ", compiled for this processor (" + Eigen::SimdInstructionSetsInUse() + ")";

@@ -17,6 +17,8 @@ void addArrays(Suite& suite);
 void addTrees(Suite& suite);
 void addLists(Suite& suite);
 void addStructures(Suite& suite);
+void addBoxes(Suite& suite);
+void addSparse(Suite& suite);
 
 /// Adds Eigen to the above that it has, or says that it is missing: the line for the table's head.
 std::string addEigen(Suite& suite);

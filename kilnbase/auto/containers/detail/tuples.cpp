@@ -1,0 +1,23 @@
+#include <climits>
+#include <cstdlib>
+
+#include <kilnbase/auto/containers/detail/tuples.h>
+#include <kilnbase/linalg/MathError.h>
+#include <vx/Report.h>
+
+namespace vxKilnBase::detail {
+
+std::optional<unsigned> tupleElements(int size, int rows, int cols) {
+  if (size < 1 || rows < 1 || cols < 1) return 0;
+  const long long tuples = static_cast<long long>(rows) * cols;
+  if (tuples <= INT_MAX / size) return static_cast<unsigned>(tuples * size);
+  raiseMathError(MathErrorRecord{0x3008, 2, 0x901A}, "RWBlock");
+  return std::nullopt;
+}
+
+void failBoundsCheck(const char* reason, int index, const char* file, int line) {
+  rptError("**** %s ( %s, %d ) in FILE %s LINE %d\n", "Bounds checking", reason, index, file, line);
+  std::abort();
+}
+
+}  // namespace vxKilnBase::detail

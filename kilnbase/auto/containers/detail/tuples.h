@@ -1,0 +1,16 @@
+// What the vector and the matrix of tuples share.
+#pragma once
+
+#include <optional>
+
+namespace vxKilnBase::detail {
+
+/// The number of doubles in rows * cols tuples, none when one of the arguments is below 1. When no
+/// int holds it, raises the error of storage that cannot be had (0x3008) and returns nothing.
+std::optional<unsigned> tupleElements(int size, int rows, int cols = 1);
+
+/// Reports a failed bounds check and ends the process. `file` and `line` are part of the interface:
+/// the names under which users know these failures.
+[[noreturn]] void failBoundsCheck(const char* reason, int index, const char* file, int line);
+
+}  // namespace vxKilnBase::detail
