@@ -44,7 +44,6 @@ struct Points {
   std::ptrdiff_t size;
 };
 
-// The corners of the box, apart from the points.
 struct Corners {
   double* low;
   double* high;
@@ -264,20 +263,15 @@ int TboundingBox::merge(const TtupleMatrix& points, int rational) {
   return mergeAll(points.data(), points.size(), rational);
 }
 
-// Merges points that stand one after another. The corners change at the end, since points may view
-// them.
+// Merges points that stand one after another.
 int TboundingBox::mergeAll(const DoubleVec& elements, int pointSize, int rational) {
   if (pointSize < boxDim() + (rational == 0 ? 0 : 1)) return 0;
   if (pointSize < 1) return 1;
   const DoubleVec x = elements.stride() == 1 ? elements : elements.copy();
-  DoubleVec low = minCorner_.copy();
-  DoubleVec high = maxCorner_.copy();
-  if (x.length() != elements.length() || low.length() + high.length() != 2 * minCorner_.length())
-    return 0;
-  const Merge run = rational == 0 ? plainMerge(pointSize) : rationalMerge(boxDim());
-  run({x.data(), x.length() / asLength(pointSize), pointSize}, {low.data(), high.data(), boxDim()});
-  minCorner_ = low;
-  maxCorner_ = high;
+  if (x.length() != elements.length()) return 0;
+  const Merge merged = rational == 0 ? plainMerge(pointSize) : rationalMerge(boxDim());
+  merged({x.data(), x.length() / asLength(pointSize), pointSize},
+         {minCorner_.data(), maxCorner_.data(), boxDim()});
   return 1;
 }
 

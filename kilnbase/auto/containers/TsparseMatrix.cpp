@@ -20,16 +20,13 @@ int elementCapacity(int maxRows, int maxCols) {
   return product <= INT_MAX ? static_cast<int>(product) : 0;
 }
 
-long long nonzeros(const DoubleVec& v) {
-  return v.length() - v.countValue(0.0, 0.0);
+// Whether the positions from `first` on lie among the `elements` of the storage.
+bool isInside(int first, int count, int elements) {
+  return (first | count) >= 0 && count <= elements - first;
 }
 
-// Whether the rows ascend strictly and lie in [0, limit).
-bool areAscending(const int* rows, int count, int limit) {
-  if (count == 0) return true;
-  int falls = 0;
-  for (int k = 1; k < count; ++k) falls |= static_cast<int>(rows[k] <= rows[k - 1]);
-  return falls == 0 && rows[0] >= 0 && rows[count - 1] < limit;
+long long nonzeros(const DoubleVec& v) {
+  return v.length() - v.countValue(0.0, 0.0);
 }
 
 }  // namespace
@@ -99,11 +96,11 @@ int TsparseMatrix::storedCols() const {
   return std::clamp(cols_, 0, maxNumberOfCols_);
 }
 
-// Where column c stands: inside the storage, whatever was written to the vectors.
+// Where column c stands; nowhere if a caller wrote to the vectors and it left the storage.
 TsparseMatrix::Span TsparseMatrix::span(int c) const {
   if (c < 0 || c >= storedCols()) return {0, 0};
-  const int first = std::clamp(beginnings_.sub(c), 0, maxNumberOfElements_);
-  return {first, std::clamp(counts_.sub(c), 0, maxNumberOfElements_ - first)};
+  const Span stored = {beginnings_.sub(c), counts_.sub(c)};
+  return isInside(stored.first, stored.count, maxNumberOfElements_) ? stored : Span{0, 0};
 }
 
 // The position of element (r, c), or -1.
@@ -327,65 +324,108 @@ void TsparseMatrix::printOn(std::ostream&) const {}
 
 // --- Products
 
-// The columns of a matrix as products read them: of equal rows the first one, and rows below a
-// limit alone. Columns whose rows ascend are read where they are.
-class TsparseMatrix::DistinctRows {
- public:
-  struct Column {
-    const int* rows;
-    const double* values;
-    int count;
-  };
-
-  DistinctRows(const TsparseMatrix& a, int limit) : a_(a), limit_(limit) {}
-
-  Column column(int c) {
-    const auto [first, count] = a_.span(c);
-    const Column stored = {a_.indices_.data() + first, a_.data_.data() + first, count};
-    return areAscending(stored.rows, count, limit_) ? stored : distinct(stored, c);
-  }
-
- private:
-  Column distinct(const Column& stored, int c) {
-    lastColumn_.resize(asLength(limit_), -1);
-    rows_.clear();
-    values_.clear();
-    for (int k = 0; k < stored.count; ++k) {
-      const int r = stored.rows[k];
-      if (r < 0 || r >= limit_ || lastColumn_[asLength(r)] == c) continue;
-      lastColumn_[asLength(r)] = c;
-      rows_.push_back(r);
-      values_.push_back(stored.values[k]);
-    }
-    return {rows_.data(), values_.data(), static_cast<int>(rows_.size())};
-  }
-
-  const TsparseMatrix& a_;
-  int limit_;
-  std::vector<int> lastColumn_;  // that each row was seen in
-  std::vector<int> rows_;
-  std::vector<double> values_;
-};
-
 namespace {
 
-// y[rows[k]] += factor * values[k], for distinct rows.
-void addScattered(double* y, const int* rows, const double* values, int count, double factor) {
-  for (int k = 0; k < count; ++k) y[rows[k]] += factor * values[k];
+struct Entries {
+  const int* rows;
+  const double* values;
+  int count;
+};
+
+// Whether four rows ascend from above the previous one to below the limit.
+bool ascendFour(int previous, const int* rows, int limit) {
+  return rows[0] > previous && rows[1] > rows[0] && rows[2] > rows[1] && rows[3] > rows[2] &&
+         rows[3] < limit;
 }
 
-// The sum of x[rows[k]] * values[k].
-double gatheredDot(const double* x, const int* rows, const double* values, int count) {
-  double sums[4] = {};
+// y[rows[k]] += factor * values[k], for the leading elements whose rows ascend below the limit, so
+// that none comes twice. Returns how many there are: all of most columns.
+int addAscending(double* y, const Entries& column, int limit, double factor) {
+  const auto [rows, values, count] = column;
+  int previous = -1;
   int k = 0;
-  for (; k + 4 <= count; k += 4) {
-    for (int i = 0; i < 4; ++i) sums[i] += x[rows[k + i]] * values[k + i];
+  for (; k + 4 <= count && ascendFour(previous, rows + k, limit); k += 4) {
+    for (int i = k; i < k + 4; ++i) y[rows[i]] += factor * values[i];
+    previous = rows[k + 3];
   }
-  for (; k < count; ++k) sums[0] += x[rows[k]] * values[k];
-  return (sums[0] + sums[1]) + (sums[2] + sums[3]);
+  for (; k < count && rows[k] > previous && rows[k] < limit; ++k) {
+    y[rows[k]] += factor * values[k];
+    previous = rows[k];
+  }
+  return k;
+}
+
+struct PartialSum {
+  double sum;
+  int count;
+};
+
+// The sum of x[rows[k]] * values[k] over the same elements.
+PartialSum sumAscending(const double* x, const Entries& column, int limit) {
+  const auto [rows, values, count] = column;
+  double sums[4] = {};
+  int previous = -1;
+  int k = 0;
+  for (; k + 4 <= count && ascendFour(previous, rows + k, limit); k += 4) {
+    for (int i = 0; i < 4; ++i) sums[i] += x[rows[k + i]] * values[k + i];
+    previous = rows[k + 3];
+  }
+  double sum = (sums[0] + sums[1]) + (sums[2] + sums[3]);
+  for (; k < count && rows[k] > previous && rows[k] < limit; ++k) {
+    sum += x[rows[k]] * values[k];
+    previous = rows[k];
+  }
+  return {sum, k};
 }
 
 }  // namespace
+
+// The columns of a matrix as products read them: rows in [0, limit), of equal ones the first.
+class TsparseMatrix::Columns {
+ public:
+  Columns(const TsparseMatrix& a, int limit)
+      : beginnings_(a.beginnings_.data()),
+        counts_(a.counts_.data()),
+        rows_(a.indices_.data()),
+        values_(a.data_.data()),
+        elements_(a.maxNumberOfElements_),
+        limit_(limit) {}
+
+  // The same as `span` tells, for a column that has a place in the storage.
+  Entries operator[](int c) const {
+    const int first = beginnings_[c];
+    const int count = counts_[c];
+    if (!isInside(first, count, elements_)) return {rows_, values_, 0};
+    return {rows_ + first, values_ + first, count};
+  }
+
+  // What is left of a column behind its first n elements, which ascend.
+  [[gnu::noinline]] Entries distinctAfter(int n, int c) {
+    const auto [rows, values, count] = (*this)[c];
+    lastColumn_.resize(asLength(limit_), -1);
+    distinctRows_.clear();
+    distinctValues_.clear();
+    for (int k = 0; k < count; ++k) {
+      if (rows[k] < 0 || rows[k] >= limit_ || lastColumn_[asLength(rows[k])] == c) continue;
+      lastColumn_[asLength(rows[k])] = c;
+      if (k < n) continue;
+      distinctRows_.push_back(rows[k]);
+      distinctValues_.push_back(values[k]);
+    }
+    return {distinctRows_.data(), distinctValues_.data(), static_cast<int>(distinctRows_.size())};
+  }
+
+ private:
+  const int* beginnings_;
+  const int* counts_;
+  const int* rows_;
+  const double* values_;
+  int elements_;
+  int limit_;
+  std::vector<int> lastColumn_;  // that each row was seen in, once a column did not ascend
+  std::vector<int> distinctRows_;
+  std::vector<double> distinctValues_;
+};
 
 DoubleVec product(const TsparseMatrix& a, const DoubleVec& v) {
   const unsigned cols = asLength(a.cols_);
@@ -393,10 +433,15 @@ DoubleVec product(const TsparseMatrix& a, const DoubleVec& v) {
   if (v.length() != cols) {
     vxKilnBase::raiseMathError(0x4014, kClassName, result.length(), cols, v.length());
   }
-  TsparseMatrix::DistinctRows columns(a, static_cast<int>(result.length()));
-  for (int c = 0; c < static_cast<int>(std::min(v.length(), cols)); ++c) {
-    const auto [rows, values, count] = columns.column(c);
-    addScattered(result.data(), rows, values, count, v(c));
+  double* const y = result.data();
+  const int limit = static_cast<int>(result.length());
+  TsparseMatrix::Columns columns(a, limit);
+  for (int c = 0; c < std::min(a.storedCols(), static_cast<int>(v.length())); ++c) {
+    const Entries column = columns[c];
+    const int added = addAscending(y, column, limit, v(c));
+    if (added == column.count) continue;
+    const auto [rows, values, count] = columns.distinctAfter(added, c);
+    for (int k = 0; k < count; ++k) y[rows[k]] += v(c) * values[k];
   }
   return result;
 }
@@ -407,11 +452,18 @@ DoubleVec product(const DoubleVec& v, const TsparseMatrix& a) {
   if (v.length() != rows) {
     vxKilnBase::raiseMathError(0x4015, v.length(), kClassName, rows, result.length());
   }
-  const DoubleVec x = v.stride() == 1 ? v : v.copy();
-  TsparseMatrix::DistinctRows columns(a, static_cast<int>(std::min(x.length(), rows)));
-  for (int c = 0; c < static_cast<int>(result.length()); ++c) {
-    const auto [rowIndices, values, count] = columns.column(c);
-    result.sub(c) = gatheredDot(x.data(), rowIndices, values, count);
+  const DoubleVec own = v.stride() == 1 ? v : v.copy();
+  const double* const x = own.data();
+  const int limit = static_cast<int>(std::min(own.length(), rows));
+  TsparseMatrix::Columns columns(a, limit);
+  for (int c = 0; c < std::min(a.storedCols(), static_cast<int>(result.length())); ++c) {
+    const Entries column = columns[c];
+    auto [sum, added] = sumAscending(x, column, limit);
+    if (added != column.count) {
+      const Entries rest = columns.distinctAfter(added, c);
+      for (int k = 0; k < rest.count; ++k) sum += x[rest.rows[k]] * rest.values[k];
+    }
+    result.sub(c) = sum;
   }
   return result;
 }

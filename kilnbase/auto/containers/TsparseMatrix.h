@@ -123,7 +123,7 @@ class KILNBASE_API TsparseMatrix {
  private:
   friend DoubleVec product(const TsparseMatrix& a, const DoubleVec& v);
   friend DoubleVec product(const DoubleVec& v, const TsparseMatrix& a);
-  class DistinctRows;
+  class Columns;
 
   // Positions in `indices_` and `data_`.
   struct Span {
