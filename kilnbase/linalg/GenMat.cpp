@@ -1,12 +1,10 @@
 #include <algorithm>
-#include <cctype>
-#include <istream>
-#include <ostream>
 
 #include <kilnbase/linalg/GenMat.h>
 #include <kilnbase/linalg/GenMatPick.h>
 #include <kilnbase/linalg/detail/counts.h>
 #include <kilnbase/linalg/detail/errors.h>
+#include <kilnbase/linalg/detail/matrixText.h>
 
 namespace vxKilnBase {
 
@@ -199,52 +197,17 @@ GenMatPick<T> GenMat<T>::operator()(const Vec<int>& rowIndices,
 
 template <class T>
 void GenMat<T>::printOn(std::ostream& stream) const {
-  const std::streamsize width = stream.width(0);
-  stream << nrows_ << 'x' << ncols_ << " [\n";
-  for (int i = 0; i < asInt(nrows_); ++i) {
-    for (int j = 0; j < asInt(ncols_); ++j) {
-      stream.width(width);
-      stream << (*this)(i, j) << ' ';
-    }
-    stream << '\n';
-  }
-  stream << ']';
+  detail::printMatrix(stream, *this);
 }
-
-namespace {
-
-bool digitComesNext(std::istream& stream) {
-  return std::isdigit(stream.peek()) != 0;
-}
-
-// Reads "MxN" or "M N", whatever stands before it.
-void readSize(std::istream& stream, unsigned& m, unsigned& n) {
-  while (stream.good() && !digitComesNext(stream)) stream.get();
-  stream >> m >> std::ws;
-  if (stream.good() && !digitComesNext(stream)) stream.get();
-  stream >> n;
-}
-
-}  // namespace
 
 template <class T>
 void GenMat<T>::scanFrom(std::istream& stream) {
   unsigned m = 0;
   unsigned n = 0;
-  readSize(stream, m, n);
   Vec<T> values;
-  values.scanFrom(stream);
-  if (!stream.good() || values.length() != std::uint64_t{m} * n) {
-    detail::raiseMatrixElements(values.length(), className, m, n);
-    return;
-  }
+  if (!detail::readMatrix(stream, className, m, n, values)) return;
   resize(m, n);
-  const T* value = values.data();
-  for (int i = 0; i < asInt(nrows_); ++i) {
-    for (int j = 0; j < asInt(ncols_); ++j, ++value) {
-      if ((*this)(i, j) != *value) (*this)(i, j) = *value;
-    }
-  }
+  detail::setRows(*this, values);
 }
 
 // --- Element by element

@@ -10,6 +10,8 @@ namespace vxKilnBase {
 
 template <class T>
 class GenMatPick;
+template <class Packing>
+class PackedMat;
 
 /// A dense m by n matrix, column-major over one vector.
 ///
@@ -67,6 +69,10 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
       requires std::same_as<T, double> : Base(Vec<double>(other)) {
     setSize(other.rows(), other.cols());
   }
+  /// A new matrix of all elements of a symmetric or triangular one.
+  template <class Packing>
+  GenMat(const PackedMat<Packing>& packed)  // NOLINT(google-explicit-constructor)
+      requires std::same_as<T, double>;
   ~GenMat() = default;
 
   /// Copies the elements of `b`. Raises kMatrixSizesError when the sizes differ.
