@@ -186,7 +186,7 @@ bool DoubleChDecomp::isIndependent(int j) const {
 // Solves for the leading k columns, which are factored, in the first k rows of X.
 void DoubleChDecomp::solveInPlace(unsigned k, DoubleGenMat& x) const {
   const DoubleVec r = contiguous(*this);
-  const vxKilnBase::linpack::Columns leading = {x.data(), x.rows(), k, x.cols()};
+  const vxKilnBase::linpack::Submatrix leading = {x.data(), x.rows(), k, x.cols()};
   vxKilnBase::linpack::solveUpperTransposed(r.data(), rows(), leading);
   vxKilnBase::linpack::solveUpper(r.data(), rows(), leading);
 }

@@ -11,11 +11,11 @@
 
 namespace detail = vxKilnBase::detail;
 using vxKilnBase::detail::PivotedOrder;
-using vxKilnBase::linpack::Columns;
 using vxKilnBase::linpack::dqrdc;
 using vxKilnBase::linpack::dqrsl;
 using vxKilnBase::linpack::OrthogonalFactor;
 using vxKilnBase::linpack::solveUpper;
+using vxKilnBase::linpack::Submatrix;
 
 namespace {
 
@@ -39,11 +39,11 @@ class QTimesColumns {
   void multiplyTransposed() const {
     q_.multiplyTransposed(columns_, static_cast<double*>(work_.data));
   }
-  Columns leadingRows() const { return {columns_.x, columns_.ld, q_.k, columns_.count}; }
+  Submatrix leadingRows() const { return {columns_.x, columns_.ld, q_.k, columns_.columns}; }
 
  private:
   OrthogonalFactor q_;
-  Columns columns_;
+  Submatrix columns_;
   RWBlock work_;
 };
 

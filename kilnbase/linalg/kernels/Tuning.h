@@ -117,6 +117,18 @@ inline constexpr Index kMostUnblocked = 64;
 //   Bench: --filter "SVD, all vectors" --sizes 32,100
 inline constexpr Index kLeastBlockedProduct = 64;
 
+// ---- Many right-hand sides (rightHandSides) ----
+
+// From this many right-hand sides on they are multiplied by Q block by block. Forming a block of
+// kReflectorColumns reflections costs as much as applying them to 6 columns one by one.
+//   Bench: --filter "QR, right-hand sides" --sizes 32,100,500
+inline constexpr Index kLeastBlockedColumns = 8;
+
+// Triangles up to this order are solved without dividing them further.
+//   Triangle: kSmallTriangle² * 8 bytes = 32 KiB, in the first-level cache.
+//   Bench: --filter "Cholesky, right-hand sides" --sizes 500
+inline constexpr Index kSmallTriangle = 64;
+
 // ---- Cholesky factorization (Cholesky.cpp, dchdc) ----
 
 // Rows that are eliminated in registers without pivoting. The kernel is written for this number.
