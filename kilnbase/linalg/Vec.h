@@ -224,14 +224,14 @@ class KILNBASE_API Vec {
       const requires std::same_as<T, signed char>;  // NOLINT(google-explicit-constructor)
 
   /// Element by element, in place.
-  Vec& operator+=(const Vec& v) { return change<kAdd>(v.operand()); }
-  Vec& operator-=(const Vec& v) { return change<kSubtract>(v.operand()); }
-  Vec& operator*=(const Vec& v) { return change<kMultiply>(v.operand()); }
-  Vec& operator/=(const Vec& v) { return change<kDivide>(v.operand()); }
-  Vec& operator+=(T x) { return change<kAdd>(number(x)); }
-  Vec& operator-=(T x) { return change<kSubtract>(number(x)); }
-  Vec& operator*=(T x) { return change<kMultiply>(number(x)); }
-  Vec& operator/=(T x) { return change<kDivide>(number(x)); }
+  Vec& operator+=(const Vec& v) { return change<kAdd>(v); }
+  Vec& operator-=(const Vec& v) { return change<kSubtract>(v); }
+  Vec& operator*=(const Vec& v) { return change<kMultiply>(v); }
+  Vec& operator/=(const Vec& v) { return change<kDivide>(v); }
+  Vec& operator+=(T x) { return change<kAdd>(x); }
+  Vec& operator-=(T x) { return change<kSubtract>(x); }
+  Vec& operator*=(T x) { return change<kMultiply>(x); }
+  Vec& operator/=(T x) { return change<kDivide>(x); }
   /// Adds 1 to every element.
   Vec& operator++() { return *this += T(1); }
   Vec& operator--() { return *this -= T(1); }
@@ -241,26 +241,18 @@ class KILNBASE_API Vec {
 
   /// Element by element; the result is a new vector. A zero divisor of integers raises
   /// kDivisionByZeroError, and gives 0 when the handler returns.
-  friend Vec operator+(const Vec& a, const Vec& b) { return a.combine<kAdd>(b.operand()); }
-  friend Vec operator-(const Vec& a, const Vec& b) { return a.combine<kSubtract>(b.operand()); }
-  friend Vec operator*(const Vec& a, const Vec& b) { return a.combine<kMultiply>(b.operand()); }
-  friend Vec operator/(const Vec& a, const Vec& b) { return a.combine<kDivide>(b.operand()); }
-  friend Vec operator+(const Vec& a, T x) { return a.combine<kAdd>(a.number(x)); }
-  friend Vec operator-(const Vec& a, T x) { return a.combine<kSubtract>(a.number(x)); }
-  friend Vec operator*(const Vec& a, T x) { return a.combine<kMultiply>(a.number(x)); }
-  friend Vec operator/(const Vec& a, T x) { return a.combine<kDivide>(a.number(x)); }
-  friend Vec operator+(T x, const Vec& a) {
-    return detail::combine<kAdd>(a.number(x), a.operand());
-  }
-  friend Vec operator-(T x, const Vec& a) {
-    return detail::combine<kSubtract>(a.number(x), a.operand());
-  }
-  friend Vec operator*(T x, const Vec& a) {
-    return detail::combine<kMultiply>(a.number(x), a.operand());
-  }
-  friend Vec operator/(T x, const Vec& a) {
-    return detail::combine<kDivide>(a.number(x), a.operand());
-  }
+  friend Vec operator+(const Vec& a, const Vec& b) { return detail::combine<T, kAdd>(a, b); }
+  friend Vec operator-(const Vec& a, const Vec& b) { return detail::combine<T, kSubtract>(a, b); }
+  friend Vec operator*(const Vec& a, const Vec& b) { return detail::combine<T, kMultiply>(a, b); }
+  friend Vec operator/(const Vec& a, const Vec& b) { return detail::combine<T, kDivide>(a, b); }
+  friend Vec operator+(const Vec& a, T b) { return detail::combine<T, kAdd>(a, b); }
+  friend Vec operator-(const Vec& a, T b) { return detail::combine<T, kSubtract>(a, b); }
+  friend Vec operator*(const Vec& a, T b) { return detail::combine<T, kMultiply>(a, b); }
+  friend Vec operator/(const Vec& a, T b) { return detail::combine<T, kDivide>(a, b); }
+  friend Vec operator+(T a, const Vec& b) { return detail::combine<T, kAdd>(a, b); }
+  friend Vec operator-(T a, const Vec& b) { return detail::combine<T, kSubtract>(a, b); }
+  friend Vec operator*(T a, const Vec& b) { return detail::combine<T, kMultiply>(a, b); }
+  friend Vec operator/(T a, const Vec& b) { return detail::combine<T, kDivide>(a, b); }
   friend Vec operator-(const Vec& a) { return a * T(-1); }
   friend Vec operator+(const Vec& a) { return a.copy(); }
 
@@ -317,16 +309,14 @@ class KILNBASE_API Vec {
       : block_(block), begin_(static_cast<T*>(block->data)), npts_(begin_ ? n : 0), step_(1) {}
 
   using enum detail::Operation;
-  detail::Operand<T> operand() const { return {begin_, block_, npts_, step_}; }
-  // x as often as this vector has elements.
-  detail::Operand<T> number(const T& x) const { return {&x, nullptr, npts_, 0}; }
   template <detail::Operation operation>
-  Vec combine(const detail::Operand<T>& b) const {
-    return detail::combine<operation>(operand(), b);
+  Vec& change(const Vec& v) {
+    detail::change<T, operation>(*this, v, block_ == v.block_);
+    return *this;
   }
   template <detail::Operation operation>
-  Vec& change(const detail::Operand<T>& b) {
-    detail::change<operation>(begin_, operand(), b);
+  Vec& change(T x) {
+    detail::change<T, operation>(*this, x, false);
     return *this;
   }
 

@@ -11,6 +11,17 @@ namespace vxKilnBase::detail {
 
 namespace {
 
+// A vector, or one number that counts `length` times and has stride 0.
+template <class T>
+struct Operand {
+  const T* data;
+  unsigned length;
+  int stride;
+
+  explicit Operand(const Vec<T>& v) : data(v.data()), length(v.length()), stride(v.stride()) {}
+  Operand(const T& x, unsigned count) : data(&x), length(count), stride(0) {}
+};
+
 template <class T>
 auto kernelOf(Operation operation) {
   const kernels::ElementKernels<T>& kernels = kernels::elements<T>();
@@ -36,10 +47,8 @@ void check(Operation operation, const Operand<T>& a, const Operand<T>& b) {
   if (std::ranges::find(divisors, T(0)) != divisors.end()) raiseDivisionByZero(source);
 }
 
-}  // namespace
-
 template <class T>
-Vec<T> combineByKernel(Operation operation, Operand<T> a, Operand<T> b) {
+Vec<T> combined(Operation operation, const Operand<T>& a, const Operand<T>& b) {
   check(operation, a, b);
   Vec<T> result(a.length);
   const unsigned n = std::min(result.length(), b.length);
@@ -49,22 +58,48 @@ Vec<T> combineByKernel(Operation operation, Operand<T> a, Operand<T> b) {
 }
 
 template <class T>
-void changeByKernel(Operation operation, T* target, Operand<T> a, Operand<T> b) {
-  check(operation, a, b);
-  const bool sameElements = a.data == b.data && a.stride == b.stride;
-  const bool copies = a.block == b.block && !sameElements;
-  Vec<T> own(copies ? b.length : 0);
-  if (copies) {
-    std::ranges::copy(elements(b.data, own.length(), b.stride), own.data());
-    b = {own.data(), nullptr, own.length(), 1};
-  }
-  const unsigned n = std::min(a.length, b.length);
-  kernelOf<T>(operation)(n, a.data, a.stride, b.data, b.stride, target, a.stride);
+void change(Operation operation, Vec<T>& a, const Operand<T>& b) {
+  const unsigned n = std::min(a.length(), b.length);
+  kernelOf<T>(operation)(n, a.data(), a.stride(), b.data, b.stride, a.data(), a.stride());
 }
 
-#define KILN_INSTANTIATE_ARITHMETIC(T)                                \
-  template Vec<T> combineByKernel(Operation, Operand<T>, Operand<T>); \
-  template void changeByKernel(Operation, T*, Operand<T>, Operand<T>);
+}  // namespace
+
+template <class T>
+Vec<T> combineByKernel(Operation operation, const Vec<T>& a, const Vec<T>& b) {
+  return combined(operation, Operand<T>(a), Operand<T>(b));
+}
+
+template <class T>
+Vec<T> combineByKernel(Operation operation, const Vec<T>& a, T b) {
+  return combined(operation, Operand<T>(a), Operand<T>(b, a.length()));
+}
+
+template <class T>
+Vec<T> combineByKernel(Operation operation, T a, const Vec<T>& b) {
+  return combined(operation, Operand<T>(a, b.length()), Operand<T>(b));
+}
+
+template <class T>
+void changeByKernel(Operation operation, Vec<T>& a, const Vec<T>& b, bool overlaps) {
+  check(operation, Operand<T>(a), Operand<T>(b));
+  const bool sameElements = a.data() == b.data() && a.stride() == b.stride();
+  change(operation, a, Operand<T>(overlaps && !sameElements ? b.copy() : b));
+}
+
+template <class T>
+void changeByKernel(Operation operation, Vec<T>& a, T b, bool) {
+  const Operand<T> number(b, a.length());
+  check(operation, Operand<T>(a), number);
+  change(operation, a, number);
+}
+
+#define KILN_INSTANTIATE_ARITHMETIC(T)                                      \
+  template Vec<T> combineByKernel(Operation, const Vec<T>&, const Vec<T>&); \
+  template Vec<T> combineByKernel(Operation, const Vec<T>&, T);             \
+  template Vec<T> combineByKernel(Operation, T, const Vec<T>&);             \
+  template void changeByKernel(Operation, Vec<T>&, const Vec<T>&, bool);    \
+  template void changeByKernel(Operation, Vec<T>&, T, bool);
 KILN_INSTANTIATE_ARITHMETIC(double)
 KILN_INSTANTIATE_ARITHMETIC(int)
 KILN_INSTANTIATE_ARITHMETIC(signed char)

@@ -1,12 +1,12 @@
-// Arithmetic of vectors, element by element: short ones are worked on where they stand, longer ones
-// by the kernels.
+// Arithmetic of vectors, element by element: short ones are worked on in line, longer ones by the
+// kernels.
 #pragma once
 
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 
 #include <kilnbase/export.h>
-#include <kilnbase/linalg/RWBlock.h>
 
 namespace vxKilnBase {
 
@@ -17,8 +17,8 @@ class Vec;
 
 namespace vxKilnBase::detail {
 
-/// Whether `length` elements are too few for the call of a kernel to pay. Two 512-bit registers
-/// hold 16 doubles. Measured on a Xeon with AVX-512 by the lines "vector ... 10" of kiln_bench.
+/// Whether `length` elements are too few for the call of a kernel to pay. The lines "vector ... 10"
+/// of kiln_bench measure short vectors; on a Xeon with AVX-512 the two ways meet at 16 doubles.
 template <class T>
 constexpr bool isShort(unsigned length) {
   return std::same_as<T, double> && length < 16;
@@ -26,31 +26,65 @@ constexpr bool isShort(unsigned length) {
 
 enum class Operation { kAdd, kSubtract, kMultiply, kDivide };
 
-/// The elements of a vector, or one number that counts `length` times: stride 0 and no block.
+/// New vectors of a[i] operation b[i], where an operand that is a number stands for every element.
+/// Vectors of different lengths raise kVectorLengthsError; the result has the length of `a`, and 0
+/// where `b` has no element. A zero divisor of integers raises kDivisionByZeroError and gives 0.
 template <class T>
-struct Operand {
+KILNBASE_API Vec<T> combineByKernel(Operation operation, const Vec<T>& a, const Vec<T>& b);
+template <class T>
+KILNBASE_API Vec<T> combineByKernel(Operation operation, const Vec<T>& a, T b);
+template <class T>
+KILNBASE_API Vec<T> combineByKernel(Operation operation, T a, const Vec<T>& b);
+
+/// Sets a[i] to a[i] operation b[i], with the same errors. Elements that `b` lacks stay. `overlaps`
+/// tells whether elements of `a` may be elements of `b`.
+template <class T>
+KILNBASE_API void changeByKernel(Operation operation, Vec<T>& a, const Vec<T>& b, bool overlaps);
+template <class T>
+KILNBASE_API void changeByKernel(Operation operation, Vec<T>& a, T b, bool overlaps = false);
+
+// What an operand is to a loop that the compiler keeps in registers.
+
+template <class T>
+struct Elements {
   const T* data;
-  const RWBlock* block;
-  unsigned length;
   int stride;
 
   T operator[](unsigned i) const { return data[std::ptrdiff_t{i} * stride]; }
 };
-
-/// A new vector of a[i] operation b[i]. Operands of different lengths raise kVectorLengthsError;
-/// the result has the length of `a`, and 0 where `b` has no element. A zero divisor of integers
-/// raises kDivisionByZeroError and gives 0.
 template <class T>
-KILNBASE_API Vec<T> combineByKernel(Operation operation, Operand<T> a, Operand<T> b);
+struct Number {
+  T value;
 
-/// Sets the elements of `a`, which `target` points to, to a[i] operation b[i], with the same
-/// errors. Elements that `b` lacks stay. Operands may overlap.
+  T operator[](unsigned) const { return value; }
+};
+
 template <class T>
-KILNBASE_API void changeByKernel(Operation operation, T* target, Operand<T> a, Operand<T> b);
+Elements<T> operandOf(const Vec<T>& v) {
+  return {v.data(), v.stride()};
+}
+template <class T>
+Number<T> operandOf(T x) {
+  return {x};
+}
+
+/// The length of the result; a length that is not short when two vectors differ.
+template <class T>
+unsigned commonLength(const Vec<T>& a, const Vec<T>& b) {
+  return a.length() == b.length() ? a.length() : UINT32_MAX;
+}
+template <class T>
+unsigned commonLength(const Vec<T>& a, T) {
+  return a.length();
+}
+template <class T>
+unsigned commonLength(T, const Vec<T>& b) {
+  return b.length();
+}
 
 /// target[i * stride] = a[i] operation b[i] for i < n.
 template <Operation operation, class T>
-void calculate(unsigned n, T* target, int stride, const Operand<T>& a, const Operand<T>& b) {
+void calculate(unsigned n, T* target, int stride, auto a, auto b) {
   for (unsigned i = 0; i < n; ++i) {
     T& result = target[std::ptrdiff_t{i} * stride];
     if constexpr (operation == Operation::kAdd) result = static_cast<T>(a[i] + b[i]);
@@ -60,20 +94,22 @@ void calculate(unsigned n, T* target, int stride, const Operand<T>& a, const Ope
   }
 }
 
-template <Operation operation, class T>
-Vec<T> combine(const Operand<T>& a, const Operand<T>& b) {
-  if (!isShort<T>(a.length) || a.length != b.length) return combineByKernel(operation, a, b);
-  Vec<T> result(a.length);
-  calculate<operation>(result.length(), result.data(), 1, a, b);
+template <class T, Operation operation>
+Vec<T> combine(const auto& a, const auto& b) {
+  const unsigned n = commonLength<T>(a, b);
+  if (!isShort<T>(n)) return combineByKernel<T>(operation, a, b);
+  Vec<T> result(n);
+  calculate<operation>(result.length(), result.data(), 1, operandOf<T>(a), operandOf<T>(b));
   return result;
 }
 
-template <Operation operation, class T>
-void change(T* target, const Operand<T>& a, const Operand<T>& b) {
-  if (!isShort<T>(a.length) || a.length != b.length || a.block == b.block) {
-    changeByKernel(operation, target, a, b);
+template <class T, Operation operation>
+void change(Vec<T>& a, const auto& b, bool overlaps) {
+  const unsigned n = commonLength<T>(a, b);
+  if (!isShort<T>(n) || overlaps) {
+    changeByKernel<T>(operation, a, b, overlaps);
   } else {
-    calculate<operation>(a.length, target, a.stride, a, b);
+    calculate<operation>(n, a.data(), a.stride(), operandOf<T>(a), operandOf<T>(b));
   }
 }
 
