@@ -39,7 +39,7 @@ GenMat<T>::GenMat(const GenMatPick<T>& pick) : GenMat(pick.rows(), pick.cols()) 
   }
 }
 
-// Takes the size of new storage, 0 by 0 where the storage could not be had.
+// Sets the size to m by n, or to 0 by 0 when there was no memory for so many elements.
 template <class T>
 void GenMat<T>::setSize(unsigned m, unsigned n) {
   const bool stored = Base::length() == std::uint64_t{m} * n;

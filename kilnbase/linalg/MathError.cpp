@@ -56,7 +56,7 @@ int reportMathError(const MathErrorRecord& record, std::va_list arguments) {
 
 constinit MathErrorHandler currentHandler = reportMathError;
 
-// The library's own hold on its catalogues, from load to unload.
+// The library holds its catalogues from load to unload.
 const RWMATHInit generalInit;
 const RWMATXInit matrixInit;
 const RWFACTInit factorizationInit;

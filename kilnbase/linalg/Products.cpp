@@ -43,7 +43,7 @@ void setProduct(unsigned k, Factor<int> a, Factor<int> b, GenMat<int>& c) {
   }
 }
 
-// The m by n product of two factors with k columns and rows in common.
+// The m by n product of A and B, summed over the first k columns of A and rows of B.
 template <class T>
 GenMat<T> multiply(unsigned m, unsigned n, unsigned k, Factor<T> a, Factor<T> b) {
   GenMat<T> result(m, n);
@@ -51,7 +51,7 @@ GenMat<T> multiply(unsigned m, unsigned n, unsigned k, Factor<T> a, Factor<T> b)
   return result;
 }
 
-// y += A v, the elements of v taken together in portions; A is column-major or row-major.
+// y += A v for a column-major or row-major A. Portions of v are made contiguous on the stack.
 void addPortions(unsigned k, Factor<double> a, const Vec<double>& v, Vec<double>& y) {
   const kernels::DenseKernels& dense = *kernels::active().dense;
   constexpr unsigned kPortion = 256;
@@ -91,7 +91,7 @@ void setProduct(unsigned k, Factor<int> a, const Vec<int>& v, Vec<int>& y) {
   }
 }
 
-// The product of an m by k matrix with the first k elements of v.
+// The product of the m by k matrix A and the first k elements of v.
 template <class T>
 Vec<T> multiply(unsigned m, unsigned k, Factor<T> a, const Vec<T>& v) {
   Vec<T> result(m);

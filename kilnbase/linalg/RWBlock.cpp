@@ -14,7 +14,7 @@ constexpr std::size_t kAlignment = 64;
 
 static_assert(sizeof(RWBlock) == 16, "the storage of a joint piece follows a 16-byte header");
 
-// How far into `piece` the header must stand for the storage behind it to be aligned.
+// The offset of the header in `piece` that aligns the storage behind the header.
 std::size_t headerOffset(const void* piece, std::size_t bytes) {
   if (bytes < kAlignedFrom) return 0;
   const auto storage = reinterpret_cast<std::uintptr_t>(piece) + sizeof(RWBlock);

@@ -35,7 +35,7 @@ bool within(T difference, T tolerance) {
   return difference <= tolerance && difference >= -tolerance;
 }
 
-// Whether |x - value| <= tolerance; integers are compared without overflow, and a NaN never passes.
+// Whether |x - value| <= tolerance. Integers do not overflow; a NaN never passes.
 template <class T>
 auto nearTo(T value, T tolerance) {
   using Wide = std::conditional_t<std::is_integral_v<T>, long long, T>;
@@ -44,8 +44,7 @@ auto nearTo(T value, T tolerance) {
   };
 }
 
-// Takes `word` from the stream, in letters of either case; takes nothing when the stream goes on
-// with anything else.
+// Takes `word`, in letters of either case, from the stream. Takes nothing when other text follows.
 bool takeWord(std::istream& stream, std::string_view word) {
   for (std::size_t taken = 0; taken < word.size(); ++taken) {
     if (std::tolower(stream.peek()) != word[taken]) {
@@ -88,8 +87,7 @@ bool readElement(std::istream& stream, signed char& value) {
   return !stream.fail();
 }
 
-// Whether another element may follow: inside brackets, unless the closing one comes next (and is
-// taken).
+// Whether another element may follow. Takes the closing bracket.
 bool moreElements(std::istream& stream, bool bracketed) {
   if (!bracketed) return true;
   if ((stream >> std::ws).peek() != ']') return stream.good();
@@ -257,7 +255,7 @@ template <class T>
 void Vec<T>::scanFrom(std::istream& stream) {
   const bool bracketed = takeOpeningBracket(stream);
   unsigned count = 0;
-  std::vector<T> rest;  // what the existing elements have no room for
+  std::vector<T> rest;  // elements beyond the length of this vector
   for (T value; moreElements(stream, bracketed) && readElement(stream, value);) {
     if (count < npts_) {
       (*this)(static_cast<int>(count++)) = value;

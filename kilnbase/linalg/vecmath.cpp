@@ -14,7 +14,7 @@ using detail::Wrapping;
 
 namespace {
 
-// The elements of v, to be read in order.
+// The first n elements of v as a range.
 template <class T>
 auto elementsOf(const Vec<T>& v, unsigned n) {
   return detail::elements(v.data(), n, v.stride());
@@ -28,7 +28,7 @@ Vec<Result> mapped(const Vec<T>& v, Function next) {
   return result;
 }
 
-// The same of two vectors, after the length check.
+// A new vector of f(x, y) for the elements x of a and y of b, after the length check.
 template <class Function>
 DoubleVec mappedPairs(const DoubleVec& a, const DoubleVec& b, Function f) {
   a.lengthCheck(b.length());

@@ -1,4 +1,4 @@
-// Vector operations take memory for their one result and for nothing else.
+// Vector operations take memory for one result and for nothing else.
 
 #include <cstdlib>
 #include <functional>
@@ -14,7 +14,7 @@ int allocations = 0;
 
 }  // namespace
 
-// Not inlined: of a pair of which only one half is inlined GCC takes the other for a mistake.
+// Not inlined: GCC warns of new and delete that do not fit when it inlines one of them only.
 [[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   ++allocations;
   return std::malloc(size);

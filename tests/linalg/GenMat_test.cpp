@@ -56,7 +56,7 @@ TYPED_TEST(GenMatFamily, ViewsShareAssignmentCopiesResizeKeepsTheCorner) {
   EXPECT_THAT(list(a.row(1)), ElementsAre(1, 3, 5, 0, 0, 0));
   a.resize(0, 0);
   own.reference(view);
-  own.resize(3, 2);  // keeps the count of a shared storage, and the storage
+  own.resize(3, 2);  // the same number of elements: the view keeps its own
   EXPECT_THAT(list(own), ElementsAre(0, 1, 0, 2, 3, 0));
   EXPECT_THAT(list(view), ElementsAre(0, 1, 2, 3, 4, 5));
   own.reshape(4, 5);
@@ -194,7 +194,7 @@ TYPED_TEST(GenMatFamily, TextFormRoundTripsAndRejectsBadInput) {
                                   {"4294967295x4294967295 [1]", "1", "4294967295x4294967295"},
                                   {"65536x65536 []", "0", "65536x65536"}};
   for (const auto& [text, count, size] : table) {
-    M read = size.empty() ? M() : this->a_.copy();  // what is rejected leaves it as it was
+    M read = size.empty() ? M() : this->a_.copy();  // stays when the text is rejected
     std::istringstream(text) >> read;
     EXPECT_EQ(this->a_, read) << text;
     const std::string error =

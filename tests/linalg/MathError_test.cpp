@@ -125,7 +125,7 @@ TEST(MathError, StartUpObjectsCountTheirHolds) {
   RWMATHInit hold;
   { const RWMATHInit second(hold); }
   std::destroy_at(&hold);
-  EXPECT_NE(nullptr, findMathMessage(kFunctionOrderError));  // the library's own hold is left
+  EXPECT_NE(nullptr, findMathMessage(kFunctionOrderError));  // the library holds it too
   std::destroy_at(&hold);
   EXPECT_EQ(nullptr, findMathMessage(kFunctionOrderError));
   EXPECT_DEATH(raiseMathError(kEmptyVectorError, "IntVec", "maxIndex"),
@@ -156,10 +156,10 @@ TEST(RWBlock, CountsAndStorage) {
     block->acquire();
     RWBlock::release(block);
     EXPECT_EQ(1, block->refs);
-    // Too many views never free it early.
+    // A block with too many views is never freed.
     for (int i = 0; i < 70000; ++i) block->acquire();
     for (int i = 0; i < 70000; ++i) RWBlock::release(block);
-    EXPECT_EQ(0xFFFF, block->refs);  // saturated: kept for good
+    EXPECT_EQ(0xFFFF, block->refs);
     block->refs = 1;
     RWBlock::release(block);
   }
@@ -172,7 +172,8 @@ TEST(RWBlock, WithoutMemoryIsEmpty) {
   EXPECT_EQ(nullptr, none.data);
   EXPECT_EQ(1, none.refs);
   for (const std::size_t size : {unobtainable, std::size_t{0x100000001}}) {
-    RWBlock* made = RWBlock::create(0xFFFFFFFFU, size);  // the last one overflows with its header
+    RWBlock* made =
+        RWBlock::create(0xFFFFFFFFU, size);  // header and storage of the last are 2^64 bytes
     EXPECT_EQ(nullptr, made->data);
     RWBlock::release(made);
   }
@@ -189,7 +190,7 @@ TEST(SmallObjects, KeepsTheLastFiveOfASize) {
   using namespace vxKilnBase::detail;
   void* objects[6];
   for (void*& object : objects) object = takeSmallObject(7);
-  // 7 is rounded up to 8; the last finds no room.
+  // Size 7 counts as 8. The cache has no room for the sixth.
   for (void* object : objects) releaseSmallObject(object, 8);
   void* other = takeSmallObject(9);
   for (int i = 4; i >= 0; --i) EXPECT_EQ(objects[i], takeSmallObject(8));

@@ -66,7 +66,7 @@ TYPED_TEST(VecFamily, CopiesShareAssignmentCopiesResizeKeeps) {
   odd.reference(odd);  // alone
   EXPECT_EQ(1, odd.stride());
   EXPECT_NE(V(3U, TypeParam(9)), odd);
-  EXPECT_EQ(2, v.slice(4, 3, -1).sub(-2));  // counts storage, not strides
+  EXPECT_EQ(2, v.slice(4, 3, -1).sub(-2));  // sub() ignores the stride
 }
 
 TYPED_TEST(VecFamily, ErrorsNameTheirClassAndNumbers) {
@@ -202,7 +202,7 @@ TYPED_TEST(VecFamily, ArithmeticOfAllStridesAndLengthsFollowsTheElements) {
       EXPECT_EQ(std::min_element(x.begin(), x.end()) - x.begin(), minIndex(a));
     }
   }
-  const Vec<T> none = Vec<T>().slice(0, 0, 0);  // of no elements none is read
+  const Vec<T> none = Vec<T>().slice(0, 0, 0);  // no storage: nothing may be read
   EXPECT_EQ(0, sum(none) + dot(none, none));
   EXPECT_EQ(Vec<T>(), none * Vec<T>(0, T(5)) + none / none - Vec<T>(0, 5U));
 }

@@ -12,8 +12,8 @@ using namespace kilntest;
 
 namespace {
 
-// The largest |c - AB| in units of the rounding error that a sum of so many terms may have, element
-// by element; infinite when the size is wrong.
+// The largest element of |C - AB|, each in units of the rounding error that its sum may have.
+// Infinite when the size of C is wrong.
 double residual(const DoubleGenMat& a, const DoubleGenMat& b, const DoubleGenMat& c) {
   if (c.rows() != a.rows() || c.cols() != b.cols()) return kInfinity;
   double worst = 0.0;
@@ -32,7 +32,7 @@ double residual(const DoubleGenMat& a, const DoubleGenMat& b, const DoubleGenMat
   return worst;
 }
 
-// The same numbers in storage of which only every third element, from the last one back, is used.
+// The same matrix over a data vector of stride -3.
 DoubleGenMat scattered(const DoubleGenMat& a) {
   const unsigned n = a.rows() * a.cols();
   DoubleVec wide(3 * n + 1, kNaN);
@@ -83,7 +83,7 @@ TEST(Product, MatrixTimesVector) {
   }
 }
 
-// What is not finite reaches the elements that it takes part in, and no others, whatever it meets.
+// An infinity or NaN reaches the sums that it takes part in, and no others.
 TEST(Product, NotFinite) {
   for (const unsigned n : {3, 8, 9, 13, 25, 33, 70}) {
     const DoubleGenMat ones(n, n, 1.0);

@@ -1,7 +1,7 @@
 // Seeded test matrices, lists of elements, and the norms that residual ratios are made of.
 //
-// The same arguments give the same numbers on every system, up to rounding. Norms do not overflow
-// or underflow where their result does not.
+// The same arguments give the same numbers on every system, up to rounding. Squares in norms
+// neither overflow nor underflow.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +31,7 @@ vxKilnBase::Vec<T> counting(unsigned n) {
   return v;
 }
 
-// The elements in order, those of a matrix column by column.
+// The elements in order. A matrix is taken column by column.
 template <class T>
 std::vector<T> list(const vxKilnBase::Vec<T>& v) {
   const vxKilnBase::Vec<T> own = v.copy();
@@ -43,7 +43,7 @@ DoubleGenMat randomMatrix(unsigned m, unsigned n, std::uint64_t seed);
 DoubleVec randomVector(unsigned n, std::uint64_t seed);
 
 // An m by n matrix with random singular vectors and singular values that fall geometrically from 1
-// to 1 / condition. With m or n equal to 1 the only one is 1.
+// to 1 / condition. The only singular value of one row or column is 1.
 DoubleGenMat matrixWithCondition(unsigned m, unsigned n, double condition, std::uint64_t seed);
 
 DoubleGenMat identity(unsigned n);
@@ -51,16 +51,16 @@ DoubleGenMat identity(unsigned n);
 struct TestMatrix {
   std::string name;  // kind and shape
   DoubleGenMat a;
-  double condition = 0.0;  // that of matrixWithCondition, if it comes from there
+  double condition = 0.0;  // of matrices that matrixWithCondition made
 };
 
-// Every kind of matrix that factorizations find hard, in every shape from 0 to 130 rows and columns
-// at which they may go another way.
+// Every kind of matrix that factorizations find hard, from 0 to 130 rows and columns, in the shapes
+// at which a factorization may take another path.
 std::vector<TestMatrix> testMatrices();
 
 // The largest column sum of absolute values.
 double norm1(const DoubleGenMat& a);
-// The Euclidean norm, of a matrix that of Frobenius.
+// The Euclidean norm of a vector; the Frobenius norm of a matrix.
 double norm2(const DoubleVec& v);
 
 // An error in units of the rounding errors of n operations on numbers of this size.

@@ -25,19 +25,19 @@ inline SmallObjectCache* cacheOfSmallObjects(std::size_t size) noexcept {
 }
 
 /// Takes `size` bytes, rounded up to an even number, aligned for any type; null when there is no
-/// memory. Cached sizes come from their cache while it holds any, every other size from the heap.
+/// memory. Takes from the cache of the size while the cache holds any, else from the heap.
 inline void* takeSmallObject(std::size_t size) noexcept {
   SmallObjectCache* cache = cacheOfSmallObjects(size);
   if (cache != nullptr && cache->count > 0) return cache->objects[--cache->count];
-  try {  // cheaper than the non-throwing form, which is a wrapper of this one
+  try {  // cheaper than the non-throwing operator new, which calls this one
     return ::operator new(size <= kLargestCachedObject ? size + size % 2 : size);
   } catch (const std::bad_alloc&) {
     return nullptr;
   }
 }
 
-/// Gives back what `takeSmallObject(size)` returned: to its cache, unless that is full, or to the
-/// heap.
+/// Gives back what `takeSmallObject(size)` returned: to the cache of the size, or to the heap when
+/// the cache is full or there is none.
 inline void releaseSmallObject(void* object, std::size_t size) noexcept {
   SmallObjectCache* cache = cacheOfSmallObjects(size);
   if (cache != nullptr && cache->count < SmallObjectCache::kDepth) {

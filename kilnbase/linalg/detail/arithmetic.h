@@ -17,8 +17,9 @@ class Vec;
 
 namespace vxKilnBase::detail {
 
-/// Whether `length` elements are too few for the call of a kernel to pay. The lines "vector ... 10"
-/// of kiln_bench measure short vectors; on a Xeon with AVX-512 the two ways meet at 16 doubles.
+/// Whether `length` elements are too few for the call of a kernel to pay. On a Xeon with AVX-512
+/// the two ways take the same time at 12 to 20 doubles, depending on the operation. The lines
+/// "vector ... 10" of kiln_bench measure short vectors.
 template <class T>
 constexpr bool isShort(unsigned length) {
   return std::same_as<T, double> && length < 16;

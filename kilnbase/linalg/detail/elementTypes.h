@@ -1,4 +1,4 @@
-// What the numeric families compute with.
+// The types that the numeric families compute in.
 #pragma once
 
 namespace vxKilnBase::detail {
@@ -14,11 +14,11 @@ struct ElementTypes<double> {
   using Wrapping = double;
 };
 
-/// What sums and products of elements are counted in.
+/// The type of sums and products of all elements.
 template <class T>
 using SumOf = typename ElementTypes<T>::Sum;
 
-/// What elements are added and multiplied in: integers as unsigned, so that they wrap around.
+/// The type in which elements are added and multiplied: unsigned for integers, which wrap around.
 template <class T>
 using Wrapping = typename ElementTypes<T>::Wrapping;
 

@@ -8,8 +8,7 @@
 
 namespace vxKilnBase::detail {
 
-/// Walks elements `stride` apart; counts places, so that any stride (0 and negative ones too)
-/// works.
+/// Walks elements `stride` apart. Compares places, not addresses: the stride may be 0 or negative.
 template <class T>
 class StridedIterator {
  public:

@@ -1,11 +1,9 @@
 // The numeric errors that the library raises: a function each, typed by the arguments of its
 // message.
 //
-//     if (i >= nrows_) detail::raiseRow(i, nrows_);
-//
-// raiseRow raises kRowError with the severity of its catalogue and returns when the handler does.
-// Numbers stand in MathError.h, formats in messages.h; a format that does not take the arguments
-// does not compile.
+// raiseRow(i, rows) raises kRowError with the severity of its catalogue and returns when the
+// handler does. Numbers stand in MathError.h, formats in messages.h. A format that does not take
+// the arguments does not compile.
 #pragma once
 
 #include <cstdint>

@@ -31,7 +31,7 @@ inline bool digitComesNext(std::istream& stream) {
   return std::isdigit(stream.peek()) != 0;
 }
 
-/// Reads "MxN" or "M N", whatever stands before it.
+/// Reads "MxN" or "M N", and skips what stands before the first digit.
 inline void readSize(std::istream& stream, unsigned& m, unsigned& n) {
   while (stream.good() && !digitComesNext(stream)) stream.get();
   stream >> m >> std::ws;
@@ -40,7 +40,8 @@ inline void readSize(std::istream& stream, unsigned& m, unsigned& n) {
 }
 
 /// Reads the size and the elements, row by row, of a matrix of the class `className`. When the text
-/// is cut short, or the number of elements is not m n, raises 0x4017 and returns false.
+/// is cut short, or the number of elements is not m n, raises kMatrixElementsError and returns
+/// false.
 template <class T>
 bool readMatrix(std::istream& stream, const char* className, unsigned& m, unsigned& n,
                 Vec<T>& values) {
