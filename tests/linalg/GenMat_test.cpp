@@ -50,6 +50,9 @@ TYPED_TEST(GenMatFamily, ViewsShareAssignmentCopiesResizeKeepsTheCorner) {
   own = TypeParam(9);
   EXPECT_THAT(list(a), ElementsAre(0, 1, 2, 3, 4, 5));
 
+  GenMat<TypeParam> higher = a.copy();
+  higher.resize(3, 3);  // the same number of columns
+  EXPECT_THAT(list(higher), ElementsAre(0, 1, 0, 2, 3, 0, 4, 5, 0));
   a.resize(3, 4);
   EXPECT_THAT(list(a), ElementsAre(0, 1, 0, 2, 3, 0, 4, 5, 0, 0, 0, 0));
   a.resize(2, 6);  // the same number of elements, other rows
@@ -96,8 +99,8 @@ TYPED_TEST(GenMatFamily, ErrorsAndWhatIsDoneAfterThem) {
        noProduct + name + " matrices (2,3) and (2x3)"},
       {[&] { EXPECT_EQ(M(2U, 2U, 2), transProduct(ones, M(2U, 2U, 1))); }, kMatrixProductError,
        noProduct + name + " matrices (2,3) and (2x2)"},
-      {[&] { EXPECT_EQ(square + square, transposeProduct(square, ones)); }, kMatrixProductError,
-       noProduct + name + " matrices (3,3) and (2x3)"},
+      {[&] { EXPECT_EQ(ones + ones, transposeProduct(M(3U, 2U, 1), ones)); }, kMatrixProductError,
+       noProduct + name + " matrices (2,3) and (2x3)"},
       {[&] { EXPECT_EQ(V(2U, 2), product(ones, V(2U, 1))); }, kMatrixVectorProductError,
        noProduct + "between " + name + " (2x3) and vector (2)"},
       {[&] { EXPECT_EQ(V(3U, 2), product(V(3U, 1), ones)); }, kVectorMatrixProductError,
