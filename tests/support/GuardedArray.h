@@ -2,16 +2,19 @@
 //
 // The elements are small whole numbers, whose sums and products are exact in any order: a kernel
 // and a plain loop give the same bits. Everything that a kernel must leave alone, around the
-// elements and between the columns of a matrix, holds a guard value. A kernel that uses a guard
-// spoils its result, because a guard is a NaN, and a kernel that writes one is found by
-// `difference`.
+// elements and between the columns of a matrix, holds a guard value, each a different one. A
+// kernel that uses a guard spoils its result, because a guard is a NaN, and `difference` finds a
+// guard that a kernel writes.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace kilntest {
@@ -28,7 +31,9 @@ template <class T>
 class GuardedArray {
  public:
   /// n guards.
-  explicit GuardedArray(Index n) : storage_(static_cast<std::size_t>(n + 2 * kMargin), guard()) {}
+  explicit GuardedArray(Index n) : storage_(static_cast<std::size_t>(n + 2 * kMargin)) {
+    for (std::size_t i = 0; i < storage_.size(); ++i) storage_[i] = guard(i);
+  }
   /// A vector of n elements.
   GuardedArray(Index n, std::uint64_t seed) : GuardedArray(n, 1, n, seed) {}
   /// A column-major matrix of m rows and n columns, `ld` elements apart; ld >= m.
@@ -50,7 +55,7 @@ class GuardedArray {
   std::string difference(const GuardedArray& expected) const {
     for (std::size_t i = 0; i < storage_.size(); ++i) {
       const T got = storage_[i], wanted = expected.storage_[i];
-      if (got == wanted || (got != got && wanted != wanted)) continue;
+      if (got == wanted || std::memcmp(&got, &wanted, sizeof(T)) == 0) continue;
       std::ostringstream text;
       text << "[" << static_cast<Index>(i) - kMargin << "] is " << +got << ", not " << +wanted;
       return text.str();
@@ -59,9 +64,12 @@ class GuardedArray {
   }
 
  private:
-  static T guard() {
-    using Limits = std::numeric_limits<T>;
-    return Limits::has_quiet_NaN ? Limits::quiet_NaN() : Limits::max();
+  static T guard(std::size_t i) {
+    if constexpr (std::is_same_v<T, double>) {
+      return std::bit_cast<double>(0x7FF8000000000000U + i);
+    } else {
+      return static_cast<T>(std::numeric_limits<T>::max() - static_cast<T>(i % 97));
+    }
   }
 
   std::vector<T> storage_;

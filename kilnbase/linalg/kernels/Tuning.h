@@ -3,8 +3,9 @@
 // Each constant stands with the choice that it makes, its size as a formula, the memory that this
 // size fits into, and the bench line: the arguments of `./kiln bench` that measure it.
 //
-// Processor of all measurements: Intel Xeon, family 6, model 207 (AVX-512; per core 48 KiB of
-// first-level data cache, 2 MiB of second-level cache). A function takes at most 64 KiB of stack.
+// Processor of the bench lines: Intel Xeon, family 6, model 207 (AVX-512; per core 48 KiB of
+// first-level data cache, 2 MiB of second-level cache). The first measurements did not record
+// theirs. A function takes at most 64 KiB of stack.
 //
 // Constants only: kernel sources, which are compiled for several instruction sets, include this
 // header. `width` is the number of doubles in a register: 2 (baseline), 4 (AVX2) or 8 (AVX-512).

@@ -119,7 +119,7 @@ TYPED_TEST(ElementKernelsTest, SumsOfEveryLengthAndStride) {
 // blocks of registers.
 TYPED_TEST(ElementKernelsTest, SearchesFindTheFirstBestElement) {
   const ElementKernels<TypeParam>& kernels = elements<TypeParam>();
-  const Index block = 64 * active().vectorDoubles / static_cast<Index>(sizeof(TypeParam));
+  const Index block = 64 * Index{active().vectorDoubles} / static_cast<Index>(sizeof(TypeParam));
   for (Index n :
        {Index{1}, Index{2}, Index{7}, 2 * block - 1, 2 * block, 2 * block + 3, 3 * block}) {
     for (Index best = 0; best < n; ++best) {

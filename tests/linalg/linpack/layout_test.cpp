@@ -1,5 +1,6 @@
 // A routine gives the same bits wherever its matrices lie, and leaves the room between columns
 // alone.
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 
@@ -53,9 +54,11 @@ Results factored(Index gap, int job) {
          y = Padded::random(90, 1, 5);
   Padded qy(90, 1), qty(90, 1), b(80, 1), rsd(90, 1), xb(90, 1);
   std::vector<int> jpvt(80, 0);
+  if (job == 0) std::fill_n(&x.at(0, 5), 90, 0.0);
   dqrdc(x.data(), x.stride(), 90, 80, qraux.data(), jpvt.data(), work.data(), job);
-  dqrsl(x.data(), x.stride(), 90, 80, qraux.data(), y.data(), qy.data(), qty.data(), b.data(),
-        rsd.data(), xb.data(), 11111);
+  const int zero = dqrsl(x.data(), x.stride(), 90, 80, qraux.data(), y.data(), qy.data(),
+                         qty.data(), b.data(), rsd.data(), xb.data(), 11111);
+  EXPECT_EQ(zero, job == 0 ? 6 : 0);
   return {x, qraux, qy, qty, b, rsd, xb};
 }
 
