@@ -117,7 +117,7 @@ class Path {
   // False when there is no memory.
   bool push(MR_AvlNode** link) {
     if (depth_ == room_ && !grow()) return false;
-    links_[depth_++] = link;
+    links_[depth_++] = link;  // NOLINT(clang-analyzer-cplusplus.NewDelete): room_ is never 0
     return true;
   }
 

@@ -176,27 +176,23 @@ struct BinaryTree {
     delete node;
   }
 
-  // Nothing when an answer is not -1, 0 or 1. Only exactly 1 counts as greater, so a comparator
-  // that answers with differences puts an item in front of lesser ones and leaves the items in no
-  // order. The front is asked first, because such a comparator shows there before it does so.
+  // Nothing when the comparator answers more than 1. Only exactly 1 counts as greater, so such an
+  // answer puts an item in front of a lesser one, and the items are in no order from then on. The
+  // front is asked first: a comparator that answers with differences of integers gives itself away
+  // there before the items lose their order.
   static std::optional<Gap> search(const Tree& tree, void* item) {
     const Slot added{item};
-    bool isUsual = true;
-    const auto isGreaterThan = [&](const Slot* slot) {
-      const int answer = tree.order(&added, slot);
-      isUsual = isUsual && answer >= -1 && answer <= 1;
-      return answer == 1;
-    };
-    Gap gap{nullptr, first(&tree)};
-    if (gap.after != nullptr && isGreaterThan(gap.after)) {
-      gap.after = nullptr;
-      for (Node* node = tree.children[kLeft]; node != nullptr;) {
-        const bool isGreater = isGreaterThan(node);
-        (isGreater ? gap.before : gap.after) = node;
-        node = node->children[isGreater ? kRight : kLeft];
-      }
+    Slot* const front = first(&tree);
+    int answer = front != nullptr ? tree.order(&added, front) : 1;
+    if (answer < 1) return Gap{nullptr, front};
+    Gap gap{};
+    Node* node = tree.children[kLeft];
+    while (node != nullptr && answer <= 1) {
+      answer = tree.order(&added, node);
+      (answer == 1 ? gap.before : gap.after) = node;
+      node = node->children[answer == 1 ? kRight : kLeft];
     }
-    if (!isUsual) return std::nullopt;
+    if (answer > 1) return std::nullopt;
     return gap;
   }
 };

@@ -149,8 +149,7 @@ struct DS_Structure {
  * belongs to a list. The keys of items must not change while the items are in a tree.
  *
  * After an addition under another comparator, after `set_data`, and once the comparator answers
- * anything but -1, 0 and 1, a tree asks item by item, as the lists do, until the tree is emptied or
- * sorted. */
+ * more than 1, a tree asks item by item, as the lists do, until the tree is emptied or sorted. */
 enum {
   DS_DLIST = 1,   /**< Doubly linked list. */
   DS_SLIST = 2,   /**< Singly linked list. */
