@@ -72,8 +72,8 @@ class VX_API BasicString {
   BasicString substring(std::size_t start, std::size_t count = npos) const;
   /// Without the blanks, tabs and line ends at both ends.
   BasicString trimmed() const;
-  /// With every occurrence of `text` replaced, searched from the front. Kept as it is: for an empty
-  /// `text` nothing is replaced, though `find` finds it everywhere.
+  /// With every occurrence of `text` replaced, searched from the front. For an empty `text` nothing
+  /// is replaced.
   BasicString replaced(const BasicString& text, const BasicString& replacement) const;
   BasicString toLower() const;
   BasicString toUpper() const;

@@ -8,9 +8,9 @@
 
 namespace vxOS::process {
 
-/// What separates the names in a path.
+/// The separator of the names in a path.
 extern const char* const kSeparator;
-/// How the file names of programs end, in lower case.
+/// The ending of the file names of programs, in lower case.
 extern const char* const kProgramEnding;
 
 /// The path of the program that this process runs; empty when the system does not tell.

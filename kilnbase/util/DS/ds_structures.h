@@ -54,7 +54,7 @@ typedef int (*DS_Comparator)(const void* a, const void* b);
 /** Whether to show an item; 0 hides it. */
 typedef int (*DS_Filter)(void* item);
 
-/** Visits an item; 0 tells that it failed. Without `user`: (item, status). */
+/** Visits an item; a result of 0 stands for a failure. Without `user`: (item, status). */
 typedef int (*DS_WalkFn)(void* item, void* user, StatusCode* status);
 
 /** Whether the item is the one that the caller looks for. Without `user`: (item). */

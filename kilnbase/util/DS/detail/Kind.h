@@ -13,7 +13,7 @@
 
 namespace vxKilnBase::detail {
 
-// What a position of the built-in kinds points to: the base of the nodes.
+// A position of the built-in kinds points to a slot, which is the base of the nodes.
 struct Slot {
   void* item;
 };
