@@ -234,11 +234,12 @@ TEST(Avl, CallbacksMaySearchATreeOfAnyHeight) {
 }
 
 TEST(Avl, StaysASearchTreeWhenThereIsNoMemoryToWalkIt) {
-  std::vector<Item> items = numbered(300);
-  MR_AvlNode* root = chained(items, 2);
+  std::vector<Item> items = numbered(300), fewItems = numbered(128);
+  MR_AvlNode *root = chained(items, 2), *lowRoot = chained(fewItems, 2);
   const std::vector<int> before = shape(root);
-  largestPiece = 2000;
+  largestPiece = 0;
   const auto goOn = [](MR_AvlNode*) { return 0; };
+  EXPECT_EQ(0, MR_avl_postorder(lowRoot, goOn)) << "128 levels take no memory";
   const int inorder = MR_avl_inorder(root, goOn), postorder = MR_avl_postorder(root, goOn);
   const std::vector<int> walked = shape(root);
   const int balanced = MR_avl_balance(&root);
@@ -271,6 +272,10 @@ TEST(Avl, SearchesAndNeighboursAreThoseOfASortedSet) {
     if (!isNew) keys.erase(item.key);
   }
   EXPECT_EQ(7, MR_avl_inorder(root, [](MR_AvlNode*) { return 7; }));
+  for (const auto search : {MR_avl_find, MR_avl_next, MR_avl_prev}) {
+    EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, search(root, root, nullptr)), "compare != nullptr");
+  }
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(1, MR_bt_remove(&root, root, nullptr)), "given");
   const auto keyOrNone = [](const MR_AvlNode* node) { return node != nullptr ? keyOf(node) : -1; };
   EXPECT_EQ(*keys.begin(), keyOrNone(MR_avl_first(root)));
   EXPECT_EQ(*keys.rbegin(), keyOrNone(MR_avl_last(root)));
