@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <cstdlib>
+#include <cstddef>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
@@ -21,21 +21,9 @@ bool wasRefused = false;
 
 }  // namespace
 
-// Not inlined: GCC warns when only one half of such a pair is inlined.
-[[gnu::noinline]] void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
   wasRefused = wasRefused || bytes > largestPiece;
-  return bytes > largestPiece ? nullptr : std::malloc(bytes);
-}
-[[gnu::noinline]] void* operator new[](std::size_t bytes) {
-  void* const memory = operator new[](bytes, std::nothrow);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-[[gnu::noinline]] void operator delete[](void* memory) noexcept {
-  std::free(memory);
-}
-[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept {
-  std::free(memory);
+  return bytes > largestPiece ? nullptr : ::operator new[](bytes);
 }
 
 namespace {
