@@ -87,7 +87,7 @@ class T4dDblVector {
   friend constexpr T4dDblVector operator*(double s, const T4dDblVector& v) { return v * s; }
   constexpr T4dDblVector& operator*=(double s) { return *this = *this * s; }
   constexpr T4dDblVector& operator+=(const T4dDblVector& v) { return *this = *this + v; }
-  /// Deleted: the weight of the point would be lost. T4dDblVector(p) says that this is meant.
+  /// Deleted: the weight of the point would be lost. Write T4dDblVector(p) where that is meant.
   int operator==(const T4dDblPoint& p) const = delete;
   int operator!=(const T4dDblPoint& p) const = delete;
   T4dDblVector operator+(const T4dDblPoint& p) const = delete;

@@ -31,8 +31,7 @@ class Tplane {
   constexpr T4dDblVector normal() const { return {a, b, c}; }
 
   /// Intersects the plane with the line p + t*v and sets `out` to the intersection, a Cartesian
-  /// point. Returns 2 when the plane lies ahead along v (t >= 0), and 3 when it lies behind (t <
-  /// 0).
+  /// point. Returns 2 for t >= 0, when the plane lies ahead along v, and 3 when it lies behind.
   ///
   /// Returns 1 for a parallel line and leaves `out` unchanged: the dot product of v and the normal
   /// is below 1e-9 in magnitude. So a line with a very short v counts as parallel.

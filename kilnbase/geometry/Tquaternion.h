@@ -77,8 +77,8 @@ class Tquaternion {
   /// squared length is 1e-9 or less gives the identity.
   KILNBASE_API Tquaternion& setToPivotAxis(double angle, const T4dDblVector& axis);
   /// Sets `angle` to 2*acos(w), in radians, and `axis` to (x, y, z)/sin(angle/2): the unit axis of
-  /// a unit quaternion. For w = 1 `angle` becomes 0 and `axis` stays unchanged. This is what
-  /// doubles make of the cosine of every rotation by less than 2.1e-8; the next greater result
+  /// a unit quaternion. For w = 1 `angle` becomes 0 and `axis` stays unchanged. Every rotation by
+  /// less than 2.1e-8 has w = 1, because the cosine of half its angle rounds to 1. The next `angle`
   /// is 3.0e-8. For |w| > 1 both become NaN.
   KILNBASE_API void getPivotAxis(double& angle, T4dDblVector& axis) const;
   /// The exponential of (0, x, y, z): `w` is not used.

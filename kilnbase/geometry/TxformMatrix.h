@@ -7,10 +7,14 @@
 #include <kilnbase/geometry/TunitQuaternion.h>
 
 /// A transform kept as a matrix, which is the base class, and as components: translation, rotation
-/// R, scale S, and the pivots of rotation and scale. With T(v) as the translation by v, the
-/// components compose to T(scalePivotOffset) * S * T(scalePivotTranslation + rotatePivotOffset) * R
-/// * T(rotatePivotTranslation + translation). So a point is moved by minus the scale pivot, scaled,
-/// moved back, moved by minus the rotate pivot, rotated, moved back, translated.
+/// R, scale S, and the pivots of rotation and scale. The components compose to T(a)*S*T(b)*R*T(c).
+/// Here T(v) is the translation by v, and
+/// - a = scalePivotOffset,
+/// - b = scalePivotTranslation + rotatePivotOffset,
+/// - c = rotatePivotTranslation + translation.
+///
+/// So a point is moved by minus the scale pivot, scaled, moved back, moved by minus the rotate
+/// pivot, rotated, moved back, translated.
 ///
 /// Kept as it is: the matrix and the components can disagree. Setting or adding a component leaves
 /// the matrix unchanged and sets `dirty` to 1. Only assigning a matrix sets `dirty` to 0. The

@@ -27,7 +27,8 @@ template <std::size_t kDoubles, class T>
 constexpr bool kIsVirtual = std::has_virtual_destructor_v<T> &&
                             sizeof(T) == sizeof(void*) + kDoubles * sizeof(double);
 
-static_assert(kArePlain<3, T3dDblPoint, T4dDblVector, decltype(T4dDblMatrix() * T4dDblVector())>);
+using Product = decltype(T4dDblMatrix() * T4dDblVector());
+static_assert(kArePlain<3, T3dDblPoint, T4dDblVector, Product>);
 static_assert(kArePlain<4, T4dDblPoint, Tquaternion, TunitQuaternion>);
 static_assert(kArePlain<5, Tangle>);
 static_assert(kArePlain<16, T4dDblMatrix, TgenXformMatrix>);
@@ -49,8 +50,7 @@ static_assert(kTakesNone<TxformMatrix, Tquaternion>);
 static_assert(kTakesNone<T4dDblVector, Tscale, Tquaternion, TunitQuaternion>);
 static_assert(kTakesNone<TunitQuaternion, Tscale, Tquaternion, T4dDblVector>);
 
-// A vector converts to a translation, a column product to no matrix, but explicitly.
-using Product = decltype(T4dDblMatrix() * T4dDblVector());
+// A vector converts to a translation. A column product converts to a matrix only explicitly.
 static_assert(kTakesNone<T4dDblMatrix, Product>);
 static_assert(std::is_assignable_v<T4dDblMatrix&, T4dDblVector>);
 static_assert(std::is_assignable_v<T4dDblVector&, Product>);
@@ -64,7 +64,9 @@ static_assert(!kTakePoint<std::plus<>, T3dDblPoint, T4dDblPoint, T4dDblVector, P
 static_assert(!kTakePoint<std::minus<>, T3dDblPoint, T4dDblVector, Product>);
 static_assert(!kTakePoint<std::bit_xor<>, T4dDblVector>);
 static_assert(!kTakePoint<std::equal_to<>, T3dDblPoint, T4dDblVector>);
+static_assert(!kTakePoint<std::not_equal_to<>, T3dDblPoint, T4dDblVector>);
 static_assert(!kTakePoint<std::multiplies<>, T4dDblMatrix>);
+static_assert(!std::is_invocable_v<std::minus<>, T4dDblPoint, T3dDblPoint>);
 const auto accumulate = [](auto&& a, const auto& b) -> decltype(a += b) { return a += b; };
 static_assert(!kTakePoint<decltype(accumulate), T4dDblVector>);
 

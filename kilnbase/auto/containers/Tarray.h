@@ -16,13 +16,14 @@
 /// `createAndInitialise`, `changePhysicalSizeTo`, `buffer` and `pack`.
 /// vxKilnBase::detail::GrowableArray describes the operations.
 ///
-///     TdoubleArray heights(32);    // the first block has 32 slots, the growths add 32, 41, 52,
-///     ... heights.addLast(0.5); heights.removeAt(0, 1);
+///     TdoubleArray heights(32);    // grows by 32 slots, then by 32, 41, 52, ...
+///     heights.addLast(0.5);
+///     heights.removeAt(0, 1);
 class KILNBASE_API Tarray : public vxKilnBase::detail::GrowableArray<Tarray, long> {
  public:
   using Result = long;
 
-  /// No elements and no block yet. Without an `elementSize` the array never gets a block.
+  /// No elements and no block yet. With an `elementSize` of 0 the array never gets one.
   constexpr Tarray(std::size_t elementSize, std::size_t sizeIncrement) noexcept
       : GrowableArray(elementSize, sizeIncrement) {}
   ~Tarray() override;

@@ -143,7 +143,8 @@ TrestrictedLinkedList::Element* TrestrictedLinkedList::protInsert(Element* e, El
   return linkBehind((where != nullptr ? where : head_.next_)->prev_, e);
 }
 
-// Returns null for a sentinel, and for null, which moves nothing: the place beyond a sentinel.
+// Moves the cursor to e and returns e, or null for a sentinel. A null e, which is the place beyond
+// a sentinel, moves nothing.
 TrestrictedLinkedList::Element* TrestrictedLinkedList::moveTo(Element* e) const {
   if (e == nullptr) return nullptr;
   *cursorRef_ = e;

@@ -55,9 +55,8 @@ class KILNBASE_API TdblLinkedListElement {
 /// - A copy keeps the ends with which it was made. When either view has changed the first or last
 ///   element, only `next`, `prev`, `remove`, `beyondEnds`, `length` and insertion at a `where` may
 ///   be used on the copy.
-/// - Only the original may be destroyed while elements are linked. A copy may be destroyed after
-/// all
-///   elements were removed through the copy.
+/// - Only the original may be destroyed while elements are linked. Before a copy is destroyed, all
+///   elements must be removed through the copy.
 class KILNBASE_API TrestrictedLinkedList {
  public:
   using Element = TdblLinkedListElement;

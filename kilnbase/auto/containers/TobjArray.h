@@ -16,7 +16,7 @@ class KILNBASE_API TobjArray : public vxKilnBase::detail::GrowableArray<TobjArra
  public:
   using Result = void;
 
-  /// No elements and no block yet. Without an `elementSize` the array never gets a block.
+  /// No elements and no block yet. With an `elementSize` of 0 the array never gets one.
   constexpr TobjArray(std::size_t elementSize, std::size_t sizeIncrement) noexcept
       : GrowableArray(elementSize, sizeIncrement) {}
   /// The destructor of the class that implements the hooks must call `changePhysicalSizeTo(0)`: no

@@ -8,7 +8,6 @@
 #include <limits>
 #include <memory>
 #include <random>
-#include <set>
 #include <tuple>
 #include <type_traits>
 #include <vector>
@@ -23,36 +22,13 @@ using vxKilnBase::detail::TypedObjArray;
 
 namespace {
 
-// A number that is in a set while it lives. A number that is used after its end, or begun twice, is
-// noticed.
-class Counted {
- public:
-  Counted(double value = 0.0) : value_(value) {  // NOLINT(google-explicit-constructor)
-    EXPECT_TRUE(living.insert(this).second);
-  }
-  Counted(const Counted& other) : Counted(static_cast<double>(other)) {}
-  Counted& operator=(const Counted& other) {
-    EXPECT_TRUE(living.contains(this));
-    value_ = other;
-    return *this;
-  }
-  Counted& operator=(Counted&& other) noexcept {
-    EXPECT_NE(this, &other);
-    *this = other;
-    other.value_ = -1.0;
-    return *this;
-  }
-  ~Counted() { EXPECT_EQ(1U, living.erase(this)); }
+// A number on the heap. Sanitizers notice a leak and a use after the end, `at` an element that was
+// moved from.
+struct Heaped {
+  Heaped(double number = 0.0) : numbers{number} {}  // NOLINT(google-explicit-constructor)
+  operator double() const { return numbers.at(0); }
 
-  operator double() const {
-    EXPECT_TRUE(living.contains(this));
-    return value_;
-  }
-
-  static inline std::set<const Counted*> living;
-
- private:
-  double value_;
+  std::vector<double> numbers;
 };
 
 // Makes the protected operations public.
@@ -67,7 +43,7 @@ class Opened : public Base {
 };
 
 using Doubles = Opened<TypedArray<Tarray, double>>;
-using Objects = Opened<TypedObjArray<Counted>>;
+using Objects = Opened<TypedObjArray<Heaped>>;
 
 template <class Array>
 std::vector<double> listed(const Array& array) {
@@ -82,10 +58,7 @@ std::vector<std::size_t> sizes(const Array& array) {
 }
 
 template <class Array>
-class Arrays : public testing::Test {
- protected:
-  void TearDown() override { EXPECT_TRUE(Counted::living.empty()); }
-};
+class Arrays : public testing::Test {};
 
 using Kinds = testing::Types<Doubles, Objects>;
 TYPED_TEST_SUITE(Arrays, Kinds);
@@ -110,6 +83,9 @@ static_assert(allows<Doubles>(find) && allows<Doubles>(remove));
 static_assert(allows<Objects>(add) && allows<Objects>(copy));
 static_assert(!allows<Objects>(find, remove));
 static_assert(!allows<Pointers>(add, copy));
+
+static_assert(Tarray::kNoMemory == 2);
+static_assert(Tarray::kNotFound == 150);
 
 // The slots of the virtual functions. The destructor has slots 0 and 1, two private operations have
 // slots 13 and 14.
@@ -199,12 +175,11 @@ TEST(Tarray, FindsElementsByTheirBytes) {
 }
 
 TEST(TobjArray, MovesItsElementsWhenItGrows) {
-  TypedObjArray<std::vector<int>> vectors(1);
-  vectors.addLast({1, 2});
-  const int* const numbers = vectors[0].data();
-  vectors.buffer(9);
-  EXPECT_EQ(numbers, vectors[0].data());
-
+  Objects objects(1);
+  objects.addLast(5.0);
+  const double* const number = objects[0].numbers.data();
+  objects.buffer(9);
+  EXPECT_EQ(number, objects[0].numbers.data());
   Pointers pointers(1);
   for (int i = 0; i < 9; ++i) pointers.insert(std::make_unique<int>(i), 0);
   pointers.removeAt(2, 6);

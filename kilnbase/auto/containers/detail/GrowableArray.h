@@ -16,9 +16,8 @@ namespace vxKilnBase::detail {
 /// - `construct(first, count)` begins the elements of `count` unused slots;
 /// - `destruct(first, count)` ends elements;
 /// - `initialize(to, from, count)` begins elements in unused memory as copies of others;
-/// - `shuffle(first, distance, count)` assigns each element to the slot `distance` slots away,
-/// where
-///   both runs may overlap. `Array::Distance` is the type of the distance;
+/// - `shuffle(first, distance, count)` assigns each element to the slot `distance` slots away. Both
+///   runs may overlap. The distance is an `Array::Distance`;
 /// - `moveElements(n)` moves the elements that fit into a new block of `n` slots, frees the old
 ///   block and returns the new one. Without memory it returns null.
 ///
