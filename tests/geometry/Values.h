@@ -15,9 +15,10 @@
 
 // Failed expectations print the doubles that a value consists of.
 template <class Value>
-requires(std::is_trivially_copyable_v<Value>) void PrintTo(const Value& value, std::ostream* out) {
+requires(std::is_trivially_copyable_v<Value> &&
+         sizeof(Value) % sizeof(double) == 0) void PrintTo(const Value& value, std::ostream* out) {
   const auto* doubles = reinterpret_cast<const double*>(&value);
-  for (std::size_t i = 0; i < sizeof value / sizeof *doubles; ++i) *out << doubles[i] << ' ';
+  for (std::size_t i = 0; i < sizeof value / sizeof(double); ++i) *out << doubles[i] << ' ';
 }
 
 namespace kilntest {
