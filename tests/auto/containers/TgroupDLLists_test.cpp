@@ -49,7 +49,7 @@ TEST(TgroupDLLists, UsesTheListsThatItIsTold) {
   EXPECT_EQ(7, group.totalActiveLength());
   EXPECT_EQ(7, other.totalActiveLength());
   IntVec shared = group.usingIndices();
-  shared(1) = 4;
+  shared(1) = -1;
   EXPECT_DEBUG_DEATH(EXPECT_EQ(6, group.totalActiveLength()), "each");
   delete std::exchange(group.slot(3), nullptr);
   EXPECT_DEBUG_DEATH(EXPECT_EQ(0, group.totalActiveLength()), "each");
