@@ -133,6 +133,8 @@ int runProgram(int argc, const char* const* argv) {
   addQr(suite);
   addLeastSquares(suite);
   addCholesky(suite);
+  addLu(suite);
+  addSymmetric(suite);
   addRightHandSides(suite);
   addSvd(suite);
   addSmallContainers(suite);

@@ -36,6 +36,30 @@ Values triangleResult(const Matrix& r) {
   return gramTimesRandom(r.data(), static_cast<int>(r.rows()), static_cast<int>(r.cols()));
 }
 
+using Lu = Eigen::PartialPivLU<Matrix>;
+
+Values solution(const Lu& lu) {
+  return valuesOf(Eigen::VectorXd(lu.solve(vectorOf(gaussian(static_cast<int>(lu.rows()), 2)))));
+}
+
+Lu luWithCondition(const Matrix& a) {
+  Lu lu(a);
+  benchmark::DoNotOptimize(lu.rcond());
+  return lu;
+}
+
+Contestant luAndSolve(const Shape& shape) {
+  const auto run = [a = randomMatrixOf(shape), b = vectorOf(gaussian(shape.rows, 2))] {
+    return Eigen::VectorXd(Lu(a).solve(b));
+  };
+  return contestant(run, [](const Eigen::VectorXd& x) { return valuesOf(x); });
+}
+
+Values inverseTimesVector(const Matrix& inverse) {
+  return valuesOf(
+      Eigen::VectorXd(inverse * vectorOf(gaussian(static_cast<int>(inverse.rows()), 2))));
+}
+
 using Svd = Eigen::BDCSVD<Matrix>;
 
 Values svdResult(const Svd& svd) {
@@ -84,6 +108,13 @@ void addFactorizations(Suite& suite) {
   suite.addPeer("Cholesky, right-hand sides", {"Eigen", solveWith<Cholesky>(squareMatrixFor)});
   suite.addPeer("QR, right-hand sides", {"Eigen", solveWith<PivotedQr>(squareMatrixFor)});
   suite.addPeer("least squares, right-hand sides", {"Eigen", solveWith<PivotedQr>(tallMatrixFor)});
+  addFactorization(
+      suite, "LU", randomMatrixOf, [](const Matrix& a) { return Lu(a); }, solution);
+  addFactorization(suite, "LU with condition", randomMatrixOf, luWithCondition, solution);
+  suite.addPeer("LU and solve", {"Eigen", luAndSolve});
+  addFactorization(
+      suite, "LU and inverse", randomMatrixOf, [](const Matrix& a) { return Matrix(a.inverse()); },
+      inverseTimesVector);
   constexpr int kLargestSvd = 100;  // beyond it this one is far behind the others
   addFactorization(
       suite, "SVD, all vectors", randomMatrixOf,

@@ -10,6 +10,8 @@ void addProducts(Suite& suite);
 void addQr(Suite& suite);
 void addLeastSquares(Suite& suite);
 void addCholesky(Suite& suite);
+void addLu(Suite& suite);
+void addSymmetric(Suite& suite);
 void addRightHandSides(Suite& suite);
 void addSvd(Suite& suite);
 void addSmallContainers(Suite& suite);

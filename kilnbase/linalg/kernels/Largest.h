@@ -40,8 +40,7 @@ struct Largest {
 
   // Of equal numbers the one with the smaller row counts.
   inline __attribute__((always_inline)) void add(const Largest& other) {
-    const Lanes better =
-        (other.value > value) | ((other.value == value) & (other.row < row));
+    const Lanes better = (other.value > value) | ((other.value == value) & (other.row < row));
     value = better ? other.value : value;
     row = better ? other.row : row;
   }

@@ -1,3 +1,10 @@
+// Panels of a packed symmetric matrix.
+//
+// Within a panel a column is brought up to date when it is wanted, by the columns eliminated before
+// it. Nothing is kept beside the packed matrix: the candidate for a pivot is moved next to the last
+// column and brought up to date there, and if another pivot is taken, the update is subtracted
+// again and the candidate moved back. The other columns get what the whole panel adds to them as
+// one product, in tiles that fit the registers.
 #include <kilnbase/linalg/kernels/Largest.h>
 #include <kilnbase/linalg/kernels/Simd.h>
 #include <kilnbase/linalg/kernels/SymmetricPivot.h>
@@ -6,15 +13,16 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
-// The columns that a panel has eliminated: those from `begin` to before `end`.
+// The columns that a panel has eliminated: those from `begin` to before `end`. They hold D and,
+// above the blocks of D, the multipliers M. A column c of the others lacks -M D mᵀ, where m is row
+// c of M.
 struct Eliminated {
   double* ap;
   const int* kpvt;
   Index begin;
   Index end;
 
-  // factors[q - begin] := sign (D M')(q, row), which times column q is what column q changes in
-  // that of the row.
+  // factors := sign D mᵀ for a row m of M.
   void factorsFor(Index row, double sign, double* factors) const {
     const double* column = packedColumn(ap, begin);
     for (Index q = begin; q < end;) {
@@ -38,8 +46,9 @@ struct Eliminated {
   }
 };
 
-// Rows of column k in registers. All but the last one lie side by side; the last one ends at the
-// diagonal and may overlap the one before.
+// Adds the eliminated columns times the factors to rows of y. All registers but the last one lie
+// side by side from row i on; the last one starts at row `last` and may overlap the one before. At
+// the end of y it holds the diagonal element, which is not searched.
 template <Index vectors, bool atEnd>
 inline __attribute__((always_inline)) void updatePart(const Eliminated& e, const double* factors,
                                                       double* y, Index i, Index last,
@@ -60,8 +69,8 @@ inline __attribute__((always_inline)) void updatePart(const Eliminated& e, const
   }
 }
 
-// Brings column k up to date, or with sign 1 back to what it was. Returns the largest element above
-// the diagonal. There are at least kWidth rows.
+// Brings column k, of at least kWidth rows, up to date with sign -1, and back to what it was with
+// sign 1. Returns the largest element above the diagonal.
 Found updateColumn(const Eliminated& e, Index k, double sign) {
   double factors[SymmetricKernels::kPanelColumns + 1];
   e.factorsFor(k, sign, factors);
@@ -73,12 +82,23 @@ Found updateColumn(const Eliminated& e, Index k, double sign) {
     updatePart<4, false>(e, factors, y, i, i + 3 * kWidth, largest);
   }
   switch ((last - i + kWidth - 1) / kWidth) {
-    case 5: updatePart<6, true>(e, factors, y, i, last, largest); break;
-    case 4: updatePart<5, true>(e, factors, y, i, last, largest); break;
-    case 3: updatePart<4, true>(e, factors, y, i, last, largest); break;
-    case 2: updatePart<3, true>(e, factors, y, i, last, largest); break;
-    case 1: updatePart<2, true>(e, factors, y, i, last, largest); break;
-    default: updatePart<1, true>(e, factors, y, i, last, largest);
+    case 5:
+      updatePart<6, true>(e, factors, y, i, last, largest);
+      break;
+    case 4:
+      updatePart<5, true>(e, factors, y, i, last, largest);
+      break;
+    case 3:
+      updatePart<4, true>(e, factors, y, i, last, largest);
+      break;
+    case 2:
+      updatePart<3, true>(e, factors, y, i, last, largest);
+      break;
+    case 1:
+      updatePart<2, true>(e, factors, y, i, last, largest);
+      break;
+    default:
+      updatePart<1, true>(e, factors, y, i, last, largest);
   }
   largest.join();
   return {static_cast<Index>(largest.row[0]), largest.value[0]};
@@ -91,21 +111,18 @@ class Panel {
   Index run(Index left, Index* info) {
     while (done_.begin > left) {
       const Index k = done_.begin - 1;
-      const Index row = choose(k);
-      const auto number = static_cast<int>(row + 1);
+      const Pivot pivot = choose(k);
+      const auto row = static_cast<int>(pivot.row + 1);
       double* column = packedColumn(ap_, k);
-      if (isTwo_) {
-        kpvt_[k] = kpvt_[k - 1] = -number;
+      if (pivot.order == 2) {
+        kpvt_[k] = kpvt_[k - 1] = -row;
         scaleTwo(k, column - k, column);
-        done_.begin -= 2;
       } else {
-        kpvt_[k] = number;
-        if (column[k] == 0.0)
-          *info = k + 1;
-        else
-          scaleOne(k, column);
-        done_.begin -= 1;
+        kpvt_[k] = row;
+        if (column[k] == 0.0) *info = k + 1;
+        if (column[k] != 0.0) scaleOne(k, column);
       }
+      done_.begin -= pivot.order;
     }
     return done_.begin;
   }
@@ -120,31 +137,27 @@ class Panel {
     swap(column[l], column[k - 1]);
   }
 
-  // Brings the pivot to its place, up to date. Returns the row that it came from.
-  Index choose(Index k) {
-    isTwo_ = false;
-    double* column = packedColumn(ap_, k);
+  // Brings the columns of the pivot to their place, up to date.
+  Pivot choose(Index k) {
+    const double* column = packedColumn(ap_, k);
     const Found found = updateColumn(done_, k, -1.0);
     const double diagonal = __builtin_fabs(column[k]);
-    if (diagonal >= kAlpha * found.value) return k;
+    if (diagonal >= kAlpha * found.value || found.value == 0.0) return {1, k};
     exchangeBelow(found.row, k);
-    double inRow = updateColumn(done_, k - 1, -1.0).value;
-    inRow = inRow > found.value ? inRow : found.value;
-    if (__builtin_fabs(column[-1]) >= kAlpha * inRow) {
-      for (Index i = 0; i < k - 1; ++i) swap(column[i], column[i - k]);
-      swap(column[k], column[-1]);
-      done_.exchangeRows(k - 1, k);
-      updateColumn(done_, k - 1, 1.0);
-      exchangeBelow(found.row, k);
-      return found.row;
-    }
-    if (diagonal >= kAlpha * found.value * (found.value / inRow)) {
-      updateColumn(done_, k - 1, 1.0);
-      exchangeBelow(found.row, k);
-      return k;
-    }
-    isTwo_ = true;
-    return found.row;
+    const double inRow = updateColumn(done_, k - 1, -1.0).value;
+    const Pivot pivot = choosePivot(k, found, diagonal, __builtin_fabs(column[-1]),
+                                    inRow > found.value ? inRow : found.value);
+    if (pivot.order == 2) return pivot;
+    if (pivot.row != k) exchangeLast(k);
+    updateColumn(done_, k - 1, 1.0);
+    exchangeBelow(found.row, k);
+    return pivot;
+  }
+
+  // Exchanges rows and columns k - 1 and k.
+  void exchangeLast(Index k) {
+    exchange(ap_, k - 1, k);
+    done_.exchangeRows(k - 1, k);
   }
 
   static void scaleOne(Index k, double* column) {
@@ -160,7 +173,6 @@ class Panel {
   Eliminated done_;
   double* const ap_;
   int* const kpvt_;
-  bool isTwo_ = false;
 };
 
 Index factorPanel(Index n, Index columns, double* ap, int* kpvt, Index* info) {
@@ -172,17 +184,19 @@ constexpr Index kTileColumns = kWidth == 8 ? 8 : 4;
 constexpr Index kTileRows = kTileVectors * kWidth;
 constexpr Index kMostDepth = SymmetricKernels::kPanelColumns + 1;
 
-// Some columns of the leading matrix, and what is added to them: M B.
+// `count` columns of the leading matrix from column `first` on, to which M B is added: `depth` is
+// the number of columns of M, and B is -D Mᵀ in these columns.
 struct Strip {
   Index first;
   Index count;
   Index depth;
   const double* columns[kMostDepth];    // of M
-  double m[kMostDepth * kTileColumns];  // the rows of M of these numbers
+  double m[kMostDepth * kTileColumns];  // rows of M from `first` on
   double b[kMostDepth * kTileColumns];
   double* c[kTileColumns];
 };
 
+// Fills `m` and `b`, with zeros beyond the columns that there are.
 void loadRows(const Eliminated& e, Strip& s) {
   for (Index l = 0; l < s.depth; ++l) {
     for (Index c = 0; c < kTileColumns; ++c) {
@@ -208,6 +222,7 @@ void loadRows(const Eliminated& e, Strip& s) {
   }
 }
 
+// Adds to rows above the diagonal.
 template <Index vectors>
 inline __attribute__((always_inline)) void addTile(const Strip& s, Index i) {
   Vector sum[kTileColumns][vectors];
@@ -229,6 +244,7 @@ inline __attribute__((always_inline)) void addTile(const Strip& s, Index i) {
   }
 }
 
+// Adds to the rows of the diagonal.
 void addTriangle(const Strip& s) {
   for (Index j = 0; j < s.count; ++j) {
     Vector sum[kTileColumns / kWidth] = {};

@@ -16,10 +16,10 @@ struct SymmetricKernels {
   // LINPACK's dspfa.
   Index (*factorSmall)(Index n, double* ap, int* kpvt);
 
-  // Eliminates the last columns of the matrix of order n: `columns` or one more of them. The others
-  // are not updated. At least kMostSmall columns are left. The rows of all multipliers are in the
-  // order that the exchanges lead to. Writes kpvt and returns the order of what is left. `info` is
-  // set as dspfa does when a pivot is 0.
+  // Eliminates `columns` of the last columns of the matrix of order n, or one more, and leaves the
+  // others as they are: columns <= kPanelColumns, columns <= n - kMostSmall. The rows of all
+  // multipliers are in the order after the last step. Writes kpvt, and puts the number of a step
+  // whose pivot is 0 into `info`. Returns the order of what is left.
   Index (*factorPanel)(Index n, Index columns, double* ap, int* kpvt, Index* info);
 
   // Carries what the columns from n on to before `end` eliminate into the leading matrix of order

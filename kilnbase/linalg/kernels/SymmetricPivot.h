@@ -51,9 +51,9 @@ struct Found {
   double value;
 };
 
-// The pivot of step k, whose diagonal element is smaller than kAlpha times the largest of its column,
-// `found`. `other` and `inRow` are the diagonal element and the largest of the others in the row of
-// that. All are absolute values.
+// The pivot of step k, whose diagonal element is smaller than kAlpha times the largest of its
+// column, `found`. `other` and `inRow` are the diagonal element and the largest of the others in
+// the row of that. All are absolute values.
 inline Pivot choosePivot(Index k, const Found& found, double diagonal, double other, double inRow) {
   if (other >= kAlpha * inRow) return {1, found.row};
   if (diagonal >= kAlpha * found.value * (found.value / inRow)) return {1, k};

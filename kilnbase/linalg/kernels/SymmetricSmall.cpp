@@ -54,7 +54,8 @@ class SmallElimination {
 
   double* rowOf(Index i) { return elements_ + i * kStride; }
 
-  // Copies rows i.. of columns j.., a block of the width of a register, to both sides of the diagonal.
+  // Copies rows i.. of columns j.., a block of the width of a register, to both sides of the
+  // diagonal.
   void expandBlock(Index i, Index j) {
     Vector columns[kWidth], rows[kWidth];
     const double* from = packedColumn(ap_, j) + i;
@@ -80,7 +81,8 @@ class SmallElimination {
       found[v] = {place_[v] < splatLanes(k) ? absolute(row[v]) : Vector{}, place_[v]};
     }
     for (Index distance = 1; distance < vectors; distance *= 2) {
-      for (Index v = 0; v + distance < vectors; v += 2 * distance) found[v].add(found[v + distance]);
+      for (Index v = 0; v + distance < vectors; v += 2 * distance)
+        found[v].add(found[v + distance]);
     }
     return found[0];
   }
@@ -209,23 +211,19 @@ class SmallElimination {
   double elements_[kMostSmall * kStride];
 };
 
-template <Index vectors>
-Index factorWith(Index n, double* ap, int* kpvt) {
-  return SmallElimination<vectors>(n, ap, kpvt).run();
-}
-
-template <Index vectors = kMostSmall / kWidth>
-Index factorFor(Index n, double* ap, int* kpvt) {
-  if constexpr (vectors > 1) {
-    if (n <= (vectors - 1) * kWidth) return factorFor<vectors - 1>(n, ap, kpvt);
+// Takes the code for the next multiple of 8.
+template <Index most = kMostSmall>
+Index factorUpTo(Index n, double* ap, int* kpvt) {
+  if constexpr (most > 16) {
+    if (n <= most - 8) return factorUpTo<most - 8>(n, ap, kpvt);
   }
-  return factorWith<vectors>(n, ap, kpvt);
+  return SmallElimination<most / kWidth>(n, ap, kpvt).run();
 }
 
 }  // namespace
 
 Index factorSmallSymmetric(Index n, double* ap, int* kpvt) {
-  return n <= kMostTiny ? factorTinySymmetric(n, ap, kpvt) : factorFor(n, ap, kpvt);
+  return n <= kMostTiny ? factorTinySymmetric(n, ap, kpvt) : factorUpTo(n, ap, kpvt);
 }
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

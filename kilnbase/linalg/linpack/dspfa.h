@@ -18,6 +18,8 @@ namespace vxKilnBase::linpack {
 /// all above it. That step does nothing, and the elimination goes on. Then dspsl and dspdi divide
 /// by 0.
 ///
+/// About 15 KiB of stack are used.
+///
 /// Sources: LINPACK Users' Guide, SIAM 1979, chapter 5. J. R. Bunch, L. Kaufman, Some stable
 /// methods for calculating inertia and solving symmetric linear systems, Mathematics of Computation
 /// 31 (1977), 163-179.
