@@ -158,7 +158,7 @@ TboundingBox::TboundingBox(const TboundingBox& other)
 
 TboundingBox::TboundingBox(const TtupleVector& points, int rational)
     : TboundingBox(coordinates(points.size(), rational)) {
-  set(points, points.size() < 1 ? 0 : rational);
+  set(points, rational);
 }
 
 TboundingBox::TboundingBox(const TtupleMatrix& points, int rational)

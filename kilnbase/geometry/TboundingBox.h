@@ -32,8 +32,7 @@ class KILNBASE_API TboundingBox {
   /// The corners, as they are given; the longer one loses its last coordinates.
   TboundingBox(const DoubleVec& minCorner, const DoubleVec& maxCorner);
   TboundingBox(const TboundingBox& other);
-  /// The box of the points, of the dimension of their coordinates; see `set`. Points of size 0 are
-  /// never rational.
+  /// The box of the points, of the dimension of their coordinates; see `set`.
   TboundingBox(const TtupleVector& points, int rational);
   TboundingBox(const TtupleMatrix& points, int rational);
   ~TboundingBox() = default;

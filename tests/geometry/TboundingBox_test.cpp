@@ -98,20 +98,16 @@ TEST(TboundingBox, MergesWhatComparingPointsOneByOneGives) {
 
 TEST(TboundingBox, TakesItsDimensionFromWhatMakesIt) {
   const TtupleVector points(3, vectorOf({2.0, 8.0, 2.0, 9.0, 3.0, 3.0}));
-  const double* noRows[] = {nullptr};
   const std::pair<TboundingBox, std::string> cases[] = {
       {{}, "() to ()"},
       {TboundingBox(2), "(0, 0) to (0, 0)"},
       {TboundingBox(-1), "() to ()"},
       {{vectorOf({5.0, 6.5, 7.0}), vectorOf({1.0, 2.0})}, "(5, 6.5) to (1, 2)"},
       {{points, 0}, "(2, 3, 2) to (9, 8, 3)"},
-      {{points, 1}, "(1, 1) to (3, 4)"},
       {{TtupleMatrix(3, 2, 1, points.data()), 1}, "(1, 1) to (3, 4)"},
       {{TtupleVector(), 1}, "() to ()"},
       {{TtupleMatrix(), 1}, "() to ()"},
-      {{TtupleVector(0, 0, noRows), 1}, "() to ()"},
       {{TtupleVector(2, 0, 0.0), 1}, "(1.79769e+308) to (-1.79769e+308)"},
-      {{TtupleVector(1, 0, 0.0), 0}, "(1.79769e+308) to (-1.79769e+308)"},
   };
   for (const auto& [box, expected] : cases) EXPECT_EQ(expected, text(box));
 }
@@ -144,7 +140,7 @@ TEST(TboundingBox, MeasuresAndCuts) {
   for (const TboundingBox& cut : {part, box}) EXPECT_EQ("(-1, 11, 23) to (2, 12, 20)", text(cut));
   kilntest::RecordedMathErrors errors;
   EXPECT_EQ(0.0, TboundingBox().maxSize());
-  EXPECT_EQ(0x3011, errors.takeAll().front().number);
+  EXPECT_EQ(vxKilnBase::kEmptyVectorError, errors.takeAll().front().number);
 }
 
 TEST(TboundingBox, PointsMayLieAMillionthOutside) {

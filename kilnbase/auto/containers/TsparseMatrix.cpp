@@ -4,7 +4,10 @@
 #include <numeric>
 
 #include <kilnbase/auto/containers/TsparseMatrix.h>
-#include <kilnbase/linalg/MathError.h>
+#include <kilnbase/linalg/detail/errors.h>
+
+using vxKilnBase::detail::raiseMatrixVectorProduct;
+using vxKilnBase::detail::raiseVectorMatrixProduct;
 
 namespace {
 
@@ -340,7 +343,7 @@ bool ascendFour(int previous, const int* rows, int limit) {
 
 // y[rows[k]] += factor * values[k], for the leading elements whose rows ascend below the limit, so
 // that none comes twice. Returns how many there are: all of most columns.
-int addAscending(double* y, const Entries& column, int limit, double factor) {
+[[gnu::noinline]] int addAscending(double* y, const Entries& column, int limit, double factor) {
   const auto [rows, values, count] = column;
   int previous = -1;
   int k = 0;
@@ -361,7 +364,7 @@ struct PartialSum {
 };
 
 // The sum of x[rows[k]] * values[k] over the same elements.
-PartialSum sumAscending(const double* x, const Entries& column, int limit) {
+[[gnu::noinline]] PartialSum sumAscending(const double* x, const Entries& column, int limit) {
   const auto [rows, values, count] = column;
   double sums[4] = {};
   int previous = -1;
@@ -431,7 +434,7 @@ DoubleVec product(const TsparseMatrix& a, const DoubleVec& v) {
   const unsigned cols = asLength(a.cols_);
   DoubleVec result(asLength(a.rows_), 0.0);
   if (v.length() != cols) {
-    vxKilnBase::raiseMathError(0x4014, kClassName, result.length(), cols, v.length());
+    raiseMatrixVectorProduct(kClassName, result.length(), cols, v.length());
   }
   double* const y = result.data();
   const int limit = static_cast<int>(result.length());
@@ -450,7 +453,7 @@ DoubleVec product(const DoubleVec& v, const TsparseMatrix& a) {
   const unsigned rows = asLength(a.rows_);
   DoubleVec result(asLength(a.cols_), 0.0);
   if (v.length() != rows) {
-    vxKilnBase::raiseMathError(0x4015, v.length(), kClassName, rows, result.length());
+    raiseVectorMatrixProduct(v.length(), kClassName, rows, result.length());
   }
   const DoubleVec own = v.stride() == 1 ? v : v.copy();
   const double* const x = own.data();

@@ -121,8 +121,8 @@ class KILNBASE_API TsparseMatrix {
   void printOn(std::ostream& stream) const;
 
  private:
-  friend DoubleVec product(const TsparseMatrix& a, const DoubleVec& v);
-  friend DoubleVec product(const DoubleVec& v, const TsparseMatrix& a);
+  friend KILNBASE_API DoubleVec product(const TsparseMatrix& a, const DoubleVec& v);
+  friend KILNBASE_API DoubleVec product(const DoubleVec& v, const TsparseMatrix& a);
   class Columns;
 
   // Positions in `indices_` and `data_`.

@@ -38,6 +38,8 @@ class KILNBASE_API TtupleMatrix {
   TtupleMatrix(int size, int rows, int cols, const DoubleVec& data);
   /// Shares the elements of `other`.
   TtupleMatrix(const TtupleMatrix& other) = default;
+  /// Takes over the elements of `other`, which has no points afterwards.
+  TtupleMatrix(TtupleMatrix&& other) noexcept { swap(*this, other); }
   ~TtupleMatrix() = default;
 
   /// Copies the points: to where this grid views its own when both are of one size, with as many

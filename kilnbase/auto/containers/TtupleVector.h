@@ -49,6 +49,8 @@ class KILNBASE_API TtupleVector {
   }
   /// Shares the elements of `other`.
   TtupleVector(const TtupleVector& other) = default;
+  /// Takes over the elements of `other`, which has no points afterwards.
+  TtupleVector(TtupleVector&& other) noexcept { swap(*this, other); }
   ~TtupleVector() = default;
 
   /// Copies the points. They go to where this sequence views its own when both have as many

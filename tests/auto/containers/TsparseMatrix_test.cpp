@@ -2,7 +2,6 @@
 #include <climits>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <map>
 #include <random>
 #include <sstream>
 #include <string>
@@ -23,28 +22,17 @@ using testing::HasSubstr;
 
 namespace {
 
-// Rows and values of a column as they were given; of equal rows the first one counts.
-using Column = std::vector<std::pair<int, double>>;
-
 constexpr int kRows = 6;
 
-int append(TsparseMatrix& a, const Column& column, int grow) {
-  IntVec rows(static_cast<unsigned>(column.size()));
-  DoubleVec values(rows.length());
-  for (int k = 0; const auto& [row, value] : column) {
-    rows(k) = row;
-    values(k++) = value;
-  }
-  return a.addCol(rows, values, grow);
-}
+// Rows and values as they were given; of equal rows the first one counts.
+struct Column {
+  std::vector<int> rows;
+  std::vector<double> values;
+};
 
-Column storedIn(const TsparseMatrix& a, int c) {
-  DoubleVec values;
-  IntVec rows;
-  EXPECT_EQ(1, a.storedCol(c, values, rows));
-  Column column;
-  for (int k = 0; k < static_cast<int>(rows.length()); ++k) column.emplace_back(rows(k), values(k));
-  return column;
+int append(TsparseMatrix& a, const Column& column, int grow) {
+  const auto n = static_cast<unsigned>(column.rows.size());
+  return a.addCol(IntVec(column.rows.data(), n), DoubleVec(column.values.data(), n), grow);
 }
 
 // Products are exact: all elements are small integers.
@@ -52,17 +40,21 @@ void expectMatrix(const std::vector<Column>& model, const TsparseMatrix& a) {
   ASSERT_EQ(static_cast<int>(model.size()), a.cols());
   DoubleGenMat dense(kRows, static_cast<unsigned>(a.cols()), 0.0);
   int elements = 0;
-  for (int c = 0; c < a.cols(); ++c) {
-    const Column& column = model[static_cast<std::size_t>(c)];
-    for (const auto& [r, value] : std::map(column.begin(), column.end())) {
-      if (r >= 0 && r < kRows) dense(r, c) = value;
+  for (int c = 0; const auto& [rows, values] : model) {
+    for (std::size_t k = rows.size(); k-- > 0;) {
+      if (rows[k] >= 0 && rows[k] < kRows) dense(rows[k], c) = values[k];
     }
-    for (int r = 0; r < kRows; ++r) EXPECT_EQ(dense(r, c), a(r, c));
-    for (const int r : {-1, kRows}) EXPECT_EQ(0.0, a(r, c));
+    for (int r = -1; r <= kRows; ++r) {
+      EXPECT_EQ(r < 0 || r == kRows ? 0.0 : dense(r, c), a(r, c));
+    }
+    DoubleVec storedValues;
+    IntVec storedRows;
+    EXPECT_EQ(1, a.storedCol(c, storedValues, storedRows));
+    EXPECT_EQ(rows, list(storedRows));
+    EXPECT_EQ(values, list(storedValues));
     EXPECT_EQ(dense.col(c), a.col(c));
-    EXPECT_EQ(column, storedIn(a, c));
     EXPECT_EQ(elements, a.beginnings()(c));
-    elements += a.counts()(c);
+    elements += a.counts()(c++);
   }
   EXPECT_EQ(elements, a.numberOfElements());
   EXPECT_EQ(dense, a.convert());
@@ -84,13 +76,16 @@ class RandomEdits {
       select();
     } else if (kind == 2) {
       a_.removeZeros();
-      for (Column& column : model_) std::erase_if(column, [](auto& e) { return e.second == 0.0; });
+      for (auto& [rows, values] : model_) {
+        std::size_t k = 0;
+        std::erase_if(rows, [&](int) { return values[k++] == 0.0; });
+        std::erase(values, 0.0);
+      }
     } else if (kind == 3) {
       EXPECT_EQ(1, a_.add(a_, 1));
       model_.insert(model_.end(), before.begin(), before.end());
     } else {
-      model_.push_back(randomColumn());
-      EXPECT_EQ(1, append(a_, model_.back(), 1));
+      addRandomColumn();
     }
     expectMatrix(model_, a_);
     expectMatrix(before, shared);
@@ -99,14 +94,15 @@ class RandomEdits {
  private:
   int next(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
 
-  // Runs of ascending rows, some outside the matrix.
-  Column randomColumn() {
-    Column column;
+  // Of runs of ascending rows, some outside the matrix.
+  void addRandomColumn() {
+    Column& column = model_.emplace_back();
     for (int n = 1 + next(12), row = next(3) - 1; n > 0; --n) {
-      column.emplace_back(row, next(5) - 2);
-      row = next(8) != 0 ? row + 1 : next(kRows + 2) - 1;
+      column.rows.push_back(row);
+      column.values.push_back(next(5) - 2);
+      row = next(8) != 0 ? row + 1 : next(3) != 0 ? row : next(kRows + 2) - 1;
     }
-    return column;
+    EXPECT_EQ(1, append(a_, column, 1));
   }
 
   // Keeps or removes columns that are named in any order, some twice.
@@ -144,7 +140,7 @@ TEST(TsparseMatrix, EditsFollowAModelAndLeaveCopiesAlone) {
 TEST(TsparseMatrix, AppendingGrowsToWhatIsNeededAndOnlyWhenAllowed) {
   TsparseMatrix a(3, 2);
   EXPECT_EQ("0 0 0 of 3 2 6", sizes(a));
-  EXPECT_EQ(1, append(a, {{2, 5}, {0, 7}}, 0));
+  EXPECT_EQ(1, append(a, {{2, 0}, {5, 7}}, 0));
   EXPECT_EQ(0.0, a(0, 0));  // no row is in use yet
   a.rows() = 3;
   EXPECT_EQ(0, a.setElement(1, 0, 3));
@@ -153,17 +149,20 @@ TEST(TsparseMatrix, AppendingGrowsToWhatIsNeededAndOnlyWhenAllowed) {
   EXPECT_EQ(0, append(a, {}, 1));
   EXPECT_EQ(0, a.addCol(IntVec(2, 0), DoubleVec(1, 0.0), 1));
   EXPECT_EQ(1, append(a, {{0, 1}, {1, 1}}, 0));
-  EXPECT_EQ(0, append(a, {{0, 1}}, 0));
+  EXPECT_EQ(0, append(a, {{0}, {1}}, 0));
   EXPECT_EQ(0, a.addCol(DoubleVec(3, 1.0), 0));
   EXPECT_EQ(0, a.add(a, 0));
   EXPECT_EQ(0, a.add(DoubleGenMat(3, 1, 1.0), 0));
   EXPECT_EQ("3 2 4 of 3 2 6", sizes(a));
-  EXPECT_EQ(1, append(a, {{0, 1}, {1, 2}, {2, 3}}, 1));
+  EXPECT_EQ(1, append(a, {{0, 1, 2}, {1, 2, 3}}, 1));
   EXPECT_EQ("3 3 7 of 3 3 7", sizes(a));
   a.resizeMax(5, 1);
   a.resizeMax(1, 4, 9);
   a.resizeMax(0, 0, 2);
+  DoubleVec values;
+  IntVec rows;
   for (const int c : {-1, 3}) {
+    EXPECT_EQ(0, a.storedCol(c, values, rows));
     EXPECT_EQ(0, a.removeCol(c));
     EXPECT_EQ(0, a.keepCols(vectorOf({0, c})));
   }
@@ -198,11 +197,15 @@ TEST(TsparseMatrix, CopiesShareElementsUntilTheyAreDeepened) {
   EXPECT_EQ(3.0, a(0, 0));
   EXPECT_EQ(1.0, assigned(0, 0));
   EXPECT_EQ(1.0, deep(0, 0));
+  TsparseMatrix room(1, 2), copy = room;
+  EXPECT_EQ(1, room.addCol(DoubleVec(1, 1.0), 0));
+  EXPECT_EQ(1, copy.addCol(DoubleVec(1, 2.0), 0));
+  EXPECT_EQ(1.0, room.data()(0));
 }
 
 TEST(TsparseMatrix, SurvivesSizesAndVectorsThatMakeNoSense) {
   EXPECT_EQ("0 0 0 of 0 0 0", sizes(TsparseMatrix(-1, -2, -3)));
-  EXPECT_EQ("0 0 0 of 65536 65536 0", sizes(TsparseMatrix(65536, 65536)));
+  EXPECT_EQ("0 0 0 of 65536 65537 0", sizes(TsparseMatrix(65536, 65537)));
   TsparseMatrix a = DoubleGenMat(2, 2, 1.0);
   for (const int cols : {-1, INT_MAX}) {
     a.cols() = cols;
@@ -211,7 +214,7 @@ TEST(TsparseMatrix, SurvivesSizesAndVectorsThatMakeNoSense) {
   }
   a.cols() = 2;
   for (const auto& [beginning, count] :
-       {std::pair(0, 5), std::pair(-1, 1), std::pair(5, 0), std::pair(2, INT_MAX)}) {
+       {std::pair(0, 5), std::pair(-1, 1), std::pair(3, 2), std::pair(2, INT_MAX)}) {
     a.beginnings()(1) = beginning;
     a.counts()(1) = count;
     EXPECT_EQ(0.0, a(0, 1)) << beginning;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include <kilnbase/auto/containers/TtupleMatrix.h>
@@ -47,7 +48,9 @@ void expectCopiesToShareAndAssignmentToCopy(Tuples tuples, const Tuples& ofOther
   swap(tuples, shared);
   EXPECT_EQ(list(ofOtherShape.data()), list(shared.data()));
   EXPECT_EQ(ofOtherShape.size(), shared.size());
-  EXPECT_EQ(list(copy.data()), list(tuples.data()));
+  const Tuples moved = std::move(tuples);
+  EXPECT_EQ(0U, tuples.data().length());  // NOLINT(bugprone-use-after-move)
+  EXPECT_EQ(list(copy.data()), list(moved.data()));
 }
 
 }  // namespace
@@ -162,7 +165,7 @@ TEST(Ttuples, SizesThatMakeNoSenseGiveFewerPoints) {
       {{2, 3, 2, few}, 2, 3, 1},
       {{65536, 65536, INT_MAX, 0.0}, 65536, 65536, 0},
   };
-  EXPECT_EQ(0x300F, errors.takeAll().front().number);
+  EXPECT_THAT(errors.takeTexts(), testing::SizeIs(2));  // too few elements, and too many
   for (const auto& [m, size, rows, cols] : cases) {
     EXPECT_EQ(size, m.size());
     EXPECT_EQ(rows, m.rows());
@@ -171,7 +174,7 @@ TEST(Ttuples, SizesThatMakeNoSenseGiveFewerPoints) {
   TtupleVector v = pairs(1);
   v.resize(INT_MAX);
   EXPECT_EQ(1, v.points());
-  EXPECT_EQ(0x3008, errors.takeAll().front().number);
+  EXPECT_EQ(vxKilnBase::kOutOfMemoryError, errors.takeAll().front().number);
 }
 
 TEST(TtuplesDeathTest, WrongPointsAreReportedAndWrongComponentsAreEmpty) {
@@ -181,7 +184,6 @@ TEST(TtuplesDeathTest, WrongPointsAreReportedAndWrongComponentsAreEmpty) {
   };
   TtupleVector v = pairs(4);
   EXPECT_DEATH(v[4], text("index, 4", "Vector LINE 36"));
-  EXPECT_DEATH(v(-1), text("index, -1", "Vector LINE 36"));
   EXPECT_DEATH(v.lPoints(0, 4), text("index, 4", "Vector LINE 36"));
   EXPECT_DEATH(v.rPoints(-1, 2), text("index, -1", "Vector LINE 36"));
   EXPECT_DEATH(v.rPoints(vectorOf({0, 4})), text("index, 4", "Vector LINE 36"));

@@ -2,7 +2,7 @@
 #include <cstdlib>
 
 #include <kilnbase/auto/containers/detail/tuples.h>
-#include <kilnbase/linalg/MathError.h>
+#include <kilnbase/linalg/detail/errors.h>
 #include <vx/Report.h>
 
 namespace vxKilnBase::detail {
@@ -11,7 +11,7 @@ std::optional<unsigned> tupleElements(int size, int rows, int cols) {
   if (size < 1 || rows < 1 || cols < 1) return 0;
   const long long tuples = static_cast<long long>(rows) * cols;
   if (tuples <= INT_MAX / size) return static_cast<unsigned>(tuples * size);
-  raiseMathError(MathErrorRecord{0x3008, 2, 0x901A}, "RWBlock");
+  raiseOutOfMemory(kBlockSource);
   return std::nullopt;
 }
 
