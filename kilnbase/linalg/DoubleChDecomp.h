@@ -2,7 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <utility>
 
 #include <kilnbase/linalg/DoubleGenMat.h>
 #include <kilnbase/linalg/IntVec.h>
@@ -34,9 +33,8 @@
 ///
 /// Copy construction shares the factor and the pivots with the original. **Assignment, also from a
 /// temporary, copies elements**; both decompositions have the same size, and both are pivoted or
-/// neither is. `swap(a, b)` and `std::ranges::swap` exchange everything. A qualified `std::swap`
-/// and algorithms that assign (`std::sort`, `std::exchange`) raise 0x4004 instead, because an
-/// object that was moved from is empty.
+/// neither is. Moving takes everything over and leaves an empty object, which may be assigned any
+/// other; every way of swapping exchanges everything.
 ///
 /// Errors are raised by number through MathError.h. Each function tells what happens when the
 /// handler returns; an assignment between different sizes then leaves a wrong factor, but no access
@@ -51,18 +49,11 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   /// Factors a copy of `a`.
   explicit DoubleChDecomp(const DoubleGenMat& a);
   DoubleChDecomp(const DoubleChDecomp& other) = default;
-  /// Takes over `other`, which is empty afterwards.
-  DoubleChDecomp(DoubleChDecomp&& other) noexcept { swap(*this, other); }
+  /// Takes over `other`, which is empty afterwards and may be assigned any other.
+  DoubleChDecomp(DoubleChDecomp&& other) noexcept = default;
   DoubleChDecomp& operator=(const DoubleChDecomp& other) = default;
+  DoubleChDecomp& operator=(DoubleChDecomp&& other) = default;
   ~DoubleChDecomp() = default;
-
-  friend void swap(DoubleChDecomp& a, DoubleChDecomp& b) noexcept {
-    swap(static_cast<DoubleGenMat&>(a), static_cast<DoubleGenMat&>(b));
-    swap(a.pvts_, b.pvts_);
-    std::swap(a.info_, b.info_);
-    std::swap(a.pivoting_, b.pivoting_);
-    std::swap(a.permuted_, b.permuted_);
-  }
 
   /// Factors a copy of `a` and forgets the earlier factor. Raises 0x5010 when `a` has fewer rows
   /// than columns; then as many columns as there are rows are factored.

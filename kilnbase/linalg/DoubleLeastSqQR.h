@@ -1,8 +1,6 @@
 // Linear least squares by QR decomposition.
 #pragma once
 
-#include <utility>
-
 #include <kilnbase/linalg/DoubleQRDecomp.h>
 
 /// Finds the x for which |A x - b| is least. Each row of A is an equation, each column an unknown.
@@ -21,8 +19,8 @@
 /// above takes columns for dependent that are so but for rounding.
 ///
 /// The solution is not the shortest one where unknowns are free. docs/decompositions.md compares
-/// all decompositions. Copying, assigning and swapping are those of DoubleQRDecomp. For one thread
-/// at a time.
+/// all decompositions. Copying, assigning, moving and swapping are those of DoubleQRDecomp. For one
+/// thread at a time.
 class KILNBASE_API DoubleLeastSqQR : public DoubleQRDecomp {
  public:
   /// Nothing factored: no equations, no unknowns.
@@ -32,15 +30,11 @@ class KILNBASE_API DoubleLeastSqQR : public DoubleQRDecomp {
   /// Would factor the matrix part, which holds R and the Householder vectors.
   explicit DoubleLeastSqQR(const DoubleQRDecomp&) = delete;
   DoubleLeastSqQR(const DoubleLeastSqQR& other) = default;
-  /// Takes over `other`, which is empty afterwards.
-  DoubleLeastSqQR(DoubleLeastSqQR&& other) noexcept { swap(*this, other); }
+  /// Takes over `other`, which is empty afterwards and may be assigned any other.
+  DoubleLeastSqQR(DoubleLeastSqQR&& other) noexcept = default;
   DoubleLeastSqQR& operator=(const DoubleLeastSqQR& other) = default;
+  DoubleLeastSqQR& operator=(DoubleLeastSqQR&& other) = default;
   ~DoubleLeastSqQR() = default;
-
-  friend void swap(DoubleLeastSqQR& a, DoubleLeastSqQR& b) noexcept {
-    swap(static_cast<DoubleQRDecomp&>(a), static_cast<DoubleQRDecomp&>(b));
-    std::swap(a.tolerance_, b.tolerance_);
-  }
 
   /// Factors a copy of `a`, forgets the earlier factors, and resets the tolerance to 0.
   void factor(const DoubleGenMat& a);

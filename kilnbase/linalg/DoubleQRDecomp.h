@@ -1,8 +1,6 @@
 // QR decomposition with column pivoting.
 #pragma once
 
-#include <utility>
-
 #include <kilnbase/linalg/DoubleGenMat.h>
 #include <kilnbase/linalg/IntVec.h>
 
@@ -30,10 +28,9 @@
 /// counts as min(m, n).
 ///
 /// Copy construction shares the factors and the pivots with the original. **Assignment, also from a
-/// temporary, copies elements** between decompositions of the same size. `swap(a, b)` and
-/// `std::ranges::swap` exchange everything. A qualified `std::swap` and algorithms that assign
-/// (`std::sort`, `std::exchange`) raise 0x4004 instead, because an object that was moved from is
-/// empty.
+/// temporary, copies elements** between decompositions of the same size. Moving takes everything
+/// over and leaves an empty object, which may be assigned any other; every way of swapping
+/// exchanges everything.
 ///
 /// Errors are raised by number through MathError.h. Each function tells what happens when the
 /// handler returns; an assignment between different sizes then leaves wrong factors, but no access
@@ -45,17 +42,11 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   /// Factors a copy of `a`.
   explicit DoubleQRDecomp(const DoubleGenMat& a) { factor(a); }
   DoubleQRDecomp(const DoubleQRDecomp& other) = default;
-  /// Takes over `other`, which is empty afterwards.
-  DoubleQRDecomp(DoubleQRDecomp&& other) noexcept { swap(*this, other); }
+  /// Takes over `other`, which is empty afterwards and may be assigned any other.
+  DoubleQRDecomp(DoubleQRDecomp&& other) noexcept = default;
   DoubleQRDecomp& operator=(const DoubleQRDecomp& other) = default;
+  DoubleQRDecomp& operator=(DoubleQRDecomp&& other) = default;
   ~DoubleQRDecomp() = default;
-
-  friend void swap(DoubleQRDecomp& a, DoubleQRDecomp& b) noexcept {
-    swap(static_cast<DoubleGenMat&>(a), static_cast<DoubleGenMat&>(b));
-    swap(a.pvts_, b.pvts_);
-    swap(a.qraux_, b.qraux_);
-    std::swap(a.pivoting_, b.pivoting_);
-  }
 
   /// Factors a copy of `a` and forgets the earlier factors. All columns take part in pivoting.
   /// Without memory (0x3008) keeps the earlier factors.

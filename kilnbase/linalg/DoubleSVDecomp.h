@@ -26,9 +26,8 @@
 /// The members that return vectors and matrices return views, which keep showing the same
 /// decomposition when this object factors another matrix. Copy construction shares the results with
 /// the original. **Assignment, also from a temporary, copies elements** between decompositions of
-/// the same size. `swap(a, b)` and `std::ranges::swap` exchange everything. A qualified `std::swap`
-/// and algorithms that assign (`std::sort`, `std::exchange`) raise 0x300F and 0x4004 instead,
-/// because an object that was moved from is empty. For one thread at a time.
+/// the same size. Moving takes everything over and leaves an empty object, which may be assigned
+/// any other; every way of swapping exchanges everything. For one thread at a time.
 class KILNBASE_API DoubleSVDecomp {
  public:
   /// Nothing factored: `fail()` is true.
@@ -36,19 +35,13 @@ class KILNBASE_API DoubleSVDecomp {
   /// Factors `a` with all left and right vectors.
   explicit DoubleSVDecomp(const DoubleGenMat& a) { factor(a); }
   DoubleSVDecomp(const DoubleSVDecomp& other) = default;
-  /// Takes over `other`, which is empty afterwards.
-  DoubleSVDecomp(DoubleSVDecomp&& other) noexcept { swap(*this, other); }
+  /// Takes over `other`, which is empty afterwards and may be assigned any other.
+  DoubleSVDecomp(DoubleSVDecomp&& other) noexcept = default;
   DoubleSVDecomp& operator=(const DoubleSVDecomp& other) = default;
+  DoubleSVDecomp& operator=(DoubleSVDecomp&& other) = default;
   ~DoubleSVDecomp() = default;
 
-  friend void swap(DoubleSVDecomp& a, DoubleSVDecomp& b) noexcept {
-    swap(a.singularValues_, b.singularValues_);
-    swap(a.e_, b.e_);
-    swap(a.u_, b.u_);
-    swap(a.v_, b.v_);
-    std::swap(a.info_, b.info_);
-    std::swap(a.job_, b.job_);
-  }
+  friend void swap(DoubleSVDecomp& a, DoubleSVDecomp& b) noexcept { std::swap(a, b); }
 
   /// Factors a copy of `a` and forgets the earlier results. Vectors that are not wanted stay as
   /// they were. Without memory (0x3008) keeps all earlier results.
