@@ -275,7 +275,8 @@ TEST(DoubleChDecomp, FactoredBlockGrowsWithTheRankOfTheData) {
     DoubleGenMat a = square(first);
     DoubleChDecomp factor = decompose(a);
     // Factoring leaves rounding errors in units of the matrix, which are not those of the factor.
-    factor(1, 1) = factor(1, 3) = factor(2, 2) = -1e-17 * scale * scale;
+    factor(1, 1) = factor(1, 3) = factor(2, 2) = factor(3, 3) = -1e-17 * scale * scale;
+    EXPECT_EQ(-1, factor.downdate(first * 0.5));
     const auto addRow = [&](const DoubleVec& row, int rank) {
       a += square(row);
       factor.update(row);
@@ -284,12 +285,19 @@ TEST(DoubleChDecomp, FactoredBlockGrowsWithTheRankOfTheData) {
     };
     addRow(first * 0.7, 1);
     addRow(randomVector(4, 1) * scale, 2);
-    EXPECT_EQ(-1, factor.downdate(first * 0.1));
     addRow(randomVector(4, 2) * scale, 3);
     addRow(randomVector(4, 3) * scale, 4);
     EXPECT_TRUE(factor.isPD());
     EXPECT_EQ(0, factor.downdate(first * 0.1));
+    EXPECT_TRUE(std::isnan(factor(3, 2)));  // below the diagonal stands the matrix
   }
+}
+
+TEST(DoubleChDecomp, UpdatesAFactorOfTheCallers) {
+  DoubleChDecomp own;
+  own.reference(DoubleGenMat(1, 1, 3.0));
+  own.update(DoubleVec(1U, 4.0));
+  EXPECT_DOUBLE_EQ(5.0, std::abs(own(0, 0)));
 }
 
 TEST(DoubleChDecomp, FactoredBlockFollowsShifts) {
@@ -297,10 +305,14 @@ TEST(DoubleChDecomp, FactoredBlockFollowsShifts) {
   const DoubleGenMat x(vectorOf({1.0, 0.0, 2.0, 1.0, 1.0, 3.0}), 2, 3);
   const IntVec order = vectorOf({2, 0, 1});
   DoubleChDecomp two = decompose(transposeProduct(x, x));
+  two(2, 2) = -5.0;  // a remainder is no part of the factor
   two.shift(0, 2, 1);
   EXPECT_EQ(1, two.lastPosFactor());
   expectSolves(two, transposeProduct(x, x)(order, order));
-  // The matrix becomes diag(0, 1), whose leading columns depend on each other.
+  DoubleChDecomp behind = decompose(square(vectorOf({1.0, 0.0, 0.0, 0.0})));
+  behind.shift(2, 3, 0);
+  EXPECT_EQ(0, behind.lastPosFactor());
+  // The matrix becomes diag(0, 1), whose first column cannot be factored.
   DoubleChDecomp one = decompose(DoubleGenMat(vectorOf({1.0, 0.0, 0.0, 0.0}), 2, 2));
   one.shift(0, 1, 0);
   EXPECT_EQ(-1, one.lastPosFactor());
