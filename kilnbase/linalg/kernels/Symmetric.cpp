@@ -47,9 +47,8 @@ struct Eliminated {
 };
 
 // Adds the eliminated columns times the factors to rows of y. All registers but the last one lie
-// side by side from row i on; the last one starts at row `last` and may overlap the one before. At
-// the end of y it holds the diagonal element, which is not searched.
-template <Index vectors, bool atEnd>
+// side by side from row i on; the last one starts at row `last` and may overlap the one before.
+template <Index vectors>
 inline __attribute__((always_inline)) void updatePart(const Eliminated& e, const double* factors,
                                                       double* y, Index i, Index last,
                                                       Largest& largest) {
@@ -63,14 +62,13 @@ inline __attribute__((always_inline)) void updatePart(const Eliminated& e, const
   }
   for (Index v = 0; v < vectors; ++v) {
     store(y + row(v), sum[v]);
-    const bool hasDiagonal = atEnd && v + 1 == vectors;
-    const Vector size = absolute(sum[v]);
-    largest.add(hasDiagonal ? lanesFrom(kWidth - 1, Vector{}, size) : size, lanes() + row(v));
+    largest.add(absolute(sum[v]), lanes() + row(v));
   }
 }
 
 // Brings column k, of at least kWidth rows, up to date with sign -1, and back to what it was with
-// sign 1. Returns the largest element above the diagonal.
+// sign 1. Returns its largest element: the tests of pivots come out the same with and without the
+// one on the diagonal.
 Found updateColumn(const Eliminated& e, Index k, double sign) {
   double factors[SymmetricKernels::kPanelColumns + 1];
   e.factorsFor(k, sign, factors);
@@ -79,26 +77,26 @@ Found updateColumn(const Eliminated& e, Index k, double sign) {
   const Index last = k + 1 - kWidth;
   Index i = 0;
   for (; i + 5 * kWidth <= last; i += 4 * kWidth) {
-    updatePart<4, false>(e, factors, y, i, i + 3 * kWidth, largest);
+    updatePart<4>(e, factors, y, i, i + 3 * kWidth, largest);
   }
   switch ((last - i + kWidth - 1) / kWidth) {
     case 5:
-      updatePart<6, true>(e, factors, y, i, last, largest);
+      updatePart<6>(e, factors, y, i, last, largest);
       break;
     case 4:
-      updatePart<5, true>(e, factors, y, i, last, largest);
+      updatePart<5>(e, factors, y, i, last, largest);
       break;
     case 3:
-      updatePart<4, true>(e, factors, y, i, last, largest);
+      updatePart<4>(e, factors, y, i, last, largest);
       break;
     case 2:
-      updatePart<3, true>(e, factors, y, i, last, largest);
+      updatePart<3>(e, factors, y, i, last, largest);
       break;
     case 1:
-      updatePart<2, true>(e, factors, y, i, last, largest);
+      updatePart<2>(e, factors, y, i, last, largest);
       break;
     default:
-      updatePart<1, true>(e, factors, y, i, last, largest);
+      updatePart<1>(e, factors, y, i, last, largest);
   }
   largest.join();
   return {static_cast<Index>(largest.row[0]), largest.value[0]};

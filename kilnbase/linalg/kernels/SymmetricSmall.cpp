@@ -50,7 +50,6 @@ class SmallElimination {
 
  private:
   static constexpr Index kStride = vectors * kWidth;
-  static constexpr long long kGone = 1 << 20;  // the place of what is eliminated
 
   double* rowOf(Index i) { return elements_ + i * kStride; }
 
@@ -93,13 +92,13 @@ class SmallElimination {
     return search(n_ - 1, row);
   }
 
-  // The largest element of a row among the places up to k, but for that on the diagonal.
-  double largestInRow(Index k, Index place, const double* row) const {
+  // The largest element of a row among the places up to k. The tests of pivots come out the same
+  // with and without the one on the diagonal.
+  double largestInRow(Index k, const double* row) const {
     Vector largest{};
     for (Index v = 0; v < vectors; ++v) {
       const Vector size = absolute(load(row + v * kWidth));
-      const Lanes wanted = (place_[v] <= splatLanes(k)) & (place_[v] != splatLanes(place));
-      const Vector candidates = wanted ? size : Vector{};
+      const Vector candidates = place_[v] <= splatLanes(k) ? size : Vector{};
       largest = candidates > largest ? candidates : largest;
     }
     return largestOf(largest);
@@ -114,19 +113,19 @@ class SmallElimination {
     const auto place = static_cast<Index>(found.row[0]);
     const Index c = order_[place];
     return choosePivot(k, {place, value}, diagonal, __builtin_fabs(rowOf(c)[c]),
-                       largestInRow(k, place, rowOf(c)));
+                       largestInRow(k, rowOf(c)));
   }
 
-  // The row or column at place k changes with that at `place`, and is gone.
+  // The row and column at place k change with those at `place`.
   void exchange(Index k, Index place) {
-    const int gone = order_[place];
+    const int pivot = order_[place];
     const int moved = order_[k];
     order_[place] = moved;
-    order_[k] = gone;
+    order_[k] = pivot;
     for (Index v = 0; v < vectors; ++v) {
       const Lanes index = lanes() + v * kWidth;
       place_[v] = index == splatLanes(moved) ? splatLanes(place) : place_[v];
-      place_[v] = index == splatLanes(gone) ? splatLanes(kGone) : place_[v];
+      place_[v] = index == splatLanes(pivot) ? splatLanes(k) : place_[v];
     }
   }
 
@@ -159,7 +158,6 @@ class SmallElimination {
 
   Largest eliminateTwo(Index k, Index place) {
     exchange(k - 1, place);
-    exchange(k, k);
     kpvt_[k] = kpvt_[k - 1] = -static_cast<int>(place + 1);
     const double* firstRow = rowOf(order_[k - 1]);
     const double* secondRow = rowOf(order_[k]);

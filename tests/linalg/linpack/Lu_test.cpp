@@ -239,6 +239,9 @@ TEST(dgeco, KnownMatrices) {
   EXPECT_DOUBLE_EQ(1.0, estimate(identity(20)));
   DoubleGenMat a(vectorOf({0.0, 3.0, 2.0, 0.0}), 2, 2);
   EXPECT_DOUBLE_EQ(10.0 / 13.0, estimate(a));
+  // Computed from the published steps in rational numbers; the signs of the second step count.
+  EXPECT_DOUBLE_EQ(0.3,
+                   estimate(DoubleGenMat(vectorOf({1., 1., 2., 4., -2., 0., 3., 3., -2.}), 3, 3)));
   Lu lu(a);
   EXPECT_THAT(lu.ipvt, ElementsAre(2, 2));
   EXPECT_THAT(list(lu.factors.matrix().copy().dataVec()), ElementsAre(3, 0, 0, 2));

@@ -263,4 +263,5 @@ TEST(dspfa, KnownMatrices) {
   EXPECT_DOUBLE_EQ(-1.0 / 3.0, one.factors(0, 2));
   EXPECT_EQ(0.0, estimate(DoubleGenMat(3, 3, 0.0)));
   EXPECT_DOUBLE_EQ(1.0, estimate(identity(20)));
+  EXPECT_DOUBLE_EQ(28.0 / 85.0, estimate(DoubleGenMat(vectorOf({8.0, 2.0, 2.0, 4.0}), 2, 2)));
 }
