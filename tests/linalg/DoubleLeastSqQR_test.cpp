@@ -74,6 +74,7 @@ TEST(DoubleLeastSqQR, CountsFreeColumnsFromTheEnd) {
   fit.setTolerance(0.0);
   fit.factor(a);
   EXPECT_EQ(vectorOf({0.0, 1.0, 1.0, 1.0}), fit.residual(DoubleVec(4, 1.0)));
+  EXPECT_EQ(vectorOf({0.0, 1.0, 1.0, 1.0}), fit.residual(DoubleGenMat(4, 9, 1.0)).col(8));
 
   DoubleLeastSqQR wide(randomMatrix(2, 3, 1));
   EXPECT_EQ(1U, wide.numFreeCols());

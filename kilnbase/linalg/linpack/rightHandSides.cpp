@@ -30,7 +30,7 @@ void OrthogonalFactor::multiplyTransposed(const Submatrix& c, double* work) cons
 void OrthogonalFactor::multiply(const Submatrix& c, double* work) const {
   if (work == nullptr) return multiplyEach(c, kQy);
   for (Index end = k; end > 0;) {
-    const Index j = (end - 1) / BlockReflector::kMostColumns * BlockReflector::kMostColumns;
+    const Index j = std::max<Index>(end - BlockReflector::kMostColumns, 0);
     const BlockReflector reflector(copyPanel(j, end, work), qraux + j);
     reflector.apply(c.from(j, 0, c.columns));
     end = j;
