@@ -55,8 +55,8 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   DoubleChDecomp& operator=(DoubleChDecomp&& other) = default;
   ~DoubleChDecomp() = default;
 
-  /// Factors a copy of `a` and forgets the earlier factor. Raises 0x5010 when `a` has fewer rows
-  /// than columns; then as many columns as there are rows are factored.
+  /// Factors a copy of `a` and forgets the earlier factor. Raises kTooFewRowsError when `a` has
+  /// fewer rows than columns; then as many columns as there are rows are factored.
   ///
   /// With pivoting, the entries of `pivots()` are read as specifiers (see `setPivoting`) and
   /// replaced by the pivots. Kept as it is: pivots that an earlier factoring left behind are read
@@ -69,9 +69,9 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   ///
   /// INITIAL moves the element to the front, FINAL to the end, in both cases without pivoting. A
   /// FREE element takes part in pivoting; elements without a specifier are FREE. Any other value
-  /// raises 0x5012 and is stored all the same: a positive one acts as INITIAL, a negative one as
-  /// FINAL. From this call until the next `factor` the pivots are lost, and `solve`, `permute` and
-  /// `unpermute` mean nothing.
+  /// raises kPivotPositionError and is stored all the same: a positive one acts as INITIAL, a
+  /// negative one as FINAL. From this call until the next `factor` the pivots are lost, and
+  /// `solve`, `permute` and `unpermute` mean nothing.
   int setPivoting(int k, int position);
   /// A view: before factoring the specifiers, afterwards the pivots. Row and column pivots()(i) of
   /// A, from 0, are the i-th of the factor. Means nothing after factoring without pivoting.
@@ -90,30 +90,32 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   bool good() const { return !fail(); }
 
   /// (R(n-1, n-1) / R(0, 0))² when all columns but the last are factored, otherwise 0. Raises the
-  /// warning 0x5001 and returns -1 when pivoting is off.
+  /// warning kNoConditionNumberError and returns -1 when pivoting is off.
   ///
   /// Kept as it is: a positive definite matrix gives 0. (For a 1 by 1 matrix that is not positive
   /// the ratio is that of the element to itself.)
   double condition() const;
 
   /// The solution x of A x = b, new, with n elements. The unknowns of columns that are not factored
-  /// are 0. Raises 0x5002 unless b has n elements; then returns an empty vector. Raises 0x5011 when
-  /// no column is factored (and n is not 0); then all unknowns are 0.
+  /// are 0. Raises kRightSideLengthError unless b has n elements; then returns an empty vector.
+  /// Raises kNotFactoredError when no column is factored (and n is not 0); then all unknowns are 0.
   DoubleVec solve(const DoubleVec& b) const;
   /// Solves for each column of B: column j of the result is `solve` of column j up to rounding. The
-  /// errors are the same; 0x5002 tells the number of rows of B and returns a 0 by 0 matrix. Many
-  /// columns take a fraction of the time that they take one by one.
+  /// errors are the same; kRightSideLengthError tells the number of rows of B and returns a 0 by 0
+  /// matrix. Many columns take a fraction of the time that they take one by one.
   DoubleGenMat solve(const DoubleGenMat& b) const;
   /// The solution x, of k elements in the factor's order, for the leading k columns of the factor:
   /// RₖᵀRₖ x = the first k elements of `permute(b)`.
   ///
   /// Resized to n elements and unpermuted, x solves A x = b in the equations of these columns, with
-  /// all other unknowns 0. Raises 0x5002 unless b has n elements; then returns an empty vector.
-  /// Raises 0x5011 when fewer than k columns are factored; then uses those.
+  /// all other unknowns 0. Raises kRightSideLengthError unless b has n elements; then returns an
+  /// empty vector. Raises kNotFactoredError when fewer than k columns are factored; then uses
+  /// those.
   DoubleVec partialSolve(const DoubleVec& b, unsigned k) const;
 
-  /// A new vector of the elements of `v` in the order of the factor. Raises 0x5004 unless `v` has n
-  /// elements; then returns a copy. A factor made without pivoting has the order of A.
+  /// A new vector of the elements of `v` in the order of the factor. Raises kPermutedLengthError
+  /// unless `v` has n elements; then returns a copy. A factor made without pivoting has the order
+  /// of A.
   DoubleVec permute(const DoubleVec& v) const;
   /// The inverse of `permute`, with the same errors.
   DoubleVec unpermute(const DoubleVec& v) const;
@@ -126,9 +128,9 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   /// `s` (last - first elements), if given, receive the cosines and sines of the rotations.
   /// `pivots()` stays: `solve` fits the shifted order only where nothing was pivoted.
   ///
-  /// Raises 0x5005 for another direction and 0x5006 unless 0 <= first < last < n; then shifts
-  /// nothing. Raises 0x5007 and 0x5008 for a Z, c or s of the wrong size; then leaves that argument
-  /// alone.
+  /// Raises kShiftDirectionError for another direction and kShiftColumnsError unless 0 <= first <
+  /// last < n; then shifts nothing. Raises kDataHeightError and kRotationsLengthError for a Z, c or
+  /// s of the wrong size; then leaves that argument alone.
   void shift(int first, int last, int direction, DoubleGenMat* z = nullptr, DoubleVec* c = nullptr,
              DoubleVec* s = nullptr);
 
@@ -141,11 +143,11 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   /// a missing `y` counts as zeros, and a negative norm stays. `c` and `s` (n elements), if given,
   /// receive the cosines and sines of the rotations.
   ///
-  /// Raises 0x500C for a pointer to a vector of a stride other than 1, and uses the vector all the
-  /// same. Raises 0x5002 unless x has n elements; then missing ones count as 0. Raises 0x5007
-  /// unless Z has as many rows as the factor, 0x5008 unless c and s have n elements, 0x5009 unless
-  /// y and rho have as many elements as Z has columns (none without Z); then leaves that argument
-  /// alone.
+  /// Raises kVectorStrideError for a pointer to a vector of a stride other than 1, and uses the
+  /// vector all the same. Raises kRightSideLengthError unless x has n elements; then missing ones
+  /// count as 0. Raises kDataHeightError unless Z has as many rows as the factor,
+  /// kRotationsLengthError unless c and s have n elements, kResidualsLengthError unless y and rho
+  /// have as many elements as Z has columns (none without Z); then leaves that argument alone.
   void update(const DoubleVec& x, DoubleGenMat* z = nullptr, const DoubleVec* y = nullptr,
               DoubleVec* rho = nullptr, DoubleVec* c = nullptr, DoubleVec* s = nullptr);
   /// The opposite of `update`, with the same arguments and errors: removes the row x.

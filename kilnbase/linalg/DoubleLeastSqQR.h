@@ -55,11 +55,12 @@ class KILNBASE_API DoubleLeastSqQR : public DoubleQRDecomp {
   DoubleVec solve(const DoubleVec& b) const;
   /// Solves for each column of B; see the QR `solve`.
   DoubleGenMat solve(const DoubleGenMat& b) const;
-  /// b - A x, new, for the x of `solve`, without the rounding errors of x. Raises 0x5002 unless b
-  /// has as many elements as A has rows; then returns an empty vector.
+  /// b - A x, new, for the x of `solve`, without the rounding errors of x. Raises
+  /// kRightSideLengthError unless b has as many elements as A has rows; then returns an empty
+  /// vector.
   DoubleVec residual(const DoubleVec& b) const;
-  /// `residual` of each column of B up to rounding. 0x5002 tells the number of rows of B and
-  /// returns a 0 by 0 matrix.
+  /// `residual` of each column of B up to rounding. kRightSideLengthError tells the number of rows
+  /// of B and returns a 0 by 0 matrix.
   DoubleGenMat residual(const DoubleGenMat& b) const;
 
  private:

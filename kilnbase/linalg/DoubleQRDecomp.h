@@ -49,7 +49,7 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   ~DoubleQRDecomp() = default;
 
   /// Factors a copy of `a` and forgets the earlier factors. All columns take part in pivoting.
-  /// Without memory (0x3008) keeps the earlier factors.
+  /// Without memory (kOutOfMemoryError) keeps the earlier factors.
   void factor(const DoubleGenMat& a);
 
   /// Turns pivoting on or off for the next `factor`, and returns the old setting (initially 1).
@@ -65,20 +65,21 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   /// The x, new, of n elements, for which |A x - b| is least.
   ///
   /// Where m < n, the unknowns beyond the first m in pivot order are 0. From the first 0 on the
-  /// diagonal of R on, unknowns are 0 too: rank deficiency is no error. Raises 0x5002 unless b has
-  /// m elements; then returns an empty vector. Raises 0x5011 when there are no columns.
+  /// diagonal of R on, unknowns are 0 too: rank deficiency is no error. Raises
+  /// kRightSideLengthError unless b has m elements; then returns an empty vector. Raises
+  /// kNotFactoredError when there are no columns.
   DoubleVec solve(const DoubleVec& b) const;
   /// Solves for each column of B: column j of the result is `solve` of column j up to rounding. The
-  /// errors are the same; 0x5002 tells the number of rows of B and returns a 0 by 0 matrix. Many
-  /// columns take a fraction of the time that they take one by one.
+  /// errors are the same; kRightSideLengthError tells the number of rows of B and returns a 0 by 0
+  /// matrix. Many columns take a fraction of the time that they take one by one.
   DoubleGenMat solve(const DoubleGenMat& b) const;
   /// The k unknowns, in pivot order, for which the first k columns alone fit b best; they are 0
-  /// from the first 0 on the diagonal of R on. Raises 0x5002 as `solve` does.
+  /// from the first 0 on the diagonal of R on. Raises kRightSideLengthError as `solve` does.
   DoubleVec partialSolve(const DoubleVec& b, unsigned k) const;
 
   /// Q y, where Q is the product of the first k transformations. This and the next three functions
-  /// return a new vector of m elements. They raise 0x5002 unless y has m elements, and then return
-  /// an empty vector.
+  /// return a new vector of m elements. They raise kRightSideLengthError unless y has m elements,
+  /// and then return an empty vector.
   DoubleVec computeQy(const DoubleVec& y, unsigned k) const;
   /// Qᵀ y.
   DoubleVec computeQTy(const DoubleVec& y, unsigned k) const;
@@ -87,8 +88,8 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   /// y minus its projection on the first k columns.
   DoubleVec computeResidualVec(const DoubleVec& y, unsigned k) const;
 
-  /// A new vector of the elements of `v`, one for each column of A, in pivot order. Raises 0x5004
-  /// unless `v` has n elements; then returns a copy.
+  /// A new vector of the elements of `v`, one for each column of A, in pivot order. Raises
+  /// kPermutedLengthError unless `v` has n elements; then returns a copy.
   DoubleVec permute(const DoubleVec& v) const;
   /// The inverse of `permute`, with the same errors.
   DoubleVec unpermute(const DoubleVec& v) const;

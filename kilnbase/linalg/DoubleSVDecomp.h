@@ -44,7 +44,7 @@ class KILNBASE_API DoubleSVDecomp {
   friend void swap(DoubleSVDecomp& a, DoubleSVDecomp& b) noexcept { std::swap(a, b); }
 
   /// Factors a copy of `a` and forgets the earlier results. Vectors that are not wanted stay as
-  /// they were. Without memory (0x3008) keeps all earlier results.
+  /// they were. Without memory (kOutOfMemoryError) keeps all earlier results.
   void factor(const DoubleGenMat& a);
 
   /// Says whether the next `factor` computes left vectors: initially all of them, and all of them

@@ -79,7 +79,7 @@ Fact<Matrix>& Fact<Matrix>::operator=(const Fact& other) {
 template <class Matrix>
 Fact<Matrix>& Fact<Matrix>::operator=(Fact&& other) {
   if (!Matrix::isMovedFrom()) return *this = other;
-  Matrix::operator=(std::move(other));
+  Matrix::operator=(static_cast<Matrix&&>(other));
   pvts_ = std::move(other.pvts_);
   rcond_ = other.rcond_;
   return *this;

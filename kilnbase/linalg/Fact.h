@@ -52,17 +52,18 @@ class KILNBASE_API Fact : public Matrix {
   ~Fact() = default;
 
   /// Factors a copy of `a` in place of what was here before, and with `estimateCondition` not 0
-  /// estimates the condition, which costs O(n²) more. Raises 0x500D for a matrix that is not
-  /// square; when the handler returns, the number of rows is the order, columns beyond it are
-  /// dropped and missing ones are 0.
+  /// estimates the condition, which costs O(n²) more. Raises kFactorNotSquareError for a matrix
+  /// that is not square; when the handler returns, the number of rows is the order, columns beyond
+  /// it are dropped and missing ones are 0.
   void factor(const Matrix& a, int estimateCondition = 0);
   void factor(const Fact& factored, int estimateCondition = 0) = delete;
 
   /// The pivots of LINPACK, counted from 1, as a new vector.
   IntVec pivots() const { return pvts_.copy(); }
 
-  /// The x of A x = b, new. Raises 0x5002 unless b has n elements, returning an empty vector, and
-  /// 0x5011 when `fail()`; when the handler returns, x is what divisions by the zero pivots give.
+  /// The x of A x = b, new. Raises kRightSideLengthError unless b has n elements, returning an
+  /// empty vector, and kNotFactoredError when `fail()`; when the handler returns, x is what
+  /// divisions by the zero pivots give.
   DoubleVec solve(const DoubleVec& b) const;
   /// The X of A X = B: column j solves for column j of B, in much less time than one by one. The
   /// same errors, for the number of rows of B.
@@ -70,12 +71,13 @@ class KILNBASE_API Fact : public Matrix {
 
   /// The determinant of A; 0 for an empty matrix, infinite or 0 where it overflows or underflows.
   double determinant() const;
-  /// A⁻¹, new. Raises 0x5011 when `fail()`. To solve systems, `solve` is faster and more accurate.
+  /// A⁻¹, new. Raises kNotFactoredError when `fail()`. To solve systems, `solve` is faster and more
+  /// accurate.
   Matrix inverse() const;
 
   /// The estimate of the **reciprocal** condition number in the 1-norm, between 0 and 1, at or
-  /// above the true one. Raises the warning 0x5001 and gives -1 when it was not estimated; a zero
-  /// pivot found without an estimate gives 0.
+  /// above the true one. Raises the warning kNoConditionNumberError and gives -1 when it was not
+  /// estimated; a zero pivot found without an estimate gives 0.
   double condition() const;
   /// Whether the reciprocal condition counts as 0: 1 + condition == 1. One not estimated does not.
   bool isSingular() const { return rcond_ + 1.0 == 1.0; }

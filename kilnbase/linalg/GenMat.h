@@ -57,7 +57,7 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   GenMat(const GenMat& other) = default;
   /// Takes the view of `other` over. Afterwards `other` is 0 by 0 and takes any assignment.
   GenMat(GenMat&& other) noexcept
-      : Base(std::move(other)),
+      : Base(static_cast<Base&&>(other)),
         ncols_(std::exchange(other.ncols_, 0)),
         nrows_(std::exchange(other.nrows_, 0)) {}
   /// A new matrix of the picked elements.

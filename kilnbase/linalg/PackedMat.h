@@ -14,8 +14,8 @@
 namespace vxKilnBase {
 
 /// Element (i, j) of a triangular matrix, to be read and written. Outside the stored triangle it
-/// stands for one constant 0: an assignment that would change the constant raises 0x4002 and has no
-/// effect.
+/// stands for one constant 0: an assignment that would change the constant raises
+/// kConstantChangedError and has no effect.
 class KILNBASE_API TriangularElement {
  public:
   /// Refers to `element`, or to the constant when `element` is null.
@@ -96,8 +96,8 @@ struct KILNBASE_API UpperPacking {
 ///
 /// Errors are raised by number through MathError.h; when the handler returns, the operation goes on
 /// with the access as asked for. Arithmetic and `apply` work on the stored elements only, so that a
-/// triangular matrix keeps its zeros. More than 2^32 - 1 stored elements raise 0x3008. For one
-/// thread at a time.
+/// triangular matrix keeps its zeros. More than 2^32 - 1 stored elements raise kOutOfMemoryError.
+/// For one thread at a time.
 template <class Packing>
 class KILNBASE_API PackedMat : public detail::ElementwiseMatrix<PackedMat<Packing>, double> {
   using Base = detail::ElementwiseMatrix<PackedMat, double>;
@@ -113,16 +113,17 @@ class KILNBASE_API PackedMat : public detail::ElementwiseMatrix<PackedMat<Packin
   PackedMat() = default;
   /// Order n, not initialised.
   explicit PackedMat(unsigned n);
-  /// A matrix over the storage of `v`, nothing copied. Raises 0x400D when m differs from n, which
-  /// then is the order, and 0x400A unless the length of `v` is n(n+1)/2.
+  /// A matrix over the storage of `v`, nothing copied. Raises kMatrixNotSquareError when m differs
+  /// from n, which then is the order, and kMatrixPointsError unless the length of `v` is n(n+1)/2.
   explicit PackedMat(const Vec<double>& v, unsigned m, unsigned n);
   /// A view of the same elements; nothing is copied.
   PackedMat(const PackedMat& other) = default;
   /// Takes over the view of `other`, which has order 0 afterwards and may be assigned any matrix.
-  PackedMat(PackedMat&& other) noexcept : Base(std::move(other)), n_(std::exchange(other.n_, 0)) {}
+  PackedMat(PackedMat&& other) noexcept
+      : Base(static_cast<Base&&>(other)), n_(std::exchange(other.n_, 0)) {}
   ~PackedMat() = default;
 
-  /// Copies the elements of `b`. Raises 0x4004 when the sizes differ.
+  /// Copies the elements of `b`. Raises kMatrixSizesError when the sizes differ.
   PackedMat& operator=(const PackedMat& b);
   PackedMat& operator=(PackedMat&& b);
   /// Sets every stored element.
@@ -137,8 +138,8 @@ class KILNBASE_API PackedMat : public detail::ElementwiseMatrix<PackedMat<Packin
   /// Gives this matrix storage of its own, unless it is the only view of such storage.
   void deepenShallowCopy();
   /// Changes the order, keeping the elements of the leading block that the old and the new matrix
-  /// have in common; all others are 0. Raises 0x400D when m differs from n, which then is the
-  /// order.
+  /// have in common; all others are 0. Raises kMatrixNotSquareError when m differs from n, which
+  /// then is the order.
   void resize(unsigned m, unsigned n);
   /// Changes the order in the same way. The elements are lost, and not initialised, unless the
   /// order stays.
@@ -161,20 +162,20 @@ class KILNBASE_API PackedMat : public detail::ElementwiseMatrix<PackedMat<Packin
   }
   Reference ref(int i, int j) { return (*this)(i, j); }
   double val(int i, int j) const { return (*this)(i, j); }
-  /// Sets element (i, j) and returns the value. Outside the triangle raises 0x4009. Kept as it is:
-  /// when the handler returns, the value is stored at `Packing::place(i, j)` all the same, which is
-  /// the place of another element.
+  /// Sets element (i, j) and returns the value. Outside the triangle raises kFixedElementError.
+  /// Kept as it is: when the handler returns, the value is stored at `Packing::place(i, j)` all the
+  /// same, which is the place of another element.
   double set(int i, int j, double value) {
     if (!Packing::stores(i, j)) raiseCannotChange(i, j);
     return Base::data()[offset(i, j)] = value;
   }
-  /// The same; raise 0x4005 when the element is not in the matrix.
+  /// The same; raise kElementError when the element is not in the matrix.
   Reference bcref(int i, int j);
   double bcval(int i, int j) const;
   double bcset(int i, int j, double value);
 
-  /// A view of the first k rows and columns. Raises 0x4018 unless 0 <= k <= n; when the handler
-  /// returns, the nearest such k counts.
+  /// A view of the first k rows and columns. Raises kLeadingSubmatrixError unless 0 <= k <= n; when
+  /// the handler returns, the nearest such k counts.
   PackedMat leadingSubmatrix(int k) const;
 
   /// A new matrix of f(x) for every stored element x.
@@ -184,9 +185,9 @@ class KILNBASE_API PackedMat : public detail::ElementwiseMatrix<PackedMat<Packin
   void printOn(std::ostream& stream) const;
   /// Reads the text of a full matrix and takes its size; of different numbers for (i, j) and (j, i)
   /// of a symmetric matrix the one below the diagonal counts. Leaves the matrix as it was and
-  /// raises 0x4017 when the text is cut short or the number of elements is not that of the size
-  /// told, 0x400D when the size is not square, and 0x4009 for a number other than 0 outside the
-  /// triangle.
+  /// raises kMatrixElementsError when the text is cut short or the number of elements is not that
+  /// of the size told, kMatrixNotSquareError when the size is not square, and kFixedElementError
+  /// for a number other than 0 outside the triangle.
   void scanFrom(std::istream& stream);
 
  private:
@@ -204,11 +205,11 @@ class KILNBASE_API PackedMat : public detail::ElementwiseMatrix<PackedMat<Packin
   unsigned n_ = 0;
 };
 
-/// A times a column vector, new. Raises 0x4014 unless the vector has n elements; when the handler
-/// returns, elements that the vector lacks count as 0.
+/// A times a column vector, new. Raises kMatrixVectorProductError unless the vector has n elements;
+/// when the handler returns, elements that the vector lacks count as 0.
 template <class Packing>
 KILNBASE_API Vec<double> product(const PackedMat<Packing>& a, const Vec<double>& v);
-/// A row vector times A, new. Raises 0x4015 in the same way.
+/// A row vector times A, new. Raises kVectorMatrixProductError in the same way.
 template <class Packing>
 KILNBASE_API Vec<double> product(const Vec<double>& v, const PackedMat<Packing>& a);
 /// A new matrix of the absolute values.

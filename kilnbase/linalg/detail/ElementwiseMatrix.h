@@ -8,7 +8,7 @@
 
 namespace vxKilnBase::detail {
 
-/// Raises 0x4004.
+/// Raises kMatrixSizesError.
 KILNBASE_API void raiseSizesDiffer(unsigned bRows, unsigned bCols, unsigned rows, unsigned cols);
 
 /// The base of `Matrix`, which tells `rows()` and `cols()`, makes a matrix of its own size over
@@ -19,7 +19,8 @@ class ElementwiseMatrix : public Vec<T> {
   /// A view of all stored elements.
   Vec<T> dataVec() const { return *this; }
 
-  /// Element by element, over the stored elements. Matrices of different sizes raise 0x4004.
+  /// Element by element, over the stored elements. Matrices of different sizes raise
+  /// kMatrixSizesError.
   Matrix& operator+=(const Matrix& b) { return changed(elements() += checked(b)); }
   Matrix& operator-=(const Matrix& b) { return changed(elements() -= checked(b)); }
   Matrix& operator*=(const Matrix& b) { return changed(elements() *= checked(b)); }
@@ -68,9 +69,6 @@ class ElementwiseMatrix : public Vec<T> {
   }
 
  protected:
-  using Vec<T>::Vec;
-  explicit ElementwiseMatrix(const Vec<T>& elements) : Vec<T>(elements) {}
-
   Vec<T>& elements() { return *this; }
   const Vec<T>& elements() const { return *this; }
 
@@ -83,6 +81,11 @@ class ElementwiseMatrix : public Vec<T> {
   Matrix made(const Vec<T>& elements) const { return self().withElements(elements); }
 
  private:
+  friend Matrix;
+  using Vec<T>::Vec;
+  ElementwiseMatrix() = default;
+  explicit ElementwiseMatrix(const Vec<T>& elements) : Vec<T>(elements) {}
+
   Matrix& changed(Vec<T>&) { return static_cast<Matrix&>(*this); }
   const Matrix& self() const { return static_cast<const Matrix&>(*this); }
   const Vec<T>& checked(const Matrix& b) const {
