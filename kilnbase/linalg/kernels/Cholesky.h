@@ -24,9 +24,9 @@ struct CholeskyKernels {
   // is as it was in A, and `pivot` is r_mm. Subtracts the squares of the new elements from
   // diagonal[0] to diagonal[n - 1].
   //
-  // `a` points at row 0 of column m. The kernel may read kMostSmall rows from row 0 on, the
-  // kMostSmall columns before the end of column m + n, and as many elements before the end of
-  // `diagonal`, which it may write back unchanged. All of these must exist.
+  // `a` points at row 0 of column m. At least kMostSmall columns stand behind column m, and as many
+  // rows below row m. The kernel may read these rows in the columns from m on, and it may write
+  // elements of `diagonal` back unchanged.
   void (*eliminateRow)(Index m, Index n, double pivot, double* a, Index lda, double* diagonal);
 
   // Order of the largest matrix for `eliminateSmall`.

@@ -85,8 +85,8 @@ TEST(HouseholderKernels, UpdateAndProjectAddsPendingReflectionsFirst) {
     const double* v = p.v.data() + above;
     double* c = expected.data() + above;
     for (Index k = 0; k < count; ++k) {
-      plainUpdate(m, n, vectors.data() + k * (above + m + 1) + above, &factors[k * (n + 2)], -1.0,
-                  c, p.ldc);
+      plainUpdate(m, n, vectors.data() + k * (above + m + 1) + above, factors.data() + k * (n + 2),
+                  -1.0, c, p.ldc);
     }
     Doubles added = plainProjections(m, n, v, c, p.ldc);
     for (Index j = 0; j < n; ++j) expectedProjections[j] += added[j];
