@@ -76,9 +76,9 @@ inline constexpr Index kLeastRegisterSum = 16;
 
 // Matrices of at most this many elements are reflected column by column at once; in larger ones
 // reflections stay pending.
-//   Matrix: kMostEager * 8 bytes = 12 KiB: the second pass over it reads the first-level cache.
+//   Matrix: kMostEager * 8 bytes = 31 KiB: the second pass over it reads the first-level cache.
 //   Bench: --filter "QR" --sizes 32,100
-inline constexpr Index kMostEager = 1500;
+inline constexpr Index kMostEager = 4000;
 
 // Factors of pending reflections: (pending + 1) rows, one element for each column.
 //   Size: kLazyFactors * 8 bytes = 48 KiB of the stack. It holds kMostPending + 1 rows for up to
