@@ -2,7 +2,9 @@
 #include <kilnbase/linalg/MathError.h>
 
 int main() {
-  for (const std::uint16_t number : {0x3008, 0x4004, 0x5011})
-    if (vxKilnBase::findMathMessage(number) == nullptr) return 1;
+  using namespace vxKilnBase;
+  const std::uint16_t numbers[] = {kOutOfMemoryError, kMatrixSizesError, kNotFactoredError};
+  for (const std::uint16_t number : numbers)
+    if (findMathMessage(number) == nullptr) return 1;
   return 0;
 }

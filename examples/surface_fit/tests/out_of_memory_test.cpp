@@ -1,3 +1,4 @@
+#include <cmath>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <new>
@@ -11,8 +12,11 @@ std::size_t largestAllocation = SIZE_MAX;
 
 }  // namespace
 
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return size <= largestAllocation ? std::malloc(size) : nullptr;
+}
 [[gnu::noinline]] void* operator new(std::size_t size) {
-  void* memory = size <= largestAllocation ? std::malloc(size) : nullptr;
+  void* memory = operator new(size, std::nothrow);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
@@ -25,24 +29,23 @@ std::size_t largestAllocation = SIZE_MAX;
 
 namespace surfacefit {
 
+struct MemoryLimit {
+  explicit MemoryLimit(std::size_t bytes) { largestAllocation = bytes; }
+  ~MemoryLimit() { largestAllocation = SIZE_MAX; }
+};
+
 // Runs with memory for a design matrix of so many columns.
 Refinement refineWithin(std::size_t columns, const std::vector<Point>& points) {
   const ThrowingNumericErrors errors;
+  const MemoryLimit limit(points.size() * columns * sizeof(double) + 200);
   TbaseReporter silent;
-  largestAllocation = points.size() * columns * sizeof(double) + 200;
-  try {
-    const Refinement result = refine(points, {1e-9, 900, 100, 3}, silent);
-    largestAllocation = SIZE_MAX;
-    return result;
-  } catch (...) {
-    largestAllocation = SIZE_MAX;
-    throw;
-  }
+  return refine(points, {1e-9, 900, 100, 3}, silent);
 }
 
 TEST(Refinement, KeepsTheStepsBeforeTheOneThatLacksMemory) {
   std::vector<Point> points;
-  for (int k = 0; k < 900; ++k) points.push_back({1.0 * (k % 30), 1.0 * (k / 30), 1.0 * (k % 7)});
+  for (int k = 0; k < 900; ++k)
+    points.push_back({1.0 * (k % 30), std::floor(k / 30.0), 1.0 * (k % 7)});
   EXPECT_EQ(Stop::kMaxSteps, refineWithin(1000, points).stop);
   const Refinement stopped = refineWithin(30, points);
   if (stopped.stop == Stop::kMaxSteps)
