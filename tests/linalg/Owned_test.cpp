@@ -156,8 +156,10 @@ TYPED_TEST(Views, OwnedElementsAreTheirOwn) {
   EXPECT_EQ(sample<View>(3), view);
   b = *&b;
   EXPECT_EQ(sample<View>(7), b);
+  const double* elements = b.data();
   taken = std::move(b);
   EXPECT_EQ(sample<View>(7), taken);
+  EXPECT_EQ(elements, taken.data());  // not copied
   Owned<View> moved = std::move(shared);  // alone: not copied
   EXPECT_EQ(before, moved.data());
 }
