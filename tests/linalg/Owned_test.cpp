@@ -159,7 +159,7 @@ TYPED_TEST(Views, OwnedElementsAreTheirOwn) {
   const double* elements = b.data();
   taken = std::move(b);
   EXPECT_EQ(sample<View>(7), taken);
-  EXPECT_EQ(elements, taken.data());  // not copied
+  EXPECT_EQ(elements, taken.data());      // not copied
   Owned<View> moved = std::move(shared);  // alone: not copied
   EXPECT_EQ(before, moved.data());
 }
