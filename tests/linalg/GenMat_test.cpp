@@ -87,7 +87,7 @@ TYPED_TEST(GenMatFamily, ErrorsAndWhatIsDoneAfterThem) {
        "Diagonal 3 not in " + name + " matrix of size (3x3)"},
       {[&] { a.bcset(-1, 1, 0); }, kElementError, "Element (-1x1)" + noElement},
       {[&] { a.bcval(2, 1); }, kElementError, "Element (2x1)" + noElement},
-      {[&] { a.bcref(0, -1); }, kElementError, "Element (0x-1)" + noElement},
+      {[&] { a.bcref(3, 0); }, kElementError, "Element (3x0)" + noElement},
       {[&] { M(counting<TypeParam>(5), 2, 2); }, kMatrixPointsError,
        "Wrong number of points (5) for 2x2 " + name},
       {[] { EXPECT_EQ(M(), M(70000, 70000)); }, kOutOfMemoryError,

@@ -79,7 +79,7 @@ TYPED_TEST(VecFamily, ErrorsNameTheirClassAndNumbers) {
                     stride = std::string("[STRIDE: ") + Names::vec + "]: Stride must be 1",
                     empty = std::string("[ZEROVEC: ") + Names::vec + "]: ",
                     pickIndex = std::string("[INDEX: ") + Names::pick + "]: Index ";
-  const V v = counting<TypeParam>(5), none;
+  const V v = counting<TypeParam>(6).slice(0, 5), none;  // v[5] is in the storage
   auto pick = v.vecPick(vectorOf({0, 1, 1, 0}));
   std::vector<FailingCall> calls = {
       {[&] { v.boundsCheck(-1); }, kIndexError, index + "(-1) out of range [0->4]"},
