@@ -7,9 +7,10 @@
 namespace vxKilnBase::kernels {
 
 struct SymmetricKernels {
-  // Columns that `factorPanel` eliminates at most. For n = 1000 they are 512 KB, a quarter of the
-  // second-level cache of a Xeon of family 6, model 207 (kiln_bench --filter symmetric).
-  static constexpr Index kPanelColumns = 64;
+  // Columns that `factorPanel` eliminates at most. For n = 1000 they are 256 KB, an eighth of the
+  // second-level cache of a Xeon of family 6, model 207. There 24 and 48 took up to 10% longer and
+  // 64 up to 40% (kiln_bench --filter symmetric --sizes 100,200,500).
+  static constexpr Index kPanelColumns = 32;
   // Order of the largest matrix for `factorSmall`, whose square, 8 KiB, stays in the first-level
   // cache.
   static constexpr Index kMostSmall = 32;
