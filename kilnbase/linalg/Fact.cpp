@@ -87,25 +87,23 @@ Fact<Matrix>& Fact<Matrix>::operator=(Fact&& other) {
 
 template <class Matrix>
 void Fact<Matrix>::factor(const Matrix& a, int estimateCondition) {
-  Matrix::reference(a.copy());
-  dofactor(estimateCondition);
-}
-
-template <class Matrix>
-void Fact<Matrix>::dofactor(int estimateCondition) {
-  if (Matrix::rows() != Matrix::cols()) {
-    detail::raiseFactorNotSquare(Matrix::rows(), Matrix::cols());
-    Matrix::resize(Matrix::rows(), Matrix::rows());
+  const unsigned n = a.rows();
+  const bool square = a.cols() == n;
+  if (!square) detail::raiseFactorNotSquare(n, a.cols());
+  Matrix factors = a.copy();
+  if (!square) factors.resize(n, n);
+  // New vectors: copies of this factorization keep theirs.
+  IntVec pivots(n);
+  DoubleVec work(estimateCondition != 0 ? n : 0);
+  const bool hasWork = estimateCondition == 0 || work.length() == n;
+  if (factors.rows() != n || pivots.length() != n || !hasWork) return;
+  if (n > 0 && estimateCondition != 0) {
+    rcond_ = runEstimate(factors, asInt(n), pivots.data(), work.data());
+  } else if (n > 0) {
+    rcond_ = runFactor(factors, asInt(n), pivots.data()) > 0 ? 0.0 : -1.0;
   }
-  const unsigned n = Matrix::rows();
-  pvts_.reference(IntVec(n));  // copies of this factorization keep the old ones
-  if (n == 0 || !hasFactors()) return;
-  if (estimateCondition != 0) {
-    DoubleVec work(n);
-    rcond_ = work.length() == n ? runEstimate(*this, asInt(n), pvts_.data(), work.data()) : 0.0;
-  } else {
-    rcond_ = runFactor(*this, asInt(n), pvts_.data()) > 0 ? 0.0 : -1.0;
-  }
+  Matrix::reference(factors);
+  pvts_.reference(pivots);
 }
 
 // Whether the pivots belong to the matrix part, whatever has become of either.

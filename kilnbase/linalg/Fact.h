@@ -54,7 +54,8 @@ class KILNBASE_API Fact : public Matrix {
   /// Factors a copy of `a` in place of what was here before, and with `estimateCondition` not 0
   /// estimates the condition, which costs O(n²) more. Raises kFactorNotSquareError for a matrix
   /// that is not square; when the handler returns, the number of rows is the order, columns beyond
-  /// it are dropped and missing ones are 0.
+  /// it are dropped and missing ones are 0. Without memory (kOutOfMemoryError) keeps the earlier
+  /// factors. An empty matrix keeps the earlier condition.
   void factor(const Matrix& a, int estimateCondition = 0);
   void factor(const Fact& factored, int estimateCondition = 0) = delete;
 
@@ -86,7 +87,6 @@ class KILNBASE_API Fact : public Matrix {
   bool good() const { return !fail(); }
 
  private:
-  void dofactor(int estimateCondition);
   bool hasFactors() const;
   Matrix contiguousFactors() const;
   template <class RightHandSides>
