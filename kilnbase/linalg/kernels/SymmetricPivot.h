@@ -20,7 +20,7 @@ inline double* packedColumn(double* ap, Index j) {
   return ap + j * (j + 1) / 2;
 }
 
-inline void swap(double& x, double& y) {
+inline void swap(double& x, double& y) noexcept {
   const double old = x;
   x = y;
   y = old;

@@ -1,7 +1,8 @@
 // Steps of the estimates of conditions.
 //
-// The solution of a system with a nearly singular matrix overflows. The estimates keep a vector
-// small by scaling it on the way; `size` of the vector that stands for 1 is scaled with it.
+// The solution of a nearly singular system may overflow. The estimates therefore scale a vector
+// down whenever an element grows, and a number, `size`, with the vector: the vector over `size` is
+// the solution.
 #pragma once
 
 #include <cmath>

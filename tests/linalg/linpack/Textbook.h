@@ -22,7 +22,7 @@ class Guarded {
   explicit Guarded(const DoubleGenMat& a, bool packed = false)
       : rows(static_cast<int>(a.rows())), columns(static_cast<int>(a.cols())), isPacked(packed) {
     ld = rows + kGap;
-    storage.assign(static_cast<std::size_t>(kGap + ld * columns + kGap), kGuard);
+    storage.assign(static_cast<std::size_t>(ld) * a.cols() + 2 * kGap, kGuard);
     forEach([&](double& x, int i, int j) { x = a(i, j); });
   }
   ~Guarded() {
