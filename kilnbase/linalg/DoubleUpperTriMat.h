@@ -4,5 +4,5 @@
 #include <kilnbase/linalg/DoubleGenMat.h>
 #include <kilnbase/linalg/PackedMat.h>
 
-/// A upper triangular matrix of double that stores one triangle; see vxKilnBase::PackedMat.
+/// An upper triangular matrix of double that stores one triangle; see vxKilnBase::PackedMat.
 using DoubleUpperTriMat = vxKilnBase::PackedMat<vxKilnBase::UpperPacking>;

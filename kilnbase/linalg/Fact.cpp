@@ -68,8 +68,10 @@ void runDeterminantOrInverse(DoubleSymMat& a, int n, const int* pivots, double* 
 
 template <class Matrix>
 Fact<Matrix>& Fact<Matrix>::operator=(const Fact& other) {
-  const bool fits = Matrix::isMovedFrom() || Matrix::rows() == other.rows();
+  const bool rebinds = Matrix::isMovedFrom();
+  const bool fits = rebinds || Matrix::rows() == other.rows();
   Matrix::operator=(other);
+  if (rebinds) pvts_.reference(IntVec());  // which copies may still view
   pvts_.reshape(fits ? other.pvts_.length() : 0);
   if (fits) pvts_ = other.pvts_;
   rcond_ = fits ? other.rcond_ : 0.0;
@@ -80,7 +82,7 @@ template <class Matrix>
 Fact<Matrix>& Fact<Matrix>::operator=(Fact&& other) {
   if (!Matrix::isMovedFrom()) return *this = other;
   Matrix::operator=(static_cast<Matrix&&>(other));
-  pvts_ = std::move(other.pvts_);
+  pvts_.reference(other.pvts_);
   rcond_ = other.rcond_;
   return *this;
 }

@@ -78,7 +78,8 @@ class KILNBASE_API Fact : public Matrix {
 
   /// The estimate of the **reciprocal** condition number in the 1-norm, between 0 and 1, at or
   /// above the true one. Raises the warning kNoConditionNumberError and gives -1 when it was not
-  /// estimated; a zero pivot found without an estimate gives 0.
+  /// estimated; a zero pivot found without an estimate gives 0. An infinite or NaN element of A
+  /// counts as singular when the condition is estimated.
   double condition() const;
   /// Whether the reciprocal condition counts as 0: 1 + condition == 1. One not estimated does not.
   bool isSingular() const { return rcond_ + 1.0 == 1.0; }

@@ -198,3 +198,36 @@ TEST(DoubleGenFact, AMatrixThatIsNotSquareHasTheOrderOfItsRows) {
   EXPECT_THAT(errors.takeTexts(), ElementsAre("Can't factorize, 3x2 matrix not square"));
   EXPECT_TRUE(tall.fail());
 }
+
+TEST(DoubleSymFact, DividesByTheSmallestPivots) {
+  for (const unsigned n : {2U, 9U, 40U}) {
+    const DoubleVec b(n, 3e-310);
+    DoubleSymMat single(n), paired(n);
+    single.zero();
+    paired.zero();
+    for (int i = 0; i < static_cast<int>(n); ++i) single(i, i) = 1e-310;
+    for (int i = 0; i + 1 < static_cast<int>(n); i += 2) paired(i, i + 1) = 1e-310;
+    if (n % 2 != 0) paired(n - 1, n - 1) = 1.0;
+    EXPECT_NEAR(3.0, DoubleSymFact(single).solve(b)(0), 1e-10) << n;
+    EXPECT_NEAR(3.0, DoubleSymFact(paired).solve(b)(0), 1e-10) << n;
+  }
+}
+
+TYPED_TEST(FactFamily, EstimatesStayBetweenZeroAndOne) {
+  using Fact = vxKilnBase::Fact<TypeParam>;
+  EXPECT_EQ(1.0, Fact(matrixOf<TypeParam>(DoubleGenMat(1, 1, 49.0)), 1).condition());
+  EXPECT_EQ(0.0, Fact(matrixOf<TypeParam>(DoubleGenMat(2, 2, kNaN)), 1).condition());
+  EXPECT_EQ(0.0, Fact(matrixOf<TypeParam>(DoubleGenMat(2, 2, kInfinity)), 1).condition());
+}
+
+TYPED_TEST(FactFamily, TakesAnyFactorizationOnceItsMatrixWasMovedAway) {
+  using Fact = vxKilnBase::Fact<TypeParam>;
+  const DoubleVec b(4, 1.0);
+  Fact fact(this->random(4)), shared(fact);
+  const DoubleVec x = shared.solve(b);
+  const TypeParam moved(std::move(static_cast<TypeParam&>(fact)));
+  const Fact other(this->random(5));
+  fact = other;
+  EXPECT_EQ(x, shared.solve(b));
+  EXPECT_EQ(other.solve(DoubleVec(5, 1.0)), fact.solve(DoubleVec(5, 1.0)));
+}

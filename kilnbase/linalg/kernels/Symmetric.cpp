@@ -159,8 +159,8 @@ class Panel {
   }
 
   static void scaleOne(Index k, double* column) {
-    const double factor = -1.0 / column[k];
-    for (Index i = 0; i < k; ++i) column[i] *= factor;
+    const Division division(-column[k]);
+    for (Index i = 0; i < k; ++i) column[i] = division.of(column[i]);
   }
 
   static void scaleTwo(Index k, double* first, double* second) {

@@ -60,24 +60,36 @@ inline Pivot choosePivot(Index k, const Found& found, double diagonal, double ot
   return {2, found.row};
 }
 
-// A block of D of order 2: a and c on the diagonal, b beside.
-struct Block {
-  double above;
-  double below;
+// Divides by a number other than 0: x / number = (x * lift) * factor. The lift keeps the
+// reciprocals of subnormal numbers finite.
+struct Division {
+  double lift;
   double factor;
 
-  Block(double a, double b, double c) {
-    const double reciprocal = 1.0 / b;
-    above = a * reciprocal;
-    below = c * reciprocal;
-    factor = reciprocal / (1.0 - above * below);
+  explicit Division(double number)
+      : lift(__builtin_fabs(number) < 0x1p-1000 ? 0x1p200 : 1.0), factor(1.0 / (number * lift)) {}
+
+  template <class Number>
+  inline __attribute__((always_inline)) Number of(Number x) const {
+    return (x * lift) * factor;
+  }
+};
+
+// A block of D of order 2: a and c on the diagonal, b beside.
+struct Block {
+  Division byB;
+  double above;
+  double below;
+
+  Block(double a, double b, double c) : byB(b), above(byB.of(a)), below(byB.of(c)) {
+    byB.factor /= 1.0 - above * below;
   }
 
   // Makes of elements of both columns their multipliers.
   template <class Number>
   inline __attribute__((always_inline)) void toMultipliers(Number& first, Number& second) const {
-    const Number multiplier = (above * second - first) * factor;
-    first = (below * first - second) * factor;
+    const Number multiplier = byB.of(above * second - first);
+    first = byB.of(below * first - second);
     second = multiplier;
   }
 };

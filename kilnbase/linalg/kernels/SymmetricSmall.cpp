@@ -138,11 +138,14 @@ class SmallElimination {
     column[k] = pivot;
     Vector old[vectors];
     double multipliers[kStride];
-    const double factor = pivot == 0.0 ? 0.0 : -1.0 / pivot;
-    if (pivot == 0.0) info_ = k + 1;
+    Division division(-pivot);
+    if (pivot == 0.0) {
+      info_ = k + 1;
+      division.factor = 0.0;
+    }
     for (Index v = 0; v < vectors; ++v) {
       old[v] = load(row + v * kWidth);
-      store(multipliers + v * kWidth, old[v] * splat(factor));
+      store(multipliers + v * kWidth, division.of(old[v]));
     }
     const auto update = [&](Index i, Vector* sum) {
       const Index q = order_[i];

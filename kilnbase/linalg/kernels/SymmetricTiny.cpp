@@ -47,10 +47,10 @@ inline __attribute__((always_inline)) Pivot choose(double* ap) {
 template <Index k>
 inline __attribute__((always_inline)) void eliminateOne(double* ap) {
   double* column = packedColumn(ap, k);
-  const double factor = -1.0 / column[k];
+  const Division division(-column[k]);
 #pragma GCC unroll 8
   for (Index j = 0; j < k; ++j) {
-    const double multiplier = column[j] * factor;
+    const double multiplier = division.of(column[j]);
 #pragma GCC unroll 8
     for (Index i = j; i < k; ++i) packedColumn(ap, i)[j] += multiplier * column[i];
     column[j] = multiplier;

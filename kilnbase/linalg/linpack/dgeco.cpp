@@ -94,7 +94,7 @@ double dgeco(double* a, int lda, int n, int* ipvt, double* z) {
   vector.size = 1.0;
   solveLower(f, vector);
   solveUpper(f, vector);
-  return norm == 0.0 ? 0.0 : vector.size / norm;
+  return reciprocalCondition(vector.size, norm);
 }
 
 }  // namespace vxKilnBase::linpack

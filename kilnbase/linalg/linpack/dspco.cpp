@@ -89,7 +89,7 @@ double dspco(double* ap, int n, int* kpvt, double* z) {
   vector.size = 1.0;
   solveUpper(f, vector);
   solveUpperTransposed(f, vector);
-  return norm == 0.0 ? 0.0 : vector.size / norm;
+  return reciprocalCondition(vector.size, norm);
 }
 
 }  // namespace vxKilnBase::linpack

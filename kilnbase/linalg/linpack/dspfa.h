@@ -14,9 +14,8 @@ namespace vxKilnBase::linpack {
 /// negative number of the row that changed places with row k. The pivots are chosen by the test of
 /// Bunch and Kaufman.
 ///
-/// Returns 0, or the number, counted from 1, of the last eliminated block of order 1 that is 0 with
-/// all above it. That step does nothing, and the elimination goes on. Then dspsl and dspdi divide
-/// by 0.
+/// Returns 0, or the number, counted from 1, of the last eliminated block of order 1 that is 0.
+/// That step does nothing, and the elimination goes on. Then dspsl and dspdi divide by 0.
 ///
 /// About 15 KiB of stack are used.
 ///

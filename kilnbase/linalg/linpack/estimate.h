@@ -19,6 +19,14 @@ inline double sumOfAbsolutes(std::ptrdiff_t n, const double* x) {
   return sum;
 }
 
+/// The estimate size / norm as a reciprocal condition, at most 1. It is 0 for a zero matrix and
+/// where elements that are infinite or NaN left no number.
+inline double reciprocalCondition(double size, double norm) {
+  const double estimate = size / norm;
+  if (norm == 0.0 || !(estimate > 0.0)) return 0.0;
+  return estimate < 1.0 ? estimate : 1.0;
+}
+
 /// A vector of n elements and the number that is scaled with it.
 struct ScaledVector {
   std::ptrdiff_t n;
