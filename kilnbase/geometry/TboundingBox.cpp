@@ -17,6 +17,7 @@ namespace {
 constexpr double kTolerance = 1e-6;  // of positions and ray parameters
 constexpr double kLeastWeight = 1e-9;
 constexpr double kLargest = std::numeric_limits<double>::max();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 unsigned asLength(int n) {
   return static_cast<unsigned>(std::max(n, 0));
@@ -58,8 +59,8 @@ void mergePlain(const Points& points, const Corners& box) {
   constexpr int kWidth = kAtATime * kSize;
   double lows[kWidth];
   double highs[kWidth];
-  std::fill_n(lows, kWidth, kLargest);
-  std::fill_n(highs, kWidth, -kLargest);
+  std::fill_n(lows, kWidth, kInfinity);
+  std::fill_n(highs, kWidth, -kInfinity);
   const double* x = points.first;
   std::ptrdiff_t left = points.count;
   for (; left >= kAtATime; left -= kAtATime, x += kWidth) {
