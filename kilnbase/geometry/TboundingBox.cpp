@@ -149,13 +149,26 @@ void printCorner(std::ostream& stream, const DoubleVec& corner) {
 
 }  // namespace
 
-TboundingBox::TboundingBox(int n) : minCorner_(asLength(n), 0.0), maxCorner_(asLength(n), 0.0) {}
+TboundingBox::TboundingBox(int n) : minCorner_(asLength(n), 0.0), maxCorner_(asLength(n), 0.0) {
+  emptyUnlessStored();
+}
 
 TboundingBox::TboundingBox(const DoubleVec& minCorner, const DoubleVec& maxCorner)
-    : minCorner_(firstOf(minCorner, maxCorner)), maxCorner_(firstOf(maxCorner, minCorner)) {}
+    : minCorner_(firstOf(minCorner, maxCorner)), maxCorner_(firstOf(maxCorner, minCorner)) {
+  emptyUnlessStored();
+}
 
 TboundingBox::TboundingBox(const TboundingBox& other)
-    : minCorner_(other.minCorner_.copy()), maxCorner_(other.maxCorner_.copy()) {}
+    : minCorner_(other.minCorner_.copy()), maxCorner_(other.maxCorner_.copy()) {
+  emptyUnlessStored();
+}
+
+// Makes the dimension 0 if one of the corners did not get its storage.
+void TboundingBox::emptyUnlessStored() {
+  if (minCorner_.length() == maxCorner_.length()) return;
+  minCorner_.reference(DoubleVec());
+  maxCorner_.reference(DoubleVec());
+}
 
 TboundingBox::TboundingBox(const TtupleVector& points, int rational)
     : TboundingBox(coordinates(points.size(), rational)) {

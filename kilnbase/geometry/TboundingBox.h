@@ -22,7 +22,8 @@
 /// A box is a value: copies are independent. Nothing orders the corners: they stand as they are
 /// given, and a box that was reset and has no point yet has the minimum +1.7976931348623157e308
 /// (the largest double) and the maximum -1.7976931348623157e308 on every axis. No operation reports
-/// an error: where dimensions do not agree, the answer is 0 and nothing changes.
+/// an error: where dimensions do not agree, the answer is 0 and nothing changes. A new box for
+/// which there is no memory (0x3008) is of dimension 0.
 class KILNBASE_API TboundingBox {
  public:
   /// Of dimension 0.
@@ -94,6 +95,7 @@ class KILNBASE_API TboundingBox {
   int readRaw(std::istream& stream);
 
  private:
+  void emptyUnlessStored();
   bool isWithin(double x, int axis) const;
   bool isOnFace(const DoubleVec& origin, const DoubleVec& direction, double t, int axis) const;
   void reset();
