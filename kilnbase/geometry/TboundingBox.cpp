@@ -7,10 +7,14 @@
 #include <istream>
 #include <limits>
 #include <ostream>
+#include <utility>
 #include <vector>
 
+#include <kilnbase/auto/containers/detail/tuples.h>
 #include <kilnbase/geometry/TboundingBox.h>
 #include <kilnbase/linalg/vecmath.h>
+
+using vxKilnBase::detail::isMovedFrom;
 
 namespace {
 
@@ -181,9 +185,17 @@ TboundingBox::TboundingBox(const TtupleMatrix& points, int rational)
 }
 
 TboundingBox& TboundingBox::operator=(const TboundingBox& other) {
+  if (isMovedFrom(minCorner_)) return *this = TboundingBox(other);
   if (other.boxDim() != boxDim()) return *this;
   minCorner_ = other.minCorner_;
   maxCorner_ = other.maxCorner_;
+  return *this;
+}
+
+TboundingBox& TboundingBox::operator=(TboundingBox&& other) {
+  if (!isMovedFrom(minCorner_)) return *this = other;
+  minCorner_ = std::move(other.minCorner_);
+  maxCorner_ = std::move(other.maxCorner_);
   return *this;
 }
 

@@ -33,14 +33,18 @@ class KILNBASE_API TboundingBox {
   /// The corners, as they are given; the longer one loses its last coordinates.
   TboundingBox(const DoubleVec& minCorner, const DoubleVec& maxCorner);
   TboundingBox(const TboundingBox& other);
+  /// Takes the corners of `other` over. Afterwards `other` is of dimension 0 and takes any
+  /// assignment.
+  TboundingBox(TboundingBox&& other) noexcept = default;
   /// The box of the points, of the dimension of their coordinates; see `set`.
   TboundingBox(const TtupleVector& points, int rational);
   TboundingBox(const TtupleMatrix& points, int rational);
   ~TboundingBox() = default;
 
   /// Kept as it is: assigning a box of another dimension does nothing. Callers rely on the
-  /// dimension of a box to stay.
+  /// dimension of a box to stay. A box that was moved away takes any dimension.
   TboundingBox& operator=(const TboundingBox& other);
+  TboundingBox& operator=(TboundingBox&& other);
 
   int boxDim() const { return static_cast<int>(minCorner_.length()); }
   /// The corners. A vector that is copied from one without `copy` views the coordinates of the box.

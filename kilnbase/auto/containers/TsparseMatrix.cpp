@@ -4,8 +4,10 @@
 #include <numeric>
 
 #include <kilnbase/auto/containers/TsparseMatrix.h>
+#include <kilnbase/auto/containers/detail/tuples.h>
 #include <kilnbase/linalg/detail/errors.h>
 
+using vxKilnBase::detail::isMovedFrom;
 using vxKilnBase::detail::raiseMatrixVectorProduct;
 using vxKilnBase::detail::raiseVectorMatrixProduct;
 
@@ -53,6 +55,30 @@ TsparseMatrix::TsparseMatrix(int maxRows, int maxCols, int maxElements)
 TsparseMatrix::TsparseMatrix(const DoubleGenMat& dense)
     : rows_(static_cast<int>(dense.rows())), maxNumberOfRows_(rows_) {
   add(dense, 1);
+}
+
+TsparseMatrix::TsparseMatrix(TsparseMatrix&& other) noexcept {
+  const DoubleVec marksThisAsMovedFrom = std::move(data_);
+  swap(*this, other);
+}
+
+TsparseMatrix& TsparseMatrix::operator=(TsparseMatrix&& other) {
+  if (!isMovedFrom(data_)) return *this = other;
+  swap(*this, other);
+  return *this;
+}
+
+void swap(TsparseMatrix& a, TsparseMatrix& b) noexcept {
+  std::swap(a.rows_, b.rows_);
+  std::swap(a.cols_, b.cols_);
+  std::swap(a.numberOfElements_, b.numberOfElements_);
+  std::swap(a.maxNumberOfRows_, b.maxNumberOfRows_);
+  std::swap(a.maxNumberOfCols_, b.maxNumberOfCols_);
+  std::swap(a.maxNumberOfElements_, b.maxNumberOfElements_);
+  swap(a.beginnings_, b.beginnings_);
+  swap(a.counts_, b.counts_);
+  swap(a.indices_, b.indices_);
+  swap(a.data_, b.data_);
 }
 
 TsparseMatrix& TsparseMatrix::operator=(const TsparseMatrix& other) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <utility>
 #include <vector>
 
 #include <kilnbase/export.h>
@@ -46,10 +47,14 @@ class KILNBASE_API TsparseMatrix {
   TsparseMatrix(const DoubleGenMat& dense);  // NOLINT(google-explicit-constructor)
   /// Shares the storage of `other`.
   TsparseMatrix(const TsparseMatrix& other) = default;
+  /// Takes the storage of `other` over. Afterwards `other` is empty and takes any assignment.
+  TsparseMatrix(TsparseMatrix&& other) noexcept;
   ~TsparseMatrix() = default;
 
   /// Copies everything, capacities included, into storage of its own.
   TsparseMatrix& operator=(const TsparseMatrix& other);
+  /// The same; but a matrix whose storage was moved away takes that of `other` over.
+  TsparseMatrix& operator=(TsparseMatrix&& other);
   /// Shares the storage of `other`.
   void reference(const TsparseMatrix& other);
   /// Gives this matrix storage of its own, unless nobody shares it.
@@ -119,6 +124,9 @@ class KILNBASE_API TsparseMatrix {
 
   /// A sparse matrix has no text form: nothing is written.
   void printOn(std::ostream& stream) const;
+
+  /// Exchanges the two matrices and what they share.
+  friend KILNBASE_API void swap(TsparseMatrix& a, TsparseMatrix& b) noexcept;
 
  private:
   friend KILNBASE_API DoubleVec product(const TsparseMatrix& a, const DoubleVec& v);

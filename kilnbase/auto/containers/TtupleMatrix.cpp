@@ -5,6 +5,7 @@
 #include <kilnbase/detail/assert.h>
 
 using vxKilnBase::detail::failBoundsCheck;
+using vxKilnBase::detail::isMovedFrom;
 using vxKilnBase::detail::tupleElements;
 
 namespace {
@@ -46,6 +47,12 @@ TtupleMatrix& TtupleMatrix::operator=(const TtupleMatrix& other) {
   } else {
     reference(other.copy());
   }
+  return *this;
+}
+
+TtupleMatrix& TtupleMatrix::operator=(TtupleMatrix&& other) {
+  if (!isMovedFrom(data_)) return *this = other;
+  swap(*this, other);
   return *this;
 }
 

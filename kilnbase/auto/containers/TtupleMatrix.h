@@ -21,7 +21,8 @@
 ///
 /// As with vectors, **copy construction shares** the elements and **assignment copies** them;
 /// `copy` makes an independent grid. Points and components are views: writing through them changes
-/// the grid. Rows, columns and grids of some of them are new.
+/// the grid. Rows, columns and grids of some of them are new. Containers hold
+/// `Owned<TtupleMatrix>`.
 ///
 /// A row or column that is not there is fatal where it is checked: it is reported (`rptError`) and
 /// the process aborts. Indices of components are the caller's duty; where one is wrong, what would
@@ -38,13 +39,19 @@ class KILNBASE_API TtupleMatrix {
   TtupleMatrix(int size, int rows, int cols, const DoubleVec& data);
   /// Shares the elements of `other`.
   TtupleMatrix(const TtupleMatrix& other) = default;
-  /// Takes over the elements of `other`, which has no points afterwards.
-  TtupleMatrix(TtupleMatrix&& other) noexcept { swap(*this, other); }
+  /// Takes over the elements of `other`, which has no points afterwards and takes any assignment.
+  TtupleMatrix(TtupleMatrix&& other) noexcept
+      : size_(std::exchange(other.size_, 0)),
+        rows_(std::exchange(other.rows_, 0)),
+        cols_(std::exchange(other.cols_, 0)),
+        data_(std::move(other.data_)) {}
   ~TtupleMatrix() = default;
 
   /// Copies the points: to where this grid views its own when both are of one size, with as many
   /// rows, columns and elements; otherwise to new storage.
   TtupleMatrix& operator=(const TtupleMatrix& other);
+  /// The same; but a grid whose elements were moved away takes those of `other` over.
+  TtupleMatrix& operator=(TtupleMatrix&& other);
   /// Shares the elements of `other`, whatever its size.
   void reference(const TtupleMatrix& other);
   /// Gives this grid storage of its own, unless nobody shares it.

@@ -5,6 +5,7 @@
 #include <kilnbase/auto/containers/detail/tuples.h>
 #include <kilnbase/detail/assert.h>
 
+using vxKilnBase::detail::isMovedFrom;
 using vxKilnBase::detail::tupleElements;
 
 namespace {
@@ -39,6 +40,12 @@ TtupleVector& TtupleVector::operator=(const TtupleVector& other) {
   } else {
     reference(other.copy());
   }
+  return *this;
+}
+
+TtupleVector& TtupleVector::operator=(TtupleVector&& other) {
+  if (!isMovedFrom(data_)) return *this = other;
+  swap(*this, other);
   return *this;
 }
 

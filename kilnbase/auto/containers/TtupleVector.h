@@ -20,7 +20,8 @@
 ///
 /// As with vectors, **copy construction shares** the elements and **assignment copies** them;
 /// `copy` makes an independent sequence. Points and components are views: writing through them
-/// changes the sequence.
+/// changes the sequence. Containers hold `Owned<TtupleVector>` (Owned.h), for the reasons that
+/// Vec.h tells.
 ///
 /// An index of a point that is not there is fatal where the index is checked: it is reported
 /// (`rptError`) and the process aborts. Indices of components are the caller's duty; where one is
@@ -49,14 +50,17 @@ class KILNBASE_API TtupleVector {
   }
   /// Shares the elements of `other`.
   TtupleVector(const TtupleVector& other) = default;
-  /// Takes over the elements of `other`, which has no points afterwards.
-  TtupleVector(TtupleVector&& other) noexcept { swap(*this, other); }
+  /// Takes over the elements of `other`, which has no points afterwards and takes any assignment.
+  TtupleVector(TtupleVector&& other) noexcept
+      : size_(std::exchange(other.size_, 0)), data_(std::move(other.data_)) {}
   ~TtupleVector() = default;
 
   /// Copies the points. They go to where this sequence views its own when both have as many
   /// elements and points of one size, so that `v.lPoints(0, 2) = w` changes v; otherwise to new
   /// storage.
   TtupleVector& operator=(const TtupleVector& other);
+  /// The same; but a sequence whose elements were moved away takes those of `other` over.
+  TtupleVector& operator=(TtupleVector&& other);
   /// Shares the elements of `other`, of any number and size.
   void reference(const TtupleVector& other);
   /// Gives this sequence storage of its own, unless nobody shares it.

@@ -15,6 +15,13 @@ std::optional<unsigned> tupleElements(int size, int rows, int cols) {
   return std::nullopt;
 }
 
+bool isMovedFrom(const DoubleVec& v) {
+  struct Access : DoubleVec {
+    using DoubleVec::isMovedFrom;  // is for derived classes
+  };
+  return (v.*&Access::isMovedFrom)();
+}
+
 void failBoundsCheck(const char* reason, int index, const char* file, int line) {
   rptError("**** %s ( %s, %d ) in FILE %s LINE %d\n", "Bounds checking", reason, index, file, line);
   std::abort();
