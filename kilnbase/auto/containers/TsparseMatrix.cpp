@@ -82,8 +82,9 @@ void swap(TsparseMatrix& a, TsparseMatrix& b) noexcept {
 }
 
 TsparseMatrix& TsparseMatrix::operator=(const TsparseMatrix& other) {
-  reference(other);
-  deepenShallowCopy();
+  TsparseMatrix own = other;
+  own.deepenShallowCopy();
+  swap(*this, own);
   return *this;
 }
 
