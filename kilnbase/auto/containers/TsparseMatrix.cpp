@@ -54,7 +54,7 @@ TsparseMatrix::TsparseMatrix(int maxRows, int maxCols, int maxElements)
 
 TsparseMatrix::TsparseMatrix(const DoubleGenMat& dense)
     : rows_(static_cast<int>(dense.rows())), maxNumberOfRows_(rows_) {
-  add(dense, 1);
+  if (add(dense, 1) == 0) reference(TsparseMatrix());
 }
 
 TsparseMatrix::TsparseMatrix(TsparseMatrix&& other) noexcept {
@@ -117,6 +117,10 @@ void TsparseMatrix::emptyUnlessStored() {
       data_.length() != asLength(maxNumberOfElements_)) {
     reference(TsparseMatrix());
   }
+}
+
+bool TsparseMatrix::hasCapacity(int cols, int elements) const {
+  return maxNumberOfCols_ == cols && maxNumberOfElements_ == elements;
 }
 
 // --- Reading and changing elements
@@ -227,10 +231,11 @@ int TsparseMatrix::add(const DoubleGenMat& dense, int grow) {
 
 int TsparseMatrix::set(const DoubleGenMat& dense, int maxRows, int maxCols) {
   const int rows = static_cast<int>(dense.rows());
-  TsparseMatrix result(std::max(maxRows, rows), std::max(maxCols, static_cast<int>(dense.cols())));
+  const int cols = std::max({maxCols, static_cast<int>(dense.cols()), 0});
+  TsparseMatrix result(std::max(maxRows, rows), cols);
   result.rows_ = rows;
-  if (result.add(dense, 1) == 0) return 0;
-  reference(result);
+  if (result.maxNumberOfCols_ != cols || result.add(dense, 1) == 0) return 0;
+  swap(*this, result);
   return 1;
 }
 
@@ -241,28 +246,33 @@ bool TsparseMatrix::makeRoom(long long columns, long long elements, int grow) {
   const long long neededElements = numberOfElements_ + elements;
   if (cols_ < 0 || neededCols > INT_MAX || neededElements > INT_MAX) return false;
   if (neededCols > maxNumberOfCols_ || neededElements > maxNumberOfElements_) {
-    if (grow == 0) return false;
-    if (!growTo(rows_, static_cast<int>(neededCols), static_cast<int>(neededElements)))
-      return false;
+    return grow != 0 &&
+           growTo(rows_, static_cast<int>(neededCols), static_cast<int>(neededElements));
   }
   deepenShallowCopy();
   return neededElements <= maxNumberOfElements_ && neededCols <= maxNumberOfCols_;
 }
 
+// Raises the capacity. More columns or elements go to storage of this matrix's own.
 bool TsparseMatrix::growTo(int maxRows, int maxCols, int maxElements) {
   const int columns = std::max(maxNumberOfCols_, maxCols);
   const int elements = std::max(maxNumberOfElements_, maxElements);
+  const int rows = std::max(maxNumberOfRows_, maxRows);
+  if (columns == maxNumberOfCols_ && elements == maxNumberOfElements_) {
+    maxNumberOfRows_ = rows;
+    return true;
+  }
   TsparseMatrix grown = *this;
-  grown.maxNumberOfRows_ = std::max(maxNumberOfRows_, maxRows);
+  grown.maxNumberOfRows_ = rows;
   grown.maxNumberOfCols_ = columns;
   grown.maxNumberOfElements_ = elements;
   grown.beginnings_.resize(asLength(columns));
   grown.counts_.resize(asLength(columns));
   grown.indices_.resize(asLength(elements));
   grown.data_.resize(asLength(elements));
-  grown.emptyUnlessStored();
-  if (grown.maxNumberOfCols_ != columns || grown.maxNumberOfElements_ != elements) return false;
-  reference(grown);
+  grown.deepenShallowCopy();
+  if (!grown.hasCapacity(columns, elements)) return false;
+  swap(*this, grown);
   return true;
 }
 
@@ -334,19 +344,20 @@ void TsparseMatrix::removeZeros() {
 // Moves what stays to new storage of the same capacity.
 int TsparseMatrix::reduceTo(const std::vector<bool>& keptColumns, bool keepsZeros) {
   TsparseMatrix rest(maxNumberOfRows_, maxNumberOfCols_, maxNumberOfElements_);
+  if (!rest.hasCapacity(maxNumberOfCols_, maxNumberOfElements_)) return 0;
   rest.rows_ = rows_;
   for (int c = 0; c < storedCols(); ++c) {
     if (!keptColumns[asLength(c)]) continue;
     const int beginning = rest.numberOfElements_;
     const auto [first, count] = span(c);
     // Columns overlap only where a caller wrote to the vectors.
-    if (c >= rest.maxNumberOfCols_ || count > rest.maxNumberOfElements_ - beginning) return 0;
+    if (count > rest.maxNumberOfElements_ - beginning) return 0;
     for (int k = first; k < first + count; ++k) {
       if (keepsZeros || data_.sub(k) != 0.0) rest.appendElement(indices_.sub(k), data_.sub(k));
     }
     rest.endColumn(beginning);
   }
-  reference(rest);
+  swap(*this, rest);
   return 1;
 }
 

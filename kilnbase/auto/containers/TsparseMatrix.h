@@ -109,7 +109,8 @@ class KILNBASE_API TsparseMatrix {
   /// needs, whichever is larger. Returns 1, or 0 when there is no memory.
   int set(const DoubleGenMat& dense, int maxRows, int maxCols);
 
-  /// Raises the capacity to at least this. It never shrinks.
+  /// Raises the capacity to at least this. It never shrinks. More columns or elements give this
+  /// matrix storage of its own; without memory for them nothing changes.
   void resizeMax(int maxRows, int maxCols);
   void resizeMax(int maxRows, int maxCols, int maxElements);
 
@@ -144,6 +145,7 @@ class KILNBASE_API TsparseMatrix {
   void scatter(int c, DoubleVec& column) const;
 
   void emptyUnlessStored();
+  bool hasCapacity(int cols, int elements) const;
   bool growTo(int maxRows, int maxCols, int maxElements);
   bool makeRoom(long long columns, long long elements, int grow);
   void append(const IntVec& rowIndices, const DoubleVec& values);
