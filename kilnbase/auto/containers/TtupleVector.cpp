@@ -87,6 +87,7 @@ TtupleVector TtupleVector::components(int first, int last) const {
 }
 
 TtupleVector TtupleVector::components(const IntVec& indices) const {
+  if (indices.length() == 0) return {};
   TtupleVector chosen(intLength(indices), points(), 0.0);
   for (int k = 0; k < intLength(indices); ++k) {
     KILN_ASSERT(correctTuple(indices(k)));

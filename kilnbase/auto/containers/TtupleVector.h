@@ -93,7 +93,7 @@ class KILNBASE_API TtupleVector {
   /// Component k of all points, as a view of stride `size()`.
   DoubleVec component(int k) const;
   /// A new sequence of points that have the components `first` to `last`, both included, or those
-  /// named, in that order.
+  /// named, in that order. No components give no points, of size 0.
   TtupleVector components(int first, int last) const;
   TtupleVector components(const IntVec& indices) const;
 
