@@ -202,3 +202,20 @@ TEST(TboundingBox, ReadsWhatItWroteWhole) {
     EXPECT_EQ(input == bytes ? bytes : raw(block()), raw(box)) << input.size();
   }
 }
+
+TEST(TboundingBox, KeepsInfiniteCornersAndMovesWhole) {
+  for (const int size : {1, 2, 3, 4, 5}) {
+    const DoubleVec infinite(static_cast<unsigned>(size), kInfinity);
+    TboundingBox box(infinite, -infinite);
+    const std::vector<double> before = corners(box);
+    EXPECT_EQ(1, box.merge(TtupleVector(size, 0, 0.0), 0));
+    EXPECT_EQ(before, corners(box)) << size;
+  }
+  std::vector<TboundingBox> boxes = {TboundingBox(1), TboundingBox(2)};
+  std::swap(boxes[0], boxes[1]);
+  boxes.reserve(4);
+  boxes.insert(boxes.begin(), 2, block());
+  EXPECT_EQ(text(block()), text(boxes[1]));
+  EXPECT_EQ("(0, 0) to (0, 0)", text(boxes[2]));
+  EXPECT_EQ("(0) to (0)", text(boxes[3]));
+}

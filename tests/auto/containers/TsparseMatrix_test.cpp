@@ -237,3 +237,15 @@ TEST(TsparseMatrix, ProductsTellMismatchesAndGoOnWithWhatBothHave) {
   EXPECT_THAT(texts, HasSubstr("possible between TsparseMatrix (2x2) and vector (1)"));
   EXPECT_THAT(texts, HasSubstr("possible vector(3) and TsparseMatrix (2x2)"));
 }
+
+TEST(TsparseMatrix, MovingKeepsSharingAndGrowingEndsIt) {
+  TsparseMatrix a = DoubleGenMat(1, 1, 1.0), b = DoubleGenMat(1, 2, 2.0);
+  TsparseMatrix view = a, grown = a;
+  std::swap(a, b);
+  EXPECT_EQ("1 2 2 of 1 2 2", sizes(a));
+  EXPECT_EQ(1, b.setElement(0, 0, 5.0));
+  EXPECT_EQ(5.0, view(0, 0));
+  grown.resizeMax(1, 2);
+  EXPECT_EQ(1, grown.setElement(0, 0, 7.0));
+  EXPECT_EQ(5.0, view(0, 0));
+}

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <climits>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -196,4 +197,19 @@ TEST(TtuplesDeathTest, WrongPointsAreReportedAndWrongComponentsAreEmpty) {
   EXPECT_DEBUG_DEATH(EXPECT_EQ(0, v.components(0, 2).points()), "inside");
   EXPECT_DEBUG_DEATH(EXPECT_EQ(0, v.components(vectorOf({0, -1})).points()), "correctTuple");
   EXPECT_DEBUG_DEATH(EXPECT_EQ(0U, grid().component(2).length()), "correctTuple");
+}
+
+TEST(Ttuples, MovingAlgorithmsLeaveViewsAlone) {
+  const auto expectMovesOnly = [](const auto& three, const auto& one) {
+    std::vector tuples = {three, one};
+    std::ranges::sort(tuples, {}, [](const auto& t) { return t.data()(0); });
+    tuples.insert(tuples.begin(), one.copy());
+    std::swap(tuples[0], tuples[2]);
+    EXPECT_EQ(1.0, one.data()(0));
+    tuples[0].component(0) = 4.0;
+    EXPECT_EQ(4.0, three.data()(0));
+  };
+  expectMovesOnly(TtupleVector(2, 3, 3.0), TtupleVector(2, 3, 1.0));
+  expectMovesOnly(TtupleMatrix(2, 3, 2, 3.0), TtupleMatrix(2, 3, 2, 1.0));
+  EXPECT_EQ(0, pairs(2).components(IntVec()).size());
 }
