@@ -6,8 +6,7 @@
 
 namespace {
 
-template <class Change, class... Character>
-std::string changed(const char* text, Change change, Character... c) {
+std::string changed(const char* text, auto change, auto... c) {
   change(nullptr, c...);
   char buffer[32];
   change(std::strcpy(buffer, text), c...);
@@ -19,10 +18,7 @@ std::string changed(const char* text, Change change, Character... c) {
 TEST(Strings, LoseCharactersAtTheEndsOrEverywhere) {
   const struct {
     const char *text, *ends, *end, *all;
-  } cases[] = {{"", "", "", ""},
-               {"xx", "", "", ""},
-               {"axb", "axb", "axb", "ab"},
-               {"xxaxbx", "axb", "xxaxb", "ab"}};
+  } cases[] = {{"", "", "", ""}, {"xx", "", "", ""}, {"xxaxbx", "axb", "xxaxb", "ab"}};
   char copied[32] = "before";
   for (const auto& each : cases) {
     EXPECT_EQ(each.ends, changed(each.text, MR_string_leading_trailing_remove, 'x'));

@@ -10,8 +10,6 @@
 using kilntest::RecordingProgram;
 using testing::ElementsAre;
 
-namespace {
-
 template <class... Values>
 concept ListTakes = requires(const char** labels, Values... values) {
   MR_warning(0, values..., 4);
@@ -19,8 +17,6 @@ concept ListTakes = requires(const char** labels, Values... values) {
 };
 static_assert(ListTakes<const char*, int, char*, int, std::nullptr_t>);
 static_assert(!ListTakes<vxString::CString> && !ListTakes<const char*, int, std::string>);
-
-}  // namespace
 
 TEST(Warning, TheProgramIsToldEveryPartInOrder) {
   RecordingProgram program(1);
@@ -50,7 +46,6 @@ TEST(Warning, OnlyTheNumberOfAButtonIsAChoiceAndOnlyATextWithAButtonIsShown) {
     program.exitWith(code);
     EXPECT_EQ(code <= 2 ? code - 1 : -1, MR_warning({"", {"?"}, {"Yes", "No"}, ""})) << code;
   }
-  program.exitWith(1);
   APP_setBinaryFolder("a folder that is not there");
   EXPECT_EQ(-1, MR_warning_ok("line"));
   APP_setBinaryFolder("");
