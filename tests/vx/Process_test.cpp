@@ -38,13 +38,9 @@ TEST(Process, WhatCannotBeStartedHasNoExitCode) {
   RecordingProgram program;
   const CString path = APP_getBinaryPath("morlaWarning");
   const CString zero(std::string_view("\0", 1));
-  for (const vx::vector<CString>& command :
-       vx::vector<vx::vector<CString>>{{},
-                                       {"", "-t"},
-                                       {APP_getBinaryPath("no such program")},
-                                       {std::filesystem::temp_directory_path().string().c_str()},
-                                       {path, "a" + zero + "b"},
-                                       {path + zero, "-t"}}) {
+  const vx::vector<CString> commands[] = {
+      {}, {"", "-t"}, {path + "x"}, {path + zero, "-t"}, {path, "a" + zero + "b"}};
+  for (const auto& command : commands) {
     EXPECT_EQ(std::nullopt, ProcessManager::getInstance().startSync(command));
   }
   EXPECT_THAT(program.takeArguments(), testing::IsEmpty());
@@ -52,7 +48,6 @@ TEST(Process, WhatCannotBeStartedHasNoExitCode) {
 
 TEST(SysInfo, ProgramsStandBesideTheRunningOneOrWhereTheHostSays) {
   const std::filesystem::path path = APP_getBinaryPath("morlaWarning").c_str();
-  EXPECT_TRUE(path.is_absolute()) << path;
   EXPECT_TRUE(std::filesystem::exists(path)) << path;
   const CString ending = path.extension().string().c_str();
   for (const char* folder : {"some folder", "some folder/", "some folder\\"}) {

@@ -8,14 +8,10 @@
 using vxString::CString;
 using vxString::IString;
 
-namespace {
-
 template <class String>
-class StringOf : public testing::Test {};
+struct StringOf : testing::Test {};
 using BothStrings = testing::Types<CString, IString>;
 TYPED_TEST_SUITE(StringOf, BothStrings, );
-
-}  // namespace
 
 TYPED_TEST(StringOf, SearchesChangesAndComparesAlikeInEitherWidth) {
   using Text = std::basic_string<typename TypeParam::View::value_type>;
@@ -24,13 +20,10 @@ TYPED_TEST(StringOf, SearchesChangesAndComparesAlikeInEitherWidth) {
   };
   const TypeParam path = s("a\\bc\\bcd");
   EXPECT_EQ(5U, path.find(s("bc"), 3));
-  EXPECT_TRUE(path.contains(TypeParam()));
-  EXPECT_TRUE(path.contains(path));
   EXPECT_FALSE(path.contains(s("ab")));
   EXPECT_FALSE(path.startsWith(s("a\\bc\\bcde")));
   EXPECT_FALSE(path.endsWith(s("bc")));
   EXPECT_EQ(TypeParam(), path.substring(9, 1));
-  EXPECT_EQ(0, path[1000]);
   EXPECT_EQ(s("a b"), s(" \t\n\v\f\r a b \n").trimmed());
   EXPECT_EQ(TypeParam(), s(" \t ").trimmed());
   EXPECT_EQ(s("xaxa"), s("aaaaa").replaced(s("aa"), s("x")).replaced(s("xx"), s("xax")));
