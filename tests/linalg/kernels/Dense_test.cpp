@@ -1,5 +1,4 @@
 // The products of kernels/Dense.h beside plain loops: every length, leading dimension and layout.
-#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 
@@ -29,22 +28,17 @@ double element(const MatrixView& a, Index i, Index j) {
   return a.data[i * a.rowStride + j * a.columnStride];
 }
 
-MatrixView transposed(const MatrixView& a) {
-  return {a.data, a.columnStride, a.rowStride};
-}
-
-// C += alpha A B, in the upper triangle only if `upper`.
-void plainProduct(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
-                  Index ldc, bool upper = false) {
+// beta C + alpha A B for C of m rows and n columns, in the upper triangle only if `upper`.
+Doubles plainProduct(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b,
+                     double beta, Doubles c, Index ldc, bool upper = false) {
   for (Index j = 0; j < n; ++j) {
     for (Index i = 0; i < (upper ? j + 1 : m); ++i) {
-      for (Index l = 0; l < k; ++l) c[j * ldc + i] += alpha * element(a, i, l) * element(b, l, j);
+      double& sum = c[j * ldc + i];
+      if (beta == 0.0) sum = 0.0;
+      for (Index l = 0; l < k; ++l) sum += alpha * element(a, i, l) * element(b, l, j);
     }
   }
-}
-
-void setToZero(Index m, Index n, double* c, Index ldc) {
-  for (Index j = 0; j < n; ++j) std::fill_n(c + j * ldc, m, 0.0);
+  return c;
 }
 
 TEST(DenseKernels, VectorsOfEveryLength) {
@@ -68,31 +62,21 @@ TEST(DenseKernels, VectorsOfEveryLength) {
 
 void expectMatrixTimesVector(Index m, Index n, Index lda) {
   SCOPED_TRACE(testing::Message() << m << " by " << n << ", lda " << lda);
-  Doubles a(m, n, lda, 1), x(n, 2), y(m, 3), xt(m, 4), yt(n, 5);
-  const MatrixView view = {a.data(), 1, lda};
-  const MatrixView column = {x.data(), 1, n}, columnT = {xt.data(), 1, m};
-
-  Doubles expected = y;
-  plainProduct(m, 1, n, -2.0, view, column, expected.data(), m);
-  dense().gemv(m, n, -2.0, a.data(), lda, x.data(), y.data());
-  EXPECT_EQ(y.difference(expected), "");
-
-  setToZero(m, 1, expected.data(), m);
-  plainProduct(m, 1, n, 1.0, view, column, expected.data(), m);
-  Doubles unset(m);
-  dense().productVector(m, n, a.data(), lda, x.data(), unset.data());
-  EXPECT_EQ(unset.difference(expected), "");
-
-  Doubles expectedT = yt;
-  plainProduct(n, 1, m, -2.0, transposed(view), columnT, expectedT.data(), n);
-  dense().gemvTransposed(m, n, -2.0, a.data(), lda, xt.data(), yt.data());
-  EXPECT_EQ(yt.difference(expectedT), "");
-
-  setToZero(n, 1, expectedT.data(), n);
-  plainProduct(n, 1, m, 1.0, transposed(view), columnT, expectedT.data(), n);
-  Doubles unsetT(n);
-  dense().productVectorTransposed(m, n, a.data(), lda, xt.data(), unsetT.data());
-  EXPECT_EQ(unsetT.difference(expectedT), "");
+  Doubles a(m, n, lda, 1);
+  for (const bool transposed : {false, true}) {
+    const auto add = transposed ? dense().gemvTransposed : dense().gemv;
+    const auto multiply = transposed ? dense().productVectorTransposed : dense().productVector;
+    const MatrixView view = {a.data(), transposed ? lda : 1, transposed ? 1 : lda};
+    const Index rows = transposed ? n : m, depth = transposed ? m : n;
+    Doubles x(depth, 2), y(rows, 3), unset(rows);
+    const MatrixView column = {x.data(), 1, depth};
+    const Doubles sum = plainProduct(rows, 1, depth, -2.0, view, column, 1.0, y, rows);
+    const Doubles product = plainProduct(rows, 1, depth, 1.0, view, column, 0.0, unset, rows);
+    add(m, n, -2.0, a.data(), lda, x.data(), y.data());
+    EXPECT_EQ(y.difference(sum), "") << transposed;
+    multiply(m, n, a.data(), lda, x.data(), unset.data());
+    EXPECT_EQ(unset.difference(product), "") << transposed;
+  }
 }
 
 TEST(DenseKernels, MatrixTimesVectorOfEveryShape) {
@@ -113,22 +97,18 @@ TEST(DenseKernels, MatrixTimesVectorOfEveryShape) {
 // A matrix operand of the product, by the strides of its rows and columns.
 struct Operand {
   Operand(Index m, Index n, int layout, std::uint64_t seed)
-      : storage(layout == 1   ? n
-                : layout == 2 ? 2 * m
-                              : m,
-                layout == 1 ? m : n,
-                (layout == 1   ? n
-                 : layout == 2 ? 2 * m
-                               : m) +
-                    3,
-                seed) {
-    const Index ld = (layout == 1 ? n : layout == 2 ? 2 * m : m) + 3;
+      : rows(layout == 1   ? n
+             : layout == 2 ? 2 * m
+                           : m),
+        storage(rows, layout == 1 ? m : n, rows + 3, seed) {
+    const Index ld = rows + 3;
     view = {storage.data(), 1, ld};                                              // by columns
     if (layout == 1) view = {storage.data(), ld, 1};                             // by rows
     if (layout == 2) view = {storage.data(), 2, ld};                             // neither
     if (layout == 3 && m > 0 && n > 0) view = {&storage[(n - 1) * ld], 1, -ld};  // backwards
   }
 
+  Index rows;
   Doubles storage;
   MatrixView view;
 };
@@ -138,24 +118,16 @@ void expectProduct(Index m, Index n, Index k, int layoutA, int layoutB) {
                                   << " and " << layoutB);
   const Operand a(m, k, layoutA, 1), b(k, n, layoutB, 2);
   const Index ldc = m + 2;
-  Doubles c(m, n, ldc, 3);
-  Doubles expected = c;
-  plainProduct(m, n, k, -2.0, a.view, b.view, expected.data(), ldc);
-  dense().gemm(m, n, k, -2.0, a.view, b.view, c.data(), ldc);
-  EXPECT_EQ(c.difference(expected), "");
-
-  setToZero(m, n, expected.data(), ldc);
-  plainProduct(m, n, k, 1.0, a.view, b.view, expected.data(), ldc);
-  Doubles unset(m, n, ldc, 4);
-  dense().product(m, n, k, a.view, b.view, unset.data(), ldc);
-  EXPECT_EQ(unset.difference(expected), "");
-
+  const Doubles old(m, n, ldc, 3);
+  Doubles sum = old, product = old, triangle = old;
+  dense().gemm(m, n, k, -2.0, a.view, b.view, sum.data(), ldc);
+  EXPECT_EQ(sum.difference(plainProduct(m, n, k, -2.0, a.view, b.view, 1.0, old, ldc)), "");
+  dense().product(m, n, k, a.view, b.view, product.data(), ldc);
+  EXPECT_EQ(product.difference(plainProduct(m, n, k, 1.0, a.view, b.view, 0.0, old, ldc)), "");
   if (m != n) return;
-  Doubles triangle(m, n, ldc, 5);
-  expected = triangle;
-  plainProduct(m, n, k, -2.0, a.view, b.view, expected.data(), ldc, true);
   dense().syrkUpper(n, k, -2.0, a.view, b.view, triangle.data(), ldc);
-  EXPECT_EQ(triangle.difference(expected), "");
+  EXPECT_EQ(triangle.difference(plainProduct(m, n, k, -2.0, a.view, b.view, 1.0, old, ldc, true)),
+            "");
 }
 
 TEST(DenseKernels, ProductOfEveryShapeAndLayout) {
@@ -188,11 +160,10 @@ TEST(DenseKernels, SolveLowerOfEveryShapeAndLayout) {
         for (Index j = i + 1; j < k; ++j) rows[i * l.rowStride + j * l.columnStride] = std::nan("");
       }
       // The right-hand sides L X of a known X.
-      Doubles solution(k, n, k + 1, 2);
-      Doubles x = solution;
-      setToZero(k, n, x.data(), k + 1);
+      Doubles solution(k, n, k + 1, 2), x = solution;
       for (Index j = 0; j < n; ++j) {
         for (Index i = 0; i < k; ++i) {
+          x[j * (k + 1) + i] = 0.0;
           for (Index q = 0; q <= i; ++q)
             x[j * (k + 1) + i] += element(l, i, q) * solution[j * (k + 1) + q];
         }

@@ -38,18 +38,6 @@ Doubles plainProjections(Index m, Index n, const double* v, const double* c, Ind
   return p;
 }
 
-// A matrix C below `above` other rows that may be read, with a vector v.
-struct Problem {
-  Problem(Index m, Index n, Index above)
-      : ldc(above + m + 2), whole(above + m, n, ldc, 1), v(above + m, 2) {
-    v[above] = 2.0;
-  }
-
-  Index ldc;
-  Doubles whole;
-  Doubles v;
-};
-
 // Calls test(m, n, above) for shapes with and without rows above.
 template <class Test>
 void forShapes(Test test) {
@@ -63,38 +51,29 @@ void forShapes(Test test) {
   }
 }
 
-TEST(HouseholderKernels, ReflectAppliesTheReflection) {
+TEST(HouseholderKernels, ReflectionsAreAppliedAndAddedLate) {
   forShapes([](Index m, Index n, Index above) {
-    Problem p(m, n, above);
-    Doubles expected = p.whole;
-    const double* v = p.v.data() + above;
-    double* c = expected.data() + above;
-    plainUpdate(m, n, v, plainProjections(m, n, v, c, p.ldc).data(), v[0], c, p.ldc);
-    active().householder->reflect(m, n, above, v, p.whole.data() + above, p.ldc);
-    EXPECT_EQ(p.whole.difference(expected), "");
-  });
-}
+    const Index count = (m + n + above) % 6, rows = above + m, ld = rows + 1;
+    Doubles whole(rows, n, ld, 1), v(rows, 2), vectors(rows, count, ld, 3), projections(n, 5);
+    Doubles factors(n, count, n + 2, 4);
+    v[above] = 2.0;
+    Doubles expected = whole, reflected = whole, expectedProjections = projections;
+    const double* first = v.data() + above;
+    double* c = reflected.data() + above;
+    plainUpdate(m, n, first, plainProjections(m, n, first, c, ld).data(), 2.0, c, ld);
+    Doubles got = whole;
+    active().householder->reflect(m, n, above, first, got.data() + above, ld);
+    EXPECT_EQ(got.difference(reflected), "");
 
-TEST(HouseholderKernels, UpdateAndProjectAddsPendingReflectionsFirst) {
-  forShapes([](Index m, Index n, Index above) {
-    const Index count = (m + n + above) % 6;
-    Problem p(m, n, above);
-    Doubles vectors(above + m, count, above + m + 1, 3), factors(n, count, n + 2, 4);
-    Doubles projections(n, 5);
-    Doubles expected = p.whole, expectedProjections = projections;
-    const double* v = p.v.data() + above;
-    double* c = expected.data() + above;
-    for (Index k = 0; k < count; ++k) {
-      plainUpdate(m, n, vectors.data() + k * (above + m + 1) + above, factors.data() + k * (n + 2),
-                  -1.0, c, p.ldc);
-    }
-    Doubles added = plainProjections(m, n, v, c, p.ldc);
+    c = expected.data() + above;
+    for (Index k = 0; k < count; ++k)
+      plainUpdate(m, n, &vectors[k * ld + above], &factors[k * (n + 2)], -1.0, c, ld);
+    Doubles added = plainProjections(m, n, first, c, ld);
     for (Index j = 0; j < n; ++j) expectedProjections[j] += added[j];
-    const PendingReflections pending = {vectors.data() + above, above + m + 1, count,
-                                        factors.data(), n + 2};
-    active().householder->updateAndProject(m, n, above, pending, v, p.whole.data() + above, p.ldc,
+    const PendingReflections pending = {vectors.data() + above, ld, count, factors.data(), n + 2};
+    active().householder->updateAndProject(m, n, above, pending, first, whole.data() + above, ld,
                                            projections.data());
-    EXPECT_EQ(p.whole.difference(expected), "");
+    EXPECT_EQ(whole.difference(expected), "");
     EXPECT_EQ(projections.difference(expectedProjections), "");
   });
 }

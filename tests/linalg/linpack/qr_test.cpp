@@ -16,6 +16,7 @@
 namespace {
 
 using namespace vxKilnBase::linpack;
+using kilntest::Index;
 using kilntest::Padded;
 namespace tuning = vxKilnBase::kernels::tuning;
 
@@ -39,33 +40,30 @@ Padded panelOf(Index m, Index n, Index missing) {
   return panel;
 }
 
-void expectBlockReflector(Index m, Index k, Index n) {
-  SCOPED_TRACE(testing::Message() << m << " rows, " << k << " reflections, " << n << " columns");
-  Padded panel = panelOf(m, k, k / 2), c = Padded::random(m, n, 2);
-  Padded old = panel, ct = c, expected = c, expectedT = c, qraux(k, 1);
-  for (Index l = 0; l < k; ++l) {
-    const Index back = k - 1 - l;
-    qraux.at(l, 0) = panel.at(l, l);
-    for (Index j = 0; j < n; ++j) {
-      reflectPlainly(m - back, &panel.at(back, back), &expected.at(back, j));
-      reflectPlainly(m - l, &panel.at(l, l), &expectedT.at(l, j));
-    }
-  }
-  {
-    const BlockReflector reflector({panel.data(), panel.ld, m, k}, qraux.data());
-    reflector.apply({c.data(), c.ld, m, n});
-    reflector.applyTransposed({ct.data(), ct.ld, m, n});
-  }
-  EXPECT_EQ(c.difference(expected, kTolerance), "");
-  EXPECT_EQ(ct.difference(expectedT, kTolerance), "");
-  EXPECT_EQ(panel.difference(old, 0.0), "") << "the panel is restored";
-}
-
 TEST(BlockReflector, AppliesTheReflectionsOneByOne) {
   for (Index k : {Index{1}, Index{2}, Index{7}, BlockReflector::kMostColumns}) {
     for (Index n : {Index{0}, Index{1}, Index{30}, tuning::kReflectedSlice + 5}) {
-      expectBlockReflector(k, k, n);
-      expectBlockReflector(k + 33, k, n);
+      for (Index m : {k, k + 33}) {
+        SCOPED_TRACE(testing::Message() << m << " rows, " << k << " reflections, " << n);
+        Padded panel = panelOf(m, k, k / 2), c = Padded::random(m, n, 2), ct = c, qraux(k, 1);
+        Padded old = panel, expected = c, expectedT = c;
+        for (Index l = 0; l < k; ++l) {
+          const Index back = k - 1 - l;
+          qraux.at(l, 0) = panel.at(l, l);
+          for (Index j = 0; j < n; ++j) {
+            reflectPlainly(m - back, &panel.at(back, back), &expected.at(back, j));
+            reflectPlainly(m - l, &panel.at(l, l), &expectedT.at(l, j));
+          }
+        }
+        {
+          const BlockReflector reflector({panel.data(), panel.ld, m, k}, qraux.data());
+          reflector.apply({c.data(), c.ld, m, n});
+          reflector.applyTransposed({ct.data(), ct.ld, m, n});
+        }
+        EXPECT_EQ(c.difference(expected, kTolerance), "");
+        EXPECT_EQ(ct.difference(expectedT, kTolerance), "");
+        EXPECT_EQ(panel.difference(old, 0.0), "") << "the panel is restored";
+      }
     }
   }
 }
@@ -102,11 +100,6 @@ TEST(pivotOrder, MovesInitialElementsToTheFrontAndFinalOnesToTheEnd) {
 
 // A matrix whose columns are numbered, and its factorization in plain loops.
 struct PlainQr {
-  explicit PlainQr(const Padded& matrix)
-      : x(matrix), qraux(x.columns, 1), jpvt(static_cast<std::size_t>(x.columns)) {
-    std::iota(jpvt.begin(), jpvt.end(), 1);
-  }
-
   void exchange(Index i, Index j) {
     if (i == j) return;
     std::swap_ranges(&x.at(0, i), &x.at(0, i) + x.rows, &x.at(0, j));
@@ -145,22 +138,20 @@ void expectFactorization(Index n, Index p, int job, Index fixed) {
   SCOPED_TRACE(testing::Message() << n << " by " << p << ", job " << job << ", fixed " << fixed);
   Padded x = Padded::random(n, p, 7), qraux(p, 1), work(p, 1);
   if (p > 4) std::fill_n(&x.at(0, 2), n, 0.0);
-  std::vector<int> jpvt(static_cast<std::size_t>(p), 0);
-  PlainQr expected(x);
+  std::vector<int> jpvt(static_cast<std::size_t>(p), 0), numbers = jpvt;
+  std::iota(numbers.begin(), numbers.end(), 1);
+  PlainQr expected = {x, qraux, numbers};
   // Final columns stand first and initial ones last: each changes places with one of the others.
-  for (Index j = 0; j < fixed; ++j) {
-    jpvt[static_cast<std::size_t>(j)] = -1;
-    jpvt[static_cast<std::size_t>(p - fixed + j)] = 1;
-    expected.exchange(j, p - fixed + j);
-  }
+  for (Index j = 0; j < fixed; ++j) expected.exchange(j, p - fixed + j);
+  std::fill_n(jpvt.begin(), fixed, -1);
+  std::fill_n(jpvt.rbegin(), fixed, 1);
   expected.factor(job != 0 ? fixed : p, p - fixed);
-  dqrdc(x.data(), x.stride(), static_cast<int>(n), static_cast<int>(p), qraux.data(), jpvt.data(),
+  dqrdc(x.data(), x.stride(), static_cast<int>(n), x.order(), qraux.data(), jpvt.data(),
         work.data(), job);
   EXPECT_EQ(x.difference(expected.x, 1e-9), "");
   EXPECT_EQ(qraux.difference(expected.qraux, 1e-9), "");
-  if (job != 0) {
-    EXPECT_EQ(jpvt, expected.jpvt);
-  }
+  if (job == 0) return;
+  EXPECT_EQ(jpvt, expected.jpvt);
 }
 
 TEST(dqrdc, EqualsPlainLoops) {
