@@ -45,13 +45,19 @@ TEST(DenseKernels, VectorsOfEveryLength) {
   for (Index n = 0; n <= 9 * width() + 1; ++n) {
     SCOPED_TRACE(n);
     Doubles x(n, 1), y(n, 2);
-    Doubles sum = y, product = x;
+    Doubles sum = y, product = x, newX = x, newY = y;
     double dot = 0.0;
     for (Index i = 0; i < n; ++i) {
       dot += x[i] * y[i];
       sum[i] += -3.0 * x[i];
       product[i] *= -3.0;
+      newX[i] = 3.0 * x[i] + 5.0 * y[i];
+      newY[i] = 3.0 * y[i] - 5.0 * x[i];
     }
+    Doubles rotatedX = x, rotatedY = y;
+    active().rotations->rotate(n, rotatedX.data(), rotatedY.data(), 3.0, 5.0);
+    EXPECT_EQ(rotatedX.difference(newX), "");
+    EXPECT_EQ(rotatedY.difference(newY), "");
     EXPECT_EQ(dense().dot(n, x.data(), y.data()), dot);
     dense().axpy(n, -3.0, x.data(), y.data());
     EXPECT_EQ(y.difference(sum), "");

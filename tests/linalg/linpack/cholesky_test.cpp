@@ -90,6 +90,7 @@ TEST(dchdc, EqualsPlainLoops) {
       expectFactorization(a, 1, p / 4);
     }
     expectFactorization(upper(identity(order)), 1, 0);  // the first of equal pivots
+    expectFactorization(upper(DoubleGenMat(order, order, 0.0)), 1, 0);
   }
 }
 

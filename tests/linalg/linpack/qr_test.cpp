@@ -5,8 +5,8 @@
 #include <gmock/gmock.h>
 #include <numeric>
 
+#include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/kernels/Tuning.h>
-#include <kilnbase/linalg/linpack/BlockReflector.h>
 #include <kilnbase/linalg/linpack/dqrdc.h>
 #include <kilnbase/linalg/linpack/pivotOrder.h>
 #include <kilnbase/linalg/linpack/reflector.h>
@@ -38,34 +38,6 @@ Padded panelOf(Index m, Index n, Index missing) {
     makeReflector(m - j, &panel.at(j, j));
   }
   return panel;
-}
-
-TEST(BlockReflector, AppliesTheReflectionsOneByOne) {
-  for (Index k : {Index{1}, Index{2}, Index{7}, BlockReflector::kMostColumns}) {
-    for (Index n : {Index{0}, Index{1}, Index{30}, tuning::kReflectedSlice + 5}) {
-      for (Index m : {k, k + 33}) {
-        SCOPED_TRACE(testing::Message() << m << " rows, " << k << " reflections, " << n);
-        Padded panel = panelOf(m, k, k / 2), c = Padded::random(m, n, 2), ct = c, qraux(k, 1);
-        Padded old = panel, expected = c, expectedT = c;
-        for (Index l = 0; l < k; ++l) {
-          const Index back = k - 1 - l;
-          qraux.at(l, 0) = panel.at(l, l);
-          for (Index j = 0; j < n; ++j) {
-            reflectPlainly(m - back, &panel.at(back, back), &expected.at(back, j));
-            reflectPlainly(m - l, &panel.at(l, l), &expectedT.at(l, j));
-          }
-        }
-        {
-          const BlockReflector reflector({panel.data(), panel.ld, m, k}, qraux.data());
-          reflector.apply({c.data(), c.ld, m, n});
-          reflector.applyTransposed({ct.data(), ct.ld, m, n});
-        }
-        EXPECT_EQ(c.difference(expected, kTolerance), "");
-        EXPECT_EQ(ct.difference(expectedT, kTolerance), "");
-        EXPECT_EQ(panel.difference(old, 0.0), "") << "the panel is restored";
-      }
-    }
-  }
 }
 
 TEST(formOrthogonal, MultipliesTheReflections) {
@@ -154,7 +126,38 @@ void expectFactorization(Index n, Index p, int job, Index fixed) {
   EXPECT_EQ(jpvt, expected.jpvt);
 }
 
+// The norm is trusted while 1 + 0.05 t² (norm / reference)² is not 1, where t is the part that is
+// left.
+TEST(HouseholderKernels, DowndateNormsComparesWithTheReference) {
+  struct Row {
+    double norm, removed, reference, expected;
+  };
+  for (const Row& row : {Row{1.0, 0.6, 1e3, 0.8},
+                         {1.0, 0.6, 1e7, 0.8},
+                         {1.0, 0.6, 1e8, -1.0},
+                         {1.0, 1.0, 1.0, -1.0},
+                         {0.0, 0.0, 1.0, 0.0}}) {
+    double norm = row.norm;
+    const bool anyLost = vxKilnBase::kernels::active().householder->downdateNorms(
+        1, 0, &row.removed, &norm, &row.reference);
+    EXPECT_DOUBLE_EQ(norm, row.expected) << row.reference;
+    EXPECT_EQ(anyLost, row.expected < 0.0) << row.reference;
+  }
+}
+
+TEST(HouseholderKernels, IndexOfLargestIsTheFirst) {
+  const auto indexOfLargest = vxKilnBase::kernels::active().householder->indexOfLargest;
+  std::vector<double> x(25, -1.0);
+  EXPECT_EQ(indexOfLargest(25, x.data()), 0);
+  x[0] = std::nan("");
+  x[7] = x[9] = x[24] = 7.0;
+  EXPECT_EQ(indexOfLargest(25, x.data()), 7);
+}
+
 TEST(dqrdc, EqualsPlainLoops) {
+  for (Index n = 1; n <= 26; ++n) {
+    for (Index p = 1; p <= 26; ++p) expectFactorization(n, p, 1, n % 3 == 0 ? p / 5 : 0);
+  }
   // Below and above every switch point: eager, lazy, blocked, wide, very wide, tall.
   const std::pair<Index, Index> shapes[] = {
       {1, 1},   {1, 9},    {9, 1},    {8, 8},    {30, 30},  {50, 31},
