@@ -316,7 +316,8 @@ void TsparseMatrix::resizeMax(int maxRows, int maxCols, int maxElements) {
 // --- Removing
 
 int TsparseMatrix::removeCol(int c) {
-  return removeCols(IntVec(1, c));
+  const IntVec column(1, c);
+  return column.length() == 0 ? 0 : removeCols(column);
 }
 
 int TsparseMatrix::removeCols(const IntVec& columns) {
