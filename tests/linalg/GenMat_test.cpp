@@ -34,14 +34,13 @@ TYPED_TEST(GenMatFamily, ViewsShareAssignmentCopiesResizeKeepsTheCorner) {
   EXPECT_THAT(list(a.row(1)), ElementsAre(1, 3, 5));
   EXPECT_THAT(list(a.diagonal(1)), ElementsAre(2, 5));
   EXPECT_EQ(0U, a.diagonal(7).length() + a.diagonal(-7).length());
-  a.row(0) = TypeParam(8);
-  EXPECT_THAT(list(a), ElementsAre(8, 1, 8, 3, 8, 5));
 
   // A matrix over every second element of a vector.
   Vec<TypeParam> store = counting<TypeParam>(12);
   GenMat<TypeParam> spread(store.slice(0, 6, 2), 3, 2);
   EXPECT_THAT(list(spread.row(1)), ElementsAre(2, 8));
   EXPECT_THAT(list(spread.diagonal(-1)), ElementsAre(2, 10));
+  EXPECT_THAT(list(spread.col(1)), ElementsAre(6, 8, 10));
   spread.bcset(2, 0, 50);
   EXPECT_EQ(50, store(4));
 
@@ -49,23 +48,20 @@ TYPED_TEST(GenMatFamily, ViewsShareAssignmentCopiesResizeKeepsTheCorner) {
   view = GenMat<TypeParam>(counting<TypeParam>(6), 2, 3);
   own = TypeParam(9);
   EXPECT_THAT(list(a), ElementsAre(0, 1, 2, 3, 4, 5));
-
-  GenMat<TypeParam> higher = a.copy();
-  higher.resize(3, 3);  // the same number of columns
-  EXPECT_THAT(list(higher), ElementsAre(0, 1, 0, 2, 3, 0, 4, 5, 0));
-  a.resize(3, 4);
-  EXPECT_THAT(list(a), ElementsAre(0, 1, 0, 2, 3, 0, 4, 5, 0, 0, 0, 0));
-  a.resize(2, 6);  // the same number of elements, other rows
+  own = a;
+  own.resize(3, 3);  // the same number of columns
+  EXPECT_THAT(list(own), ElementsAre(0, 1, 0, 2, 3, 0, 4, 5, 0));
+  a.resize(2, 6);  // the same number of rows
   EXPECT_THAT(list(a.row(1)), ElementsAre(1, 3, 5, 0, 0, 0));
-  a.resize(0, 0);
+  a.resize(3, 4);  // the same number of elements
+  EXPECT_THAT(list(a), ElementsAre(0, 1, 0, 2, 3, 0, 4, 5, 0, 0, 0, 0));
   own.reference(view);
-  own.resize(3, 2);  // the same number of elements: the view keeps its own
+  own.resize(3, 2);  // the view keeps its elements
   EXPECT_THAT(list(own), ElementsAre(0, 1, 0, 2, 3, 0));
   EXPECT_THAT(list(view), ElementsAre(0, 1, 2, 3, 4, 5));
   own.reshape(4, 5);
-  EXPECT_EQ(20U, own.length());
   EXPECT_EQ(5U, own.cols());
-  EXPECT_EQ(0U, a.rows());
+  EXPECT_EQ(20U, own.length());
 }
 
 TYPED_TEST(GenMatFamily, ErrorsAndWhatIsDoneAfterThem) {
@@ -75,16 +71,16 @@ TYPED_TEST(GenMatFamily, ErrorsAndWhatIsDoneAfterThem) {
   M& a = this->a_;
   const M square(3U, 3U, TypeParam(1)), ones(2U, 3U, TypeParam(1));
   const std::string noProduct = "inner product not possible ",
+                    matrices = noProduct + name + " matrices (2,3) and (",
+                    diagonal = " not in " + name + " matrix of size (3x3)",
                     range = "Matrix pick out of range: index ",
                     noElement = " not in matrix of size (2x3)";
   auto pick = a.matPick(vectorOf({0}), vectorOf({0}));
   expectErrors({
       {[&] { a.bcrow(2); }, kRowError, "Row (2) not in matrix with 2 rows"},
       {[&] { a.bccol(-1); }, kColumnError, "Column (-1) not in matrix with 3 columns"},
-      {[&] { EXPECT_EQ(V(), square.bcdiagonal(3)); }, kDiagonalError,
-       "Diagonal -3 not in " + name + " matrix of size (3x3)"},
-      {[&] { square.bcdiagonal(-3); }, kDiagonalError,
-       "Diagonal 3 not in " + name + " matrix of size (3x3)"},
+      {[&] { EXPECT_EQ(V(), square.bcdiagonal(3)); }, kDiagonalError, "Diagonal -3" + diagonal},
+      {[&] { square.bcdiagonal(-3); }, kDiagonalError, "Diagonal 3" + diagonal},
       {[&] { a.bcset(-1, 1, 0); }, kElementError, "Element (-1x1)" + noElement},
       {[&] { a.bcval(2, 1); }, kElementError, "Element (2x1)" + noElement},
       {[&] { a.bcref(3, 0); }, kElementError, "Element (3x0)" + noElement},
@@ -96,11 +92,11 @@ TYPED_TEST(GenMatFamily, ErrorsAndWhatIsDoneAfterThem) {
       {[&] { pick = M(2U, 1U, TypeParam(0)); }, kMatrixSizesError,
        "Matrix sizes don't match (2x1) vs (1x1)"},
       {[&] { EXPECT_EQ(ones + ones, product(ones, ones)); }, kMatrixProductError,
-       noProduct + name + " matrices (2,3) and (2x3)"},
+       matrices + "2x3)"},
       {[&] { EXPECT_EQ(M(2U, 2U, 2), transProduct(ones, M(2U, 2U, 1))); }, kMatrixProductError,
-       noProduct + name + " matrices (2,3) and (2x2)"},
+       matrices + "2x2)"},
       {[&] { EXPECT_EQ(ones + ones, transposeProduct(M(3U, 2U, 1), ones)); }, kMatrixProductError,
-       noProduct + name + " matrices (2,3) and (2x3)"},
+       matrices + "2x3)"},
       {[&] { EXPECT_EQ(V(2U, 2), product(ones, V(2U, 1))); }, kMatrixVectorProductError,
        noProduct + "between " + name + " (2x3) and vector (2)"},
       {[&] { EXPECT_EQ(V(3U, 2), product(V(3U, 1), ones)); }, kVectorMatrixProductError,
@@ -148,35 +144,21 @@ TYPED_TEST(GenMatFamily, ProductsAndElementWiseOperators) {
 TYPED_TEST(GenMatFamily, Picks) {
   using M = GenMat<TypeParam>;
   M& a = this->a_;
-  const IntVec columns = vectorOf({2, 0}), rows(1U, 1);
-  EXPECT_THAT(list(M(a(rows, columns))), ElementsAre(5, 1));
-  auto pick = a.matPick(rows, columns);
+  const IntVec columns = vectorOf({2, 0});
+  auto pick = a.matPick(IntVec(1U, 1), columns);
+  EXPECT_THAT(list(M(pick)), ElementsAre(5, 1));
   pick = TypeParam(7);
   EXPECT_THAT(list(a), ElementsAre(0, 7, 2, 3, 4, 7));
-  pick = a.matPick(IntVec(1U, 0), columns);
+  pick = a(IntVec(1U, 0), columns);
   pick(0, 1) = 8;
   EXPECT_THAT(list(a), ElementsAre(0, 8, 2, 3, 4, 4));
   a.matPick(vectorOf({1, 0}), vectorOf({0, 1, 2})) = a;
   EXPECT_THAT(list(a), ElementsAre(8, 0, 3, 2, 4, 4));
 
   EXPECT_EQ(4.0, DoubleGenMat(IntGenMat(vectorOf({1, 2, 3, 4}), 2, 2))(1, 1));
-  EXPECT_EQ(DoubleVec(), DoubleGenMat().row(0) + DoubleVec());
-}
-
-TYPED_TEST(GenMatFamily, MatricesWithoutColumnsAssignTheirRows) {
-  GenMat<TypeParam> a(3, 0);
-  const GenMat<TypeParam> b(3, 0);
-  a.row(0) = b.row(0);
-  EXPECT_EQ(0U, b.row(2).copy().length());
-}
-
-TEST(DoubleGenMat, ReadsBackWhatIsNotFinite) {
-  const DoubleGenMat a(vectorOf({kInfinity, -kInfinity, 1.0, kNaN}), 2, 2);
-  std::stringstream text;
-  DoubleGenMat read;
-  text << a;
-  text >> read;
-  EXPECT_THAT(list(read), ElementsAre(kInfinity, -kInfinity, 1.0, testing::IsNan()));
+  M none(3, 0);
+  none.row(0) = M(3, 0).row(2);
+  EXPECT_EQ(0U, none.row(2).copy().length());
 }
 
 TYPED_TEST(GenMatFamily, TextFormRoundTripsAndRejectsBadInput) {

@@ -26,14 +26,12 @@ static_assert(Multiplied<IntVec, DoubleVec>);
 
 // Vectors and matrices of different sizes, one for each number.
 template <class View>
-View sample(int i);
-template <>
-DoubleVec sample<DoubleVec>(int i) {
-  return DoubleVec(static_cast<unsigned>(1 + i % 5), i);
-}
-template <>
-DoubleGenMat sample<DoubleGenMat>(int i) {
-  return DoubleGenMat(static_cast<unsigned>(1 + i % 3), static_cast<unsigned>(1 + i % 4), i);
+View sample(int i) {
+  const auto number = static_cast<unsigned>(i);
+  if constexpr (std::is_same_v<View, DoubleVec>)
+    return DoubleVec(1 + number % 5, i);
+  else
+    return DoubleGenMat(1 + number % 3, 1 + number % 4, i);
 }
 
 // The number of a sample.
@@ -66,13 +64,11 @@ TYPED_TEST(Views, EveryWayOfSwappingExchangesEverything) {
                        [](View& a, View& b) { swap(a, b); },
                        [](View& a, View& b) { std::ranges::swap(a, b); }};
   for (const Swap way : ways) {
-    View a = sample<View>(3), b = sample<View>(7);
-    View viewOfA = a;
+    View a = sample<View>(3), b = sample<View>(7), viewOfA = a;
     way(a, b);
     EXPECT_EQ(sample<View>(7), a);
-    EXPECT_EQ(sample<View>(3), b);
     viewOfA *= 2.0;  // b has the elements, not a copy of them
-    EXPECT_EQ(viewOfA, b);
+    EXPECT_EQ(sample<View>(3) * 2.0, b);
     way(a, a);
     EXPECT_EQ(sample<View>(7), a);
   }
@@ -90,8 +86,7 @@ TYPED_TEST(Views, MovedViewsTakeAnyAssignmentOthersCopyElements) {
   a *= 2.0;
   EXPECT_EQ(sample<View>(7), c);
   EXPECT_EQ(sample<View>(7) * 2.0, a);
-  view *= 0.5;
-  EXPECT_EQ(sample<View>(3), b);
+  EXPECT_EQ(view, b);
 }
 
 TYPED_TEST(Views, SortAndInsertInPlainContainers) {
@@ -99,9 +94,8 @@ TYPED_TEST(Views, SortAndInsertInPlainContainers) {
   std::vector<View> views;
   std::vector<int> expected;
   for (int i = 0; i < 100; ++i) {
-    const int number = i * 37 % 100;
-    views.insert(views.begin() + i / 2, sample<View>(number));
-    expected.insert(expected.begin() + i / 2, number);
+    views.insert(views.begin() + i / 2, sample<View>(i * 37 % 100));
+    expected.insert(expected.begin() + i / 2, i * 37 % 100);
   }
   this->expectSamples(expected, views);
   std::ranges::stable_sort(views, std::ranges::greater(), [](const View& v) { return key(v); });
@@ -147,15 +141,14 @@ TYPED_TEST(Views, OwnedElementsAreTheirOwn) {
   const double* before = shared.data();
   Owned<View> a = shared, b = a, taken = sample<View>(4);
   shared *= 2.0;
-  EXPECT_EQ(sample<View>(3), a);
   a *= 3.0;
+  EXPECT_EQ(sample<View>(3) * 3.0, a);
   EXPECT_EQ(sample<View>(3), b);
   const View view = b;
   b = sample<View>(7);
-  EXPECT_EQ(sample<View>(7), b);
-  EXPECT_EQ(sample<View>(3), view);
   b = *&b;
   EXPECT_EQ(sample<View>(7), b);
+  EXPECT_EQ(sample<View>(3), view);
   const double* elements = b.data();
   taken = std::move(b);
   EXPECT_EQ(sample<View>(7), taken);
