@@ -78,8 +78,7 @@ TYPED_TEST(PackedFamily, StoresOneTriangleAndReadsAsTheFullMatrix) {
 
 TYPED_TEST(PackedFamily, WritesThroughEveryDoor) {
   auto a = this->counted();
-  const int i = this->kUpper ? 1 : 3;
-  const int j = this->kUpper ? 3 : 1;
+  const int i = this->kUpper ? 1 : 3, j = this->kUpper ? 3 : 1;
   a(i, j) = 20.0;
   EXPECT_EQ(20.0, a.dataVec()(7));
   a.ref(i, j) += 1.0;
@@ -103,49 +102,39 @@ TYPED_TEST(PackedFamily, ViewsShareAssignmentCopies) {
   spread = a;
   EXPECT_EQ(this->countedInFull(), DoubleGenMat(spread));
   EXPECT_EQ(0.0, sum(store.slice(1, kElements, 2)));
-
-  Mat leading = spread.leadingSubmatrix(3);
+  Mat leading = spread.leadingSubmatrix(3), apart(a), other;
   leading(1, 1) = 50.0;
   EXPECT_EQ(50.0, store(4));
   EXPECT_EQ(3U, leading.rows());
   EXPECT_EQ(a, a.leadingSubmatrix(kOrder));
   EXPECT_EQ(Mat(), a.leadingSubmatrix(0));
 
-  Mat shared(a), own = a.copy(), apart(a), other;
   apart.deepenShallowCopy();
   other.reference(a);
   a.zero();
-  EXPECT_EQ(a, shared);
   EXPECT_EQ(a, other);
-  EXPECT_EQ(own, apart);
-  EXPECT_EQ(120.0, sum(own));
-
-  own.resize(7, 7);
-  EXPECT_EQ(apart, own.leadingSubmatrix(kOrder));
-  EXPECT_EQ(120.0, sum(own));
-  own.resize(2, 2);
-  EXPECT_THAT(list(own), ElementsAre(1, 2, 3));
-  own.reshape(6, 6);
-  EXPECT_EQ(21U, own.length());
-  swap(own, apart);
+  apart.resize(7, 7);
+  EXPECT_EQ(120.0, sum(apart));
+  EXPECT_EQ(this->countedInFull(), DoubleGenMat(apart.leadingSubmatrix(kOrder)));
+  apart.resize(2, 2);
+  EXPECT_THAT(list(apart), ElementsAre(1, 2, 3));
+  other.reshape(6, 6);
+  EXPECT_EQ(21U, other.length());
+  swap(other, apart);
   EXPECT_EQ(6U, apart.cols());
-  EXPECT_EQ(this->countedInFull(), DoubleGenMat(own));
+  EXPECT_EQ(3U, other.copy().length());
 }
 
 TYPED_TEST(PackedFamily, ArithmeticKeepsTheZeros) {
   const auto a = this->counted();
   const DoubleGenMat full = this->countedInFull();
-  EXPECT_EQ(full + full, DoubleGenMat(a + a));
-  EXPECT_EQ(full * full * 3.0, DoubleGenMat(3.0 * (a * a)));
+  EXPECT_EQ(full * full * 3.0 - full, DoubleGenMat(3.0 * (a * a) + -a));
   auto b = a.copy();
   ++b;
   b -= a;
   EXPECT_EQ(DoubleVec(kElements, 1.0), b.dataVec());
-  EXPECT_EQ(full, DoubleGenMat(a / b));
-  EXPECT_EQ(-full, DoubleGenMat(-a));
-  EXPECT_EQ(a, abs(-a));
+  EXPECT_EQ(a, abs(-a / b));
   EXPECT_EQ(full * 0.5, DoubleGenMat(a.apply([](double x) { return x / 2; })));
-  EXPECT_NE(a, b);
   EXPECT_NE(a, a.leadingSubmatrix(4));
 }
 
@@ -153,14 +142,14 @@ TYPED_TEST(PackedFamily, ProductsAreThoseOfTheFullMatrix) {
   using Mat = PackedMat<TypeParam>;
   for (const unsigned n : {0U, 1U, 2U, 7U, 8U, 9U, 17U, 40U}) {
     const unsigned count = n * (n + 1) / 2;
-    const DoubleVec elements = randomVector(2 * count, n), v = randomVector(2 * n, 99);
-    const Mat a(elements.slice(0, count, 2), n, n);
-    const DoubleVec every(v.slice(0, n, 2));
+    const Mat a(randomVector(2 * count, n).slice(0, count, 2), n, n);
+    const DoubleVec every = randomVector(2 * n, 99).slice(0, n, 2);
     const DoubleGenMat full(a);
+    const double tolerance = n * kEpsilon * norm2(full);
     for (const DoubleVec& x : {every, every.copy()}) {
       for (const Mat& packed : {a, a.copy()}) {
-        EXPECT_LE(norm2(product(packed, x) - product(full, x)), n * kEpsilon * norm2(full) + 0.0);
-        EXPECT_LE(norm2(product(x, packed) - product(x, full)), n * kEpsilon * norm2(full) + 0.0);
+        EXPECT_LE(norm2(product(packed, x) - product(full, x)), tolerance);
+        EXPECT_LE(norm2(product(x, packed) - product(x, full)), tolerance);
       }
     }
   }
@@ -168,28 +157,25 @@ TYPED_TEST(PackedFamily, ProductsAreThoseOfTheFullMatrix) {
 
 TYPED_TEST(PackedFamily, TextIsThatOfTheFullMatrix) {
   using Mat = PackedMat<TypeParam>;
-  auto a = this->counted();
-  std::ostringstream text, textOfFull;
+  const auto a = this->counted();
+  std::stringstream text, textOfFull;
   text << a;
   textOfFull << this->countedInFull();
   EXPECT_EQ(textOfFull.str(), text.str());
   Mat back(2);
-  std::istringstream stream(text.str());
-  stream >> back;
+  text >> back;
   EXPECT_EQ(a, back);
 
   RecordedMathErrors errors;
-  const std::string name = Mat::className;
+  const std::string name = Mat::className, count = "wrong number of elements (";
   for (const char* wrong : {"2x2 [1 2 3 ]", "2x2 [1 2 3 4", "2x3 [1 2 3 4 5 6]"}) {
-    std::istringstream wrongStream(wrong);
-    wrongStream >> back;
+    std::istringstream(wrong) >> back;
     EXPECT_EQ(a, back) << wrong;
   }
-  EXPECT_THAT(errors.takeTexts(), ElementsAre("wrong number of elements (3) for " + name + " (2x2)",
-                                              "wrong number of elements (4) for " + name + " (2x2)",
-                                              "2x3 matrix not square"));
-  std::istringstream twoNumbers("2x2 [1 2 3 4]");
-  twoNumbers >> back;
+  EXPECT_THAT(errors.takeTexts(),
+              ElementsAre(count + "3) for " + name + " (2x2)", count + "4) for " + name + " (2x2)",
+                          "2x3 matrix not square"));
+  std::istringstream("2x2 [1 2 3 4]") >> back;
   if (this->kLower || this->kUpper) {
     EXPECT_EQ(a, back);
     EXPECT_THAT(errors.takeTexts(), ElementsAre(std::string("Can't change element (") +
@@ -201,33 +187,26 @@ TYPED_TEST(PackedFamily, TextIsThatOfTheFullMatrix) {
 
 TYPED_TEST(PackedFamily, ErrorsCarryTheirNumbers) {
   using Mat = PackedMat<TypeParam>;
-  const std::string name = Mat::className;
+  const std::string name = Mat::className, inner = "inner product not possible ",
+                    size = " not in matrix of size (2x2)", square = " matrix not square",
+                    leading = " leading submatrix of order 5 matrix",
+                    lengths = "[VNMATCH: DoubleVec]: Vector lengths do not match ";
   auto a = this->counted();
   const auto view = a.leadingSubmatrix(2);  // what it lacks is in the storage all the same
   auto small = view.copy();
   const DoubleVec two(2U, 1.0);
-  struct Case {
-    std::function<void()> call;
-    std::vector<std::string> errors;
-  };
-  const std::string inner = "inner product not possible ";
-  const Case cases[] = {
-      {[&] { view.bcval(2, 0); }, {"Element (2x0) not in matrix of size (2x2)"}},
-      {[&] { view.bcval(0, 2); }, {"Element (0x2) not in matrix of size (2x2)"}},
-      {[&] { view.bcval(1, -1); }, {"Element (1x-1) not in matrix of size (2x2)"}},
-      {[&] { a = small; },
-       {"Matrix sizes don't match (2x2) vs (5x5)",
-        "[VNMATCH: DoubleVec]: Vector lengths do not match (15 vs 3)"}},
-      {[&] { small += a; },
-       {"Matrix sizes don't match (5x5) vs (2x2)",
-        "[VNMATCH: DoubleVec]: Vector lengths do not match (3 vs 15)"}},
+  const std::pair<std::function<void()>, std::vector<std::string>> cases[] = {
+      {[&] { view.bcval(2, 0); }, {"Element (2x0)" + size}},
+      {[&] { view.bcval(0, 2); }, {"Element (0x2)" + size}},
+      {[&] { view.bcval(1, -1); }, {"Element (1x-1)" + size}},
+      {[&] { a = small; }, {"Matrix sizes don't match (2x2) vs (5x5)", lengths + "(15 vs 3)"}},
+      {[&] { small += a; }, {"Matrix sizes don't match (5x5) vs (2x2)", lengths + "(3 vs 15)"}},
       {[&] { EXPECT_EQ(2U, Mat(two, 3, 2).rows()); },
-       {"3x2 matrix not square", "Wrong number of points (2) for 2x2 " + name}},
+       {"3x2" + square, "Wrong number of points (2) for 2x2 " + name}},
       {[&] { EXPECT_EQ(0U, a.leadingSubmatrix(-1).rows()); },
-       {"cant build order 4294967295 leading submatrix of order 5 matrix"}},
-      {[&] { EXPECT_EQ(a, a.leadingSubmatrix(6)); },
-       {"cant build order 6 leading submatrix of order 5 matrix"}},
-      {[&] { small.resize(1, 3); }, {"1x3 matrix not square"}},
+       {"cant build order 4294967295" + leading}},
+      {[&] { EXPECT_EQ(a, a.leadingSubmatrix(6)); }, {"cant build order 6" + leading}},
+      {[&] { small.resize(1, 3); }, {"1x3" + square}},
       {[&] { EXPECT_EQ(5U, product(a, two).length()); },
        {inner + "between " + name + " (5x5) and vector (2)"}},
       {[&] { EXPECT_EQ(5U, product(two, a).length()); },
@@ -266,11 +245,8 @@ TEST(TriangularMat, OutsideTheTriangleIsAConstantZero) {
 }
 
 TEST(PackedConversions, TakeTheTrianglesOfTheLeadingSquare) {
-  const DoubleGenMat a(vectorOf({1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0, 8.0, 10.0}), 3, 3);
-  EXPECT_THAT(list(toLowerTriMat(a)), ElementsAre(1, 2, 5, 3, 6, 10));
-  EXPECT_THAT(list(toUpperTriMat(a)), ElementsAre(1, 4, 5, 7, 8, 10));
-  EXPECT_THAT(list(toSymMat(a)), ElementsAre(1, 3, 5, 5, 7, 10));
-  const DoubleGenMat tall(a.dataVec().slice(0, 6), 3, 2), wide(a.dataVec().slice(0, 6), 2, 3);
+  const DoubleVec elements = vectorOf({1.0, 2.0, 3.0, 4.0, 5.0, 6.0});
+  const DoubleGenMat tall(elements, 3, 2), wide(elements, 2, 3);
   EXPECT_THAT(list(toSymMat(tall)), ElementsAre(1, 3, 5));
   EXPECT_THAT(list(toSymMat(wide)), ElementsAre(1, 2.5, 4, 2.5, 3, 0));
   EXPECT_THAT(list(toLowerTriMat(wide)), ElementsAre(1, 2, 4, 0, 0, 0));
