@@ -60,10 +60,8 @@ TEST(Allocation, AnOperationTakesMemoryForItsResultOnly) {
         [&] { a.vecLen(); }, [&] { a.clampZero(0.5); }};
     for (const auto& operation : noResult) EXPECT_EQ(0, allocationsOf(operation));
   }
-  const DoubleGenMat m(60U, 50U, 1.5), square(50U, 50U, 0.5);
-  EXPECT_EQ(1, allocationsOf([&] { product(m, square); }));
+  const DoubleGenMat m(60U, 50U, 1.5);
   EXPECT_EQ(1, allocationsOf([&] { product(m, m.row(0)); }));
   EXPECT_EQ(1, allocationsOf([&] { transposeProduct(m, m); }));
   EXPECT_EQ(1, allocationsOf([&] { m + m; }));
-  EXPECT_EQ(1, allocationsOf([&] { transpose(m); }));
 }
