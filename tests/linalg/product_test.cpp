@@ -67,14 +67,13 @@ TEST(Product, EverySmallShapeAndSomeOfManyBlocks) {
 }
 
 TEST(Product, MatrixTimesVector) {
-  for (const unsigned m : {0U, 1U, 3U, 7U, 8U, 9U, 31U, 64U, 65U, 71U, 72U, 130U, 333U}) {
-    for (const unsigned n : {0U, 1U, 2U, 5U, 8U, 13U, 64U, 127U, 150U, 300U}) {
-      SCOPED_TRACE(testing::Message() << m << " by " << n);
+  for (const unsigned m : {0U, 1U, 3U, 8U, 9U, 31U, 65U, 72U, 130U, 333U}) {
+    for (const unsigned n : {0U, 1U, 5U, 8U, 13U, 64U, 127U, 300U}) {
       const DoubleGenMat a = randomMatrix(m, n, m + n), right = randomMatrix(n, 1, m),
                          left = randomMatrix(1, m, n);
       const auto check = [&](const DoubleGenMat& same, const DoubleVec& x, const DoubleVec& y) {
-        EXPECT_LE(residual(a, right, DoubleGenMat(product(same, x), m, 1)), 1.0);
-        EXPECT_LE(residual(left, a, DoubleGenMat(product(y, same), 1, n)), 1.0);
+        EXPECT_LE(residual(a, right, DoubleGenMat(product(same, x), m, 1)), 1.0) << m << ' ' << n;
+        EXPECT_LE(residual(left, a, DoubleGenMat(product(y, same), 1, n)), 1.0) << m << ' ' << n;
       };
       check(a, right, left);
       check(scattered(a), right, left);
