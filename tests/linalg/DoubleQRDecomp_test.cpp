@@ -74,6 +74,16 @@ TEST(DoubleQRDecomp, FactorsAndSolutionsAreExactToRounding) {
   }
 }
 
+// Column 1 has no rest after column 2, but its rounded norm is not 0. Whether the norm is computed
+// afresh depends on the first norm of column 1, not on that of column 2, whose place it takes.
+TEST(DoubleQRDecomp, PivotsByTrueNormsWhereTheyCancel) {
+  DoubleGenMat last(4, 4, 0.0);
+  last.row(0) = vectorOf({2.0, 1.0, 0.0, 0.0});
+  last.row(1) = vectorOf({0.0, std::sqrt(91.5 * kEpsilon), 2e-7, 0.0});
+  last(2, 3) = 1e-9;
+  EXPECT_THAT(list(DoubleQRDecomp(last).pivots()), ElementsAre(0, 2, 3, 1));
+}
+
 TEST(DoubleQRDecomp, LayoutIsTheHouseholderVectorsBelowR) {
   // R(0, 0) has the sign opposite to that of the first element, the vector is (1.6, 0.8), and the
   // last row has no transformation.
