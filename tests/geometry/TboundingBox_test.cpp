@@ -20,23 +20,16 @@ using testing::ElementsAre;
 
 namespace {
 
-// The minimum, then the maximum.
-std::vector<double> corners(const TboundingBox& box) {
-  std::vector<double> both = list(box.minCorner());
-  for (const double x : list(box.maxCorner())) both.push_back(x);
-  return both;
-}
-
-std::string written(const TboundingBox& box, void (TboundingBox::*write)(std::ostream&) const) {
+std::string text(const TboundingBox& box) {
   std::ostringstream stream;
-  (box.*write)(stream);
+  box.printOn(stream);
   return stream.str();
 }
-std::string text(const TboundingBox& box) {
-  return written(box, &TboundingBox::printOn);
-}
+
 std::string raw(const TboundingBox& box) {
-  return written(box, &TboundingBox::printRaw);
+  std::ostringstream stream;
+  box.printRaw(stream);
+  return stream.str();
 }
 
 // From (0, 10, 20) to (1, 12, 23).
@@ -55,19 +48,19 @@ DoubleVec randomElements(std::mt19937& random, int count) {
   return elements;
 }
 
-std::vector<double> mergedOneByOne(TboundingBox box, const TtupleVector& points, int rational) {
-  std::vector<double> expected = corners(box);
-  const std::size_t n = expected.size() / 2;
+TboundingBox mergedOneByOne(const TboundingBox& box, const TtupleVector& points, int rational) {
+  DoubleVec low = box.minCorner().copy(), high = box.maxCorner().copy();
   for (int i = 0; i < points.points(); ++i) {
-    const std::vector<double> p = list(points[i]);
-    double factor = rational == 0 ? 1.0 : std::fabs(p[n]) > 1e-9 ? 1.0 / p[n] : 1.0;
+    const DoubleVec p = points[i];
+    const double weight = rational == 0 ? 1.0 : p(box.boxDim());
+    double factor = std::fabs(weight) > 1e-9 ? 1.0 / weight : 1.0;
     if (std::fabs(factor - 1.0) <= 1e-9) factor = 1.0;
-    for (std::size_t k = 0; k < n; ++k) {
-      expected[k] = std::fmin(expected[k], p[k] * factor);
-      expected[n + k] = std::fmax(expected[n + k], p[k] * factor);
+    for (int k = 0; k < box.boxDim(); ++k) {
+      low(k) = std::fmin(low(k), p(k) * factor);
+      high(k) = std::fmax(high(k), p(k) * factor);
     }
   }
-  return expected;
+  return {low, high};
 }
 
 }  // namespace
@@ -77,35 +70,30 @@ TEST(TboundingBox, MergesWhatComparingPointsOneByOneGives) {
   std::mt19937 random(31);
   for (int round = 0; round < 4000; ++round) {
     const int size = 1 + static_cast<int>(random() % 6);
-    const int n = static_cast<int>(random() % 6);
     const int count = static_cast<int>(random() % 30);
     const int rational = random() % 2 == 0 ? 0 : 4;
-    const int stride = random() % 2 == 0 ? 1 : -3;
-    const DoubleVec all = randomElements(random, 3 * size * count + 1);
-    const int start = stride == 1 ? 1 : 3 * size * count;
-    const DoubleVec elements = all.slice(start, static_cast<unsigned>(size * count), stride);
+    const DoubleVec all = randomElements(random, 3 * size * count);
+    const int stride = random() % 2 == 0 ? 1 : 3;
+    const DoubleVec elements = all.slice(0, static_cast<unsigned>(size * count), stride);
     const TtupleVector points(size, elements);
-    TboundingBox box(n);
-    const bool fits = size >= n + (rational == 0 ? 0 : 1);
-    const auto expected = fits ? mergedOneByOne(box, points, rational) : corners(box);
-    TboundingBox ofGrid = box;
+    TboundingBox box(static_cast<int>(random() % 6)), ofGrid = box;
+    const bool fits = size >= box.boxDim() + (rational == 0 ? 0 : 1);
+    const TboundingBox expected = fits ? mergedOneByOne(box, points, rational) : box;
     EXPECT_EQ(fits ? 1 : 0, box.merge(points, rational));
     EXPECT_EQ(fits ? 1 : 0, ofGrid.merge(TtupleMatrix(size, 1, count, elements), rational));
-    ASSERT_EQ(expected, corners(box)) << round;
-    ASSERT_EQ(expected, corners(ofGrid)) << round;
+    ASSERT_EQ(expected.minCorner(), box.minCorner()) << round;
+    ASSERT_EQ(expected.maxCorner(), box.maxCorner()) << round;
+    ASSERT_EQ(text(box), text(ofGrid)) << round;
   }
 }
 
 TEST(TboundingBox, TakesItsDimensionFromWhatMakesIt) {
   const TtupleVector points(3, vectorOf({2.0, 8.0, 2.0, 9.0, 3.0, 3.0}));
   const std::pair<TboundingBox, std::string> cases[] = {
-      {{}, "() to ()"},
-      {TboundingBox(2), "(0, 0) to (0, 0)"},
       {TboundingBox(-1), "() to ()"},
       {{vectorOf({5.0, 6.5, 7.0}), vectorOf({1.0, 2.0})}, "(5, 6.5) to (1, 2)"},
       {{points, 0}, "(2, 3, 2) to (9, 8, 3)"},
       {{TtupleMatrix(3, 2, 1, points.data()), 1}, "(1, 1) to (3, 4)"},
-      {{TtupleVector(), 1}, "() to ()"},
       {{TtupleMatrix(), 1}, "() to ()"},
       {{TtupleVector(2, 0, 0.0), 1}, "(1.79769e+308) to (-1.79769e+308)"},
   };
@@ -127,30 +115,28 @@ TEST(TboundingBox, IsAValueThatKeepsItsDimension) {
 }
 
 TEST(TboundingBox, MeasuresAndCuts) {
-  TboundingBox box = block(), part(3), flat(2);
+  TboundingBox box = block(), flat(2);
   EXPECT_THAT(list(box.center()), ElementsAre(0.5, 11, 21.5));
   EXPECT_EQ(3.0, box.maxSize());
   EXPECT_EQ(std::sqrt(14.0), box.size());
   const DoubleVec a = vectorOf({-1.0, 0.5, 1.0}), b = vectorOf({2.0, 1.0, 0.0});
-  EXPECT_EQ(1, box.cut(a, b, part));
   EXPECT_EQ(0, box.cut(a, b, flat));
-  EXPECT_EQ(0, box.cut(DoubleVec(2, 0.0), b, part));
-  EXPECT_EQ(0, box.cut(a, DoubleVec(4, 0.0), part));
+  EXPECT_EQ(0, box.cut(DoubleVec(2, 0.0), b, box));
+  EXPECT_EQ(0, box.cut(a, DoubleVec(4, 0.0), box));
   EXPECT_EQ(1, box.cut(a, b, box));
-  for (const TboundingBox& cut : {part, box}) EXPECT_EQ("(-1, 11, 23) to (2, 12, 20)", text(cut));
+  EXPECT_EQ("(-1, 11, 23) to (2, 12, 20)", text(box));
   kilntest::RecordedMathErrors errors;
   EXPECT_EQ(0.0, TboundingBox().maxSize());
   EXPECT_EQ(vxKilnBase::kEmptyVectorError, errors.takeAll().front().number);
 }
 
 TEST(TboundingBox, PointsMayLieAMillionthOutside) {
-  const std::pair<std::vector<double>, int> cases[] = {
-      {{0, 10, 20}, 1},          {{1, 12, 23}, 1},     {{0.0 - 1e-6, 11, 21}, 1},
-      {{0, 12.0 + 1e-6, 21}, 1}, {{-2e-6, 11, 21}, 0}, {{0, 11, 23 + 2e-6}, 0},
-      {{kNaN, 11, 21}, 0},       {{0, 11}, 0},         {{0, 11, 21, 0}, 0},
-  };
-  for (const auto& [point, isInside] : cases) {
-    const DoubleVec p(point.data(), static_cast<unsigned>(point.size()));
+  const std::pair<DoubleVec, int> cases[] = {
+      {vectorOf({0.0 - 1e-6, 11.0, 21.0}), 1}, {vectorOf({0.0, 12.0 + 1e-6, 21.0}), 1},
+      {vectorOf({-2e-6, 11.0, 21.0}), 0},      {vectorOf({0.0, 11.0, 23 + 2e-6}), 0},
+      {vectorOf({kNaN, 11.0, 21.0}), 0},       {vectorOf({0.0, 11.0}), 0},
+      {vectorOf({0.0, 11.0, 21.0, 0.0}), 0}};
+  for (const auto& [p, isInside] : cases) {
     EXPECT_EQ(isInside, block().isInside(p)) << p;
     EXPECT_EQ(isInside, block().intersect(p, DoubleVec(p.length(), 0.0), 0.0)) << p;
   }
@@ -162,11 +148,10 @@ TEST(TboundingBox, RaysHitFacesAheadWithTheirAsymmetricTolerance) {
   const TboundingBox box(DoubleVec(3, -1.0), DoubleVec(3, 1.0));
   for (const int axis : {0, 1, 2}) {
     for (const double side : {-1.0, 1.0}) {
-      const int other = (axis + 1) % 3;
       const auto hits = [&](double speed, double maxParam, double offset = 0.5) {
         DoubleVec origin(3, 0.5), direction(3, 0.0);
         origin(axis) = 3.0 * side;
-        origin(other) = offset;
+        origin((axis + 1) % 3) = offset;
         direction(axis) = speed * side;
         return box.intersect(origin, direction, maxParam);
       };
@@ -176,10 +161,8 @@ TEST(TboundingBox, RaysHitFacesAheadWithTheirAsymmetricTolerance) {
       EXPECT_EQ(1, hits(-1.0, 2.5));
       EXPECT_EQ(0, hits(-1e-6, -1.0));
       EXPECT_EQ(1, hits(-1.1e-6, -1.0));
-      for (const double sign : {-1.0, 1.0}) {
-        EXPECT_EQ(1, hits(-1.0, -1.0, 1.0000009 * sign));
-        EXPECT_EQ(0, hits(-1.0, -1.0, 1.000002 * sign));
-      }
+      EXPECT_EQ(1, hits(-1.0, -1.0, 1.0000009 * side));
+      EXPECT_EQ(0, hits(-1.0, -1.0, 1.000002 * side));
       EXPECT_EQ(side > 0 && axis > 0 ? 0 : 1, hits(2e6, -1.0));  // at a parameter of -1e-6
       EXPECT_EQ(0, hits(1e6, -1.0));
     }
