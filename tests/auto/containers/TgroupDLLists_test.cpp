@@ -13,8 +13,7 @@ using testing::ElementsAre;
 namespace {
 
 // List i has i elements.
-class Group : public TgroupDLLists {
- public:
+struct Group : TgroupDLLists {
   using TgroupDLLists::clear;
   using TgroupDLLists::slot;
 
@@ -46,7 +45,6 @@ TEST(TgroupDLLists, UsesTheListsThatItIsTold) {
   const Group other(4, chosen.slice(0, 3, 2));
   chosen = 0;
   EXPECT_THAT(list(group.usingIndices()), ElementsAre(3, 1, 3));
-  EXPECT_EQ(7, group.totalActiveLength());
   EXPECT_EQ(7, other.totalActiveLength());
   IntVec shared = group.usingIndices();
   shared(1) = -1;
@@ -64,7 +62,6 @@ TEST(TgroupDLLists, ACopyHasTheSameListsAndIndices) {
   *views[1] = group;
   for (const Group* view : views) {
     EXPECT_EQ(group.usingIndices().data(), view->usingIndices().data());
-    EXPECT_EQ(3, view->length());
     EXPECT_EQ(group.listB(2), view->listB(2));
   }
   EXPECT_EQ(group.listB(2), (*reinterpret_cast<TrestrictedLinkedList***>(&group))[2]);
