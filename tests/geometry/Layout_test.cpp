@@ -76,6 +76,7 @@ static_assert(kCanBeReset<T4dDblVector, Tquaternion, TunitQuaternion, T4dDblMatr
 constexpr T4dDblMatrix kScaledAndMoved =
     T4dDblMatrix(Tscale(2, 3, 4)) * T4dDblMatrix(T4dDblVector(1, 2, 3));
 static_assert(T4dDblPoint(1, 1, 1, 2) * kScaledAndMoved == T4dDblPoint(4, 7, 10, 2));
+static_assert(T4dDblVector(1, 1, 1) * kScaledAndMoved == T4dDblVector(2, 3, 4));
 
 template <class T>
 T at(const void* object, std::size_t offset) {

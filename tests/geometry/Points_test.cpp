@@ -25,7 +25,9 @@ TEST(Points, IndicesBeyondTheLastComponentMeanTheLast) {
   EXPECT_EQ(to, from + (to - from));
   EXPECT_EQ(from, to - T4dDblVector(3, 4, 6));
   EXPECT_EQ(T4dDblVector(1, 2, 3), from);
+  EXPECT_EQ(from, T4dDblVector(1, 2, 3));
   EXPECT_NE(to, T4dDblVector(1, 2, 3));
+  EXPECT_NE(T4dDblVector(1, 2, 3), to);
 }
 
 TEST(Points, EquivalenceIsInclusiveForPointsAndStrictForVectors) {
@@ -58,6 +60,7 @@ TEST(Points, AreRowsOnTheLeftAndColumnsOnTheRight) {
   m.setOrientation(a, b, c);
   T4dDblVector v(1, 2, 3);
   EXPECT_EQ(T4dDblVector(38, 44, 50), T4dDblVector(v).postmultBy(m));
+  EXPECT_EQ(T4dDblVector(14, 38, 62), T4dDblVector(v).premultBy(m));
   EXPECT_EQ(T4dDblVector(14, 38, 62), m * v);
   EXPECT_EQ(T3dDblPoint(51, 58, 65), T3dDblPoint(v).postmultBy(m));
   T4dDblPoint p(1, 2, 3, 2);

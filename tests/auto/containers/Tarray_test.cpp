@@ -157,6 +157,8 @@ TEST(Tarray, FindsElementsByTheirBytes) {
   Doubles array(2);
   for (const double value : {1.0, -0.0, 0.0, kNaN, 1.0}) array.addLast(value);
   std::size_t index = 99;
+  EXPECT_EQ(0, array.find(1.0, index));
+  EXPECT_EQ(0U, index);
   EXPECT_EQ(0, array.find(0.0, index));
   EXPECT_EQ(2U, index);
   EXPECT_EQ(array.kNotFound, array.find(2.0, index));

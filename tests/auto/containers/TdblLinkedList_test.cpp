@@ -99,6 +99,7 @@ TEST(TdblLinkedList, TheCursorStaysOnASentinelAndComesBackFromThere) {
   EXPECT_EQ(first, list.next());
   EXPECT_EQ(first, list.getElement(-1));
   EXPECT_EQ(2, list.elementIndex(&stranger));
+  EXPECT_EQ(1, list.inList(headOf(list)));
   EXPECT_EQ(1, list.inList(tailOf(list)));
   EXPECT_EQ(0, list.inList(&stranger));
   EXPECT_EQ(0, list.inList(nullptr));
@@ -116,6 +117,7 @@ TEST(TdblLinkedList, TheCursorStaysOnASentinelAndComesBackFromThere) {
   Item twin(static_cast<const Item&>(*first));
   *last = twin;
   EXPECT_EQ(nullptr, twin.next());
+  EXPECT_EQ(nullptr, twin.prev());
   EXPECT_EQ(first, last->prev());
 }
 

@@ -62,6 +62,7 @@ TEST(TgroupDLLists, ACopyHasTheSameListsAndIndices) {
   *views[1] = group;
   for (const Group* view : views) {
     EXPECT_EQ(group.usingIndices().data(), view->usingIndices().data());
+    EXPECT_EQ(3, view->length());
     EXPECT_EQ(group.listB(2), view->listB(2));
   }
   EXPECT_EQ(group.listB(2), (*reinterpret_cast<TrestrictedLinkedList***>(&group))[2]);

@@ -65,7 +65,8 @@ TEST(TnumberSequence, EditsFollowAModel) {
   }
   for (const int i : {-1, s.length()}) EXPECT_EQ(0, s.remove(i));
   s.add(1.0, 0);
-  EXPECT_EQ(static_cast<int>(model.size()), s.length());
+  s.add(s.data());
+  EXPECT_EQ(2 * static_cast<int>(model.size()), s.length());
 }
 
 TEST(TnumberSequence, CopiesAreIndependentAndReferencesDetachOnEdits) {

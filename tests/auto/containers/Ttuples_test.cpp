@@ -76,11 +76,9 @@ TEST(TtupleVector, ConstructorsRaiseSizesBelowOneButForRows) {
   const double values[] = {1, 2, 3, 4, 5, 6};
   const double* rows[] = {values, values + 2, values + 1};
   const std::tuple<TtupleVector, int, Numbers> cases[] = {
-      {{2, 2, 0}, 2, {0, 0, 0, 0}},
-      {{0, 5, 1.0}, 1, {}},
-      {{-3, -2, values}, 1, {}},
-      {{-1, counting<double>(2)}, 1, {0, 1}},
-      {{2, 3, rows}, 2, {2, 4, 3, 0, 0, 0}},
+      {{2, 2, 0}, 2, {0, 0, 0, 0}},      {{0, 5, 1.0}, 1, {}},
+      {{-3, -2, values}, 1, {}},         {{-1, counting<double>(2)}, 1, {0, 1}},
+      {{2, 2, values}, 2, {1, 2, 3, 4}}, {{2, 3, rows}, 2, {2, 4, 3, 0, 0, 0}},
       {{-1, 3, rows}, -1, {}},
   };
   for (const auto& [v, size, elements] : cases) {
@@ -126,6 +124,7 @@ TEST(TtupleMatrix, RowsColumnsAndSubGridsAreNew) {
   TtupleMatrix m = grid();
   const std::pair<Numbers, Numbers> cases[] = {
       {list(m(1, 1)), {8, 9}},
+      {list(m.column(1)), {6, 7, 8, 9, 10, 11}},
       {list(m.rowVector(2).data()), {4, 5, 10, 11}},
       {list(m.rows(vectorOf({2, 2, 0})).data()), {4, 5, 4, 5, 0, 1, 10, 11, 10, 11, 6, 7}},
       {list(m.cols(vectorOf({1})).data()), {6, 7, 8, 9, 10, 11}},
@@ -186,6 +185,7 @@ TEST(TtuplesDeathTest, WrongPointsAreReportedAndWrongComponentsAreEmpty) {
   EXPECT_DEATH(v.setPoints(vectorOf({0, 5}), pairs(2)), text("index, 5", "Vector LINE 36"));
   EXPECT_DEATH(grid()(3, 9), text("row, 3", "Matrix LINE 37"));
   EXPECT_DEATH(grid().row(-1), text("row, -1", "Matrix LINE 37"));
+  EXPECT_DEATH(grid()(2, 2), text("column, 2", "Matrix LINE 41"));
   EXPECT_DEATH(grid().cols(vectorOf({0, -1})), text("column, -1", "Matrix LINE 41"));
   EXPECT_DEBUG_DEATH(EXPECT_EQ(0U, v.component(2).length()), "correctTuple");
   EXPECT_DEBUG_DEATH(EXPECT_EQ(0, v.components(0, 2).points()), "inside");
