@@ -43,13 +43,15 @@ TEST(TautoArrayBase, GrowsByStepsWhileArraysKeepTheBlocksThatItOutgrows) {
     const std::size_t before = TautoArrayBase::bufferSize();
     const Scratch first(8, before / 8 + 1);  // nothing is in use, so the old block is freed
     EXPECT_EQ(before + 1000, TautoArrayBase::bufferSize());
-    const std::size_t size = 8 * first.count();
-    const std::string ones(size, '1');
-    ones.copy(first.bytes(), size);
-    const Scratch second(1, before + 2000 - size);  // short by exactly one step: grows by two
+    const std::string ones(8 * first.count(), '1');
+    const std::string twos(before + 2000 - ones.size(), '2');
+    const Scratch second(1, twos.size());  // short by exactly one step: grows by two
     EXPECT_EQ(before + 3000, TautoArrayBase::bufferSize());
-    std::fill_n(second.bytes(), before + 2000 - size, '2');
-    EXPECT_EQ(ones, std::string(first.bytes(), size));
+    ones.copy(first.bytes(), ones.size());
+    twos.copy(second.bytes(), twos.size());
+    std::fill_n(Scratch(2, 3000).bytes(), 6000, '3');
+    EXPECT_EQ(ones, std::string(first.bytes(), ones.size()));
+    EXPECT_EQ(twos, std::string(second.bytes(), twos.size()));
   }
   EXPECT_EQ(0U, TautoArrayBase::currentUse());
   TautoArrayBase::setIncrementSize(8192);
