@@ -23,7 +23,7 @@
 /// given, and a box that was reset and has no point yet has the minimum +1.7976931348623157e308
 /// (the largest double) and the maximum -1.7976931348623157e308 on every axis. No operation reports
 /// an error: where dimensions do not agree, the answer is 0 and nothing changes. A new box for
-/// which there is no memory (0x3008) is of dimension 0.
+/// which there is no memory (kOutOfMemoryError) is of dimension 0.
 class KILNBASE_API TboundingBox {
  public:
   /// Of dimension 0.
@@ -52,7 +52,7 @@ class KILNBASE_API TboundingBox {
   const DoubleVec& maxCorner() const { return maxCorner_; }
   /// The point halfway between the corners, new.
   DoubleVec center() const;
-  /// The longest edge; 0, with the warning 0x3011, in dimension 0.
+  /// The longest edge; 0, with the warning kEmptyVectorError, in dimension 0.
   double maxSize() const;
   /// The length of the diagonal, and its square; infinite where the square overflows.
   double size() const;

@@ -184,8 +184,7 @@ Vec<T> Vec<T>::copy() const {
 
 template <class T>
 void Vec<T>::deepenShallowCopy() {
-  if (block_->refs < 2 && step_ == 1 && begin_ == block_->data) return;
-  reference(copy());
+  if (!isDeep()) reference(copy());
 }
 
 template <class T>

@@ -131,6 +131,9 @@ class KILNBASE_API Vec {
   Vec deepCopy() const { return copy(); }
   /// Copies the elements into storage of this vector's own, stride 1, unless they have it already.
   void deepenShallowCopy();
+  /// Whether nobody else views the elements, of stride 1 from the start of the storage on, so that
+  /// `deepenShallowCopy` does nothing.
+  bool isDeep() const { return block_->refs < 2 && step_ == 1 && begin_ == block_->data; }
   /// Changes the length. Another length loses the elements; the new ones are not initialised.
   void reshape(unsigned n);
   /// Changes the length, keeping the first elements; new ones are 0. Another length gives this

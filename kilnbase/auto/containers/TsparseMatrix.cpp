@@ -119,6 +119,11 @@ void TsparseMatrix::emptyUnlessStored() {
   }
 }
 
+bool TsparseMatrix::isDeep() const {
+  const auto isOwn = [](const auto& v) { return v.length() == 0 || v.isDeep(); };
+  return isOwn(beginnings_) && isOwn(counts_) && isOwn(indices_) && isOwn(data_);
+}
+
 bool TsparseMatrix::hasCapacity(int cols, int elements) const {
   return maxNumberOfCols_ == cols && maxNumberOfElements_ == elements;
 }
@@ -245,20 +250,18 @@ bool TsparseMatrix::makeRoom(long long columns, long long elements, int grow) {
   const long long neededCols = cols_ + columns;
   const long long neededElements = numberOfElements_ + elements;
   if (cols_ < 0 || neededCols > INT_MAX || neededElements > INT_MAX) return false;
-  if (neededCols > maxNumberOfCols_ || neededElements > maxNumberOfElements_) {
-    return grow != 0 &&
-           growTo(rows_, static_cast<int>(neededCols), static_cast<int>(neededElements));
-  }
-  deepenShallowCopy();
-  return neededElements <= maxNumberOfElements_ && neededCols <= maxNumberOfCols_;
+  const bool fits = neededCols <= maxNumberOfCols_ && neededElements <= maxNumberOfElements_;
+  if (!fits && grow == 0) return false;
+  return growTo(fits ? 0 : rows_, static_cast<int>(neededCols), static_cast<int>(neededElements));
 }
 
-// Raises the capacity. More columns or elements go to storage of this matrix's own.
+// Raises the capacity, of storage that is this matrix's own afterwards. False, with nothing
+// changed, when there is no memory.
 bool TsparseMatrix::growTo(int maxRows, int maxCols, int maxElements) {
   const int columns = std::max(maxNumberOfCols_, maxCols);
   const int elements = std::max(maxNumberOfElements_, maxElements);
   const int rows = std::max(maxNumberOfRows_, maxRows);
-  if (columns == maxNumberOfCols_ && elements == maxNumberOfElements_) {
+  if (isDeep() && hasCapacity(columns, elements)) {
     maxNumberOfRows_ = rows;
     return true;
   }

@@ -34,7 +34,7 @@
 ///
 /// Nothing here reads or writes outside the storage, whatever is written to `rows()`, `cols()` or
 /// the vectors. A failed operation returns 0 and changes nothing. Capacities below 0 count as 0. A
-/// matrix whose storage could not be had (0x3008) is empty.
+/// matrix whose storage could not be had (kOutOfMemoryError) is empty.
 class KILNBASE_API TsparseMatrix {
  public:
   /// No rows, no columns, no room.
@@ -109,8 +109,8 @@ class KILNBASE_API TsparseMatrix {
   /// needs, whichever is larger. Returns 1, or 0 when there is no memory.
   int set(const DoubleGenMat& dense, int maxRows, int maxCols);
 
-  /// Raises the capacity to at least this. It never shrinks. More columns or elements give this
-  /// matrix storage of its own; without memory for them nothing changes.
+  /// Raises the capacity to at least this. It never shrinks. Gives this matrix storage of its own;
+  /// without memory nothing changes.
   void resizeMax(int maxRows, int maxCols);
   void resizeMax(int maxRows, int maxCols, int maxElements);
 
@@ -145,6 +145,7 @@ class KILNBASE_API TsparseMatrix {
   void scatter(int c, DoubleVec& column) const;
 
   void emptyUnlessStored();
+  bool isDeep() const;
   bool hasCapacity(int cols, int elements) const;
   bool growTo(int maxRows, int maxCols, int maxElements);
   bool makeRoom(long long columns, long long elements, int grow);
@@ -167,9 +168,10 @@ class KILNBASE_API TsparseMatrix {
   DoubleVec data_;
 };
 
-/// A times a column vector, new. Takes time in proportion to what is stored. Raises 0x4014 on a
-/// mismatch; when the handler returns, the product is taken over the columns and elements that both
-/// have.
+/// A times a column vector, new. Takes time in proportion to what is stored. Raises
+/// kMatrixVectorProductError on a mismatch; when the handler returns, the product is taken over the
+/// columns and elements that both have.
 KILNBASE_API DoubleVec product(const TsparseMatrix& a, const DoubleVec& v);
-/// A row vector times A, which is A transposed times the vector. Raises 0x4015 on a mismatch.
+/// A row vector times A, which is A transposed times the vector. Raises kVectorMatrixProductError
+/// on a mismatch.
 KILNBASE_API DoubleVec product(const DoubleVec& v, const TsparseMatrix& a);

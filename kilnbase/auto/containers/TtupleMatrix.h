@@ -32,10 +32,10 @@ class KILNBASE_API TtupleMatrix {
   /// No points, of size 0.
   TtupleMatrix() = default;
   /// A size below 1 is raised to 1, numbers of rows and columns below 0 to 0. More elements than an
-  /// int counts raise 0x3008 and give no columns.
+  /// int counts raise kOutOfMemoryError and give no columns.
   TtupleMatrix(int size, int rows, int cols, double value);
   /// Shares the elements of `data`; those beyond the grid are left alone. When they are too few,
-  /// raises 0x300F and has as many whole columns as there are.
+  /// raises kVectorLengthsError and has as many whole columns as there are.
   TtupleMatrix(int size, int rows, int cols, const DoubleVec& data);
   /// Shares the elements of `other`.
   TtupleMatrix(const TtupleMatrix& other) = default;

@@ -32,7 +32,7 @@ class KILNBASE_API TtupleVector {
   TtupleVector() = default;
   /// A size below 1 is raised to 1, here and below. Kept as it is: there are size * points elements
   /// all the same, so a size below 1 makes no points. More elements than an int counts raise
-  /// 0x3008.
+  /// kOutOfMemoryError.
   TtupleVector(int size, int points, double value);
   /// Copies size * points values, point by point.
   template <std::same_as<double> Value>

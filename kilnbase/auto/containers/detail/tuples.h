@@ -8,7 +8,8 @@
 namespace vxKilnBase::detail {
 
 /// The number of doubles in rows * cols tuples, none when one of the arguments is below 1. When no
-/// int holds it, raises the error of storage that cannot be had (0x3008) and returns nothing.
+/// int holds it, raises the error of storage that cannot be had (kOutOfMemoryError) and returns
+/// nothing.
 std::optional<unsigned> tupleElements(int size, int rows, int cols = 1);
 
 /// Whether the view of `v` was moved away, so that an object that consists of `v` takes over what
