@@ -4,12 +4,13 @@
 #pragma once
 
 #include <kilnbase/linalg/kernels/Dense.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 
 namespace vxKilnBase::kernels {
 
 struct LuKernels {
   // Columns that `factorPanel` handles at most.
-  static constexpr Index kPanelColumns = 8;
+  static constexpr Index kPanelColumns = tuning::kLuPanelColumns;
 
   // Eliminates the n columns of A, which has m >= n rows, and writes to pivots[k] the row that
   // changed places with row k in step k: the first one of the largest absolute value, or k if that

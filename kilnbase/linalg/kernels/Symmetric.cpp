@@ -177,8 +177,8 @@ Index factorPanel(Index n, Index columns, double* ap, int* kpvt, Index* info) {
   return Panel(n, ap, kpvt).run(n - columns, info);
 }
 
-constexpr Index kTileVectors = kWidth == 2 ? 2 : 3;
-constexpr Index kTileColumns = kWidth == 8 ? 8 : 4;
+constexpr Index kTileVectors = tuning::kTileVectors<kWidth>;
+constexpr Index kTileColumns = tuning::kTileColumns<kWidth>;
 constexpr Index kTileRows = kTileVectors * kWidth;
 constexpr Index kMostDepth = SymmetricKernels::kPanelColumns + 1;
 

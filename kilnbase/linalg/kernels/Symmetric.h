@@ -3,17 +3,15 @@
 #pragma once
 
 #include <kilnbase/linalg/kernels/Dense.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 
 namespace vxKilnBase::kernels {
 
 struct SymmetricKernels {
-  // Columns that `factorPanel` eliminates at most. For n = 1000 they are 256 KB, an eighth of the
-  // second-level cache of a Xeon of family 6, model 207. There 24 and 48 took up to 10% longer and
-  // 64 up to 40% (kiln_bench --filter symmetric --sizes 100,200,500).
-  static constexpr Index kPanelColumns = 32;
-  // Order of the largest matrix for `factorSmall`, whose square, 8 KiB, stays in the first-level
-  // cache.
-  static constexpr Index kMostSmall = 32;
+  // Columns that `factorPanel` eliminates at most.
+  static constexpr Index kPanelColumns = tuning::kSymmetricPanelColumns;
+  // Order of the largest matrix for `factorSmall`.
+  static constexpr Index kMostSmall = tuning::kMostSmallSymmetric;
 
   // Eliminates the matrix of order n, at most kMostSmall. Writes kpvt and returns the info of
   // LINPACK's dspfa.

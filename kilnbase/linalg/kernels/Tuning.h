@@ -130,6 +130,46 @@ inline constexpr Index kLeastBlockedColumns = 8;
 //   Bench: --filter "Cholesky, right-hand sides" --sizes 500
 inline constexpr Index kSmallTriangle = 64;
 
+// ---- LU factorization (Lu.cpp, dgefa, dgedi, dgeslColumns) ----
+
+// Columns of a panel, which one pass scales, updates and searches for the next pivot. The kernel is
+// written for this number.
+//   Registers: one for each column, of kWidth rows at a time.
+//   Bench: --filter "LU" --sizes 32,100
+inline constexpr Index kLuPanelColumns = 8;
+
+// Columns whose steps are carried into the rest as one product, at most.
+//   Multipliers: n * kLuBlockColumns * 8 bytes, for n = 1000 500 KiB, in the second-level cache
+//   beside the tiles that they meet. 48, 96, 128, 192 and no limit took up to 20% longer.
+//   Bench: --filter "LU" --sizes 200,500,1000
+inline constexpr Index kLuBlockColumns = 64;
+
+// Rows and columns of the inverse that are worked on at a time.
+//   Three blocks of kInverseBlock² * 8 bytes and the scratch of a product: 60 KiB of the stack.
+//   Bench: --filter "LU and inverse" --sizes 100,500
+inline constexpr Index kInverseBlock = 32;
+
+// Steps and right-hand sides that dgeslColumns takes at a time.
+//   Block: kSolvedSteps * kSolvedColumns * 8 bytes = 8 KiB of the stack. Not measured.
+inline constexpr Index kSolvedSteps = 32;
+inline constexpr Index kSolvedColumns = 32;
+
+// ---- Symmetric factorization (Symmetric.cpp, SymmetricSmall.cpp, dspfa, dspslColumns) ----
+
+// Columns that a panel eliminates at most.
+//   Panel: n * kSymmetricPanelColumns * 8 bytes, for n = 1000 250 KiB, in the second-level cache.
+//   24 and 48 took up to 10% longer, 64 up to 40%.
+//   Bench: --filter "symmetric" --sizes 100,200,500
+inline constexpr Index kSymmetricPanelColumns = 32;
+
+// Order of the largest matrix that is eliminated as a square whose rows stay.
+//   Square: kMostSmallSymmetric² * 8 bytes = 8 KiB, in the first-level cache.
+//   Bench: --filter "symmetric" --sizes 32,100
+inline constexpr Index kMostSmallSymmetric = 32;
+
+// Right-hand sides that meet a column of the packed factors while the caches hold it. Not measured.
+inline constexpr Index kPackedRightHandSides = 16;
+
 // ---- Cholesky factorization (Cholesky.cpp, dchdc) ----
 
 // Rows that are eliminated in registers without pivoting. The kernel is written for this number.

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 #include <kilnbase/linalg/linpack/determinant.h>
 #include <kilnbase/linalg/linpack/dgedi.h>
 
@@ -34,9 +35,7 @@ struct Triangles {
   Triangles block(Index k, Index size) const { return {at(k, k), lda, size}; }
 };
 
-// Rows and columns that are worked on at a time. Three blocks and the scratch of a product are 60
-// KiB of stack.
-constexpr Index kBlock = 32;
+constexpr Index kBlock = kernels::tuning::kInverseBlock;
 
 // One triangle of a block as a full matrix.
 class FullBlock {

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 #include <kilnbase/linalg/linpack/dgefa.h>
 
 namespace vxKilnBase::linpack {
@@ -11,11 +12,7 @@ namespace {
 using kernels::Index;
 
 constexpr Index kPanelColumns = kernels::LuKernels::kPanelColumns;
-// Columns whose steps are carried into the rest as one product, at most. Their multipliers, 8 n
-// kBlockColumns bytes, leave room in the second-level cache for the tiles that they meet: 512 KB of
-// 2 MB for n = 1000 on a Xeon of family 6, model 207. There 48, 96, 128, 192 and no limit took up
-// to 20% longer (kiln_bench --filter LU --sizes 200,500,1000).
-constexpr Index kBlockColumns = 64;
+constexpr Index kBlockColumns = kernels::tuning::kLuBlockColumns;
 
 // The recursion over columns. The multipliers of some columns stand in the rows where their own
 // steps have left them. While these steps are carried into other columns, the rows of the

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 #include <kilnbase/linalg/linpack/dgeslColumns.h>
 #include <kilnbase/linalg/linpack/triangular.h>
 
@@ -33,9 +34,8 @@ struct Columns {
   MatrixView view(Index i) const { return {b + i, 1, ldb}; }
 };
 
-// Steps and right-hand sides that are taken at a time.
-constexpr Index kSteps = 32;
-constexpr Index kColumns = 32;
+constexpr Index kSteps = kernels::tuning::kSolvedSteps;
+constexpr Index kColumns = kernels::tuning::kSolvedColumns;
 
 // The steps from `begin` to before `end` with the rows from `end` on that they exchange. These rows
 // meet only some of the steps, each at its place at the time, so that products leave them out.

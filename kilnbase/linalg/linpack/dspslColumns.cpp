@@ -2,6 +2,7 @@
 #include <utility>
 
 #include <kilnbase/linalg/kernels/Kernels.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 #include <kilnbase/linalg/linpack/SymmetricFactors.h>
 #include <kilnbase/linalg/linpack/dspslColumns.h>
 
@@ -11,8 +12,7 @@ namespace {
 
 using kernels::Index;
 
-// Right-hand sides that meet a column of the factors while the caches hold it.
-constexpr Index kColumns = 16;
+constexpr Index kColumns = kernels::tuning::kPackedRightHandSides;
 
 struct Columns {
   double* b;
