@@ -81,7 +81,7 @@ TYPED_TEST(Views, MovedViewsTakeAnyAssignmentOthersCopyElements) {
   a = sample<View>(3) * 2.0;  // a temporary
   EXPECT_EQ(a, view);
   const View b = std::move(a);
-  EXPECT_EQ(View(), a);
+  EXPECT_EQ(View(), a);  // NOLINT(bugprone-use-after-move): what the test is about
   a = c;
   a *= 2.0;
   EXPECT_EQ(sample<View>(7), c);

@@ -55,6 +55,7 @@ class GuardedArray {
   std::string difference(const GuardedArray& expected) const {
     for (std::size_t i = 0; i < storage_.size(); ++i) {
       const T got = storage_[i], wanted = expected.storage_[i];
+      // A NaN is itself. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
       if (got == wanted || std::memcmp(&got, &wanted, sizeof(T)) == 0) continue;
       std::ostringstream text;
       text << "[" << static_cast<Index>(i) - kMargin << "] is " << +got << ", not " << +wanted;
