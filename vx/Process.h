@@ -4,6 +4,8 @@
 #include <optional>
 
 #include <vx/Containers.h>
+#include <vx/Error.h>
+#include <vx/Filename.h>
 #include <vx/String.h>
 
 namespace vxOS {
@@ -37,6 +39,13 @@ class VX_API ProcessManager {
   /// such program, when a signal kills the program, and when the exit code is lost, because the
   /// host ignores SIGCHLD or itself waits for all children.
   std::optional<int> startSync(const vx::vector<vxString::CString>& command);
+
+  /// Starts a command and returns at once. The program is detached: it has a session of its own, so
+  /// that closing the terminal does not end it, its standard streams are the null device, it
+  /// inherits no other descriptor, and nobody has to wait for its end. It starts in `folder`; an
+  /// empty one stands for the current folder. An error when the command is empty or holds a zero
+  /// byte and when there is no such program or folder.
+  vxUtil::Error startAsync(const vx::vector<vxString::CString>& command, const Filename& folder);
 
  private:
   ProcessManager() = default;

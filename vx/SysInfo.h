@@ -1,7 +1,36 @@
 // Facts about the system and this application.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include <vx/String.h>
+
+namespace vxOS {
+
+/// Sizes of memory in kilobytes (1024 bytes).
+struct MemoryFigures {
+  std::uint64_t totalPhysical = 0;
+  std::uint64_t availablePhysical = 0;
+  std::uint64_t totalVirtual = 0;  ///< Physical memory and paging files.
+  std::uint64_t availableVirtual = 0;
+};
+
+class VX_API SysInfo {
+ public:
+  /// The size of a page of memory in bytes.
+  static std::size_t getPageSize();
+
+  /// The memory that this process may have: of the machine, or of the container that the process
+  /// runs in when that has less. Zeros when the system does not tell.
+  static MemoryFigures getMemory();
+
+  /// Replaces the source of `getMemory`, for a host that has limits of its own. Null brings the
+  /// system's figures back. For the application's main thread.
+  static void setMemorySource(MemoryFigures (*source)());
+};
+
+}  // namespace vxOS
 
 /// The path of the program `name` in the folder of the application's programs. On Windows ".exe" is
 /// added when the name does not end so. Whether there is such a program is not checked. Empty when

@@ -1,0 +1,87 @@
+// Files and memory mapped into the address space.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <vx/String.h>
+#include <vx/export.h>
+
+namespace vxOS {
+
+/// A file made for mapping. The object keeps the file open; the file stays when the object goes.
+///
+///     vxOS::MemoryMappedFile file;
+///     if (file.createFile("ring.dat", 4096, vxOS::MemoryMappedFile::kReadWrite)) {
+///       vxOS::FileMapping view;
+///       if (void* bytes = view.map(file, 0, 4096)) *static_cast<char*>(bytes) = 'x';
+///     }
+class VX_API MemoryMappedFile {
+ public:
+  /// How views may use the file.
+  enum Access { kReadOnly = 0, kReadWrite = 1 };
+
+  MemoryMappedFile() = default;
+  ~MemoryMappedFile() { close(); }
+  MemoryMappedFile(const MemoryMappedFile&) = delete;
+  MemoryMappedFile& operator=(const MemoryMappedFile&) = delete;
+
+  /// Makes a new file of `size` zero bytes that only this user may read and write, and closes the
+  /// file that the object had. The space on the disk is taken now: a full disk makes this call fail
+  /// and never a view. False, and no file is left behind, when the file exists, when there is no
+  /// space, or when `size` is 0.
+  bool createFile(const vxString::CString& path, std::size_t size, int access);
+
+  bool isOpen() const { return file_ != kNone; }
+  std::size_t size() const { return size_; }
+  void close();
+
+ private:
+  friend class FileMapping;
+  static constexpr std::intptr_t kNone = -1;
+  std::intptr_t file_ = kNone;  // the system's descriptor or handle
+  std::size_t size_ = 0;
+  int access_ = kReadOnly;
+};
+
+/// A view of a part of a mapped file. The view outlives the `MemoryMappedFile`.
+class VX_API FileMapping {
+ public:
+  FileMapping() = default;
+  ~FileMapping() { unmap(); }
+  FileMapping(const FileMapping&) = delete;
+  FileMapping& operator=(const FileMapping&) = delete;
+
+  /// The number of bytes of which offsets of views are multiples: 65536 on every system.
+  static std::size_t getGranularity();
+
+  /// Maps `length` bytes from `offset` on and unmaps the view before. Null, and no view, when
+  /// `offset` is no multiple of the granularity, when `length` is 0, when the part does not lie in
+  /// the file, and when the system refuses.
+  void* map(const MemoryMappedFile& file, std::uint64_t offset, std::size_t length);
+  void unmap();
+
+  void* data() const { return data_; }
+  std::uint64_t offset() const { return offset_; }
+  std::size_t length() const { return length_; }
+
+ private:
+  void* data_ = nullptr;
+  std::uint64_t offset_ = 0;
+  std::size_t length_ = 0;
+};
+
+/// Maps `bytes` zero bytes that stand in no file of their own (the system's paging file). Null when
+/// there is not so much memory.
+VX_API void* mapMemory(std::size_t bytes);
+
+/// Maps a new temporary file of `bytes` zero bytes, whose space on the disk is taken now. `name` is
+/// a path that ends in "XXXXXX", which six other characters replace. The file is made new, for this
+/// user alone. Null, and no file is left behind, when that fails.
+VX_API void* mapTemporaryFile(char* name, std::size_t bytes);
+
+/// Unmaps the whole of what `mapMemory` or `mapTemporaryFile` returned. `inside` points to any byte
+/// of the mapping; any other pointer is ignored, and the result is false.
+VX_API bool unmapMemory(const void* inside);
+
+}  // namespace vxOS

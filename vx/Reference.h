@@ -1,0 +1,69 @@
+// Objects that live as long as somebody refers to them.
+#pragma once
+
+#include <type_traits>
+#include <utility>
+
+namespace vx {
+
+/// The base of objects that count their references. The count starts at 0 and belongs to one
+/// thread; a copy of an object has a count of its own.
+class ReferenceCount {
+ public:
+  virtual ~ReferenceCount() = default;
+
+  void addReference() const { ++count_; }
+  /// Deletes the object when this was the last reference.
+  void removeReference() const {
+    if (--count_ == 0) delete this;
+  }
+  int references() const { return count_; }
+
+ protected:
+  ReferenceCount() = default;
+  ReferenceCount(const ReferenceCount&) {}
+  ReferenceCount& operator=(const ReferenceCount&) { return *this; }
+
+ private:
+  mutable int count_ = 0;
+};
+
+/// A reference to a `ReferenceCount`, or null. The object is deleted with its last reference.
+///
+///     struct Snapshot : vx::ReferenceCount { int value = 7; };
+///     vx::Reference<Snapshot> first(new Snapshot);
+///     vx::Reference<Snapshot> second = first;
+///     first = nullptr;
+///     second->value = 8;  // still there
+template <class T>
+class Reference {
+ public:
+  Reference() = default;
+  Reference(T* object) : object_(object) {  // NOLINT(google-explicit-constructor): a pointer is one
+    if (object_ != nullptr) object_->addReference();
+  }
+  Reference(const Reference& other) : Reference(other.object_) {}
+  Reference(Reference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  template <class Derived>
+  requires std::is_convertible_v<Derived*, T*> Reference(
+      const Reference<Derived>& other)  // NOLINT(google-explicit-constructor): as pointers do
+      : Reference(other.get()) {}
+  ~Reference() {
+    if (object_ != nullptr) object_->removeReference();
+  }
+  Reference& operator=(Reference other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+
+  T* get() const { return object_; }
+  T* operator->() const { return object_; }
+  T& operator*() const { return *object_; }
+  explicit operator bool() const { return object_ != nullptr; }
+  friend bool operator==(const Reference& a, const Reference& b) { return a.object_ == b.object_; }
+
+ private:
+  T* object_ = nullptr;
+};
+
+}  // namespace vx
