@@ -51,4 +51,7 @@ class VX_API ProcessManager {
   ProcessManager() = default;
 };
 
+/// The value of an environment variable in UTF-8; empty when there is none.
+VX_API vxString::CString environmentVariable(const char* name);
+
 }  // namespace vxOS

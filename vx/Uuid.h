@@ -13,6 +13,7 @@ namespace vxOS {
 /// numbers.
 class VX_API Uuid {
  public:
+  /// Throws std::system_error when the system refuses, which a sandbox can make happen.
   static Uuid generate();
 
   /// 36 characters in lower case, such as "0b51a8a0-5c1e-4d8f-9a55-3a1c2f0de6b7".

@@ -1,21 +1,165 @@
+#include <atomic>
 #include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <vx/File.h>
+#include <vx/Filename.h>
 
-TEST(File, LongPathsAreOpenedWithEitherSeparatorAndOnesWithAZeroRefused) {
+#include "tests/support/Environment.h"
+#include "tests/support/TemporaryFolder.h"
+
+using vxOS::File;
+using vxOS::Filename;
+using vxOS::FileStatus;
+using vxString::CString;
+
+namespace {
+
+const CString kZero(std::string_view("\0", 1));
+
+FileStatus query(const CString& path) {
+  FileStatus status;
+  const vxUtil::Error error = File::query(path, status);
+  EXPECT_EQ(0, error.code()) << error.message().c_str();
+  return status;
+}
+
+class FileTest : public testing::Test {
+ protected:
+  CString path(const CString& name) const { return root_ + "\\" + name; }
+
+  const kilntest::TemporaryFolder folder_;
+  const CString root_ = folder_.path().string().c_str();
+};
+
+}  // namespace
+
+TEST_F(FileTest, QueryTellsKindSizeAndTime) {
+  folder_.write("twelve.txt", "twelve bytes");
+  const FileStatus file = query(path("twelve.txt"));
+  EXPECT_TRUE(file.exists);
+  EXPECT_TRUE(file.isRegularFile);
+  EXPECT_FALSE(file.isDirectory);
+  EXPECT_TRUE(file.isWritable);
+  EXPECT_EQ(12U, file.size);
+  EXPECT_NEAR(static_cast<double>(std::time(nullptr)), static_cast<double>(file.modified), 100.0);
+  for (const char* end : {"", "/", "\\"}) {
+    const FileStatus folder = query(root_ + end);
+    EXPECT_TRUE(folder.isDirectory) << end;
+    EXPECT_FALSE(folder.isRegularFile) << end;
+    EXPECT_TRUE(folder.isWritable) << end;
+  }
+  const std::filesystem::path big = folder_.path() / "twelve.txt";
+  std::filesystem::resize_file(big, 5'000'000'000);
+  EXPECT_EQ(5'000'000'000U, query(path("twelve.txt")).size);
+}
+
+TEST_F(FileTest, WhereThereIsNothingQuerySaysSoAndOthersNameThePath) {
+  folder_.write("file", "");
+  for (const CString& nothing :
+       {CString(), path("no"), path("no/no"), path("file/no"), path("file") + kZero}) {
+    FileStatus status = {.exists = true, .size = 7};
+    EXPECT_EQ(0, File::query(nothing, status).code()) << nothing.c_str();
+    EXPECT_FALSE(status.exists) << nothing.c_str();
+    EXPECT_EQ(0U, status.size) << nothing.c_str();
+    const vxUtil::Error error = File::remove(nothing);
+    EXPECT_NE(0, error.code()) << nothing.c_str();
+    EXPECT_TRUE(error.message().startsWith("cannot delete \"" + nothing))
+        << error.message().c_str();
+  }
+  EXPECT_NE(0, File::remove(root_).code());
+  EXPECT_EQ(0, File::remove(path("file")).code());
+  EXPECT_FALSE(query(path("file")).exists);
+}
+
+TEST_F(FileTest, FoldersAreMadeWithTheirParentsAndOnesThatExistAreFine) {
+  const CString name(std::string(120, 'x').c_str());  // a path longer than MAX_PATH of Windows
+  const CString longPath = path("K\xC3\xB6ln/" + name + "\\" + name + "//" + name + "/");
+  const CString root(folder_.path().root_path().string().c_str());
+  for (const CString& folder : {longPath, longPath, root_, path("a/../b"), root}) {
+    EXPECT_EQ(0, File::makeDirectoryAll(folder).code()) << folder.c_str();
+    EXPECT_TRUE(query(folder).isDirectory) << folder.c_str();
+    EXPECT_EQ(0, Filename(folder).makeDir().code()) << folder.c_str();
+  }
+  EXPECT_NE(0, Filename(path("c/d")).makeDir().code());
+  EXPECT_FALSE(query(path("c")).exists);
+  EXPECT_EQ(0, Filename(path("c")).makeDir().code());
+  folder_.write("file", "kept");
+  for (const CString& impossible : {CString(), path("file"), path("file/d/e"), path("e") + kZero}) {
+    EXPECT_NE(0, File::makeDirectoryAll(impossible).code()) << impossible.c_str();
+    EXPECT_NE(0, Filename(impossible).makeDir().code()) << impossible.c_str();
+  }
+  EXPECT_FALSE(query(path("e")).exists);
+  EXPECT_EQ(4U, query(path("file")).size);
+}
+
+TEST_F(FileTest, SeveralMayMakeTheSameFoldersAtTheSameTime) {
+  for (int round = 0; round < 20; ++round) {
+    const CString folder = path(CString::format("%d/b/c/d/e", round));
+    std::atomic<int> failures = 0;
+    std::vector<std::thread> makers;
+    for (int i = 0; i < 4; ++i)
+      makers.emplace_back([&] { failures += File::makeDirectoryAll(folder) ? 1 : 0; });
+    for (std::thread& maker : makers) maker.join();
+    EXPECT_EQ(0, failures);
+  }
+}
+
+TEST_F(FileTest, TemporaryFilesAreNewAndStandInTheFolderOfTheEnvironment) {
+  const kilntest::KeptEnvironment kept("TMPDIR");
+  kilntest::setEnvironment("TMPDIR", folder_.path().string());
+  EXPECT_EQ(root_, vxOS::temporaryDirectory());
+  const CString first = vxOS::createTmpFilename(), second = vxOS::createTmpFilename();
+  EXPECT_NE(first, second);
+  for (const CString& file : {first, second}) {
+    EXPECT_TRUE(file.startsWith(root_)) << file.c_str();
+    EXPECT_TRUE(query(file).isRegularFile) << file.c_str();
+    EXPECT_TRUE(query(file).isWritable) << file.c_str();
+    EXPECT_EQ(0, File::remove(file).code());
+  }
+  kilntest::setEnvironment("TMPDIR", path("missing").c_str());
+  EXPECT_EQ(CString(), vxOS::createTmpFilename());
+  kilntest::setEnvironment("TMPDIR", "");
+  EXPECT_THAT(vxOS::temporaryDirectory().c_str(),
+              testing::AnyOf(testing::StrEq("/tmp"), testing::StrEq("c:\\Temp")));
+}
+
+TEST_F(FileTest, FileSystemsHaveRoom) {
+  const std::filesystem::path file = folder_.write("file", "");
+  for (const CString& place : {root_, path("file")}) {
+    vxOS::FilesystemStatus status;
+    ASSERT_TRUE(vxOS::Filesystem::stat(place, status)) << place.c_str();
+    const auto space = std::filesystem::space(folder_.path());
+    EXPECT_EQ(space.capacity / 1024, status.totalKilobytes);
+    EXPECT_NEAR(static_cast<double>(space.available) / 1024,
+                static_cast<double>(status.freeKilobytes), 1e6);
+  }
+  for (const CString& nothing : {CString(), path("no"), root_ + kZero}) {
+    vxOS::FilesystemStatus status = {7, 7};
+    EXPECT_FALSE(vxOS::Filesystem::stat(nothing, status)) << nothing.c_str();
+    EXPECT_EQ(0U, status.freeKilobytes) << nothing.c_str();
+  }
+}
+
+TEST_F(FileTest, LongPathsAreOpenedWithEitherSeparatorAndOnesWithAZeroRefused) {
   const std::string name(250, 'x');  // longer, with its folder, than MAX_PATH of Windows
-  const std::string path = testing::TempDir() + name;
-  std::FILE* file = vxOS::openFile(testing::TempDir() + "\\./" + name, "w");
-  ASSERT_NE(nullptr, file);
-  std::fputs("text", file);
-  std::fclose(file);
-  file = vxOS::openFile(path, "r");
-  ASSERT_NE(nullptr, file);
+  const std::string file = folder_.path().string() + "/" + name;
+  std::FILE* stream = vxOS::openFile(path(".\\./").view(), "w");
+  ASSERT_EQ(nullptr, stream);
+  stream = vxOS::openFile(path((".\\./" + name).c_str()).view(), "w");
+  ASSERT_NE(nullptr, stream);
+  std::fputs("text", stream);
+  std::fclose(stream);
+  stream = vxOS::openFile(file, "r");
+  ASSERT_NE(nullptr, stream);
   char text[8] = "";
-  EXPECT_STREQ("text", std::fgets(text, sizeof text, file));
-  std::fclose(file);
-  EXPECT_EQ(nullptr, vxOS::openFile(path + '\0' + "y", "r"));
-  std::remove(path.c_str());
+  EXPECT_STREQ("text", std::fgets(text, sizeof text, stream));
+  std::fclose(stream);
+  EXPECT_EQ(nullptr, vxOS::openFile(file + '\0' + "y", "r"));
 }

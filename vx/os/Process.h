@@ -16,6 +16,9 @@ extern const char* const kProgramEnding;
 /// The path of the program that this process runs; empty when the system does not tell.
 vxString::CString ownProgram();
 
+/// The value of an environment variable; empty when there is none.
+vxString::CString environmentVariable(const char* name);
+
 /// Runs a program, the first text of `command`, with the other texts as its arguments. No text
 /// holds a zero byte. Returns the exit code; nothing when the program cannot be started or does not
 /// exit by itself.

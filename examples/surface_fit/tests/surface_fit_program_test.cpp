@@ -9,8 +9,8 @@
 #include "examples/surface_fit/InputError.h"
 #include "examples/surface_fit/OutputFiles.h"
 #include "examples/surface_fit/Program.h"
-#include "examples/surface_fit/tests/TemporaryFolder.h"
 #include "tests/support/Reports.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 

@@ -1,9 +1,82 @@
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <system_error>
+#include <unistd.h>
+
 #include <vx/os/File.h>
+#include <vx/os/posix/Path.h>
 
 namespace vxOS::file {
 
-std::FILE* open(const vxString::CString& path, const char* mode) {
-  return std::fopen(path.replaced("\\", "/").c_str(), mode);
+namespace {
+
+using vxString::CString;
+
+int errorOf(int result) {
+  return result == -1 ? errno : 0;
+}
+
+// Exact without a number of bytes, which might not fit into 64 bits.
+std::uint64_t kilobytes(std::uint64_t blocks, std::uint64_t blockSize) {
+  return blocks / 1024 * blockSize + blocks % 1024 * blockSize / 1024;
+}
+
+}  // namespace
+
+const char kSeparator = '/';
+const char* const kTemporaryFolder = "/tmp";
+
+std::FILE* open(const CString& path, const char* mode) {
+  return std::fopen(systemPath(path).c_str(), mode);
+}
+
+int query(const CString& path, FileStatus& status) {
+  const CString name = systemPath(path);
+  struct stat facts;
+  if (stat(name.c_str(), &facts) != 0) return errno;
+  status.exists = true;
+  status.isDirectory = S_ISDIR(facts.st_mode);
+  status.isRegularFile = S_ISREG(facts.st_mode);
+  const int wanted = status.isDirectory ? W_OK | X_OK : W_OK;
+  status.isWritable = faccessat(AT_FDCWD, name.c_str(), wanted, AT_EACCESS) == 0;
+  status.size = static_cast<std::uint64_t>(facts.st_size);
+  status.modified = facts.st_mtime;
+  return 0;
+}
+
+int makeFolder(const CString& path) {
+  return errorOf(mkdir(systemPath(path).c_str(), 0777));
+}
+
+int makeFile(const CString& path) {
+  const int file = ::open(systemPath(path).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  return file == -1 ? errno : errorOf(close(file));
+}
+
+int remove(const CString& path) {
+  return errorOf(unlink(systemPath(path).c_str()));
+}
+
+int queryFilesystem(const CString& path, FilesystemStatus& status) {
+  struct statvfs facts;
+  if (statvfs(systemPath(path).c_str(), &facts) != 0) return errno;
+  status.totalKilobytes = kilobytes(facts.f_blocks, facts.f_frsize);
+  status.freeKilobytes = kilobytes(facts.f_bavail, facts.f_frsize);
+  return 0;
+}
+
+bool meansMissing(int error) {
+  return error == ENOENT || error == ENOTDIR;
+}
+
+bool meansExists(int error) {
+  return error == EEXIST;
+}
+
+CString errorText(int error) {
+  return CString(std::generic_category().message(error).c_str());
 }
 
 }  // namespace vxOS::file

@@ -1,10 +1,12 @@
 #include <cerrno>
+#include <cstdlib>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
 #include <vx/os/Process.h>
+#include <vx/os/posix/Path.h>
 
 namespace vxOS::process {
 
@@ -62,8 +64,12 @@ CString ownProgram() {
   }
 }
 
+CString environmentVariable(const char* name) {
+  return std::getenv(name);
+}
+
 std::optional<int> run(const vx::vector<CString>& command) {
-  const CString program = command.front().replaced("\\", "/");
+  const CString program = systemPath(command.front());
   const std::vector<char*> arguments = argumentPointers(command);
   SpawnActions actions;
   pid_t child;

@@ -1,27 +1,120 @@
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <windows.h>
 
 #include <vx/os/File.h>
+#include <vx/os/win32/Handle.h>
+#include <vx/os/win32/OwnerOnly.h>
+#include <vx/os/win32/Path.h>
 
 namespace vxOS::file {
 
 namespace {
 
-// The complete path in the form for system functions: a path longer than MAX_PATH gets a prefix
-// ("Maximum Path Length Limitation" in the Windows documentation). Empty when the system refuses.
-std::wstring systemPath(const vxString::CString& path) {
-  const vxString::IString given = path.asWide();
-  const DWORD size = GetFullPathNameW(given.c_str(), 0, nullptr, nullptr);
-  std::wstring full(size, L'\0');
-  full.resize(GetFullPathNameW(given.c_str(), size, full.data(), nullptr));
-  if (full.size() < MAX_PATH || full.starts_with(L"\\\\?\\")) return full;
-  return full.starts_with(L"\\\\") ? L"\\\\?\\UNC" + full.substr(1) : L"\\\\?\\" + full;
+using vxString::CString;
+
+int lastError() {
+  return static_cast<int>(GetLastError());
+}
+
+int errorOf(BOOL success) {
+  return success != 0 ? 0 : lastError();
+}
+
+HANDLE openExisting(const std::wstring& path, DWORD access) {
+  return CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                     nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+}
+
+// Opening tells what the read-only attribute, the access lists and the medium allow together. A
+// file that another program has locked is writable for this user all the same.
+bool canWrite(const std::wstring& path) {
+  static_assert(FILE_ADD_FILE == FILE_WRITE_DATA);
+  return Handle(openExisting(path, FILE_ADD_FILE)) || GetLastError() == ERROR_SHARING_VIOLATION;
+}
+
+std::uint64_t joined(DWORD high, DWORD low) {
+  return (std::uint64_t{high} << 32) | low;
+}
+
+// The system counts steps of 100 ns since 1601-01-01.
+std::int64_t unixSeconds(const FILETIME& time) {
+  const auto steps = static_cast<std::int64_t>(joined(time.dwHighDateTime, time.dwLowDateTime));
+  return steps / 10'000'000 - 11'644'473'600;
 }
 
 }  // namespace
 
-std::FILE* open(const vxString::CString& path, const char* mode) {
-  return _wfopen(systemPath(path).c_str(), vxString::CString(mode).asWide().c_str());
+const char kSeparator = '\\';
+const char* const kTemporaryFolder = "c:\\Temp";
+
+std::FILE* open(const CString& path, const char* mode) {
+  return _wfopen(systemPath(path).c_str(), CString(mode).asWide().c_str());
+}
+
+int query(const CString& path, FileStatus& status) {
+  const std::wstring name = systemPath(path);
+  const Handle file(openExisting(name, FILE_READ_ATTRIBUTES));
+  if (!file) return lastError();
+  BY_HANDLE_FILE_INFORMATION facts = {};
+  const bool isOnDisk = GetFileType(file.get()) == FILE_TYPE_DISK;
+  if (isOnDisk && GetFileInformationByHandle(file.get(), &facts) == 0) return lastError();
+  status.exists = true;
+  status.isDirectory = (facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  status.isRegularFile = isOnDisk && !status.isDirectory;
+  status.isWritable = canWrite(name);
+  status.size = joined(facts.nFileSizeHigh, facts.nFileSizeLow);
+  status.modified = unixSeconds(facts.ftLastWriteTime);
+  return 0;
+}
+
+int makeFolder(const CString& path) {
+  return errorOf(CreateDirectoryW(systemPath(path).c_str(), nullptr));
+}
+
+int makeFile(const CString& path) {
+  OwnerOnly owner;
+  const Handle file(CreateFileW(systemPath(path).c_str(), GENERIC_WRITE, 0, owner.get(), CREATE_NEW,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
+  return file ? 0 : lastError();
+}
+
+int remove(const CString& path) {
+  return errorOf(DeleteFileW(systemPath(path).c_str()));
+}
+
+int queryFilesystem(const CString& path, FilesystemStatus& status) {
+  FileStatus holder;
+  if (const int error = query(path, holder); error != 0) return error;
+  const std::wstring name = systemPath(path);
+  std::wstring volume(name.size() + 2, L'\0');
+  ULARGE_INTEGER free, total;
+  if (GetVolumePathNameW(name.c_str(), volume.data(), static_cast<DWORD>(volume.size())) == 0 ||
+      GetDiskFreeSpaceExW(volume.c_str(), &free, &total, nullptr) == 0)
+    return lastError();
+  status = {total.QuadPart / 1024, free.QuadPart / 1024};
+  return 0;
+}
+
+bool meansMissing(int error) {
+  constexpr int kMissing[] = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME,
+                              ERROR_BAD_PATHNAME,   ERROR_INVALID_DRIVE,  ERROR_BAD_NETPATH,
+                              ERROR_BAD_NET_NAME,   ERROR_DIRECTORY};
+  return std::find(std::begin(kMissing), std::end(kMissing), error) != std::end(kMissing);
+}
+
+bool meansExists(int error) {
+  return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
+}
+
+CString errorText(int error) {
+  wchar_t text[512] = L"";
+  const DWORD flags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+  FormatMessageW(flags, nullptr, static_cast<DWORD>(error), 0, text, std::size(text), nullptr);
+  const CString message = vxString::IString(text).asMultibyte().trimmed();
+  if (message.isEmpty()) return CString::format("error %d", error);
+  return message.endsWith(".") ? message.substring(0, message.length() - 1) : message;
 }
 
 }  // namespace vxOS::file

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -6,6 +7,7 @@
 #include <windows.h>
 
 #include <vx/os/Process.h>
+#include <vx/os/win32/Handle.h>
 
 namespace vxOS::process {
 
@@ -32,21 +34,6 @@ std::wstring commandLine(const vx::vector<CString>& command) {
   for (std::size_t i = 1; i < command.size(); ++i) appendQuoted(line, command[i].asWide().view());
   return line;
 }
-
-class Handle {
- public:
-  explicit Handle(HANDLE handle) : handle_(handle) {}
-  ~Handle() {
-    if (handle_ != nullptr) CloseHandle(handle_);
-  }
-  Handle(const Handle&) = delete;
-  Handle& operator=(const Handle&) = delete;
-
-  HANDLE get() const { return handle_; }
-
- private:
-  HANDLE handle_;
-};
 
 // A copy of a standard stream of this process, which a child can inherit. Null when there is no
 // such stream.
@@ -142,6 +129,14 @@ CString ownProgram() {
     if (length < path.size())
       return vxString::IString(std::wstring_view(path).substr(0, length)).asMultibyte();
   }
+}
+
+CString environmentVariable(const char* name) {
+  const vxString::IString wide = CString(name).asWide();
+  std::wstring value(GetEnvironmentVariableW(wide.c_str(), nullptr, 0), L'\0');
+  const auto size = static_cast<DWORD>(value.size());
+  value.resize(std::min(GetEnvironmentVariableW(wide.c_str(), value.data(), size), size));
+  return vxString::IString(value).asMultibyte();
 }
 
 std::optional<int> run(const vx::vector<CString>& command) {

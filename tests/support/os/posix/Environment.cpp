@@ -6,6 +6,10 @@ void kilntest::setEnvironment(const std::string& name, const std::string& value)
   setenv(name.c_str(), value.c_str(), 1);
 }
 
+void kilntest::unsetEnvironment(const std::string& name) {
+  unsetenv(name.c_str());
+}
+
 std::vector<std::string> kilntest::receivedArguments(int count, char** arguments) {
   return {arguments + 1, arguments + count};
 }

@@ -9,6 +9,10 @@ void kilntest::setEnvironment(const std::string& name, const std::string& value)
   _putenv_s(name.c_str(), value.c_str());
 }
 
+void kilntest::unsetEnvironment(const std::string& name) {
+  _putenv_s(name.c_str(), "");
+}
+
 std::vector<std::string> kilntest::receivedArguments(int count, char**) {
   wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
   std::vector<std::string> result;

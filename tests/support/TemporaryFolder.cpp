@@ -1,4 +1,4 @@
-#include "examples/surface_fit/tests/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <fstream>
 #include <iterator>

@@ -1,0 +1,44 @@
+#include <cstddef>
+
+#include <vx/os/win32/Handle.h>
+#include <vx/os/win32/OwnerOnly.h>
+
+namespace vxOS {
+
+namespace {
+
+// The information begins with a TOKEN_USER and holds the identifier that it points to. Null when
+// the system refuses.
+std::unique_ptr<std::byte[]> currentUser() {
+  HANDLE opened = nullptr;
+  OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened);
+  const Handle token(opened);
+  DWORD size = 0;
+  GetTokenInformation(token.get(), TokenUser, nullptr, 0, &size);
+  auto user = std::make_unique<std::byte[]>(size);
+  if (GetTokenInformation(token.get(), TokenUser, user.get(), size, &size) == 0) return nullptr;
+  return user;
+}
+
+}  // namespace
+
+OwnerOnly::OwnerOnly() {
+  isComplete_ = InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION) != 0 &&
+                allowUser() &&
+                SetSecurityDescriptorControl(&descriptor_, SE_DACL_PROTECTED, SE_DACL_PROTECTED);
+}
+
+bool OwnerOnly::allowUser() {
+  const auto user = currentUser();
+  if (user == nullptr) return false;
+  PSID id = reinterpret_cast<const TOKEN_USER*>(user.get())->User.Sid;
+  const DWORD size =
+      static_cast<DWORD>(sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE)) + GetLengthSid(id);
+  list_ = std::make_unique<std::byte[]>(size);
+  auto* list = reinterpret_cast<ACL*>(list_.get());
+  return InitializeAcl(list, size, ACL_REVISION) != 0 &&
+         AddAccessAllowedAce(list, ACL_REVISION, FILE_ALL_ACCESS, id) != 0 &&
+         SetSecurityDescriptorDacl(&descriptor_, TRUE, list, FALSE) != 0;
+}
+
+}  // namespace vxOS
