@@ -4,6 +4,7 @@
 #include <vx/File.h>
 #include <vx/Filename.h>
 #include <vx/Process.h>
+#include <vx/detail/newFile.h>
 #include <vx/detail/paths.h>
 #include <vx/os/File.h>
 
@@ -65,17 +66,6 @@ int makeFolders(std::string_view path) {
   return error;
 }
 
-CString makeTemporaryFile() {
-  constexpr int kAttempts = 100;
-  for (int i = 0; i < kAttempts; ++i) {
-    const CString path = Filename::join(temporaryDirectory(), "vx" + detail::randomName(12));
-    const int error = file::makeFile(path);
-    if (error == 0) return path;
-    if (!file::meansExists(error)) break;
-  }
-  return {};
-}
-
 }  // namespace
 
 std::FILE* openFile(std::string_view path, const char* mode) noexcept {
@@ -117,7 +107,7 @@ CString temporaryDirectory() {
 
 CString createTmpFilename() {
   try {
-    return makeTemporaryFile();
+    return detail::makeNewFile(Filename::join(temporaryDirectory(), "vx"), 12, file::makeFile);
   } catch (const std::system_error&) {  // no random numbers
     return {};
   }

@@ -77,11 +77,16 @@ VX_API void* mapMemory(std::size_t bytes);
 
 /// Maps a new temporary file of `bytes` zero bytes, whose space on the disk is taken now. `name` is
 /// a path that ends in "XXXXXX", which six other characters replace. The file is made new, for this
-/// user alone. Null, and no file is left behind, when that fails.
+/// user alone. Null, and no file is left behind, when that fails; `name` stays as it was then.
+///
+/// On Windows nobody can open the file, and the file goes with the mapping. Elsewhere the file
+/// stays when the mapping goes, and the caller deletes the file then; a file whose mapping is there
+/// still when the process ends is deleted at that time, unless the process is killed.
 VX_API void* mapTemporaryFile(char* name, std::size_t bytes);
 
 /// Unmaps the whole of what `mapMemory` or `mapTemporaryFile` returned. `inside` points to any byte
-/// of the mapping; any other pointer is ignored, and the result is false.
+/// of the mapping, up to the end of the last page; any other pointer is ignored, and the result is
+/// false. Any thread may map and unmap.
 VX_API bool unmapMemory(const void* inside);
 
 }  // namespace vxOS

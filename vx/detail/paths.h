@@ -3,8 +3,6 @@
 
 #include <string_view>
 
-#include <vx/String.h>
-
 namespace vxOS::detail {
 
 constexpr std::string_view kSeparators = "/\\";
@@ -22,9 +20,5 @@ constexpr std::string_view withoutSeparators(std::string_view path) {
 constexpr bool holdsZero(std::string_view text) {
   return text.find('\0') != std::string_view::npos;
 }
-
-/// At most 256 letters and digits that nobody can foretell. Throws std::system_error when the
-/// system has no random numbers.
-vxString::CString randomName(std::size_t length);
 
 }  // namespace vxOS::detail

@@ -1,4 +1,4 @@
-#include <cstddef>
+#include <utility>
 
 #include <vx/os/win32/Handle.h>
 #include <vx/os/win32/OwnerOnly.h>
@@ -20,25 +20,26 @@ std::unique_ptr<std::byte[]> currentUser() {
   return user;
 }
 
-}  // namespace
-
-OwnerOnly::OwnerOnly() {
-  isComplete_ = InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION) != 0 &&
-                allowUser() &&
-                SetSecurityDescriptorControl(&descriptor_, SE_DACL_PROTECTED, SE_DACL_PROTECTED);
+// The list that gives the user all rights. Null when the system refuses.
+std::unique_ptr<std::byte[]> userList() {
+  const auto user = currentUser();
+  if (user == nullptr) return nullptr;
+  PSID id = reinterpret_cast<const TOKEN_USER*>(user.get())->User.Sid;
+  const auto size = static_cast<DWORD>(sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + GetLengthSid(id));
+  auto memory = std::make_unique<std::byte[]>(size);
+  auto* list = reinterpret_cast<ACL*>(memory.get());
+  const bool isComplete = InitializeAcl(list, size, ACL_REVISION) != 0 &&
+                          AddAccessAllowedAce(list, ACL_REVISION, FILE_ALL_ACCESS, id) != 0;
+  return isComplete ? std::move(memory) : nullptr;
 }
 
-bool OwnerOnly::allowUser() {
-  const auto user = currentUser();
-  if (user == nullptr) return false;
-  PSID id = reinterpret_cast<const TOKEN_USER*>(user.get())->User.Sid;
-  const DWORD size =
-      static_cast<DWORD>(sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE)) + GetLengthSid(id);
-  list_ = std::make_unique<std::byte[]>(size);
-  auto* list = reinterpret_cast<ACL*>(list_.get());
-  return InitializeAcl(list, size, ACL_REVISION) != 0 &&
-         AddAccessAllowedAce(list, ACL_REVISION, FILE_ALL_ACCESS, id) != 0 &&
-         SetSecurityDescriptorDacl(&descriptor_, TRUE, list, FALSE) != 0;
+}  // namespace
+
+OwnerOnly::OwnerOnly() : list_(userList()) {
+  if (list_ == nullptr) return;
+  InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION);
+  SetSecurityDescriptorDacl(&descriptor_, TRUE, reinterpret_cast<ACL*>(list_.get()), FALSE);
+  SetSecurityDescriptorControl(&descriptor_, SE_DACL_PROTECTED, SE_DACL_PROTECTED);
 }
 
 }  // namespace vxOS

@@ -1,6 +1,7 @@
 // The protection of files that nobody but this user may read and write.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <windows.h>
 
@@ -13,16 +14,14 @@ class OwnerOnly {
   OwnerOnly(const OwnerOnly&) = delete;
   OwnerOnly& operator=(const OwnerOnly&) = delete;
 
-  /// For functions that make a file; null when the system does not tell who the user is.
-  SECURITY_ATTRIBUTES* get() { return isComplete_ ? &attributes_ : nullptr; }
+  /// For functions that make a file. The functions fail when the system did not tell who the user
+  /// is.
+  SECURITY_ATTRIBUTES* get() { return &attributes_; }
 
  private:
-  bool allowUser();
-
   std::unique_ptr<std::byte[]> list_;
-  SECURITY_DESCRIPTOR descriptor_ = {};
+  SECURITY_DESCRIPTOR descriptor_ = {};  // invalid
   SECURITY_ATTRIBUTES attributes_ = {sizeof attributes_, &descriptor_, FALSE};
-  bool isComplete_ = false;
 };
 
 }  // namespace vxOS

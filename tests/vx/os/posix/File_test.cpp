@@ -15,9 +15,7 @@ namespace {
 // An administrator may do everything, and so becomes somebody else for a while.
 class NoAdministrator {
  public:
-  NoAdministrator() {
-    EXPECT_EQ(0, user_ == 0 ? seteuid(65534) : 0);
-  }
+  NoAdministrator() { EXPECT_EQ(0, user_ == 0 ? seteuid(65534) : 0); }
   ~NoAdministrator() { EXPECT_EQ(0, seteuid(user_)); }
   NoAdministrator(const NoAdministrator&) = delete;
   NoAdministrator& operator=(const NoAdministrator&) = delete;
