@@ -147,19 +147,24 @@ TEST_F(FileTest, FileSystemsHaveRoom) {
   }
 }
 
-TEST_F(FileTest, LongPathsAreOpenedWithEitherSeparatorAndOnesWithAZeroRefused) {
+TEST_F(FileTest, FilesAreOpenedWithEveryModeAndOnesWithAZeroInTheirPathRefused) {
   const std::string name(250, 'x');  // longer, with its folder, than MAX_PATH of Windows
-  const std::string file = folder_.path().string() + "/" + name;
-  std::FILE* stream = vxOS::openFile(path(".\\./").view(), "w");
-  ASSERT_EQ(nullptr, stream);
-  stream = vxOS::openFile(path((".\\./" + name).c_str()).view(), "w");
-  ASSERT_NE(nullptr, stream);
-  std::fputs("text", stream);
-  std::fclose(stream);
-  stream = vxOS::openFile(file, "r");
-  ASSERT_NE(nullptr, stream);
-  char text[8] = "";
-  EXPECT_STREQ("text", std::fgets(text, sizeof text, stream));
-  std::fclose(stream);
-  EXPECT_EQ(nullptr, vxOS::openFile(file + '\0' + "y", "r"));
+  const CString file = path(".\\./") + name.c_str();
+  const struct {
+    const char* mode;
+    bool works;
+    const char* contentAfter;
+  } calls[] = {{"r", false, ""},     {"r+", false, ""},  {"wx", true, "w"},  {"wx", false, "w"},
+               {"w+bx", false, "w"}, {"ab", true, "wa"}, {"rb", true, "wa"}, {"a+", true, "waa"},
+               {"r+", true, "raa"},  {"w", true, "w"},   {"q", false, "w"},  {"", false, "w"}};
+  for (const auto& [mode, works, contentAfter] : calls) {
+    std::FILE* stream = vxOS::openFile(file.view(), mode);
+    EXPECT_EQ(works, stream != nullptr) << mode;
+    if (stream == nullptr) continue;
+    std::fputc(mode[0], stream);
+    std::fclose(stream);
+    EXPECT_EQ(contentAfter, kilntest::readFile(folder_.path() / name)) << mode;
+  }
+  EXPECT_EQ(nullptr, vxOS::openFile((file + kZero + "y").view(), "r"));
+  EXPECT_EQ(nullptr, vxOS::openFile(root_.view(), "w"));
 }

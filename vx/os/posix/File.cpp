@@ -28,8 +28,11 @@ std::uint64_t kilobytes(std::uint64_t blocks, std::uint64_t blockSize) {
 const char kSeparator = '/';
 const char* const kTemporaryFolder = "/tmp";
 
+// "e" keeps the file from the programs that this process starts.
 std::FILE* open(const CString& path, const char* mode) {
-  return std::fopen(systemPath(path).c_str(), mode);
+  const CString given = mode;
+  const CString uninherited = given.substring(0, 1) + "e" + given.substring(1);
+  return std::fopen(systemPath(path).c_str(), uninherited.c_str());
 }
 
 int query(const CString& path, FileStatus& status) {

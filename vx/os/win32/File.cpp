@@ -1,6 +1,10 @@
 #include <algorithm>
+#include <cstring>
+#include <fcntl.h>
+#include <io.h>
 #include <iterator>
 #include <string>
+#include <sys/stat.h>
 #include <windows.h>
 
 #include <vx/os/File.h>
@@ -44,13 +48,33 @@ std::int64_t unixSeconds(const FILETIME& time) {
   return steps / 10'000'000 - 11'644'473'600;
 }
 
+// The flags of _wopen for a mode of fopen. Not every C library knows 'x' there, and a way to keep
+// the file from the programs that this process starts.
+int openFlags(std::string_view mode) {
+  const auto has = [mode](char c) { return mode.find(c) != std::string_view::npos; };
+  int flags = _O_NOINHERIT;
+  flags |= has('+') ? _O_RDWR : mode[0] == 'r' ? _O_RDONLY : _O_WRONLY;
+  if (mode[0] == 'w') flags |= _O_CREAT | _O_TRUNC;
+  if (mode[0] == 'a') flags |= _O_CREAT | _O_APPEND;
+  if (has('x')) flags |= _O_EXCL;
+  if (has('b')) flags |= _O_BINARY;
+  if (has('t')) flags |= _O_TEXT;
+  return flags;
+}
+
 }  // namespace
 
 const char kSeparator = '\\';
 const char* const kTemporaryFolder = "c:\\Temp";
 
 std::FILE* open(const CString& path, const char* mode) {
-  return _wfopen(systemPath(path).c_str(), CString(mode).asWide().c_str());
+  const CString given = mode;
+  if (given.isEmpty() || std::strchr("rwa", mode[0]) == nullptr) return nullptr;
+  const int file = _wopen(systemPath(path).c_str(), openFlags(mode), _S_IREAD | _S_IWRITE);
+  if (file == -1) return nullptr;
+  std::FILE* stream = _fdopen(file, given.replaced("x", "").c_str());
+  if (stream == nullptr) _close(file);
+  return stream;
 }
 
 int query(const CString& path, FileStatus& status) {
