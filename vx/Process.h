@@ -43,8 +43,9 @@ class VX_API ProcessManager {
   /// Starts a command and returns at once. The program is detached: it has a session of its own, so
   /// that closing the terminal does not end it, its standard streams are the null device, it
   /// inherits no other descriptor, and nobody has to wait for its end. It starts in `folder`; an
-  /// empty one stands for the current folder. An error when the command is empty or holds a zero
-  /// byte and when there is no such program or folder.
+  /// empty one stands for the current folder. A relative path of the program begins in the current
+  /// folder of this process all the same. Signals have their default actions. An error when the
+  /// command is empty or holds a zero byte and when there is no such program or folder.
   vxUtil::Error startAsync(const vx::vector<vxString::CString>& command, const Filename& folder);
 
  private:

@@ -1,9 +1,11 @@
 #include "tests/support/TemporaryFolder.h"
 
+#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <random>
 #include <set>
+#include <thread>
 
 namespace kilntest {
 
@@ -36,6 +38,15 @@ std::string TemporaryFolder::names() const {
 std::string readFile(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::string awaitFile(const std::filesystem::path& file) {
+  std::string content;
+  for (int i = 0; i < 2000 && content.empty(); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    content = readFile(file);
+  }
+  return content;
 }
 
 }  // namespace kilntest

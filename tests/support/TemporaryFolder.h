@@ -25,4 +25,8 @@ class TemporaryFolder {
 
 std::string readFile(const std::filesystem::path& file);
 
+// What another process writes, in one piece, into a file that is not there yet or empty. Empty when
+// nothing comes within 20 s.
+std::string awaitFile(const std::filesystem::path& file);
+
 }  // namespace kilntest

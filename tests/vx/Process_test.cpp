@@ -11,6 +11,7 @@
 #include <vx/SysInfo.h>
 
 #include "tests/support/RecordingProgram.h"
+#include "tests/support/TemporaryFolder.h"
 
 using kilntest::RecordingProgram;
 using vxOS::ProcessManager;
@@ -34,7 +35,24 @@ TEST(Process, ArgumentsArriveAsTheyAreAndWhatWasWrittenComesFirst) {
   EXPECT_EQ(arguments, program.takeArguments());
 }
 
-TEST(Process, WhatCannotBeStartedHasNoExitCode) {
+TEST(Process, DetachedProgramsStartInTheirFolderAndRelativePathsInOurs) {
+  const kilntest::TemporaryFolder folder;
+  const RecordingProgram program(3);
+  kilntest::setEnvironment("KILNTEST_RECORD", "record");
+  const std::filesystem::path before = std::filesystem::current_path();
+  const std::filesystem::path path = APP_getBinaryPath("morlaWarning").c_str();
+  std::filesystem::current_path(path.parent_path());
+  for (const std::string& name : {path.string(), path.filename().string()}) {
+    const vxUtil::Error error = ProcessManager::getInstance().startAsync(
+        {name.c_str(), "two words"}, vxOS::Filename(CString(folder.path().string().c_str())));
+    EXPECT_EQ(0, error.code()) << error.message().c_str();
+    EXPECT_EQ(std::string("two words\0", 10), kilntest::awaitFile(folder.path() / "record"));
+    std::filesystem::remove(folder.path() / "record");
+  }
+  std::filesystem::current_path(before);
+}
+
+TEST(Process, WhatCannotBeStartedHasNoExitCodeAndIsAnErrorThatNamesIt) {
   RecordingProgram program;
   const CString path = APP_getBinaryPath("morlaWarning");
   const CString zero(std::string_view("\0", 1));
@@ -42,7 +60,12 @@ TEST(Process, WhatCannotBeStartedHasNoExitCode) {
       {}, {"", "-t"}, {path + "x"}, {path + zero, "-t"}, {path, "a" + zero + "b"}};
   for (const auto& command : commands) {
     EXPECT_EQ(std::nullopt, ProcessManager::getInstance().startSync(command));
+    EXPECT_NE(0, ProcessManager::getInstance().startAsync(command, {}).code());
   }
+  const vxOS::Filename none(CString("no/folder"));
+  EXPECT_NE(0, ProcessManager::getInstance().startAsync({path}, vxOS::Filename(zero)).code());
+  EXPECT_THAT(ProcessManager::getInstance().startAsync({path}, none).message().c_str(),
+              testing::StartsWith(("cannot start \"" + path + "\" in \"no/folder\": ").c_str()));
   EXPECT_THAT(program.takeArguments(), testing::IsEmpty());
 }
 

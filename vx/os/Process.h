@@ -24,4 +24,9 @@ vxString::CString environmentVariable(const char* name);
 /// exit by itself.
 std::optional<int> run(const vx::vector<vxString::CString>& command);
 
+/// Starts a program in a session of its own, with the null device as standard streams and no other
+/// descriptor, in `folder` unless that is empty. Nobody has to wait for its end. Returns the number
+/// of the system's error, 0 when the program runs.
+int startDetached(const vx::vector<vxString::CString>& command, const vxString::CString& folder);
+
 }  // namespace vxOS::process

@@ -1,8 +1,14 @@
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
 #include <spawn.h>
+#include <string>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include <vx/os/Process.h>
@@ -49,6 +55,119 @@ std::optional<int> waitFor(pid_t child) {
   return WEXITSTATUS(status);
 }
 
+// A pipe that no program inherits, whose ends are no standard streams. -1 stands for a closed end.
+struct Pipe {
+  Pipe() {
+    int made[2];
+    if (pipe2(made, O_CLOEXEC) != 0) return;
+    reading = fcntl(made[0], F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    writing = fcntl(made[1], F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    close(made[0]);
+    close(made[1]);
+  }
+  ~Pipe() {
+    if (reading != -1) close(reading);
+    closeWriting();
+  }
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+
+  bool isOpen() const { return reading != -1 && writing != -1; }
+  void closeWriting() {
+    if (writing != -1) close(std::exchange(writing, -1));
+  }
+
+  int reading = -1;
+  int writing = -1;
+};
+
+// Blocks all signals of this thread, so that no handler of the host runs in a forked child.
+class BlockedSignals {
+ public:
+  BlockedSignals() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before_);
+  }
+  ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  BlockedSignals(const BlockedSignals&) = delete;
+  BlockedSignals& operator=(const BlockedSignals&) = delete;
+
+ private:
+  sigset_t before_;
+};
+
+// What a forked child needs to become another program. The child of a process with threads may call
+// async-signal-safe functions only, and takes no memory.
+struct Launch {
+  const char* program;
+  char* const* arguments;
+  const char* folder;  // may be empty
+  int report;          // where the number of the error goes
+};
+
+[[noreturn]] void endWithError(int report) {
+  const int error = errno;
+  [[maybe_unused]] const ssize_t written = write(report, &error, sizeof error);
+  _exit(EXIT_FAILURE);
+}
+
+void resetSignals() {
+  struct sigaction standard = {};
+  standard.sa_handler = SIG_DFL;
+  for (int signal = 1; signal < NSIG; ++signal) sigaction(signal, &standard, nullptr);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+// Leaves the null device as 0 to 2, the report, which exec closes, as 3, and nothing else.
+bool resetDescriptors(int& report) {
+  constexpr int kReport = STDERR_FILENO + 1;
+  const int null = open("/dev/null", O_RDWR);
+  if (null == -1) return false;
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (dup2(null, stream) == -1) return false;
+  if (report != kReport && dup3(report, kReport, O_CLOEXEC) == -1) return false;
+  report = kReport;
+  closefrom(kReport + 1);
+  return true;
+}
+
+[[noreturn]] void becomeProgram(Launch launch) {
+  resetSignals();
+  if (resetDescriptors(launch.report) && (*launch.folder == '\0' || chdir(launch.folder) == 0))
+    execve(launch.program, launch.arguments, environ);
+  endWithError(launch.report);
+}
+
+// The child leads the new session and ends at once. The system adopts the grandchild, which is the
+// program and can never get a terminal by opening one.
+[[noreturn]] void becomeDetachedProgram(const Launch& launch) {
+  if (setsid() == -1) endWithError(launch.report);
+  const pid_t child = fork();
+  if (child == 0) becomeProgram(launch);
+  if (child == -1) endWithError(launch.report);
+  _exit(EXIT_SUCCESS);
+}
+
+// The number of the error that the other end reports; 0 when that end is closed without a report.
+int readError(int report) {
+  int error = 0;
+  while (read(report, &error, sizeof error) == -1 && errno == EINTR) {
+  }
+  return error;
+}
+
+// The path for a process that changes its folder; empty when the current folder is gone.
+CString fixedPath(const CString& program, const CString& folder) {
+  const CString path = systemPath(program);
+  if (folder.isEmpty() || path.startsWith("/")) return path;
+  std::error_code gone;
+  const std::string current = std::filesystem::current_path(gone).string();
+  return gone ? CString() : CString(current) + "/" + path;
+}
+
 }  // namespace
 
 const char* const kSeparator = "/";
@@ -77,6 +196,26 @@ std::optional<int> run(const vx::vector<CString>& command) {
       posix_spawn(&child, program.c_str(), actions.get(), nullptr, arguments.data(), environ) != 0)
     return std::nullopt;
   return waitFor(child);
+}
+
+int startDetached(const vx::vector<CString>& command, const CString& folder) {
+  const CString program = fixedPath(command.front(), folder);
+  const CString place = systemPath(folder);
+  const std::vector<char*> arguments = argumentPointers(command);
+  Pipe report;
+  if (!report.isOpen()) return errno;
+  pid_t child;
+  {
+    const BlockedSignals blocked;
+    child = fork();
+    if (child == 0)
+      becomeDetachedProgram({program.c_str(), arguments.data(), place.c_str(), report.writing});
+  }
+  if (child == -1) return errno;
+  report.closeWriting();
+  const int error = readError(report.reading);
+  waitFor(child);
+  return error;
 }
 
 }  // namespace vxOS::process

@@ -8,6 +8,7 @@
 
 #include <vx/os/Process.h>
 #include <vx/os/win32/Handle.h>
+#include <vx/os/win32/Path.h>
 
 namespace vxOS::process {
 
@@ -46,17 +47,24 @@ HANDLE inheritableStream(DWORD stream) {
   return copy;
 }
 
-// Starts a child with the standard streams of this process and no other handle.
+// A handle of the null device, which a child can inherit.
+HANDLE inheritableNull() {
+  SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+  return CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                     &inheritable, OPEN_EXISTING, 0, nullptr);
+}
+
+// Starts a child that inherits its standard streams and no other handle. A stream may be null, and
+// several may be the same.
 class Startup {
  public:
-  Startup() {
+  Startup(HANDLE input, HANDLE output, HANDLE error) {
     info_.StartupInfo.cb = sizeof info_;
     info_.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
-    info_.StartupInfo.hStdInput = input_.get();
-    info_.StartupInfo.hStdOutput = output_.get();
-    info_.StartupInfo.hStdError = error_.get();
-    for (const HANDLE stream : {input_.get(), output_.get(), error_.get()})
-      if (stream != nullptr) inherited_.push_back(stream);
+    info_.StartupInfo.hStdInput = input;
+    info_.StartupInfo.hStdOutput = output;
+    info_.StartupInfo.hStdError = error;
+    for (const HANDLE stream : {input, output, error}) addInherited(stream);
     isComplete_ = inherited_.empty() || (makeList() && listInherited());
   }
   ~Startup() {
@@ -65,11 +73,28 @@ class Startup {
   Startup(const Startup&) = delete;
   Startup& operator=(const Startup&) = delete;
 
-  bool isComplete() const { return isComplete_; }
-  bool inherits() const { return !inherited_.empty(); }
-  STARTUPINFOW* get() { return &info_.StartupInfo; }
+  // Starts the command in `folder`, or where this process is when that is null. Null when the
+  // system refuses.
+  HANDLE start(const vx::vector<CString>& command, DWORD flags, const wchar_t* folder) {
+    std::wstring line = commandLine(command);
+    PROCESS_INFORMATION created = {};
+    if (!isComplete_ ||
+        CreateProcessW(command.front().asWide().c_str(), line.data(), nullptr, nullptr,
+                       !inherited_.empty(), flags | EXTENDED_STARTUPINFO_PRESENT, nullptr, folder,
+                       &info_.StartupInfo, &created) == 0)
+      return nullptr;
+    CloseHandle(created.hThread);
+    return created.hProcess;
+  }
 
  private:
+  // The system refuses a list that holds a handle twice.
+  void addInherited(HANDLE stream) {
+    if (stream != nullptr &&
+        std::find(inherited_.begin(), inherited_.end(), stream) == inherited_.end())
+      inherited_.push_back(stream);
+  }
+
   bool makeList() {
     SIZE_T size = 0;
     InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
@@ -86,9 +111,6 @@ class Startup {
                                      nullptr) != 0;
   }
 
-  Handle input_{inheritableStream(STD_INPUT_HANDLE)};
-  Handle output_{inheritableStream(STD_OUTPUT_HANDLE)};
-  Handle error_{inheritableStream(STD_ERROR_HANDLE)};
   std::vector<HANDLE> inherited_;
   std::unique_ptr<std::byte[]> memory_;
   STARTUPINFOEXW info_ = {};
@@ -97,9 +119,9 @@ class Startup {
 
 // A console program shares the console of this process. Without such a console the program gets one
 // that has no window.
-DWORD creationFlags() {
+DWORD consoleFlags() {
   const bool hasConsole = GetConsoleCP() != 0;
-  return EXTENDED_STARTUPINFO_PRESENT | (hasConsole ? 0U : CREATE_NO_WINDOW);
+  return hasConsole ? 0U : CREATE_NO_WINDOW;
 }
 
 std::optional<int> waitFor(HANDLE process) {
@@ -141,16 +163,23 @@ CString environmentVariable(const char* name) {
 
 std::optional<int> run(const vx::vector<CString>& command) {
   if (isBatchFile(command.front())) return std::nullopt;
-  Startup startup;
-  std::wstring line = commandLine(command);
-  PROCESS_INFORMATION created = {};
-  if (!startup.isComplete() || CreateProcessW(command.front().asWide().c_str(), line.data(),
-                                              nullptr, nullptr, startup.inherits(), creationFlags(),
-                                              nullptr, nullptr, startup.get(), &created) == 0)
-    return std::nullopt;
-  const Handle process(created.hProcess);
-  const Handle thread(created.hThread);
-  return waitFor(process.get());
+  const Handle input(inheritableStream(STD_INPUT_HANDLE));
+  const Handle output(inheritableStream(STD_OUTPUT_HANDLE));
+  const Handle error(inheritableStream(STD_ERROR_HANDLE));
+  Startup startup(input.get(), output.get(), error.get());
+  const Handle process(startup.start(command, consoleFlags(), nullptr));
+  return process ? waitFor(process.get()) : std::nullopt;
+}
+
+int startDetached(const vx::vector<CString>& command, const CString& folder) {
+  if (isBatchFile(command.front())) return ERROR_BAD_EXE_FORMAT;
+  const Handle null(inheritableNull());
+  if (!null) return static_cast<int>(GetLastError());
+  const std::wstring place = systemPath(folder);
+  Startup startup(null.get(), null.get(), null.get());
+  const Handle process(startup.start(command, DETACHED_PROCESS | CREATE_NEW_PROCESS_GROUP,
+                                     folder.isEmpty() ? nullptr : place.c_str()));
+  return process ? 0 : static_cast<int>(GetLastError());
 }
 
 }  // namespace vxOS::process
