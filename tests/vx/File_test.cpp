@@ -131,7 +131,7 @@ TEST_F(FileTest, TemporaryFilesAreNewAndStandInTheFolderOfTheEnvironment) {
 }
 
 TEST_F(FileTest, FileSystemsHaveRoom) {
-  const std::filesystem::path file = folder_.write("file", "");
+  folder_.write("file", "");
   for (const CString& place : {root_, path("file")}) {
     vxOS::FilesystemStatus status;
     ASSERT_TRUE(vxOS::Filesystem::stat(place, status)) << place.c_str();

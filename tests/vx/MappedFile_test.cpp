@@ -72,6 +72,7 @@ TEST_F(MappedFile, ViewsShowTheFileToAllAndOutliveIt) {
   EXPECT_EQ(65536U + 512U, view.length());
   std::strcpy(bytes + 65536, "text");
   EXPECT_STREQ("text", same);
+  EXPECT_EQ("text", kilntest::readFile(folder_.path() / "file").substr(131072, 4)) << "while open";
   file.close();
   EXPECT_EQ(nullptr, FileMapping().map(file, 0, 1));
   std::strcpy(bytes, "later");

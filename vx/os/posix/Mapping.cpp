@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <vx/os/Mapping.h>
+#include <vx/os/posix/BlockedSignals.h>
 #include <vx/os/posix/Path.h>
 
 namespace vxOS::mapping {
@@ -35,6 +36,7 @@ bool isBeyondLimit(std::size_t size) {
 // Returns the number of the system's error.
 int takeSpace(int file, std::size_t size) {
   if (isBeyondLimit(size)) return EFBIG;
+  const BlockedSignals blocked;  // an interrupted allocation begins again, maybe for ever
   int error;
   do {
     error = posix_fallocate(file, 0, static_cast<off_t>(size));

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include <vx/os/Process.h>
+#include <vx/os/posix/BlockedSignals.h>
 #include <vx/os/posix/Path.h>
 
 namespace vxOS::process {
@@ -81,22 +82,6 @@ struct Pipe {
   int writing = -1;
 };
 
-// Blocks all signals of this thread, so that no handler of the host runs in a forked child.
-class BlockedSignals {
- public:
-  BlockedSignals() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before_);
-  }
-  ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  BlockedSignals(const BlockedSignals&) = delete;
-  BlockedSignals& operator=(const BlockedSignals&) = delete;
-
- private:
-  sigset_t before_;
-};
-
 // What a forked child needs to become another program. The child of a process with threads may call
 // async-signal-safe functions only, and takes no memory.
 struct Launch {
@@ -161,7 +146,7 @@ int readError(int report) {
 
 // The path for a process that changes its folder; empty when the current folder is gone.
 CString fixedPath(const CString& program, const CString& folder) {
-  const CString path = systemPath(program);
+  CString path = systemPath(program);
   if (folder.isEmpty() || path.startsWith("/")) return path;
   std::error_code gone;
   const std::string current = std::filesystem::current_path(gone).string();
@@ -206,7 +191,7 @@ int startDetached(const vx::vector<CString>& command, const CString& folder) {
   if (!report.isOpen()) return errno;
   pid_t child;
   {
-    const BlockedSignals blocked;
+    const BlockedSignals blocked;  // no handler of the host runs in the child
     child = fork();
     if (child == 0)
       becomeDetachedProgram({program.c_str(), arguments.data(), place.c_str(), report.writing});

@@ -31,8 +31,8 @@ HANDLE openExisting(const std::wstring& path, DWORD access) {
                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
 }
 
-// Opening tells what the read-only attribute, the access lists and the medium allow together. A
-// file that another program has locked is writable for this user all the same.
+// Opening tells what the access lists and the medium allow together. A file that another program
+// has locked is writable for this user all the same.
 bool canWrite(const std::wstring& path) {
   static_assert(FILE_ADD_FILE == FILE_WRITE_DATA);
   return Handle(openExisting(path, FILE_ADD_FILE)) || GetLastError() == ERROR_SHARING_VIOLATION;
@@ -87,7 +87,8 @@ int query(const CString& path, FileStatus& status) {
   status.exists = true;
   status.isDirectory = (facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
   status.isRegularFile = isOnDisk && !status.isDirectory;
-  status.isWritable = canWrite(name);
+  const bool isProtected = (facts.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+  status.isWritable = (status.isDirectory || !isProtected) && canWrite(name);
   status.size = joined(facts.nFileSizeHigh, facts.nFileSizeLow);
   status.modified = unixSeconds(facts.ftLastWriteTime);
   return 0;
