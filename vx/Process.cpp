@@ -48,4 +48,16 @@ CString environmentVariable(const char* name) {
   return process::environmentVariable(name);
 }
 
+bool hasEnvironmentVariable(const char* name) noexcept {
+  return process::hasEnvironmentVariable(name);
+}
+
+vxString::CString programPath() {
+  return process::ownProgram();
+}
+
+int currentDrive() noexcept {
+  return process::currentDrive();
+}
+
 }  // namespace vxOS

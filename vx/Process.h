@@ -54,5 +54,14 @@ class VX_API ProcessManager {
 
 /// The value of an environment variable in UTF-8; empty when there is none.
 VX_API vxString::CString environmentVariable(const char* name);
+/// Whether there is an environment variable of this name, even with an empty value.
+VX_API bool hasEnvironmentVariable(const char* name) noexcept;
+
+/// The full path of the program that this process runs; empty when the system does not tell.
+VX_API vxString::CString programPath();
+
+/// The number of the current drive, 1 for A; 0 when the current folder lies on no drive, as on
+/// systems without drives.
+VX_API int currentDrive() noexcept;
 
 }  // namespace vxOS

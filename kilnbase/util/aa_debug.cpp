@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include <kilnbase/detail/heapText.h>
 #include <kilnbase/util/DS/ds_structures.h>
 #include <kilnbase/util/aa_debug.h>
 #include <vx/File.h>
@@ -64,14 +65,8 @@ int hasName(const void* item, const void* name) {
   return std::strcmp(entry->name, static_cast<const char*>(name)) == 0 ? 1 : 0;
 }
 
-char* copyOf(const char* text) {
-  const std::size_t bytes = std::strlen(text) + 1;
-  void* const copy = std::malloc(bytes);
-  return copy ? static_cast<char*>(std::memcpy(copy, text, bytes)) : nullptr;
-}
-
 FileEntry* addEntry(const char* name) {
-  char* const copy = copyOf(name);
+  char* const copy = vxKilnBase::detail::heapText(name);
   auto* const entry = new (std::nothrow) FileEntry{copy, false};
   if (copy && entry && files->methods->add(files, entry, nullptr)) return entry;
   std::free(copy);

@@ -3,6 +3,9 @@
 #include <string.h>
 
 #include <kilnbase/anim/an_anim_list.h>
+#include <kilnbase/services/FontProperties.h>
+#include <kilnbase/services/MorlaBehaviour.h>
+#include <kilnbase/services/MorlaQA.h>
 #include <kilnbase/util/DS/ds_structures.h>
 #include <kilnbase/util/DS/mr_register.h>
 #include <kilnbase/util/aa_debug.h>
@@ -68,6 +71,20 @@ static int items(void) {
   return right && MA_outstanding().blocks == 0;
 }
 
+static int choices(void) {
+  MorlaQAAssert(1, true);
+  FontProperties *font = FontProperties_alloc(), *copy = FontProperties_alloc();
+  FontProperties_setFontSize(font, 12);
+  FontProperties_assign(copy, font);
+  char* icon = MorlaBehaviour_getProductIconName();
+  const int right =
+      FontProperties_getFontSize(copy) == 12 && strcmp(icon, "Morla") == 0 && !checkMorlaHeap();
+  FontProperties_free(font);
+  FontProperties_free(copy);
+  free(icon);
+  return right && MorlaBehaviour_saveOnExit();
+}
+
 static int arraysAndPools(void) {
   const short element = 5;
   MR_Array* array = MR_array_new(sizeof element, 0, 2);
@@ -86,8 +103,9 @@ static int tolerances(void) {
 
 /* Returns the number of the first group that does not work. */
 int main(void) {
-  int (*const groups[])(void) = {arraysAndPools, bytes, items, listsAndTrees, reports, tolerances};
-  for (int i = 0; i < 6; ++i) {
+  int (*const groups[])(void) = {arraysAndPools, bytes,   choices,   items,
+                                 listsAndTrees,  reports, tolerances};
+  for (int i = 0; i < 7; ++i) {
     if (!groups[i]()) return i + 1;
   }
   return EXIT_SUCCESS;

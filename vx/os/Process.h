@@ -18,6 +18,10 @@ vxString::CString ownProgram();
 
 /// The value of an environment variable; empty when there is none.
 vxString::CString environmentVariable(const char* name);
+bool hasEnvironmentVariable(const char* name) noexcept;
+
+/// The number of the current drive, 1 for A; 0 for none.
+int currentDrive() noexcept;
 
 /// Runs a program, the first text of `command`, with the other texts as its arguments. No text
 /// holds a zero byte. Returns the exit code; nothing when the program cannot be started or does not

@@ -172,6 +172,14 @@ CString environmentVariable(const char* name) {
   return std::getenv(name);
 }
 
+bool hasEnvironmentVariable(const char* name) noexcept {
+  return std::getenv(name) != nullptr;
+}
+
+int currentDrive() noexcept {
+  return 0;
+}
+
 std::optional<int> run(const vx::vector<CString>& command) {
   const CString program = systemPath(command.front());
   const std::vector<char*> arguments = argumentPointers(command);

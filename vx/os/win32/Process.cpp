@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstddef>
+#include <direct.h>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -159,6 +160,14 @@ CString environmentVariable(const char* name) {
   const auto size = static_cast<DWORD>(value.size());
   value.resize(std::min(GetEnvironmentVariableW(wide.c_str(), value.data(), size), size));
   return vxString::IString(value).asMultibyte();
+}
+
+bool hasEnvironmentVariable(const char* name) noexcept {
+  return GetEnvironmentVariableA(name, nullptr, 0) != 0;
+}
+
+int currentDrive() noexcept {
+  return _getdrive();
 }
 
 std::optional<int> run(const vx::vector<CString>& command) {

@@ -6,11 +6,14 @@
 #include <vx/String.h>
 
 void kilntest::setEnvironment(const std::string& name, const std::string& value) {
-  _putenv_s(name.c_str(), value.c_str());
+  _putenv_s(name.c_str(), value.c_str());  // an empty value removes the variable
+  SetEnvironmentVariableW(vxString::CString(name.c_str()).asWide().c_str(),
+                          vxString::CString(value.c_str()).asWide().c_str());
 }
 
 void kilntest::unsetEnvironment(const std::string& name) {
   _putenv_s(name.c_str(), "");
+  SetEnvironmentVariableW(vxString::CString(name.c_str()).asWide().c_str(), nullptr);
 }
 
 std::vector<std::string> kilntest::receivedArguments(int count, char**) {

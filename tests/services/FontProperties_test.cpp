@@ -1,0 +1,116 @@
+#include <algorithm>
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <limits>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include <kilnbase/services/FontProperties.h>
+
+#include "tests/support/Reports.h"
+
+namespace {
+
+constexpr int kLeast = std::numeric_limits<int>::min();
+
+}  // namespace
+
+TEST(FontProperties, InvalidNumbersAreReplacedAndReported) {
+  using Font = FontProperties;
+  const std::string size = "Size invalid fontsize %d, clamping to allowed range %d";
+  const std::string weight = "Weight invalid weight given %d, setting to default %d";
+  const std::string pitch = "Pitch invalid pitch given %d, setting to default %d";
+  const std::string style = "Style invalid style given %d, ignoring";
+  const struct {
+    void (Font::*set)(int);
+    int (Font::*get)() const;
+    int value, result;
+    std::string message;  // none for a valid value
+  } table[] = {{&Font::setFontSize, &Font::getFontSize, 720, 720, ""},
+               {&Font::setFontSize, &Font::getFontSize, 721, 720, size},
+               {&Font::setFontSize, &Font::getFontSize, 1, 1, ""},
+               {&Font::setFontSize, &Font::getFontSize, 0, 1, size},
+               {&Font::setFontSize, &Font::getFontSize, kLeast, 1, size},
+               {&Font::setFontWeight, &Font::getFontWeight, 50, 50, ""},
+               {&Font::setFontWeight, &Font::getFontWeight, 75, 0, weight},
+               {&Font::setFontWeight, &Font::getFontWeight, 100, 100, ""},
+               {&Font::setFontPitch, &Font::getFontPitch, 1, 1, ""},
+               {&Font::setFontPitch, &Font::getFontPitch, -1, 0, pitch},
+               {&Font::setFontStyle, &Font::getFontStyle, 1, 1, ""},
+               {&Font::setFontStyle, &Font::getFontStyle, 2, 3, ""},
+               {&Font::setFontStyle, &Font::getFontStyle, 8, 3, style},
+               {&Font::setFontStyle, &Font::getFontStyle, kLeast, 3, style},
+               {&Font::setFontStyle, &Font::getFontStyle, 0, 3, ""}};
+  kilntest::RecordedReports reports;
+  Font font;
+  for (const auto& [set, get, value, result, message] : table) {
+    (font.*set)(value);
+    EXPECT_EQ(result, (font.*get)()) << message << value;
+    const std::string format = "debug 0: FontProperties::setFont" + message + "\n";
+    const std::string text(vxString::CString::format(format.c_str(), value, result).c_str());
+    using Reports = std::vector<std::string>;
+    EXPECT_EQ(message.empty() ? Reports{} : Reports{text}, reports.takeAll());
+  }
+}
+
+TEST(FontProperties, AnEmptyFamilyBecomesHelvetica) {
+  kilntest::RecordedReports reports;
+  FontProperties font("Courier", 12, 50, 1, 1);
+  EXPECT_EQ("Courier", font.getFontFamily());
+  EXPECT_EQ(0u, reports.takeAll().size());
+  font.setFontFamily("");
+  EXPECT_EQ("Helvetica", font.getFontFamily());
+  const auto messages = reports.takeAll();
+  ASSERT_EQ(1u, messages.size());
+  int given = 0, standard = 0;
+  EXPECT_EQ(2, std::sscanf(messages[0].c_str(),
+                           "debug 0: FontProperties::setFontFamily invalid name given %d, setting "
+                           "to default %d\n",
+                           &given, &standard));
+  EXPECT_NE(given, standard);
+}
+
+TEST(FontProperties, TheFirstAskedPropertyThatDiffersDecides) {
+  const FontProperties font("Courier", 12, 50, 2, 0);
+  const struct {
+    FontProperties other;
+    int mask, result;
+  } table[] = {{{"Courier", 13, 0, 0, 0}, 1, -1},
+               {{"Courier", 11, 100, 0, 0}, 255, 1},
+               {{"Courier", 12, 100, 1, 0}, 255, -1},
+               {{"Courier", 12, 50, 1, 1}, 255, 1},
+               {{"Arial", 12, 50, 2, 1}, 255, -1},
+               {{"Arial", 12, 50, 2, 1}, 23, 1},
+               {{"Dingbats", 12, 50, 2, 0}, 16, -1},
+               {{"Dingbats", 13, 100, 3, 1}, 0, 0},
+               {font, 255, 0}};
+  for (const auto& [other, mask, result] : table) {
+    const int order = font.compare(other, mask);
+    EXPECT_EQ(result, (order > 0) - (order < 0)) << mask;
+  }
+  EXPECT_TRUE(font.isScaledEquivalent({"Courier", 99, 50, 2, 0}));
+  EXPECT_FALSE(font.isScaledEquivalent({"courier", 12, 50, 2, 0}));
+}
+
+TEST(FontProperties, AssignmentReplacesEveryPropertyAndNullIsHarmless) {
+  FontProperties* font = FontProperties_alloc();
+  EXPECT_EQ(0, font->compare(FontProperties("Helvetica", 10, 0, 0, 0), 255));
+  font->setFontStyle(4);
+  const FontProperties other("Courier", 12, 50, 2, 1);
+  FontProperties_assign(font, &other);
+  EXPECT_EQ(0, font->compare(other, 255));
+  FontProperties_setFontSize(font, 1000);
+  EXPECT_EQ(720, FontProperties_getFontSize(font));
+  FontProperties_free(font);
+  FontProperties_free(nullptr);
+  FontProperties_setFontSize(nullptr, 5);
+  EXPECT_EQ(0, FontProperties_getFontSize(nullptr));
+}
+
+TEST(FontProperties, TheStandardSizesAreValidAndRise) {
+  const auto& sizes = FontProperties::getStandardFontSizes();
+  EXPECT_EQ(16u, sizes.size());
+  EXPECT_EQ(374, std::accumulate(sizes.begin(), sizes.end(), 0));
+  EXPECT_TRUE(std::ranges::is_sorted(sizes));
+}
