@@ -87,6 +87,10 @@ Error File::makeDirectoryAll(const CString& path) {
   return attempt("make the folder", path, [&] { return makeFolders(path.view()); });
 }
 
+Error File::readDirectory(const CString& path, vx::vector<CString>& names) {
+  return attempt("read the folder", path, [&] { return file::readFolder(path, names); });
+}
+
 Error File::remove(const CString& path) {
   return attempt("delete", path, [&] { return file::remove(path); });
 }

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include <vx/Containers.h>
 #include <vx/Error.h>
 #include <vx/String.h>
 #include <vx/export.h>
@@ -37,6 +38,11 @@ class VX_API File {
 
   /// Makes the folder and all its missing parents. A folder that exists is no error.
   static vxUtil::Error makeDirectoryAll(const vxString::CString& path);
+
+  /// Appends the names of all entries of a folder to `names`, "." and ".." with the others where
+  /// the system has them, in the system's order.
+  static vxUtil::Error readDirectory(const vxString::CString& path,
+                                     vx::vector<vxString::CString>& names);
 
   /// Deletes a file. A file that does not exist is an error.
   static vxUtil::Error remove(const vxString::CString& path);

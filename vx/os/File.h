@@ -24,6 +24,8 @@ int query(const vxString::CString& path, FileStatus& status);
 int makeFolder(const vxString::CString& path);
 /// Makes an empty file for this user alone. Fails when there is something under `path`.
 int makeFile(const vxString::CString& path);
+/// Appends the names of all entries.
+int readFolder(const vxString::CString& path, vx::vector<vxString::CString>& names);
 int remove(const vxString::CString& path);
 int queryFilesystem(const vxString::CString& path, FilesystemStatus& status);
 

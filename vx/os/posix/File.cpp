@@ -1,5 +1,7 @@
 #include <cerrno>
+#include <dirent.h>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <system_error>
@@ -56,6 +58,17 @@ int makeFolder(const CString& path) {
 int makeFile(const CString& path) {
   const int file = ::open(systemPath(path).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
   return file == -1 ? errno : errorOf(close(file));
+}
+
+int readFolder(const CString& path, vx::vector<CString>& names) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(systemPath(path).c_str()), closedir);
+  if (!folder) return errno;
+  for (;;) {
+    errno = 0;
+    const dirent* const entry = readdir(folder.get());
+    if (!entry) return errno;
+    names.emplace_back(entry->d_name);
+  }
 }
 
 int remove(const CString& path) {

@@ -3,10 +3,12 @@
 #include <fcntl.h>
 #include <io.h>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 #include <windows.h>
 
+#include <vx/Filename.h>
 #include <vx/os/File.h>
 #include <vx/os/win32/Handle.h>
 #include <vx/os/win32/OwnerOnly.h>
@@ -103,6 +105,19 @@ int makeFile(const CString& path) {
   const Handle file(CreateFileW(systemPath(path).c_str(), GENERIC_WRITE, 0, owner.get(), CREATE_NEW,
                                 FILE_ATTRIBUTE_NORMAL, nullptr));
   return file ? 0 : lastError();
+}
+
+// A folder without entries, such as an empty drive, has not even "." and "..".
+int readFolder(const CString& path, vx::vector<CString>& names) {
+  WIN32_FIND_DATAW entry;
+  const std::wstring pattern = systemPath(Filename::join(path, "*"));
+  const HANDLE first = FindFirstFileW(pattern.c_str(), &entry);
+  if (first == INVALID_HANDLE_VALUE) return lastError() == ERROR_FILE_NOT_FOUND ? 0 : lastError();
+  const std::unique_ptr<void, BOOL(WINAPI*)(HANDLE)> search(first, FindClose);
+  do {
+    names.push_back(vxString::IString(entry.cFileName).asMultibyte());
+  } while (FindNextFileW(search.get(), &entry) != 0);
+  return lastError() == ERROR_NO_MORE_FILES ? 0 : lastError();
 }
 
 int remove(const CString& path) {
