@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include <kilnbase/util/db_filename.h>
@@ -34,8 +35,9 @@ class Project {
 
   // Makes an empty file under the project's folder; '/' separates the names.
   void makeFile(const std::string& name) const {
-    std::filesystem::create_directories((folder_.path() / "demo" / name).parent_path());
-    folder_.write("demo/" + name, "");
+    const auto file = folder_.path() / "demo" / std::u8string(name.begin(), name.end());
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file).flush();
   }
   bool has(const std::string& name) const {
     return std::filesystem::exists(folder_.path() / "demo" / name);
