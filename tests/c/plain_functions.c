@@ -6,6 +6,10 @@
 #include <kilnbase/services/FontProperties.h>
 #include <kilnbase/services/MorlaBehaviour.h>
 #include <kilnbase/services/MorlaQA.h>
+#include <kilnbase/services/cursor_procedure.h>
+#include <kilnbase/services/hosted_variables.h>
+#include <kilnbase/services/redraw.h>
+#include <kilnbase/services/rtb_init.h>
 #include <kilnbase/util/DS/ds_structures.h>
 #include <kilnbase/util/DS/mr_register.h>
 #include <kilnbase/util/aa_debug.h>
@@ -96,6 +100,27 @@ static int arraysAndPools(void) {
   return right;
 }
 
+static intptr_t last;
+
+static void follow(intptr_t argument) {
+  last += argument;
+}
+
+static intptr_t sum(intptr_t a, intptr_t b, intptr_t c, intptr_t d) {
+  return a + b + c + d;
+}
+
+static int services(void) {
+  add_cursor_procedure(follow);
+  get_cursor_procedure()(3);
+  rtbInit_getName(sum);
+  redraw_add_model_planes();
+  angular_mode = 1;
+  persp_grid_extent = 0.5;
+  return last == 3 && RI_getName(1, 2, 3, 4) == 10 && redraw_get_pending_planes() == 0x9F8 &&
+         angular_mode + persp_grid_extent == 1.5;
+}
+
 static int tolerances(void) {
   set_cos_gap(0.002);
   return get_cos_gap() == 0.002 && MR_zIsUp() && MR_get_up_vector()[2] == 1.0;
@@ -103,9 +128,9 @@ static int tolerances(void) {
 
 /* Returns the number of the first group that does not work. */
 int main(void) {
-  int (*const groups[])(void) = {arraysAndPools, bytes,   choices,   items,
-                                 listsAndTrees,  reports, tolerances};
-  for (int i = 0; i < 7; ++i) {
+  int (*const groups[])(void) = {arraysAndPools, bytes,   choices,  items,
+                                 listsAndTrees,  reports, services, tolerances};
+  for (int i = 0; i < 8; ++i) {
     if (!groups[i]()) return i + 1;
   }
   return EXIT_SUCCESS;
