@@ -1,0 +1,261 @@
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <vx/Undo.h>
+
+#include "tests/support/Reports.h"
+
+using vxString::CString;
+using vxUndo::Group;
+using vxUndo::Manager;
+
+namespace {
+
+enum class Fault { kNone, kFails, kThrows };
+
+// A document of numbers, and the call of a command (counted from now on) that goes wrong.
+struct Document {
+  std::array<int, 5> numbers{};
+  int callsToFault = -1;
+  int callsToSecondFault = -1;
+  Fault fault = Fault::kFails;
+  bool isWhole = true;
+  int commands = 0;
+  std::int64_t bytes = 0;
+
+  bool succeeds() {
+    const bool isSecond = callsToSecondFault-- == 0;
+    if (callsToFault-- != 0 && !isSecond) return true;
+    if (fault == Fault::kThrows) throw std::runtime_error("no such curve");
+    return false;
+  }
+  void noFault() { callsToFault = callsToSecondFault = -1; }
+};
+
+// Adds to a number; holds more memory while it is done.
+class Add : public vxUndo::Command {
+ public:
+  Add(Document& document, std::size_t place, int summand)
+      : Command("Add"), document_(document), place_(place), summand_(summand) {
+    ++document_.commands;
+    document_.bytes += 3;
+  }
+  ~Add() override {
+    --document_.commands;
+    document_.bytes -= getNumBytesUsed();
+    EXPECT_TRUE(isDone_ == isCommitted_ || !document_.isWhole);
+  }
+
+  bool doIt() override { return change(true); }
+  bool undoIt() override { return change(false); }
+  int getNumBytesUsed() const override { return isDone_ ? 10 : 3; }
+  void commit() override {
+    EXPECT_FALSE(isCommitted_);
+    isCommitted_ = true;
+  }
+
+ private:
+  bool change(bool makesDone) {
+    if (!document_.succeeds()) return false;
+    EXPECT_NE(makesDone, isDone_);
+    isDone_ = makesDone;
+    document_.numbers[place_] += makesDone ? summand_ : -summand_;
+    document_.bytes += makesDone ? 7 : -7;
+    return true;
+  }
+
+  Document& document_;
+  std::size_t place_;
+  int summand_;
+  bool isDone_ = false;
+  bool isCommitted_ = false;
+};
+
+// Calls functions when it is done and undone.
+struct Call : vxUndo::Command {
+  Call(std::function<bool()> done, std::function<bool()> undone)
+      : Command("Call"), whenDone(std::move(done)), whenUndone(std::move(undone)) {}
+  bool doIt() override { return whenDone(); }
+  bool undoIt() override { return whenUndone(); }
+  std::function<bool()> whenDone, whenUndone;
+};
+
+struct Undo : testing::Test {
+  ~Undo() override {
+    manager.reset();
+    EXPECT_EQ(0, document.commands);
+  }
+
+  // A group with commands that add 1, 10, 100, ... to the first number.
+  Group& record(const char* name, int commands, bool joins = false) {
+    Group& group = *manager->newGroup(name, joins);
+    for (int i = 0, summand = 1; i < commands; ++i, summand *= 10) add(group, 0, summand);
+    return group;
+  }
+  vxUtil::Error add(Group& group, std::size_t place = 0, int summand = 1) {
+    return group.perform(std::make_unique<Add>(document, place, summand));
+  }
+  // The steps, such as "A B | C": done ones, and after the bar those that were undone.
+  std::string steps() const {
+    std::string done, undone;
+    for (const CString& name : manager->undoNames()) done = name.c_str() + (" " + done);
+    for (const CString& name : manager->redoNames()) undone += std::string(" ") + name.c_str();
+    return done + "|" + undone;
+  }
+  int number() const { return document.numbers[0]; }
+
+  Document document;
+  std::unique_ptr<Manager> manager = vxUndo::newManager();
+};
+
+using Numbers = std::array<int, 5>;
+
+// The simple model: each step with its number of groups and the state of the document after it.
+struct Model {
+  struct Step {
+    std::size_t groups;
+    Numbers after;
+  };
+  Numbers oldest{};
+  std::vector<Step> steps;
+  int done = 0;
+  int saved = 0;  // so many steps done; below 0 when the saved state cannot be reached
+  int limit = 1000;
+
+  const Numbers& now() const {
+    return done > 0 ? steps[static_cast<std::size_t>(done) - 1].after : oldest;
+  }
+  int undone() const { return static_cast<int>(steps.size()) - done; }
+
+  void record(const Numbers& after, bool joins) {
+    steps.resize(static_cast<std::size_t>(done));
+    if (saved > done) saved = -1;
+    if (joins && done > 0 && saved != done) {
+      steps.back() = {steps.back().groups + 1, after};
+    } else {
+      steps.push_back({1, after});
+      ++done;
+    }
+    keepLimit();
+  }
+
+  std::size_t groups() const {
+    std::size_t sum = 0;
+    for (const Step& step : steps) sum += step.groups;
+    return sum;
+  }
+
+  void keepLimit() {
+    while (static_cast<int>(groups()) > limit && steps.size() > 1) {
+      if (done > 1) {
+        oldest = steps.front().after;
+        steps.erase(steps.begin());
+        --done;
+        saved = std::max(saved - 1, -1);
+      } else {
+        if (saved == static_cast<int>(steps.size())) saved = -1;
+        steps.pop_back();
+      }
+    }
+  }
+};
+
+}  // namespace
+
+TEST_F(Undo, RandomWorkWithFaultsFollowsTheModel) {
+  std::mt19937 random(12);
+  const auto below = [&random](unsigned n) { return static_cast<int>(random() % n); };
+  Model model;
+  const auto work = [&] {
+    const bool joins = below(3) == 0;
+    Group& group = *manager->newGroup("Work", joins);
+    for (int i = below(5); i > 0; --i) {
+      const Numbers before = document.numbers;
+      const bool fails = static_cast<bool>(add(group, random() % 5, 1 + below(9)));
+      ASSERT_EQ(fails, before == document.numbers);
+    }
+    if (!group.isEmpty()) return model.record(document.numbers, joins);
+    ASSERT_FALSE(manager->dropNewestGroup());
+  };
+  const auto move = [&](bool back) {
+    const int steps = 1 + below(4);
+    const int possible = std::min(steps, back ? model.done : model.undone());
+    const int code = (back ? manager->undo(steps) : manager->redo(steps)).code();
+    const int done = static_cast<int>(manager->undoNames().size());
+    const int taken = back ? model.done - done : done - model.done;
+    ASSERT_EQ(code == vxUndo::kNothingLeft, possible == 0);
+    ASSERT_EQ(code == vxUndo::kCommandFailed, taken < possible);
+    ASSERT_LE(taken, possible);
+    model.done = done;
+  };
+  for (int round = 0; round < 20000; ++round) {
+    SCOPED_TRACE(round);
+    document.callsToFault = below(3) == 0 ? below(8) : -1;
+    document.fault = below(2) == 0 ? Fault::kFails : Fault::kThrows;
+    const int what = below(10);
+    if (what < 4) work();
+    if (what >= 4 && what < 8) move(what < 6);
+    if (what == 8) {
+      manager->markSaved();
+      model.saved = model.done;
+    } else if (what == 9) {
+      model.limit = below(2) == 0 ? below(20) : 1000;
+      manager->setLimits({.groups = model.limit});
+      model.keepLimit();
+    }
+    ASSERT_EQ(model.now(), document.numbers);
+    ASSERT_EQ(model.done, static_cast<int>(manager->undoNames().size()));
+    ASSERT_EQ(model.undone(), static_cast<int>(manager->redoNames().size()));
+    ASSERT_EQ(model.groups(), manager->numGroups());
+    ASSERT_EQ(model.saved == model.done, manager->isSaved());
+    ASSERT_EQ(document.bytes, manager->numBytesUsed());
+  }
+}
+
+// A step of two groups with three commands each, whose call number `k` goes wrong, and then the
+// call `rollBack` of putting back, if not below 0.
+TEST_F(Undo, AFaultInAnyCallLeavesDocumentAndManagerAsTheyWere) {
+  const struct {
+    bool undoes;
+    Fault fault;
+    int rollBack;
+    int code;
+    const char* message;
+  } cases[] = {
+      {true, Fault::kFails, -1, vxUndo::kCommandFailed,
+       "cannot undo \"A\": the command \"Add\" has failed\n"},
+      {true, Fault::kThrows, -1, vxUndo::kCommandFailed,
+       "cannot undo \"A\": the command \"Add\" has failed: no such curve\n"},
+      {false, Fault::kThrows, -1, vxUndo::kCommandFailed,
+       "cannot redo \"A\": the command \"Add\" has failed: no such curve\n"},
+      {false, Fault::kFails, 1, vxUndo::kNotPutBack,
+       "cannot redo \"A\": the command \"Add\" has failed; what was done before could not be put "
+       "back\n"}};
+  record("A", 3);
+  record("B", 3, true);
+  for (const auto& each : cases) {
+    for (int k = each.rollBack + 1; k < 6; ++k) {
+      if (!each.undoes) manager->undo();
+      manager->markSaved();
+      document.callsToFault = k;
+      document.callsToSecondFault = each.rollBack < 0 ? -1 : k + 1;
+      document.fault = each.fault;
+      const auto error = each.undoes ? manager->undo() : manager->redo();
+      EXPECT_EQ(each.code, error.code());
+      EXPECT_STREQ(each.message, error.message().c_str());
+      EXPECT_EQ(each.undoes ? "A |" : "| A", steps());
+      EXPECT_EQ(each.rollBack < 0, manager->isSaved());
+      document.isWhole = each.rollBack < 0;
+      if (!document.isWhole) return;
+      EXPECT_EQ(each.undoes ? 222 : 0, number());
+      if (!each.undoes) manager->redo();
+    }
+  }
+}
