@@ -612,10 +612,10 @@ Error History::forget(const void* data) {
   const std::size_t before = groups_.size();
   const auto declares = [data](const Group& group) { return group.hasDeclared(data); };
   const auto newest = std::find_if(std::make_reverse_iterator(undone_), groups_.rend(), declares);
+  if (newest != groups_.rend()) drop(groups_.begin(), endOfStep(std::prev(newest.base())));
   Position later = std::find_if(undone_, groups_.end(), declares);
   while (later != undone_ && later != groups_.end() && !later->beginsStep()) --later;
   drop(later, groups_.end());
-  if (newest != groups_.rend()) drop(groups_.begin(), endOfStep(std::prev(newest.base())));
   finish(groups_.size() != before);
   return {};
 }

@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <random>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <vx/Undo.h>
@@ -105,9 +107,9 @@ struct Undo : testing::Test {
   // The steps, such as "A B | C": done ones, and after the bar those that were undone.
   std::string steps() const {
     std::string done, undone;
-    for (const CString& name : manager->undoNames()) done = name.c_str() + (" " + done);
-    for (const CString& name : manager->redoNames()) undone += std::string(" ") + name.c_str();
-    return done + "|" + undone;
+    for (const CString& name : manager->undoNames()) done.insert(0, (name + ' ').c_str());
+    for (const CString& name : manager->redoNames()) (undone += ' ') += name.c_str();
+    return done + '|' + undone;
   }
   int number() const { return document.numbers[0]; }
 
@@ -258,4 +260,276 @@ TEST_F(Undo, AFaultInAnyCallLeavesDocumentAndManagerAsTheyWere) {
       if (!each.undoes) manager->redo();
     }
   }
+}
+
+// The outer command performs two commands in its group before its own call number `fault`.
+TEST_F(Undo, ACommandThatFailsInTheMiddleTakesItsOwnCommandsBack) {
+  record("A", 2);
+  record("B", 1);
+  manager->undo();
+  Group& group = *manager->newGroup("Work", false);
+  const auto perform = [&] {
+    return group.perform(std::make_unique<Call>(
+        [&] { return !add(group) && !add(group) && document.succeeds(); }, [] { return true; }));
+  };
+  for (const int fault : {0, 1, 2}) {
+    document.callsToFault = fault;
+    EXPECT_EQ(vxUndo::kCommandFailed, perform().code());
+    EXPECT_EQ(11, number());
+    EXPECT_TRUE(group.isEmpty());
+    EXPECT_EQ(0, group.numBytesUsed());
+  }
+  document.noFault();
+  EXPECT_FALSE(perform());
+  EXPECT_EQ(3U, group.numCommands());
+  EXPECT_EQ("A Work |", steps());
+  document.callsToFault = 2;
+  document.callsToSecondFault = 3;
+  document.isWhole = false;
+  EXPECT_EQ(vxUndo::kNotPutBack, perform().code());
+  EXPECT_FALSE(manager->isSaved());
+}
+
+TEST_F(Undo, TheFirstCommandOfAGroupCutsOffWhatWasUndone) {
+  Group& early = *manager->newGroup("Early");
+  record("A", 1);
+  Group& done = record("B", 1);
+  manager->undo(2);
+  EXPECT_EQ("| A B", steps());
+  EXPECT_FALSE(done.add(std::make_unique<Add>(document, 0, 1)));
+  manager->newGroup("Empty");
+  manager->dropNewestGroup();
+  EXPECT_EQ("| A B", steps());
+  EXPECT_FALSE(add(early, 0, 5));
+  EXPECT_EQ("Early |", steps());
+  EXPECT_EQ(5, number());
+  EXPECT_EQ(1U, manager->numGroups());
+
+  Group& older = record("C", 1);
+  record("D", 1);
+  manager->undo();
+  EXPECT_FALSE(add(older));
+  EXPECT_EQ("Early C |", steps());
+}
+
+TEST_F(Undo, HeldGroupsAreNotDroppedAndStayTheNewest) {
+  record("A", 1).hold();
+  record("B", 1);
+  manager->setLimits({.groups = 1, .bytes = 15});
+  EXPECT_EQ("A B |", steps());
+  EXPECT_EQ(vxUndo::kRefused, manager->undo().code());
+  Group& a = *manager->newGroup("C");
+  a.hold();
+  EXPECT_EQ(vxUndo::kRefused, manager->redo().code());
+  manager->forget(nullptr);
+  EXPECT_EQ("A B |", steps());
+  manager->clear();
+
+  record("A", 2);
+  EXPECT_EQ("A |", steps());  // the last step stays, whatever its bytes
+  Group& open = *manager->newGroup("Open");
+  open.hold();
+  for (const bool back : {true, false, true}) {
+    EXPECT_FALSE(back ? manager->undo() : manager->redo());
+    EXPECT_EQ(&open, manager->newestGroup());
+  }
+  Group& other = *manager->newGroup("Other");
+  EXPECT_FALSE(manager->redo());
+  EXPECT_FALSE(manager->undo());
+  EXPECT_FALSE(add(other));
+  EXPECT_FALSE(add(open));
+  open.release();
+  EXPECT_EQ(1U, manager->undoNames().size());
+}
+
+// Groups are named after what they do: "+" joins the one before, "!" starts, "s" saves afterwards.
+TEST_F(Undo, JoinedGroupsMakeOneStepUntilTheDocumentIsSaved) {
+  const struct {
+    const char* groups;
+    const char* steps;
+  } cases[] = {{"A B +C +D E", "A B E |"}, {"+A B", "+A B |"}, {"A !+B +C", "A !+B |"},
+               {"As +B +C", "A +B |"},     {"A +Bs", "A |"},   {"A E", "A E |"}};
+  for (const auto& each : cases) {
+    manager->clear();
+    std::istringstream words(each.groups);
+    for (std::string word; words >> word;) {
+      const bool saves = word.back() == 's';
+      if (saves) word.pop_back();
+      Group& group = *manager->newGroup(word.c_str(), word.find('+') != std::string::npos);
+      if (word[0] == '!') group.start(1);
+      add(group);
+      if (saves) manager->markSaved();
+    }
+    const int before = number();
+    const std::string expected = each.steps;
+    EXPECT_EQ(expected, steps());
+    while (manager->canUndo()) EXPECT_FALSE(manager->undo());
+    EXPECT_EQ(expected.size(), steps().size());
+    EXPECT_FALSE(manager->redo(10));
+    EXPECT_EQ(before, number());
+    EXPECT_EQ(expected, steps());
+  }
+}
+
+TEST_F(Undo, TheSavedStateIsFoundAgainOrLost) {
+  record("A", 1);
+  manager->markSaved();
+  record("B", 1);
+  EXPECT_FALSE(manager->isSaved());
+  manager->undo();
+  EXPECT_TRUE(manager->isSaved());
+  manager->newGroup("Empty");
+  EXPECT_TRUE(manager->isSaved());
+  manager->setLimits({.groups = 1});
+  record("C", 1);  // A is dropped: what was undone first is now the saved state
+  manager->undo();
+  EXPECT_TRUE(manager->isSaved());
+  manager->redo();
+  manager->markSaved();
+  record("D", 1);
+  record("E", 1);
+  manager->undo();
+  EXPECT_FALSE(manager->isSaved());
+  Group& open = record("F", 1);
+  manager->markSaved();
+  EXPECT_FALSE(add(open));
+  for (const bool back : {true, false}) {
+    EXPECT_FALSE(manager->isSaved());
+    EXPECT_FALSE(back ? manager->undo() : manager->redo());
+  }
+}
+
+// In the steps A, B with a second group, and D.
+TEST_F(Undo, ForgettingDataDropsAllThatLeadsThroughIt) {
+  const struct {
+    std::size_t declaring;
+    int undone;
+    const char* left;
+  } cases[] = {{0, 0, "B D |"}, {2, 0, "D |"}, {3, 0, "|"},     {2, 1, "| D"}, {3, 1, "A B |"},
+               {2, 2, "A |"},   {0, 3, "|"},   {3, 3, "| A B"}, {2, 3, "| A"}};
+  const int data = 0;
+  for (const auto& each : cases) {
+    Group* groups[] = {&record("A", 1), &record("B", 1), &record("C", 1, true), &record("D", 1)};
+    EXPECT_TRUE(groups[each.declaring]->declare(&data));
+    manager->undo(each.undone);
+    EXPECT_FALSE(manager->forget(&data));
+    EXPECT_EQ(each.left, steps());
+    manager->clear();
+  }
+}
+
+TEST_F(Undo, DroppingTheNewestGroupTakesItsCommandsBack) {
+  EXPECT_EQ(vxUndo::kNothingLeft, manager->dropNewestGroup().code());
+  record("A", 1);
+  record("B", 2).hold();
+  document.callsToFault = 1;
+  EXPECT_EQ(vxUndo::kCommandFailed, manager->dropNewestGroup().code());
+  EXPECT_EQ("A B |", steps());
+  EXPECT_EQ(12, number());
+  EXPECT_FALSE(manager->dropNewestGroup());
+  EXPECT_EQ("A |", steps());
+  EXPECT_EQ(1, number());
+  EXPECT_FALSE(manager->undo());
+  EXPECT_TRUE(manager->isSaved());
+}
+
+namespace {
+
+// Writes down the signals of a manager, and tries to change the history on each of them.
+struct Listener {
+  Listener(Manager& manager, Group& aGroup) : group(aGroup) {
+    manager.rolling.connect(client, [&](bool on) { note(manager, on ? "rolling" : "rolled"); });
+    manager.creationOff.connect(client, [&](bool off) { note(manager, off ? "off" : "on"); });
+    manager.changed.connect(client, [&] { note(manager, "changed"); });
+    manager.groupGoingAway.connect(
+        client, [&](Group* gone) { note(manager, (CString("-") + gone->name()).c_str()); });
+  }
+
+  void note(Manager& manager, const char* what) {
+    (log += log.empty() ? "" : " ") += what;
+    attempts +=
+        !manager.undo() || !manager.redo() || !manager.clear() || !manager.dropNewestGroup();
+    attempts += !manager.forget(this) || manager.newGroup("No") != nullptr;
+    attempts += group.add(std::make_unique<Call>([] { return true; }, [] { return true; }));
+  }
+  std::string takeLog() { return std::exchange(log, {}); }
+
+  vxRTB::SignalClient client;
+  Group& group;
+  std::string log;
+  int attempts = 0;  // that were not refused
+};
+
+}  // namespace
+
+TEST_F(Undo, SignalsTellWhatHappensAndNothingChangesMeanwhile) {
+  Group& first = record("A", 1);
+  record("B", 1);
+  Listener listener(*manager, first);
+  manager->undo();
+  EXPECT_EQ("rolling off on rolled changed", listener.takeLog());
+  document.callsToFault = 0;
+  EXPECT_TRUE(manager->redo());
+  EXPECT_EQ("rolling off on rolled changed", listener.takeLog());
+  record("C", 2);
+  EXPECT_EQ("-B changed", listener.takeLog());
+  manager->disableCreation();
+  manager->disableCreation();
+  EXPECT_EQ(nullptr, manager->newGroup("No"));
+  EXPECT_FALSE(first.add(std::make_unique<Add>(document, 0, 1)));
+  manager->undo();
+  manager->enableCreation();
+  EXPECT_FALSE(manager->isCreationEnabled());
+  manager->enableCreation();
+  EXPECT_EQ("off rolling rolled changed on", listener.takeLog());
+  manager->setLimits({.groups = 1});
+  EXPECT_EQ("-C changed", listener.takeLog());
+  manager->markSaved();
+  EXPECT_EQ("changed", listener.takeLog());
+  manager.reset();
+  EXPECT_EQ("-A", listener.takeLog());
+  EXPECT_EQ(0, listener.attempts);
+}
+
+TEST_F(Undo, CommandsCannotChangeTheHistoryThatCallsThem) {
+  int attempts = 0;
+  Group& group = *manager->newGroup("Work");
+  const auto attempt = [&](bool mayMakeGroups) {
+    attempts += !manager->undo() || !manager->redo() || !manager->clear();
+    attempts += !manager->dropNewestGroup() || !manager->forget(this);
+    if (!mayMakeGroups) attempts += manager->newGroup("No") != nullptr || group.add(nullptr);
+    return true;
+  };
+  bool isDone = false;
+  EXPECT_FALSE(group.perform(std::make_unique<Call>(
+      [&] { return attempt(!std::exchange(isDone, true)); }, [&] { return attempt(false); })));
+  EXPECT_FALSE(manager->undo());
+  EXPECT_FALSE(manager->redo());
+  EXPECT_EQ(0, attempts);
+}
+
+TEST_F(Undo, ExceptionsOfListenersAreReported) {
+  kilntest::RecordedReports reports;
+  vxRTB::SignalClient client;
+  record("A", 1);
+  manager->creationOff.connect(client, [](bool) { throw std::runtime_error("too late"); });
+  EXPECT_FALSE(manager->undo());
+  EXPECT_EQ(0, number());
+  EXPECT_EQ(std::vector<std::string>(2, "error: undo manager: too late\n"), reports.takeAll());
+}
+
+TEST_F(Undo, InstallingAManagerReplacesTheOneBeforeUnlessThatIsAtWork) {
+  int gone = 0;
+  vxRTB::SignalClient client;
+  EXPECT_TRUE(vxUndo::installManager(vxUndo::newManager()));
+  Manager* const installed = vxUndo::manager();
+  installed->groupGoingAway.connect(client, [&gone](Group*) { ++gone; });
+  installed->newGroup("A");
+  const auto replace = [] { return !vxUndo::installManager(nullptr); };
+  EXPECT_FALSE(installed->newGroup("B")->perform(std::make_unique<Call>(replace, replace)));
+  EXPECT_FALSE(installed->undo());
+  EXPECT_EQ(installed, vxUndo::manager());
+  EXPECT_TRUE(vxUndo::installManager(nullptr));
+  EXPECT_EQ(2, gone);
+  EXPECT_EQ(nullptr, vxUndo::manager());
 }
