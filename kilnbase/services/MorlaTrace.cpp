@@ -1,0 +1,339 @@
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <memory>
+#include <new>
+#include <thread>
+#include <utility>
+
+#include <kilnbase/detail/assert.h>
+#include <kilnbase/services/MorlaTrace.h>
+#include <kilnbase/services/detail/traceFormat.h>
+#include <vx/File.h>
+#include <vx/FileLock.h>
+#include <vx/Filename.h>
+#include <vx/Format.h>
+#include <vx/LocalTime.h>
+#include <vx/MappedFile.h>
+#include <vx/Uuid.h>
+
+using namespace vxKilnBase::detail;
+using vxOS::Filename;
+using vxString::CString;
+
+namespace {
+
+constexpr std::uint32_t kNowhere = 0xffffffff;
+// What a view has beyond the granularity, so that a record that begins in it ends in it.
+constexpr std::uint32_t kViewOverlap = 512;
+
+constinit int currentLevel = 0;
+
+struct Ring {
+  Ring() = default;
+  ~Ring();
+  Ring(const Ring&) = delete;
+  Ring& operator=(const Ring&) = delete;
+
+  std::unique_ptr<vxOS::MemoryMappedFile> file;
+  vxOS::FileMapping view;
+  vxOS::FileMapping positionView;  // nothing mapped: the lines go on without a position file
+  vxOS::FileLock lock;
+  CString positionPath;
+  TracePosition at;
+  // After another `initialize`: where the oldest line stood in the file before.
+  std::uint32_t staleOldest = kNowhere;
+};
+
+constinit Ring ring;
+constinit CString logDirectory;
+constinit CString logName;
+
+// A line while it is put together. The date and time at its beginning stay good for a second.
+constinit char line[256] = {};
+constinit std::time_t stampedSecond = 0;
+constinit std::size_t stampLength = 0;  // 0: there is no stamp
+
+// Stores through a view need not set the time of a file; a write does. `tracelog --prune` takes the
+// time for the end of this process.
+void markEnd(const CString& positionPath) {
+  if (std::FILE* const file = vxOS::openFile(positionPath.view(), "r+b")) {
+    std::fputc(kTracePositionMagic.front(), file);
+    std::fclose(file);
+  }
+}
+
+Ring::~Ring() {
+  currentLevel = 0;
+  if (positionView.data()) markEnd(positionPath);
+}
+
+// Stores both copies, one after the other: a kill leaves the first one whole with the new position,
+// or the second one with the position before. The fences keep the stores in this order, which a
+// kill and other processes see.
+void publishPosition() {
+  auto* const bytes = static_cast<char*>(ring.positionView.data());
+  if (!bytes) return;
+  const TraceWords words = traceWords(ring.at);
+  for (const std::size_t offset : kTraceCopyOffsets) {
+    auto* const copy = reinterpret_cast<std::uint64_t*>(bytes + offset);
+    std::atomic_thread_fence(std::memory_order_release);
+    for (std::size_t i = 0; i < words.size(); ++i)
+      std::atomic_ref(copy[i]).store(words[i], std::memory_order_relaxed);
+  }
+  std::atomic_thread_fence(std::memory_order_release);
+}
+
+// Maps the part of the ring that holds the record at `offset`. Null when that fails.
+char* recordAt(std::uint32_t offset) {
+  const auto granularity = static_cast<std::uint32_t>(vxOS::FileMapping::getGranularity());
+  const std::uint32_t base = offset - offset % granularity;
+  char* bytes = static_cast<char*>(ring.view.data());
+  if (!bytes || ring.view.offset() != base) {
+    if (!ring.file) return nullptr;
+    const std::uint32_t length = std::min(granularity + kViewOverlap, ring.at.size - base);
+    bytes = static_cast<char*>(ring.view.map(*ring.file, base, length));
+    if (!bytes) return nullptr;
+  }
+  return bytes + (offset - base);
+}
+
+// The length of the record at `offset`, whose bytes begin at `record`. 0 when the length cannot be:
+// the bytes are not those that this process wrote.
+std::uint32_t lengthOf(const char* record, std::uint32_t offset) {
+  std::uint16_t length = 0;
+  std::memcpy(&length, record, sizeof length);
+  const bool possible = length % 2 == 0 && length > kTraceHeader &&
+                        length < traceSlot(kTraceLongest) + kTraceTail &&
+                        length <= ring.at.size - offset;
+  return possible ? length : 0;
+}
+
+std::uint32_t endOf(std::uint32_t offset, std::uint32_t length) {
+  return offset + length == ring.at.size ? 0 : offset + length;
+}
+
+bool isOverwritten(std::uint32_t offset, std::uint32_t length) {
+  return offset - ring.at.next < length;
+}
+
+// Gives up the lines of which a record of `length` bytes at `next` overwrites something. The view
+// holds `next` and so the beginnings of all these lines. A length that cannot be ends the walk:
+// where later lines begin is not known, so they are given up, too.
+void dropLines(std::uint32_t length) {
+  TracePosition& at = ring.at;
+  if (isOverwritten(ring.staleOldest, length)) ring.staleOldest = kNowhere;
+  if (at.held == 0 || !isOverwritten(at.oldest, length)) return;
+  while (at.held > 0 && isOverwritten(at.oldest, length)) {
+    const auto* const view = static_cast<const char*>(ring.view.data());
+    const std::uint32_t dropped = lengthOf(view + (at.oldest - ring.view.offset()), at.oldest);
+    at.held = dropped == 0 ? 0 : at.held - 1;
+    at.oldest = endOf(at.oldest, dropped);
+  }
+  publishPosition();
+}
+
+// Adds the line's first `bytes` bytes, terminator included. A process that is killed on the way
+// leaves a position file that tells of whole lines alone: lines are given up before their bytes
+// change, and the new line counts when all its bytes stand.
+void append(std::uint32_t bytes) {
+  TracePosition& at = ring.at;
+  char* const record = recordAt(at.next);
+  if (!record) return;
+  const std::uint32_t needed = traceSlot(bytes);
+  const std::uint32_t room = at.size - at.next;
+  const std::uint32_t length = room - needed < kTraceTail ? room : needed;
+  dropLines(length);
+
+  const auto header = static_cast<std::uint16_t>(length);
+  std::memcpy(record, &header, sizeof header);
+  std::memcpy(record + kTraceHeader, line, bytes);
+
+  if (at.held == 0) at.oldest = at.next;
+  at.next = endOf(at.next, length);
+  ++at.lines;
+  ++at.held;
+  publishPosition();
+}
+
+// Begins the line with date and time. Returns their length; 0 when the time has no local form.
+std::size_t stampLine() {
+  const std::time_t now = std::time(nullptr);
+  if (now == stampedSecond && stampLength != 0) return stampLength;
+  std::tm local = {};
+  stampLength = 0;
+  if (!vxOS::localTime(now, local)) return 0;
+  const int length =
+      std::snprintf(line, sizeof line, "%d/%02d/%02d %02d:%02d:%02d ", local.tm_year + 1900,
+                    local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
+  stampedSecond = now;
+  return stampLength = static_cast<std::size_t>(length);
+}
+
+// Makes line feeds blanks. Returns the end of the text.
+char* replaceLineFeeds(char* text) {
+  char* const end = text + std::strlen(text);
+  for (void* next = text;
+       (next = std::memchr(next, '\n', static_cast<std::size_t>(end - static_cast<char*>(next))));)
+    *static_cast<char*>(next) = ' ';
+  return end;
+}
+
+void writeLine(MorlaTrace::Subsystem subsystem, const char* format, std::va_list arguments) {
+  const auto area = static_cast<std::size_t>(subsystem);
+  KILN_ASSERT(area < kTraceTags.size());
+  if (area >= kTraceTags.size()) return;
+  const std::size_t stamp = stampLine();
+  if (stamp == 0) return;
+  const std::size_t prefix = stamp + kTraceTags[area].copy(line + stamp, std::string_view::npos);
+  if (MR_vsnprintf(line + prefix, kTraceLongest - prefix, format, arguments) < 0) return;
+  append(static_cast<std::uint32_t>(replaceLineFeeds(line + prefix) + 1 - line));
+}
+
+std::uint32_t ringSize(std::size_t size) {
+  const auto asked = static_cast<std::int32_t>(static_cast<std::uint32_t>(size));
+  if (asked < static_cast<std::int32_t>(kTraceSmallestRing)) return kTraceSmallestRing;
+  return (static_cast<std::uint32_t>(asked) + 255) / 256 * 256;
+}
+
+// Keeps the places of the ring before that a ring of `size` bytes has.
+void startRing(std::uint32_t size) {
+  TracePosition& at = ring.at;
+  if (at.held > 0 && ring.staleOldest == kNowhere) ring.staleOldest = at.oldest;
+  const bool stale = ring.staleOldest != kNowhere;
+  if (at.next > size - kTraceTail || (stale && ring.staleOldest >= size)) {
+    at.next = 0;
+    ring.staleOldest = kNowhere;
+  }
+  at = {at.next, at.next, 0, 0, size};
+}
+
+void startPositionFile(const CString& path) {
+  ring.positionView.unmap();
+  vxOS::MemoryMappedFile file;
+  if (!file.createFile(path, kTracePositionBytes, vxOS::MemoryMappedFile::kReadWrite)) return;
+  void* const bytes = ring.positionView.map(file, 0, kTracePositionBytes);
+  if (!bytes) return;
+  publishPosition();
+  kTracePositionMagic.copy(static_cast<char*>(bytes), kTracePositionMagic.size());
+  ring.positionPath = path;
+}
+
+// A reader that asks whether the process lives holds the lock for a moment.
+void lockRing(const CString& path) {
+  for (int tries = 0; tries < 20 && !ring.lock.acquire(path); ++tries)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+CString environmentOr(const char* name, const CString& otherwise) {
+  const char* const value = std::getenv(name);
+  return value ? CString(value) : otherwise;
+}
+
+CString logFileName(const std::tm& now) {
+  const CString user = environmentOr("USERNAME", environmentOr("USER", "Unknown User"));
+  const CString stamp = CString::format("%02d%02d%04d%02d%02d", now.tm_mon, now.tm_mday,
+                                        now.tm_year + 1900, now.tm_hour, now.tm_min);
+  return "MorlaTraceLog-" + user + "-" + logName + "-" + stamp + ".log";
+}
+
+void writeTextLine(void* file, const char* text) {
+  std::fprintf(static_cast<std::FILE*>(file), "%s\n", text);
+}
+
+}  // namespace
+
+bool MorlaTrace::initialize(const char* directory, std::size_t size, int level) try {
+  const CString name = "MorlaTrace-" + vxOS::Uuid::generate().asString() + ".dat";
+  const CString path = Filename(directory, name).path();
+  const std::uint32_t bytes = ringSize(size);
+  auto file = std::make_unique<vxOS::MemoryMappedFile>();
+  if (!file->createFile(path, bytes, vxOS::MemoryMappedFile::kReadWrite)) return false;
+  ring.view.unmap();
+  ring.file = std::move(file);
+  startRing(bytes);
+  lockRing(path);
+  startPositionFile(path + ".pos");
+  currentLevel = level;
+  return true;
+} catch (const std::bad_alloc&) {
+  return false;
+}
+
+bool MorlaTrace::enabled() {
+  return currentLevel > 0;
+}
+
+void MorlaTrace::trace1(Subsystem subsystem, const char* format, ...) {
+  if (currentLevel < 1) return;
+  std::va_list arguments;
+  va_start(arguments, format);
+  writeLine(subsystem, format, arguments);
+  va_end(arguments);
+}
+
+void MorlaTrace::trace2(Subsystem subsystem, const char* format, ...) {
+  if (currentLevel < 2) return;
+  std::va_list arguments;
+  va_start(arguments, format);
+  writeLine(subsystem, format, arguments);
+  va_end(arguments);
+}
+
+void MorlaTrace::trace3(Subsystem subsystem, const char* format, ...) {
+  if (currentLevel < 3) return;
+  std::va_list arguments;
+  va_start(arguments, format);
+  writeLine(subsystem, format, arguments);
+  va_end(arguments);
+}
+
+void MorlaTrace::trace4(Subsystem subsystem, const char* format, ...) {
+  if (currentLevel < 4) return;
+  std::va_list arguments;
+  va_start(arguments, format);
+  writeLine(subsystem, format, arguments);
+  va_end(arguments);
+}
+
+// Lengths that cannot be and texts without an end stop the walk: something else has written there.
+void MorlaTrace::dump(void (*callback)(void* context, const char* text), void* context) {
+  if (!enabled() || ring.staleOldest != kNowhere) return;
+  std::uint32_t offset = ring.at.oldest;
+  for (std::uint32_t left = ring.at.held; left > 0; --left) {
+    const char* const record = recordAt(offset);
+    const std::uint32_t length = record ? lengthOf(record, offset) : 0;
+    if (length == 0 || !std::memchr(record + kTraceHeader, '\0', length - kTraceHeader)) return;
+    callback(context, record + kTraceHeader);
+    offset = endOf(offset, length);
+  }
+}
+
+void MorlaTrace::initLog(const char* directory, const char* name) try {
+  logDirectory = directory;
+  logName = name;
+} catch (const std::bad_alloc&) {
+  logDirectory = CString();
+}
+
+void MorlaTrace::dumpLog() try {
+  std::tm now = {};
+  if (!enabled() || logDirectory.isEmpty() || !vxOS::localTime(std::time(nullptr), now)) return;
+  static_cast<void>(Filename(logDirectory).makeDir());
+  const Filename name(logDirectory, logFileName(now));
+  std::FILE* const file = vxOS::openFile(name.path().view(), "w");
+  if (!file) return;
+  dump(writeTextLine, file);
+  std::fclose(file);
+} catch (const std::bad_alloc&) {
+  return;
+}
+
+void MorlaTrace::finalize() {
+  currentLevel = 0;
+}
