@@ -1,8 +1,10 @@
 #include "examples/host/Hooks.h"
 
+#include <bit>
 #include <cstdint>
-#include <cstdlib>
+#include <cstdio>
 #include <cstring>
+#include <exception>
 #include <utility>
 
 #include <kilnbase/services/rtb_init.h>
@@ -24,11 +26,11 @@ void say(const char* what) noexcept {
 }
 
 Light& lightOf(std::intptr_t number) {
-  return *reinterpret_cast<Light*>(number);
+  return *std::bit_cast<Light*>(number);
 }
 
 std::intptr_t numberOf(const void* pointer) {
-  return reinterpret_cast<std::intptr_t>(pointer);
+  return std::bit_cast<std::intptr_t>(pointer);
 }
 
 std::intptr_t nameOf(std::intptr_t light, std::intptr_t, std::intptr_t, std::intptr_t) {
@@ -96,11 +98,9 @@ bool yes() {
 
 // Images of this host are TIFF files.
 char* imageFile(char* name, int) {
-  const std::size_t length = std::strlen(name);
-  auto* const file = static_cast<char*>(MA_malloc(length + sizeof ".tif", __LINE__, __FILE__));
-  if (!file) return nullptr;
-  std::memcpy(file, name, length);
-  std::memcpy(file + length, ".tif", sizeof ".tif");
+  const std::size_t size = std::strlen(name) + sizeof ".tif";
+  auto* const file = static_cast<char*>(MA_malloc(size, __LINE__, __FILE__));
+  if (file) std::snprintf(file, size, "%s.tif", name);
   return file;
 }
 

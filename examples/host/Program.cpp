@@ -1,6 +1,8 @@
 #include "examples/host/Program.h"
 
-#include <cstdio>
+#include <bit>
+#include <cstdint>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -113,11 +115,11 @@ void sayChoices() {
 void callHooks() {
   Light key{"key light", nullptr, false};
   PS_Polyset polyset;
-  const auto light = reinterpret_cast<std::intptr_t>(&key);
+  const auto light = std::bit_cast<std::intptr_t>(&key);
   create_itermats(light, 0, 0, 0);
   RI_setPSColoured(light, 1, 0, 0);
   PS_polyset_delete_notify(&polyset);
-  say(std::string(reinterpret_cast<const char*>(RI_getName(light, 0, 0, 0))) +
+  say(std::string(std::bit_cast<const char*>(RI_getName(light, 0, 0, 0))) +
       " coloured: " + std::to_string(RI_getPSColoured(light, 0, 0, 0)));
 }
 

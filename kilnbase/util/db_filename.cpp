@@ -125,12 +125,13 @@ CString drivePrefix() {
   return CString::format("%c:", 'A' + drive - 1);
 }
 
-CString folderOf(std::string_view subdirectory) {
-  if (subdirectory == ".") return CString::format("%s%s\\", projectPath, projectName);
-  if (subdirectory == "..") return projectPath;
-  if (subdirectory == "..\\..") return CString::format("%s\\", workingFolder);
+CString folderOf(const char* subdirectory) {
+  const std::string_view kind = subdirectory;
+  if (kind == ".") return CString::format("%s%s\\", projectPath, projectName);
+  if (kind == "..") return projectPath;
+  if (kind == "..\\..") return CString::format("%s\\", workingFolder);
   return CString::format("%s%s%s\\%s\\", drivePrefix().c_str(), projectPath, projectName,
-                         subdirectory.data());
+                         subdirectory);
 }
 
 void buildFolders() {
@@ -168,7 +169,7 @@ std::optional<CString> folderFor(int type) {
   const Db_Path* const row = Db_default_path(type);
   KILN_ASSERT(row != nullptr || !folders[0].path);
   if (!row) return std::nullopt;
-  const CString folder = folderPart(row->path);
+  CString folder = folderPart(row->path);
   if (folder.length() > kLongestPath) return std::nullopt;
   if (!vxKilnBase::detail::exists(folder)) vxOS::Filename(folder).makeDir();
   return folder;
@@ -189,7 +190,7 @@ CString installationOf(const CString& program) {
 }
 
 CString morlaPath() {
-  const CString location = vxOS::environmentVariable("MORLA_LOCATION");
+  CString location = vxOS::environmentVariable("MORLA_LOCATION");
   const bool isSet = vxOS::hasEnvironmentVariable("MORLA_LOCATION");
   if (isSet && location.length() < sizeof(Setting)) return location;
   return installationOf(vxOS::programPath());

@@ -153,10 +153,11 @@ void MR_Filename::debug() {
 // Stores the path that it tries last.
 bool MR_Filename::findForm(char* out, char* candidate) const {
   const Expansion expansion = vxKilnBase::detail::expand(candidate, type);
-  vxKilnBase::detail::copyText(out, expansion.path.value_or(""));
+  const CString path = expansion.path.value_or("");
+  vxKilnBase::detail::copyText(out, path);
   if (!expansion.isWhole) return false;
   if (vxKilnBase::detail::exists(out)) return true;
-  vxKilnBase::detail::copyText(out, *expansion.path + kCompressed);
+  vxKilnBase::detail::copyText(out, path + kCompressed);
   if (vxKilnBase::detail::exists(out)) return true;
   return (type == PIX_DATA || type == MASK_DATA) && findImage(out);
 }

@@ -13,6 +13,7 @@
 #include <kilnbase/util/DS/ds_structures.h>
 #include <kilnbase/util/DS/mr_register.h>
 #include <kilnbase/util/aa_debug.h>
+#include <kilnbase/util/db_filename.h>
 #include <kilnbase/util/mr_array.h>
 #include <kilnbase/util/mr_avl.h>
 #include <kilnbase/util/mr_bitfield.h>
@@ -59,6 +60,20 @@ static int reports(void) {
   return AA_debug_print("%d curves\n", 3) == 9 && rptCheckAbort() == 0 &&
          Mr_print_conditional(MR_NO_ERROR, __FILE__, __LINE__, "not shown") == 1 &&
          MR_warning_buttons(0, NULL, MR_WARNING_MESSAGE, "not shown", MR_WARNING_END) == -1;
+}
+
+static int files(void) {
+  char path[264], name[] = "\\wing", here[8] = ".";
+  Db_set_project_path("D:\\work\\");
+  Db_set_project_name("demo");
+  Db_make_dirname(path, Db_default_path(SOUND_DATA)->path);
+  const int right = strcmp(path, "D:\\work\\demo\\wire\\") == 0;
+  expand_filename(path, name, WIRE_DATA);
+  Win32_Directory* folder = win32_opendir(here);
+  const Win32_DirectoryEntry* entry = win32_readdir(folder);
+  const int isRead = entry != NULL && entry->length == strlen(entry->name);
+  win32_closedir(folder);
+  return right && isRead && strcmp(path, name) == 0 && SB_FileExists(here) == SB_DIRECTORY;
 }
 
 static int items(void) {
@@ -128,9 +143,9 @@ static int tolerances(void) {
 
 /* Returns the number of the first group that does not work. */
 int main(void) {
-  int (*const groups[])(void) = {arraysAndPools, bytes,   choices,  items,
+  int (*const groups[])(void) = {arraysAndPools, bytes,   choices,  files,     items,
                                  listsAndTrees,  reports, services, tolerances};
-  for (int i = 0; i < 8; ++i) {
+  for (int i = 0; i < 9; ++i) {
     if (!groups[i]()) return i + 1;
   }
   return EXIT_SUCCESS;
