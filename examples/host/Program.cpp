@@ -84,7 +84,7 @@ void save(const Spheres& spheres) {
   const std::filesystem::path file = nativePath(path);
   std::filesystem::path unfinished = file;
   unfinished += ".new";
-  std::ofstream stream(unfinished);
+  std::ofstream stream(unfinished, std::ios::binary);
   for (const double radius : spheres) stream << radius << '\n';
   stream.close();
   if (!stream) throw std::runtime_error(std::string("cannot write ") + path);

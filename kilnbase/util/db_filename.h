@@ -115,8 +115,9 @@ KILNBASE_API char* convertFilename(const char* name, int to_forward);
 /** What `SB_FileExists` finds. */
 enum { SB_NOTHING = 0, SB_DEVICE = 0x2000, SB_DIRECTORY = 0x4000, SB_REGULAR_FILE = 0x8000 };
 
-/** Tells what there is under a path. One separator at the end of the path does not count. A path of
- * more than 260 characters aborts the process with an error report. */
+/** Tells what there is under a path. One separator at the end of the path does not count,
+ * unless the separator follows ':' or is the whole path. A path of more than 260 characters aborts
+ * the process with an error report. */
 KILNBASE_API int SB_FileExists(const char* path);
 
 /** A folder whose names have been read. */
