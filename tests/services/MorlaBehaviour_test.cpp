@@ -1,6 +1,6 @@
 #include <cstdlib>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -15,10 +15,6 @@ struct Painter : MorlaBehaviour {
   int* alive_;
 };
 
-struct Nameless : MorlaBehaviour {
-  vxString::IString getProductIconName() override { return L""; }
-};
-
 // Answers every question of the flat functions unlike the defaults, but for paintEnabled.
 struct Numbered : MorlaBehaviour {
   bool wantSinglePerspWindow() override { return true; }
@@ -31,7 +27,8 @@ struct Numbered : MorlaBehaviour {
   const char* getUserPrefsFileName() const override { return "14"; }
   const char* getBrowserPrefsFileName() override { return "16"; }
   double modelingWindowScale() override { return 19.0; }
-  vxString::IString getProductIconName() override { return L"\u00fc"; }
+  vxString::IString getProductIconName() override { return icon; }
+  vxString::IString icon = L"\u00fc";
 };
 
 class MorlaBehaviourTest : public testing::Test {
@@ -49,25 +46,21 @@ Text iconName() {
 
 TEST_F(MorlaBehaviourTest, WithoutAProductTheDefaultsHold) {
   MorlaBehaviour& defaults = *MorlaBehaviour::get();
-  const std::pair<bool, bool> answers[] = {
-      {false, defaults.wantSinglePerspWindow()},
-      {false, defaults.isMultipleKilnSessionsAllowed()},
-      {true, defaults.userInformationEnabled()},
-      {true, defaults.supportSingleStage()},
-      {false, defaults.documentSettingsOverrideSessionSettings()},
-      {false, defaults.largeModelingWindowSize()},
-      {false, defaults.paintEnabled()},
-      {false, defaults.enablePaintUI()},
-      {false, defaults.paintOnOverlaysOnly()},
-      {false, defaults.paintAddBookmarkToOverlays()},
-      {false, defaults.autoKilnWindows()},
-      {true, defaults.splashAtStartup()},
-      {false, defaults.enableNukeAllOnRetrieve()},
-      {true, defaults.saveOnExit()},
-      {true, defaults.hardwareReflectionsEnabled()}};
-  for (std::size_t i = 0; i < std::size(answers); ++i) {
-    EXPECT_EQ(answers[i].first, answers[i].second) << i;
-  }
+  const bool on[] = {defaults.userInformationEnabled(), defaults.supportSingleStage(),
+                     defaults.splashAtStartup(), defaults.saveOnExit(),
+                     defaults.hardwareReflectionsEnabled()};
+  EXPECT_THAT(on, testing::Each(true));
+  const bool off[] = {defaults.wantSinglePerspWindow(),
+                      defaults.isMultipleKilnSessionsAllowed(),
+                      defaults.documentSettingsOverrideSessionSettings(),
+                      defaults.largeModelingWindowSize(),
+                      defaults.paintEnabled(),
+                      defaults.enablePaintUI(),
+                      defaults.paintOnOverlaysOnly(),
+                      defaults.paintAddBookmarkToOverlays(),
+                      defaults.autoKilnWindows(),
+                      defaults.enableNukeAllOnRetrieve()};
+  EXPECT_THAT(off, testing::Each(false));
   const std::pair<const char*, vxString::CString> names[] = {
       {"Morla", defaults.getProductPrefix().asMultibyte()},
       {"Morla", iconName().get()},
@@ -81,22 +74,23 @@ TEST_F(MorlaBehaviourTest, WithoutAProductTheDefaultsHold) {
 }
 
 TEST_F(MorlaBehaviourTest, EveryFlatFunctionAsksTheInstalledObject) {
-  MorlaBehaviour::set(new Numbered);
-  EXPECT_TRUE(MorlaBehaviour_wantSinglePerspWindow());
-  EXPECT_TRUE(MorlaBehaviour_documentSettingsOverrideSessionSettings());
-  EXPECT_TRUE(MorlaBehaviour_largeModelingWindowSize());
-  EXPECT_TRUE(MorlaBehaviour_autoKilnWindows());
-  EXPECT_TRUE(MorlaBehaviour_enablePaintUI());
-  EXPECT_TRUE(MorlaBehaviour_enableNukeAllOnRetrieve());
+  auto* const product = new Numbered;
+  MorlaBehaviour::set(product);
+  const bool on[] = {MorlaBehaviour_wantSinglePerspWindow(),
+                     MorlaBehaviour_documentSettingsOverrideSessionSettings(),
+                     MorlaBehaviour_largeModelingWindowSize(),
+                     MorlaBehaviour_autoKilnWindows(),
+                     MorlaBehaviour_enablePaintUI(),
+                     MorlaBehaviour_enableNukeAllOnRetrieve()};
+  EXPECT_THAT(on, testing::Each(true));
   EXPECT_FALSE(MorlaBehaviour_saveOnExit());
   EXPECT_FALSE(MorlaBehaviour_paintEnabled());
   EXPECT_STREQ("14", MorlaBehaviour_getUserPrefsFileName());
   EXPECT_STREQ("16", MorlaBehaviour_getBrowserPrefsFileName());
   EXPECT_STREQ("\xc3\xbc", iconName().get());
   EXPECT_EQ(19.0, MorlaBehaviour_modelingWindowScale());
-  MorlaBehaviour::set(new Nameless);
+  product->icon = L"";
   EXPECT_EQ(nullptr, MorlaBehaviour_getProductIconName());
-  EXPECT_FALSE(MorlaBehaviour_autoKilnWindows());
 }
 
 TEST_F(MorlaBehaviourTest, TheInstalledObjectLivesUntilAnotherTakesItsPlace) {

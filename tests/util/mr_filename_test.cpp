@@ -56,20 +56,15 @@ TEST(Filename, ANameIsTakenApartAtTheDotInFrontOfItsFrame) {
                {"shot.0000", "shot", 1, 0, 4},
                {"name.0012.Z", "name", 1, 12, 3},
                {"name.00000.Z", "name", 1, 0, 5},
-               {"a.b.12x.y", "a.b.12x.y", 0, -1, 3},
                {"a.b.12x", "a.b", 1, 12, 3},
                {"a/b.1/c", "a/b.1/c", 0, -1, 3},
                {"a\\b.1\\c", "a\\b.1\\c", 0, -1, 3},
-               {"a/b.1", "a/b", 1, 1, 3},
                {"a.5/b.Z", "a", 1, 5, 3},
                {".5", ".5", 0, -1, 3},
                {".5.Z", ".5.Z", 0, -1, 3},
-               {"5.Z", "5.Z", 0, -1, 3},
                {".Z", ".Z", 0, -1, 3},
                {"a.-5", "a.-5", 0, -1, 3},
-               {"a.", "a.", 0, -1, 3},
                {"", "", 0, -1, 3},
-               {"a.2147483647", "a", 1, kLargest, 3},
                {"a.99999999999999999999", "a", 1, kLargest, 3}};
   for (const auto& [name, base, sequence, frame, width] : table) {
     const MR_Filename file(name, WIRE_DATA);
