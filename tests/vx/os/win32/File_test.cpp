@@ -20,7 +20,7 @@ bool isWritable(const CString& path) {
 
 }  // namespace
 
-TEST(WindowsFile, TheReadOnlyAttributeProtectsFilesAndNoFolders) {
+TEST(WindowsFile, ReadOnlyFilesAreNotWritableAndFoldersDrivesAndLockedFilesAre) {
   const kilntest::TemporaryFolder folder;
   const CString root = folder.path().string().c_str();
   const CString file = folder.write("file", "").string().c_str();
@@ -30,11 +30,6 @@ TEST(WindowsFile, TheReadOnlyAttributeProtectsFilesAndNoFolders) {
   EXPECT_FALSE(isWritable(file));
   EXPECT_TRUE(isWritable(root));
   for (const CString& path : {root, file}) SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-}
-
-TEST(WindowsFile, FilesThatOthersHaveLockedAndDrivesAreWritable) {
-  const kilntest::TemporaryFolder folder;
-  const std::string file = folder.write("file", "").string();
   const HANDLE locked =
       CreateFileA(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
   EXPECT_TRUE(isWritable(file.c_str()));
