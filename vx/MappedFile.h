@@ -16,6 +16,8 @@ namespace vxOS {
 ///       vxOS::FileMapping view;
 ///       if (void* bytes = view.map(file, 0, 4096)) *static_cast<char*>(bytes) = 'x';
 ///     }
+///     file.close();
+///     vxOS::File::remove("ring.dat");
 class VX_API MemoryMappedFile {
  public:
   /// How views may use the file.
