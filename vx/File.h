@@ -66,6 +66,7 @@ VX_API vxString::CString temporaryDirectory();
 
 /// Makes a new empty file in the folder for temporary files, which only this user may read and
 /// write, and returns its path. Empty when no file can be made. The caller deletes the file.
+/// Whoever may rename files in that folder can put another file under the path.
 VX_API vxString::CString createTmpFilename();
 
 }  // namespace vxOS

@@ -74,7 +74,7 @@ class VX_API FileMapping {
 };
 
 /// Maps `bytes` zero bytes that stand in no file of their own (the system's paging file). Null when
-/// there is not so much memory.
+/// the system refuses. A system that promises more memory than there is may not refuse.
 VX_API void* mapMemory(std::size_t bytes);
 
 /// Maps a new temporary file of `bytes` zero bytes, whose space on the disk is taken now. `name` is

@@ -80,7 +80,8 @@ void* mapMemory(std::size_t length) {
 TemporaryMapping mapTemporaryFile(const CString& path, std::size_t length) {
   const std::intptr_t file = createFile(path, length);
   if (file == kNone) return {nullptr, errno};
-  const TemporaryMapping mapping = {mapFile(file, true, 0, length), errno};
+  void* start = mapFile(file, true, 0, length);
+  const TemporaryMapping mapping = {start, start != nullptr ? 0 : errno};
   closeFile(file);
   if (mapping.start == nullptr) unlink(systemPath(path).c_str());
   return mapping;

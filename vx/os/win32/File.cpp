@@ -28,9 +28,13 @@ int errorOf(BOOL success) {
   return success != 0 ? 0 : lastError();
 }
 
+// The other end of a pipe, which a path may name as well, must not act as this user.
+constexpr DWORD kNoImpersonation = SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
+
 HANDLE openExisting(const std::wstring& path, DWORD access) {
   return CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                     nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+                     nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | kNoImpersonation,
+                     nullptr);
 }
 
 // Opening tells what the access lists and the medium allow together. A file that another program

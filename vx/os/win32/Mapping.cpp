@@ -79,9 +79,10 @@ TemporaryMapping mapTemporaryFile(const CString& path, std::size_t length) {
   const Handle file(
       makeNew(systemPath(path), 0,
               FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_RANDOM_ACCESS));
-  void* start =
-      file && takeSpace(file.get(), length) ? mapOpenFile(file.get(), true, 0, length) : nullptr;
-  return {start, static_cast<int>(GetLastError())};
+  if (!file) return {nullptr, static_cast<int>(GetLastError())};
+  if (!takeSpace(file.get(), length)) return {nullptr, ERROR_DISK_FULL};
+  void* start = mapOpenFile(file.get(), true, 0, length);
+  return {start, start != nullptr ? 0 : ERROR_NOT_ENOUGH_MEMORY};
 }
 
 const bool kTemporaryFileStays = false;
