@@ -1,5 +1,8 @@
+#include <new>
+
 #include <vx/SysInfo.h>
 #include <vx/os/Process.h>
+#include <vx/os/SysInfo.h>
 
 namespace process = vxOS::process;
 using vxString::CString;
@@ -18,7 +21,31 @@ CString& binaryFolder() {
   return folder;
 }
 
+vxOS::MemoryFigures (*memorySource)() = nullptr;
+
 }  // namespace
+
+namespace vxOS {
+
+std::size_t SysInfo::getPageSize() {
+  static const std::size_t size = sysInfo::pageSize();
+  return size;
+}
+
+MemoryFigures SysInfo::getMemory() {
+  if (memorySource != nullptr) return memorySource();
+  try {
+    return sysInfo::memory();
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
+void SysInfo::setMemorySource(MemoryFigures (*source)()) {
+  memorySource = source;
+}
+
+}  // namespace vxOS
 
 CString APP_getBinaryPath(const CString& name) {
   const CString& folder = binaryFolder();

@@ -22,7 +22,9 @@ class VX_API SysInfo {
   static std::size_t getPageSize();
 
   /// The memory that this process may have: of the machine, or of the container that the process
-  /// runs in when that has less. Zeros when the system does not tell.
+  /// runs in when that has less. Limits of the process itself count as well: on POSIX the one of
+  /// the address space (for virtual memory), on Windows those of the job. Zeros for figures that
+  /// the system does not tell. The call reads some small files of the system.
   static MemoryFigures getMemory();
 
   /// Replaces the source of `getMemory`, for a host that has limits of its own. Null brings the
