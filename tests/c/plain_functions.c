@@ -10,6 +10,7 @@
 #include <kilnbase/services/hosted_variables.h>
 #include <kilnbase/services/redraw.h>
 #include <kilnbase/services/rtb_init.h>
+#include <kilnbase/memory/ma_memory_manager.h>
 #include <kilnbase/util/DS/ds_structures.h>
 #include <kilnbase/util/DS/mr_register.h>
 #include <kilnbase/util/aa_debug.h>
@@ -52,6 +53,13 @@ static int listsAndTrees(void) {
   MR_AvlNode leaf, *root = NULL;
   MR_avl_insert(&root, &leaf, compareAddresses);
   return right && root == &leaf;
+}
+
+static int mappedBlocks(void) {
+  void* block = Ma_allocMmapMemory(1000, 0, 1);
+  const uint32_t left = Ma_shrinkMmapMemory(block, 10);
+  Ma_freeMmapMemory(block);
+  return left == 1000 && Ma_get_mmap_overhead() == 24;
 }
 
 static int reports(void) {
@@ -146,6 +154,9 @@ int main(void) {
   int (*const groups[])(void) = {arraysAndPools, bytes,   choices,  files,     items,
                                  listsAndTrees,  reports, services, tolerances};
   for (int i = 0; i < 9; ++i) {
+  int (*const groups[])(void) = {arraysAndPools, bytes,   items,     listsAndTrees,
+                                 mappedBlocks,   reports, tolerances};
+  for (int i = 0; i < 7; ++i) {
     if (!groups[i]()) return i + 1;
   }
   return EXIT_SUCCESS;
