@@ -41,6 +41,7 @@ TEST(MoveableMemory, WhatFailsIsAnError) {
   EXPECT_EQ(0, memory.initialize(path, L"p").code());
   const vxOS::MoveableMemory* store = memory.get();
   folder.write("file", "");
+  EXPECT_EQ(bad.message(), MoveableMemory().initialize(path + L"/file", L"p").message());
   EXPECT_NE(0, memory.initialize(path + L"/file/below", L"p").code());
   EXPECT_EQ(path + L"/file/below", memory.getDirectory());
   EXPECT_EQ(store, memory.get());

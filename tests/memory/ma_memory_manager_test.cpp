@@ -73,15 +73,18 @@ TEST_F(MemoryManager, FiguresAreKilobytesShiftedIn32Bits) {
 TEST_F(MemoryManager, TheDiskOfTheTemporaryFolderKeepsFiveMebibytes) {
   vxOS::FilesystemStatus before, after;
   std::uint32_t usable = 0, disk = 0;
+  bool wrapsToFit = true;
   do {  // until no other process has used the disk meanwhile
     vxOS::Filesystem::stat(vxOS::temporaryDirectory(), before);
     usable = Ma_findMmapMemory();
     Ma_get_process_data_limits(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                                &disk);
+    wrapsToFit = Ma_checkMmapMemory(disk, 0U - disk - 24, 0);
     vxOS::Filesystem::stat(vxOS::temporaryDirectory(), after);
   } while (before.freeKilobytes != after.freeKilobytes);
   EXPECT_EQ(static_cast<std::uint32_t>(before.freeKilobytes * 1024), disk);
   EXPECT_EQ(static_cast<std::uint32_t>((before.freeKilobytes - 5120) * 1024), usable);
+  EXPECT_FALSE(wrapsToFit);
   for (const char* folder : {"/proc", "/none/there"}) {  // no space on the disk, and no disk
     useFolder(folder);
     EXPECT_EQ(0U, Ma_findMmapMemory()) << folder;

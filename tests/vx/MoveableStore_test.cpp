@@ -131,23 +131,26 @@ TEST(MoveableStore, BlocksKeepTheirBytesWhateverIsDoneToOthers) {
   model.check();
 }
 
-TEST(MoveableStore, FreedSpaceIsUsedAgainAndGivenBack) {
+TEST(MoveableStore, NoSpaceIsLostAndWhatIsFreedIsUsedAgain) {
+  constexpr std::size_t kPart = 65536;
   const TemporaryFolder folder;
   MoveableMemory store;
   ASSERT_TRUE(store.initializeFiles(wide(folder), L""));
-  std::vector<MoveableMemory::Handle> blocks(64);
-  for (auto& block : blocks) block = store.allocate(65536);
-  EXPECT_EQ(64U * 65536, store.fileSize());
-  for (std::size_t i = 0; i < 64; i += 2) store.free(blocks[i]);
-  for (std::size_t i = 0; i < 64; i += 2) blocks[i] = store.allocate(65536);
-  store.free(blocks[10]);
-  store.free(blocks[12]);
-  store.free(blocks[11]);
-  EXPECT_NE(0U, store.allocate(std::size_t{3} * 65536));
-  EXPECT_EQ(64U * 65536, store.fileSize());
-  for (std::size_t i = 20; i < 64; ++i) store.free(blocks[i]);
-  store.compact();
-  EXPECT_EQ(20U * 65536, store.fileSize());
+  for (const std::size_t bytes : {std::size_t{64}, 3 * kPart - 128, std::size_t{1}}) {
+    store.allocate(bytes);
+    EXPECT_EQ(bytes == 64 ? kPart : 3 * kPart, store.fileSize()) << bytes;
+  }
+  MoveableMemory::Handle blocks[32];
+  for (auto& block : blocks) block = store.allocate(kPart);
+  for (const int i : {10, 12, 11, 0}) store.free(blocks[i]);
+  for (const std::size_t bytes : {3 * kPart, kPart}) EXPECT_NE(0U, store.allocate(bytes));
+  EXPECT_EQ(35 * kPart, store.fileSize());
+  for (int i = 13; i < 32; ++i) store.free(blocks[i]);
+  store.allocate(1);
+  EXPECT_TRUE(store.compact());
+  EXPECT_EQ(17 * kPart, store.fileSize());
+  store.allocate(kPart - 64);
+  EXPECT_EQ(17 * kPart, store.fileSize());
 }
 
 TEST(MoveableStore, NoFileStaysAndNoneIsMadeUnderAnotherName) {

@@ -20,7 +20,7 @@ struct Amount {
 
   void limit(std::uint64_t most, std::uint64_t used) {
     total = std::min(total, most);
-    available = std::min({available, total, most - std::min(used, most)});
+    available = std::min(available, most - std::min(used, most));
   }
 };
 
