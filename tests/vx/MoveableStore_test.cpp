@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
-#include <string>
-#include <vector>
 
 #include <vx/MoveableStore.h>
 
@@ -22,99 +20,72 @@ IString wide(const TemporaryFolder& folder) {
   return CString(folder.path().string().c_str()).asWide();
 }
 
-// Does random things to a store and to a model of it: the bytes of each block.
+// Does random things to a store and to a model of it: the length and the byte of each block.
 class Model {
  public:
   explicit Model(MoveableMemory& store) : store_(store) {}
-  ~Model() {
-    for (const auto& [block, pointer] : locked_) store_.unlock(block);
-  }
 
   void step() {
-    switch (std::uniform_int_distribution(0, 9)(random_)) {
+    const MoveableMemory::Handle block = random_() % (last_ + 1);  // often one that was freed
+    const std::size_t bytes = random_() % (random_() % 4 == 0 ? 300'000 : 500);
+    switch (random_() % 8) {
       case 0:
-        return free(any());
+        store_.free(block);
+        blocks_.erase(block);
+        break;
       case 1:
-        return lockOrUnlock(any());
+        EXPECT_EQ(blocks_.contains(block), store_.lock(block) != nullptr);
+        break;
       case 2:
+        store_.unlock(block);
+        break;
       case 3:
-        return resize(any());
+        if (store_.resize(block, bytes)) resized(block, bytes);
+        break;
       case 4:
         if (random_() % 20 == 0) store_.compact();
-        return;
+        break;
       default:
-        if (blocks_.size() < 60) allocate();
+        if (blocks_.size() < 60) write(last_ = store_.allocate(bytes), bytes);
     }
   }
 
   // Every block holds what was written, and no block touches another one.
   void check() {
-    for (const auto& [block, bytes] : blocks_) {
-      ASSERT_EQ(bytes.size(), store_.size(block));
-      const void* data = store_.lock(block);
-      ASSERT_NE(nullptr, data);
-      EXPECT_EQ(0U, reinterpret_cast<std::uintptr_t>(data) % 64);
-      EXPECT_TRUE(bytes.empty() || std::memcmp(bytes.data(), data, bytes.size()) == 0) << block;
-      EXPECT_EQ(locked_.contains(block) ? locked_[block] : data, data);
-      store_.unlock(block);
+    for (const auto& [block, content] : blocks_) {
+      EXPECT_EQ(content.bytes, store_.size(block));
+      expectFilled(block, content.bytes);
     }
   }
 
  private:
-  using Handle = MoveableMemory::Handle;
+  struct Content {
+    std::size_t bytes;
+    char byte;
+  };
 
-  std::size_t anySize() { return random_() % (random_() % 4 == 0 ? 300'000 : 500); }
-  Handle any() {
-    if (blocks_.empty()) return 0;
-    return std::next(blocks_.begin(), static_cast<int>(random_() % blocks_.size()))->first;
-  }
-  void fill(Handle block) {
-    std::vector<unsigned char>& bytes = blocks_[block];
-    std::generate(bytes.begin(), bytes.end(), [this] { return random_() % 256; });
-    void* data = store_.lock(block);
-    ASSERT_NE(nullptr, data);
-    if (!bytes.empty()) std::memcpy(data, bytes.data(), bytes.size());
+  void write(MoveableMemory::Handle block, std::size_t bytes) {
+    blocks_[block] = {bytes, static_cast<char>(random_())};
+    std::memset(store_.lock(block), blocks_[block].byte, bytes);
     store_.unlock(block);
   }
-  void allocate() {
-    const std::size_t bytes = anySize();
-    const Handle block = store_.allocate(bytes);
-    EXPECT_NE(0U, block);
-    EXPECT_FALSE(blocks_.contains(block));
-    blocks_[block].resize(bytes);
-    fill(block);
+  void resized(MoveableMemory::Handle block, std::size_t bytes) {
+    ASSERT_TRUE(blocks_.contains(block));
+    expectFilled(block, std::min(bytes, blocks_[block].bytes));
+    write(block, bytes);
   }
-  void resize(Handle block) {
-    const std::size_t bytes = anySize();
-    const bool done = store_.resize(block, bytes);
-    EXPECT_EQ(blocks_.contains(block), done || locked_.contains(block));
-    if (!done) return;
-    const std::size_t before = std::min(blocks_[block].size(), bytes);
-    blocks_[block].resize(bytes);
-    EXPECT_EQ(0, std::memcmp(blocks_[block].data(), store_.lock(block), before));
-    store_.unlock(block);
-    fill(block);
-  }
-  void lockOrUnlock(Handle block) {
-    if (locked_.erase(block) > 0) {
-      store_.unlock(block);
-    } else if (block != 0) {
-      locked_[block] = store_.lock(block);
-    }
-  }
-  void free(Handle block) {
-    store_.free(block);
-    blocks_.erase(block);
-    locked_.erase(block);
-    EXPECT_EQ(0U, store_.size(block));
-    EXPECT_EQ(nullptr, store_.lock(block));
-    EXPECT_FALSE(store_.resize(block, 1));
+  void expectFilled(MoveableMemory::Handle block, std::size_t bytes) {
+    const char* data = static_cast<const char*>(store_.lock(block));
+    EXPECT_EQ(data, store_.lock(block));
+    EXPECT_EQ(0U, reinterpret_cast<std::uintptr_t>(data) % 64);
+    EXPECT_EQ(static_cast<long>(bytes), std::count(data, data + bytes, blocks_[block].byte));
+    for (int i = 0; i < 2; ++i) store_.unlock(block);
   }
 
   MoveableMemory& store_;
   std::mt19937 random_{7};
-  std::map<Handle, std::vector<unsigned char>> blocks_;
-  std::map<Handle, const void*> locked_;
+  std::map<MoveableMemory::Handle, Content> blocks_;
+  MoveableMemory::Handle last_ = 0;
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <vx/os/BackingFile.h>
+#include <vx/os/posix/BlockedSignals.h>
 #include <vx/os/posix/Path.h>
 
 namespace vxOS {
@@ -18,6 +19,7 @@ bool isAllowed(std::uint64_t size) {
 }
 
 bool allocate(int file, off_t start, off_t length) {
+  const BlockedSignals blocked;  // an interrupted allocation begins again, maybe for ever
   int error;
   do {
     error = posix_fallocate(file, start, length);

@@ -76,33 +76,27 @@ TEST(MemoryTexts, EveryGroupAroundTheProcessLimitsIt) {
 }
 
 TEST(MemoryTexts, AContainerSeesItsGroupAtTheMountPoint) {
-  for (const char* root : {"/pod/box", "/elsewhere", "/pod/bo"}) {
+  for (const char* root : {"/pod/box", "/elsewhere", "/pod/bo"})
     EXPECT_EQ("2 2 2002 1502", figures(grouped({{"/cg/memory.max", "2048"}}, root))) << root;
-  }
   EXPECT_EQ("2 2 2002 1502", figures(grouped({{"/cg/box/memory.max", "2048"}}, "/pod")));
 }
 
 TEST(MemoryTexts, DamagedTextsLimitNothing) {
-  for (const char* text : {"", "max", "-1", "many", "99999999999999999999999"}) {
+  for (const char* text : {"", "max", "-1", "many", "99999999999999999999999"})
     EXPECT_EQ(kMachine, figures(grouped({{"/cg/memory.max", text}}))) << text;
-  }
-  for (const char* text : {"", "::", "0:", "0::", "\n\n", "0::/../..", "::::"}) {
+  for (const char* text :
+       {"", "0:", "0::", "\n\n", "0::/../..", "::::", " - ", "1 2 3 - cgroup2"}) {
     Texts texts = grouped({{"/cg/pod/box/memory.max", "2048"}});
     texts["/proc/self/cgroup"] = text;
     EXPECT_EQ(kMachine, figures(texts)) << text;
-  }
-  for (const char* text : {"", " - ", "1 2 3 - cgroup2", " - cgroup2 none rw\n -"}) {
     EXPECT_EQ(kMachine, figures({{"/proc/self/mountinfo", text}})) << text;
   }
   EXPECT_EQ("0 0 0 0", figures({{"/proc/meminfo", "MemTotal: kB\nSwapFree"}}));
 }
 
-TEST(MemoryTexts, TheAddressSpaceLimitsVirtualMemory) {
+TEST(MemoryTexts, OfTheAddressSpaceTheUnusedPartIsAvailable) {
   EXPECT_EQ("8000 5000 3000 2000", figures({}, {3000, 1000}));
   EXPECT_EQ("8000 5000 3000 0", figures({}, {3000, 4000}));
-}
-
-TEST(MemoryTexts, OfTheAddressSpaceOfThisProcessTheUnusedPartIsAvailable) {
   constexpr std::uint64_t kMore = std::uint64_t{512} << 20U;
   std::uint64_t pages = 0;
   std::ifstream("/proc/self/statm") >> pages;

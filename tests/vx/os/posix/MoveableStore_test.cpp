@@ -7,33 +7,16 @@
 
 using vxOS::MoveableMemory;
 
-namespace {
-
-// Lets files grow to `bytes` only, as a full disk would.
-class FullDisk {
- public:
-  explicit FullDisk(rlim_t bytes) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limit = {bytes, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
-
- private:
-  rlimit before_ = {};
-};
-
-}  // namespace
-
 TEST(PosixMoveableStore, AFullDiskIsAnErrorAndTheBlocksAreMovedTogetherFirst) {
   constexpr std::size_t kPart = 65536;
   const kilntest::TemporaryFolder folder;
   MoveableMemory store;
   ASSERT_TRUE(store.initializeFiles(vxString::CString(folder.path().c_str()).asWide(), L"p"));
   EXPECT_EQ("", folder.names());  // nobody else can open the file
-  const FullDisk disk(8 * kPart);
+  rlimit before = {};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit full = {8 * kPart, before.rlim_max};  // as a full disk would be
+  setrlimit(RLIMIT_FSIZE, &full);
   MoveableMemory::Handle blocks[8];
   for (auto& block : blocks) block = store.allocate(kPart);
   static_cast<char*>(store.lock(blocks[5]))[kPart - 1] = 'x';
@@ -47,4 +30,5 @@ TEST(PosixMoveableStore, AFullDiskIsAnErrorAndTheBlocksAreMovedTogetherFirst) {
   EXPECT_TRUE(store.resize(blocks[1], 3 * kPart));
   EXPECT_EQ('x', static_cast<char*>(store.lock(blocks[5]))[kPart - 1]);
   EXPECT_EQ(8U * kPart, store.fileSize());
+  setrlimit(RLIMIT_FSIZE, &before);
 }
