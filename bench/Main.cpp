@@ -144,6 +144,7 @@ int runProgram(int argc, const char* const* argv) {
   addStructures(suite);
   addBoxes(suite);
   addSparse(suite);
+  addUndo(suite);
   std::vector<std::string> notes = {addEigen(suite), addBoost(suite), addGlib(suite)};
   std::ranges::move(addGeometry(suite), std::back_inserter(notes));
   const std::vector<Case> cases = casesOf(suite, options);

@@ -2,6 +2,7 @@
 #include <cassert>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <iterator>
 #include <list>
@@ -33,8 +34,10 @@ Direction opposite(Direction direction) {
 
 // Why a command failed. Takes no memory: everything is put back before anybody is told.
 struct Failure {
+  Failure() { reason[0] = '\0'; }
+
   const Command* command = nullptr;
-  char reason[200] = "";
+  char reason[200];
 };
 
 bool run(Command& command, Direction direction, Failure& failure) {
@@ -320,7 +323,8 @@ Error History::perform(Group& group, std::unique_ptr<Command> command) {
   if (run(*command, Direction::kRedo, failure)) {
     if (add(group, command)) return {};
     putBack = run(*command, Direction::kUndo, failure);
-    failure = {command.get(), ": there is no place for it any more"};
+    failure.command = command.get();
+    std::strcpy(failure.reason, ": the group takes no command any more");
   }
   putBack = takeBack(group, before) && putBack;
   if (!putBack) savedIsKnown_ = false;
@@ -419,8 +423,10 @@ Error History::go(Direction direction, int steps) {
   Error error;
   {
     const Rolling rolling(*this);
-    for (; steps > 0 && !error && canGo(direction); --steps) {
-      error = takeStep(direction, next(direction));
+    for (; steps > 0 && !error; --steps) {
+      const Step step = next(direction);
+      if (step.groups == 0) break;
+      error = takeStep(direction, step);
     }
   }
   finish(true);
@@ -641,9 +647,9 @@ void Command::commit() {}
 
 Group::Group(detail::History& history, CString name, bool joinsPrevious)
     : history_(history),
-      name_(std::move(name)),
       joinsPrevious_(joinsPrevious),
-      beginsStep_(!joinsPrevious) {}
+      beginsStep_(!joinsPrevious),
+      name_(std::move(name)) {}
 
 Group::~Group() = default;
 

@@ -140,10 +140,9 @@ class VX_API Group {
  private:
   friend class detail::History;
 
+  // What every step reads comes first, in one or two cache lines.
   detail::History& history_;
-  vxString::CString name_;
   vx::vector<std::unique_ptr<Command>> commands_;
-  std::unordered_set<const void*> declared_;
   std::int64_t bytes_ = 0;
   std::int64_t order_ = 0;  // grows along the list of groups
   int holds_ = 0;
@@ -151,6 +150,8 @@ class VX_API Group {
   bool beginsStep_;
   bool isUndone_ = false;
   bool isMeasured_ = false;  // bytes_ is exact
+  vxString::CString name_;
+  std::unordered_set<const void*> declared_;
 };
 
 /// How much a manager holds. The oldest steps are dropped first; when only one done step is left,

@@ -21,6 +21,7 @@ void addLists(Suite& suite);
 void addStructures(Suite& suite);
 void addBoxes(Suite& suite);
 void addSparse(Suite& suite);
+void addUndo(Suite& suite);
 
 /// Adds Eigen to the above that it has, or says that it is missing: the line for the table's head.
 std::string addEigen(Suite& suite);

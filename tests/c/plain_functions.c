@@ -8,6 +8,7 @@
 #include <kilnbase/services/MorlaQA.h>
 #include <kilnbase/services/cursor_procedure.h>
 #include <kilnbase/services/hosted_variables.h>
+#include <kilnbase/services/mr_undo.h>
 #include <kilnbase/services/redraw.h>
 #include <kilnbase/services/rtb_init.h>
 #include <kilnbase/memory/ma_memory_manager.h>
@@ -140,8 +141,11 @@ static int services(void) {
   redraw_add_model_planes();
   angular_mode = 1;
   persp_grid_extent = 0.5;
-  return last == 3 && RI_getName(1, 2, 3, 4) == 10 && redraw_get_pending_planes() == 0x9F8 &&
-         angular_mode + persp_grid_extent == 1.5;
+  MR_undo_push_new_group("no manager", false);
+  MR_UndoGroup* group = MR_undo_get_group();
+  MR_undo_pop_group(true);
+  return !group && last == 3 && RI_getName(1, 2, 3, 4) == 10 &&
+         redraw_get_pending_planes() == 0x9F8 && angular_mode + persp_grid_extent == 1.5;
 }
 
 static int tolerances(void) {
