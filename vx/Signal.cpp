@@ -21,7 +21,7 @@ class Cut {
   void add(Connection& connection) {
     connection.signal->unlink(connection);
     connection.client->unlink(connection);
-    connection.signal = nullptr;
+    connection.isCut = true;
     if (connection.calls > 0) return;  // the end of the call deletes the connection
     connection.next = first_;
     first_ = &connection;
@@ -117,7 +117,7 @@ void Emission::skip(const Connection& connection) {
 void Emission::release() {
   Connection* const connection = std::exchange(current_, nullptr);
   if (connection == nullptr) return;
-  if (--connection->calls == 0 && connection->signal == nullptr) delete connection;
+  if (--connection->calls == 0 && connection->isCut) delete connection;
 }
 
 }  // namespace detail

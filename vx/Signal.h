@@ -1,7 +1,6 @@
 // Signals: an object tells others that something has happened, without knowing them.
 #pragma once
 
-#include <type_traits>
 #include <utility>
 
 #include <vx/export.h>
@@ -15,7 +14,7 @@ namespace detail {
 class Cut;
 class SignalCore;
 
-// The tie between a signal and a client. A tie that has been cut has a null signal.
+// The tie between a signal and a client.
 struct VX_API Connection {
   Connection() = default;
   Connection(const Connection&) = delete;
@@ -29,6 +28,7 @@ struct VX_API Connection {
   Connection* previousOfClient = nullptr;
   Connection* nextOfClient = nullptr;
   int calls = 0;  // that are running: the last of them deletes a connection that has been cut
+  bool isCut = false;
 };
 
 // A walk over the connections that a signal has at the start of the walk. The walk goes on safely
@@ -126,8 +126,8 @@ class SignalBase {
   /// Has `callback` called with the values of each emission, after the callbacks that were
   /// connected before. Its result is ignored. A client may connect any number of callbacks.
   template <class Callback>
-  void connect(SignalClient& client, Callback&& callback) {
-    core_.attach(client, new Call<std::decay_t<Callback>>(std::forward<Callback>(callback)));
+  void connect(SignalClient& client, Callback callback) {
+    core_.attach(client, new Call<Callback>(std::move(callback)));
   }
 
   /// Cuts all connections with this client.
@@ -135,7 +135,7 @@ class SignalBase {
 
   /// Calls the callbacks. An exception of one ends the emission and passes to the caller. The
   /// values are the emission's own, so that they outlive an object that a callback destroys.
-  void emit(Args... values) {
+  void emit(Args... values) {  // NOLINT(performance-unnecessary-value-param)
     if (!core_.isConnected()) return;
     detail::Emission emission(core_);
     while (detail::Connection* connection = emission.advance()) {
@@ -150,8 +150,7 @@ class SignalBase {
 
   template <class Callback>
   struct Call final : Slot {
-    template <class Source>
-    explicit Call(Source&& source) : callback(std::forward<Source>(source)) {}
+    explicit Call(Callback aCallback) : callback(std::move(aCallback)) {}
     void call(const Args&... values) override { callback(values...); }
     Callback callback;
   };

@@ -102,7 +102,7 @@ bool hasNoCommands(const Group& group) {
 
 // Walk over one step, away from the present. The oldest group begins a step whatever its flag.
 template <class Position>
-Step stepBack(Position& position, Position end) {
+Step stepBack(Position& position, const Position& end) {
   Step step;
   bool hasCommands = false;
   while (position != end) {
@@ -116,7 +116,7 @@ Step stepBack(Position& position, Position end) {
 }
 
 template <class Position>
-Step stepForth(Position& position, Position end) {
+Step stepForth(Position& position, const Position& end) {
   Step step;
   bool hasCommands = false;
   for (; position != end; ++position) {
@@ -129,8 +129,8 @@ Step stepForth(Position& position, Position end) {
 }
 
 template <class Position>
-vx::vector<CString> namesOf(Step (*nextStep)(Position&, Position), Position position, Position end,
-                            std::size_t most) {
+vx::vector<CString> namesOf(Step (*nextStep)(Position&, const Position&), Position& position,
+                            const Position& end, std::size_t most) {
   vx::vector<CString> names;
   while (names.size() < most) {
     const Step step = nextStep(position, end);
@@ -434,8 +434,10 @@ Error History::go(Direction direction, int steps) {
 }
 
 vx::vector<CString> History::names(Direction direction, std::size_t most) {
-  if (direction == Direction::kRedo) return namesOf(stepForth, undone_, groups_.end(), most);
-  return namesOf(stepBack, std::make_reverse_iterator(undone_), groups_.rend(), most);
+  Position forth = undone_;
+  auto back = std::make_reverse_iterator(undone_);
+  return direction == Direction::kRedo ? namesOf(stepForth, forth, groups_.end(), most)
+                                       : namesOf(stepBack, back, groups_.rend(), most);
 }
 
 Step History::next(Direction direction) {
