@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include <kilnbase/anim/an_anim_list.h>
+#include <kilnbase/memory/ma_memory_manager.h>
 #include <kilnbase/services/FontProperties.h>
 #include <kilnbase/services/MorlaBehaviour.h>
 #include <kilnbase/services/MorlaQA.h>
@@ -11,7 +12,6 @@
 #include <kilnbase/services/mr_undo.h>
 #include <kilnbase/services/redraw.h>
 #include <kilnbase/services/rtb_init.h>
-#include <kilnbase/memory/ma_memory_manager.h>
 #include <kilnbase/util/DS/ds_structures.h>
 #include <kilnbase/util/DS/mr_register.h>
 #include <kilnbase/util/aa_debug.h>
@@ -155,12 +155,9 @@ static int tolerances(void) {
 
 /* Returns the number of the first group that does not work. */
 int main(void) {
-  int (*const groups[])(void) = {arraysAndPools, bytes,   choices,  files,     items,
-                                 listsAndTrees,  reports, services, tolerances};
-  for (int i = 0; i < 9; ++i) {
-  int (*const groups[])(void) = {arraysAndPools, bytes,   items,     listsAndTrees,
-                                 mappedBlocks,   reports, tolerances};
-  for (int i = 0; i < 7; ++i) {
+  int (*const groups[])(void) = {arraysAndPools, bytes,        choices, files,    items,
+                                 listsAndTrees,  mappedBlocks, reports, services, tolerances};
+  for (int i = 0; i < 10; ++i) {
     if (!groups[i]()) return i + 1;
   }
   return EXIT_SUCCESS;
