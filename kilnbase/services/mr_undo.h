@@ -4,7 +4,7 @@
  * installed undo manager (vx/Undo.h). A null group on the stack switches recording off.
  *
  *     MR_undo_push_new_group("Move", false);
- *     if (MR_undo_get_num_groups() > 0) puts("recording");
+ *     if (MR_undo_get_group() == NULL) puts("nothing is recorded: there is no manager");
  *     MR_undo_pop_group(true);
  *
  * The stack has 10 levels. Pushes and pops must pair. More is asserted in debug builds; in release

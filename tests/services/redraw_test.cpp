@@ -1,5 +1,6 @@
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <utility>
 
 #include <kilnbase/services/redraw.h>
 #include <kilnbase/services/rtb_init.h>
@@ -22,19 +23,15 @@ struct Redraw : testing::Test {
 }  // namespace
 
 TEST_F(Redraw, SetsOfPlanesAreAddedAndTakenBackWithTheirLayer) {
-  const struct {
-    void (*add)();
-    std::uint32_t planes;
-  } cases[] = {{redraw_add_active_planes, 0x9C0},
-               {redraw_add_model_planes, 0x9F8},
-               {redraw_add_template_planes, 0x9FF},
-               {redraw_add_window_planes, 0xFFF}};
-  for (const auto& each : cases) {
-    each.add();
-    EXPECT_EQ(each.planes, redraw_get_pending_planes());
-    EXPECT_EQ(1, redraw_get_pending_layers());
-    redraw_remove_planes(each.planes & 0xF00);
-    EXPECT_EQ(each.planes & 0x0FF, redraw_get_pending_planes());
+  const std::pair<void (*)(), std::uint32_t> sets[] = {{redraw_add_active_planes, 0x9C0},
+                                                       {redraw_add_model_planes, 0x9F8},
+                                                       {redraw_add_template_planes, 0x9FF},
+                                                       {redraw_add_window_planes, 0xFFF}};
+  for (const auto& [add, planes] : sets) {
+    add();
+    EXPECT_EQ(planes, redraw_get_pending_planes());
+    redraw_remove_planes(0xF00);
+    EXPECT_EQ(planes & 0x0FF, redraw_get_pending_planes());
     EXPECT_EQ(1, redraw_get_pending_layers());
     redraw_remove_planes(0x0FF);
     EXPECT_EQ(0, redraw_get_pending_layers());
@@ -43,14 +40,11 @@ TEST_F(Redraw, SetsOfPlanesAreAddedAndTakenBackWithTheirLayer) {
 }
 
 TEST_F(Redraw, TheLowestLayerCountsAndThePreviousOneIsTheResult) {
-  const struct {
-    int layer;
-    int previous;
-    int pending;
-  } calls[] = {{3, 0, 3}, {5, 3, 3}, {2, 3, 2}, {-1, 2, -1}, {2, -1, -1}};
-  for (const auto& call : calls) {
-    EXPECT_EQ(call.previous, redraw_add_pending_layers(call.layer));
-    EXPECT_EQ(call.pending, redraw_get_pending_layers());
+  int previous = 0;
+  for (const auto& [layer, pending] : {std::pair{3, 3}, {5, 3}, {2, 2}, {-1, -1}, {2, -1}}) {
+    EXPECT_EQ(previous, redraw_add_pending_layers(layer));
+    EXPECT_EQ(pending, redraw_get_pending_layers());
+    previous = pending;
   }
 }
 
@@ -58,23 +52,19 @@ TEST_F(Redraw, NotificationsComeWithoutRequestsAndOnlyWhileTheCountIsZero) {
   redraw_any_pending();
   EXPECT_EQ(1, notifications);
   redraw_disable();
-  redraw_disable();
   redraw(0x11, 4);
-  redraw_enable();
   redraw_all();
   EXPECT_EQ(1, notifications);
   EXPECT_EQ(0x11U, redraw_get_pending_planes());
   EXPECT_EQ(4, redraw_get_pending_layers());
   redraw_enable();
   redraw(0x100, 4);
-  EXPECT_EQ(2, notifications);
-  EXPECT_EQ(0x111U, redraw_get_pending_planes());
-  redraw_enable();
-  redraw_any_pending();
-  EXPECT_EQ(2, notifications);
-  redraw_disable();
   redraw_all();
   EXPECT_EQ(3, notifications);
+  redraw_enable();
+  redraw_any_pending();
+  EXPECT_EQ(3, notifications);
+  redraw_disable();
 }
 
 TEST_F(Redraw, ResetTakesBackAllButTheUpdateFlag) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
+#include <optional>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -54,12 +55,7 @@ TEST_F(Signal, CallbacksChangeEverythingDuringTheEmission) {
     const char* first;
     const char* second;
   } const cases[] = {
-      {"nothing", [](Party&) {}, "a1b1c1", "a2b2c2"},
       {"connects", [](Party& s) { s.connect("d"); }, "a1b1c1", "a2b2c2d2"},
-      {"disconnects itself", [](Party& s) { s.signal->disconnect(*s.clients["b"]); }, "a1b1c1",
-       "a2c2"},
-      {"disconnects the next", [](Party& s) { s.signal->disconnect(*s.clients["c"]); }, "a1b1",
-       "a2b2"},
       {"replaces the next and last",
        [](Party& s) {
          s.clients["c"].reset();
@@ -72,7 +68,6 @@ TEST_F(Signal, CallbacksChangeEverythingDuringTheEmission) {
          s.connect("d");
        },
        "a1b1", "d2"},
-      {"destroys the one before", [](Party& s) { s.clients["a"].reset(); }, "a1b1c1", "b2c2"},
       {"destroys its own client", [](Party& s) { s.clients["b"].reset(); }, "a1b1c1", "a2c2"},
       {"destroys the signal", [](Party& s) { s.signal.reset(); }, "a1b1", ""},
       {"destroys signal and clients",
@@ -82,7 +77,6 @@ TEST_F(Signal, CallbacksChangeEverythingDuringTheEmission) {
        },
        "a1b1", ""},
       {"throws", [](Party&) { throw std::runtime_error("!"); }, "a1b1!", "a2b2c2"},
-      {"emits once more", [](Party& s) { s.signal->emit(5); }, "a1b1a5b5c5c1", "a2b2c2"},
       {"connects and emits",
        [](Party& s) {
          s.connect("d");
@@ -155,32 +149,35 @@ TEST_F(Signal, CarriesReferencesAndValuesThatOutliveTheirOwner) {
 TEST(SignalModel, RandomOperationsKeepTheOrderOfConnecting) {
   std::mt19937 random(8);
   SignalBase<int> signal;
-  struct Client {
-    std::unique_ptr<SignalClient> client = std::make_unique<SignalClient>();
-  };
-  std::vector<Client> clients(6);
+  std::vector<std::optional<SignalClient>> clients(6, SignalClient());
   std::vector<std::pair<int, std::size_t>> expected;  // serial number and client of a connection
   std::vector<int> called;
-  int serial = 0;
+  int serial = 0, newestAtStart = 0;
   std::function<void()> change = [&] {
     const std::size_t i = random() % clients.size();
     const auto what = random() % 6;
     if (what < 3) {
       const int number = ++serial;
       expected.emplace_back(number, i);
-      signal.connect(*clients[i].client, [&, number](int depth) {
+      signal.connect(*clients[i], [&, number](int depth) {
         called.push_back(number);
-        if (depth > 0) change();
+        if (depth == 0) return;
+        EXPECT_LE(number, newestAtStart);
+        change();
       });
       return;
     }
     if (what == 3) return signal.emit(0);
     std::erase_if(expected, [&](const auto& each) { return each.second == i; });
-    if (what == 4) signal.disconnect(*clients[i].client);
-    if (what == 5) clients[i] = Client();
+    if (what == 4) signal.disconnect(*clients[i]);
+    if (what == 5) clients[i].emplace();
   };
   for (int step = 0; step < 3000; ++step) {
-    if (expected.size() > 30) clients = std::vector<Client>(6), expected.clear();
+    if (expected.size() > 30) {
+      for (auto& client : clients) client.emplace();
+      expected.clear();
+    }
+    newestAtStart = serial;
     signal.emit(1);
     called.clear();
     signal.emit(0);

@@ -7,6 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -20,7 +21,7 @@ using vxUndo::Manager;
 
 namespace {
 
-enum class Fault { kNone, kFails, kThrows };
+enum class Fault { kFails, kThrows };
 
 // A document of numbers, and the call of a command (counted from now on) that goes wrong.
 struct Document {
@@ -221,46 +222,41 @@ TEST_F(Undo, RandomWorkWithFaultsFollowsTheModel) {
   }
 }
 
-// A step of two groups with three commands each, whose call number `k` goes wrong, and then the
-// call `rollBack` of putting back, if not below 0.
-TEST_F(Undo, AFaultInAnyCallLeavesDocumentAndManagerAsTheyWere) {
-  const struct {
-    bool undoes;
-    Fault fault;
-    int rollBack;
-    int code;
-    const char* message;
-  } cases[] = {
-      {true, Fault::kFails, -1, vxUndo::kCommandFailed,
-       "cannot undo \"A\": the command \"Add\" has failed\n"},
-      {true, Fault::kThrows, -1, vxUndo::kCommandFailed,
-       "cannot undo \"A\": the command \"Add\" has failed: no such curve\n"},
-      {false, Fault::kThrows, -1, vxUndo::kCommandFailed,
-       "cannot redo \"A\": the command \"Add\" has failed: no such curve\n"},
-      {false, Fault::kFails, 1, vxUndo::kNotPutBack,
-       "cannot redo \"A\": the command \"Add\" has failed; what was done before could not be put "
-       "back\n"}};
-  record("A", 3);
-  record("B", 3, true);
-  for (const auto& each : cases) {
-    for (int k = each.rollBack + 1; k < 6; ++k) {
-      if (!each.undoes) manager->undo();
-      manager->markSaved();
-      document.callsToFault = k;
-      document.callsToSecondFault = each.rollBack < 0 ? -1 : k + 1;
-      document.fault = each.fault;
-      const auto error = each.undoes ? manager->undo() : manager->redo();
-      EXPECT_EQ(each.code, error.code());
-      EXPECT_STREQ(each.message, error.message().c_str());
-      EXPECT_EQ(each.undoes ? "A |" : "| A", steps());
-      EXPECT_EQ(each.rollBack < 0, manager->isSaved());
-      document.isWhole = each.rollBack < 0;
-      if (!document.isWhole) return;
-      EXPECT_EQ(each.undoes ? 222 : 0, number());
-      if (!each.undoes) manager->redo();
-    }
+struct UndoFault : Undo, testing::WithParamInterface<std::tuple<bool, Fault, int>> {};
+
+// In a step of two groups with three commands each call number `k` goes wrong, and then one of the
+// `k` calls that put back, or none.
+TEST_P(UndoFault, LeavesDocumentAndManagerAsTheyWere) {
+  const auto [undoes, fault, k] = GetParam();
+  for (int second = -1; second < k; ++second) {
+    const bool putsBack = second < 0;
+    manager = vxUndo::newManager();
+    document = Document();
+    record("A", 3);
+    record("B", 3, true);
+    if (!undoes) manager->undo();
+    manager->markSaved();
+    document.callsToFault = k;
+    document.callsToSecondFault = putsBack ? -1 : k + 1 + second;
+    document.fault = fault;
+    document.isWhole = putsBack;
+    const auto error = undoes ? manager->undo() : manager->redo();
+    EXPECT_EQ(putsBack ? vxUndo::kCommandFailed : vxUndo::kNotPutBack, error.code());
+    EXPECT_EQ(
+        CString::format("cannot %s \"A\": the command \"Add\" has failed%s%s\n",
+                        undoes ? "undo" : "redo", fault == Fault::kThrows ? ": no such curve" : "",
+                        putsBack ? "" : "; what was done before could not be put back"),
+        error.message());
+    EXPECT_EQ(undoes ? "A |" : "| A", steps());
+    EXPECT_EQ(putsBack, manager->isSaved());
+    EXPECT_TRUE(!putsBack || number() == (undoes ? 222 : 0));
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(EveryCall, UndoFault,
+                         testing::Combine(testing::Bool(),
+                                          testing::Values(Fault::kFails, Fault::kThrows),
+                                          testing::Range(0, 6)));
 
 // The outer command performs two commands in its group before its own call number `fault`.
 TEST_F(Undo, ACommandThatFailsInTheMiddleTakesItsOwnCommandsBack) {
@@ -329,26 +325,27 @@ TEST_F(Undo, HeldGroupsAreNotDroppedAndStayTheNewest) {
   EXPECT_EQ("A |", steps());  // the last step stays, whatever its bytes
   Group& open = *manager->newGroup("Open");
   open.hold();
-  for (const bool back : {true, false, true}) {
+  for (const bool back : {true, false}) {
     EXPECT_FALSE(back ? manager->undo() : manager->redo());
     EXPECT_EQ(&open, manager->newestGroup());
   }
   Group& other = *manager->newGroup("Other");
-  EXPECT_FALSE(manager->redo());
   EXPECT_FALSE(manager->undo());
   EXPECT_FALSE(add(other));
+  EXPECT_EQ(2U, manager->numGroups());
   EXPECT_FALSE(add(open));
   open.release();
   EXPECT_EQ(1U, manager->undoNames().size());
 }
 
-// Groups are named after what they do: "+" joins the one before, "!" starts, "s" saves afterwards.
+// Groups are named after what they do: "+" joins the one before, "!" starts, "-" stays empty, "s"
+// saves afterwards.
 TEST_F(Undo, JoinedGroupsMakeOneStepUntilTheDocumentIsSaved) {
   const struct {
     const char* groups;
     const char* steps;
   } cases[] = {{"A B +C +D E", "A B E |"}, {"+A B", "+A B |"}, {"A !+B +C", "A !+B |"},
-               {"As +B +C", "A +B |"},     {"A +Bs", "A |"},   {"A E", "A E |"}};
+               {"As +B +C", "A +B |"},     {"A +Bs", "A |"},   {"A -E B", "A B |"}};
   for (const auto& each : cases) {
     manager->clear();
     std::istringstream words(each.groups);
@@ -357,42 +354,21 @@ TEST_F(Undo, JoinedGroupsMakeOneStepUntilTheDocumentIsSaved) {
       if (saves) word.pop_back();
       Group& group = *manager->newGroup(word.c_str(), word.find('+') != std::string::npos);
       if (word[0] == '!') group.start(1);
-      add(group);
+      if (word[0] != '-') add(group);
       if (saves) manager->markSaved();
     }
-    const int before = number();
-    const std::string expected = each.steps;
-    EXPECT_EQ(expected, steps());
-    while (manager->canUndo()) EXPECT_FALSE(manager->undo());
-    EXPECT_EQ(expected.size(), steps().size());
-    EXPECT_FALSE(manager->redo(10));
-    EXPECT_EQ(before, number());
-    EXPECT_EQ(expected, steps());
+    EXPECT_EQ(each.steps, steps());
+    manager->undo(10);
+    manager->redo(10);
+    EXPECT_EQ(each.steps, steps());
   }
 }
 
-TEST_F(Undo, TheSavedStateIsFoundAgainOrLost) {
-  record("A", 1);
-  manager->markSaved();
-  record("B", 1);
-  EXPECT_FALSE(manager->isSaved());
-  manager->undo();
-  EXPECT_TRUE(manager->isSaved());
+TEST_F(Undo, WorkInASavedGroupLosesTheSavedState) {
+  Group& group = record("A", 1);
   manager->newGroup("Empty");
-  EXPECT_TRUE(manager->isSaved());
-  manager->setLimits({.groups = 1});
-  record("C", 1);  // A is dropped: what was undone first is now the saved state
-  manager->undo();
-  EXPECT_TRUE(manager->isSaved());
-  manager->redo();
   manager->markSaved();
-  record("D", 1);
-  record("E", 1);
-  manager->undo();
-  EXPECT_FALSE(manager->isSaved());
-  Group& open = record("F", 1);
-  manager->markSaved();
-  EXPECT_FALSE(add(open));
+  EXPECT_FALSE(add(group));
   for (const bool back : {true, false}) {
     EXPECT_FALSE(manager->isSaved());
     EXPECT_FALSE(back ? manager->undo() : manager->redo());
