@@ -46,7 +46,7 @@ namespace detail {
 class History;
 }
 
-/// What an undo manager may hold.
+/// The root of what undo managers deal with.
 class VX_API State {
  public:
   virtual ~State();
@@ -55,7 +55,7 @@ class VX_API State {
 /// A change of the document.
 ///
 /// `doIt` and `undoIt` return false, or throw, when they fail, and then leave the document as they
-/// have found it. A command is deleted by the manager, never while one of its functions is running.
+/// have found it. The manager deletes its commands, but never one whose function it is calling.
 class VX_API Command : public State {
  public:
   explicit Command(vxString::CString name);
@@ -110,9 +110,9 @@ class VX_API Group {
   std::size_t numCommands() const { return commands_.size(); }
   std::int64_t numBytesUsed() const { return bytes_; }
 
-  /// Does the command and adds it. When the command fails, it is deleted, and the commands that it
-  /// had added to this group itself are undone and deleted, the newest first. An error for which
-  /// nothing was called: see `add`.
+  /// Does the command and adds the command to the group. A command that fails is deleted; those
+  /// that it has added to this group meanwhile are undone and deleted, the newest first. Refused,
+  /// without calling anything, when `add` would refuse the command.
   vxUtil::Error perform(std::unique_ptr<Command> command);
 
   /// Adds a command whose change has been made, or will be made by the caller next. The first

@@ -37,7 +37,7 @@ class StateCommand : public vxUndo::Command {
  private:
   Snapshot state;
   bool isStart;
-  bool skipNext = false;
+  bool skipNext = false;  // kept as it is: nothing sets it
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <cstring>
 #include <iterator>
 #include <new>
+#include <utility>
 
 #include <kilnbase/detail/assert.h>
 #include <kilnbase/services/mr_undo.h>
@@ -18,11 +19,19 @@ constinit bool inRedo = false;
 constinit Group* groups[kLevels] = {};
 constinit int count = 0;  // may exceed kLevels: recording is off there
 
+bool dropNewest(Manager& manager) {
+  try {
+    return !manager.dropNewestGroup();
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
 // Gives back what `MR_undo_push_group` has taken, and drops the group when it is not wanted.
 void leaveGroup(Group& group, bool discardEmpty) {
   Manager* const manager = vxUndo::manager();
   const bool isNewest = manager != nullptr && manager->newestGroup() == &group;
-  if (isNewest && discardEmpty && group.isEmpty() && !manager->dropNewestGroup()) return;
+  if (isNewest && discardEmpty && group.isEmpty() && dropNewest(*manager)) return;
   group.release();
 }
 

@@ -51,7 +51,7 @@ KILNBASE_API uint32_t redraw_get_pending_planes(void);
 KILNBASE_API int redraw_get_pending_layers(void); /**< The lowest layer, or 0. */
 KILNBASE_API bool redraw_get_pending_redraw_all(void);
 
-/** Switch the notifications of `redraw_any_pending` off and on again. Calls nest and must pair: an
+/** Switch the notifications of `redraw_any_pending` off and on again. Calls nest and must pair: a
  * `redraw_enable` too many switches the notifications off. Requests are noted all the same. */
 KILNBASE_API void redraw_disable(void);
 KILNBASE_API void redraw_enable(void);
