@@ -232,6 +232,7 @@ class History {
   bool savedIsKnown_ = true;
   int filled_ = 0;  // the number of groups with commands
   int open_ = 0;    // the number of those that are held
+  bool isRolling_ = false;
   int atWork_ = 0;
   int performing_ = 0;
   int creationOff_ = 0;
@@ -267,6 +268,7 @@ class History::Rolling {
       if (!newest->isEmpty() || newest->holds_ == 0) break;
       held_.splice(held_.begin(), groups, newest);
     }
+    history.isRolling_ = true;
     tell(history.manager_.rolling, true);
     history.disableCreation();
   }
@@ -275,6 +277,7 @@ class History::Rolling {
   ~Rolling() {
     history_.enableCreation();
     tell(history_.manager_.rolling, false);
+    history_.isRolling_ = false;
     history_.groups_.splice(history_.undone_, held_);
   }
 
@@ -309,7 +312,7 @@ Error History::dropNewestGroup() {
     const Rolling rolling(*this);
     error = takeStep(Direction::kUndo, {1, group});
   }
-  if (!error) drop(undone_, std::next(undone_));
+  if (!error) cutUndone(*group);
   finish(true);
   return error;
 }
@@ -590,6 +593,7 @@ const Group* History::newestWork() {
 }
 
 void History::markSaved() {
+  if (isRolling_) return;
   saved_ = newestWork();
   savedIsKnown_ = true;
   finish(true);

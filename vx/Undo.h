@@ -186,8 +186,9 @@ class VX_API Manager {
   Group* newGroup(vxString::CString name, bool joinsPrevious = false);
   /// The group that was made last, of those that are not undone; or null.
   Group* newestGroup() const;
-  /// Takes back the commands of the newest group and deletes the group, also when it is held. Fails
-  /// as `undo` does.
+  /// Takes back the commands of the newest group and deletes the group, also when it is held.
+  /// Groups that have been undone go too, unless the newest group has no commands. Fails as `undo`
+  /// does.
   vxUtil::Error dropNewestGroup();
 
   /// Goes so many steps back, or forth, or as many as there are. The steps before one that fails
@@ -210,7 +211,8 @@ class VX_API Manager {
   /// By default there is no limit.
   void setLimits(const Limits& limits);
 
-  /// The document as it is now has been saved. A new manager takes the document for saved.
+  /// The document as it is now has been saved. A new manager takes the document for saved. Ignored
+  /// while commands are undone or redone.
   void markSaved();
   /// Whether the document is as it was when it was saved. Never again until `markSaved`, once the
   /// manager has lost the way back there: because new work has cut off that state, or the limits

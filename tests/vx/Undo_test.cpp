@@ -402,6 +402,9 @@ TEST_F(Undo, DroppingTheNewestGroupTakesItsCommandsBack) {
   EXPECT_EQ(vxUndo::kCommandFailed, manager->dropNewestGroup().code());
   EXPECT_EQ("A B |", steps());
   EXPECT_EQ(12, number());
+  manager->newestGroup()->release();
+  record("C", 1);
+  manager->undo();
   EXPECT_FALSE(manager->dropNewestGroup());
   EXPECT_EQ("A |", steps());
   EXPECT_EQ(1, number());
@@ -473,6 +476,7 @@ TEST_F(Undo, CommandsCannotChangeTheHistoryThatCallsThem) {
   const auto attempt = [&](bool mayMakeGroups) {
     attempts += !manager->undo() || !manager->redo() || !manager->clear();
     attempts += !manager->dropNewestGroup() || !manager->forget(this);
+    if (!mayMakeGroups) manager->markSaved();
     if (!mayMakeGroups) attempts += manager->newGroup("No") != nullptr || group.add(nullptr);
     return true;
   };
@@ -482,6 +486,7 @@ TEST_F(Undo, CommandsCannotChangeTheHistoryThatCallsThem) {
   EXPECT_FALSE(manager->undo());
   EXPECT_FALSE(manager->redo());
   EXPECT_EQ(0, attempts);
+  EXPECT_FALSE(manager->isSaved());
 }
 
 TEST_F(Undo, ExceptionsOfListenersAreReported) {
