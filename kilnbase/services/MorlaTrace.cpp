@@ -32,7 +32,7 @@ constexpr std::uint32_t kNowhere = 0xffffffff;
 // What a view has beyond the granularity, so that a record that begins in it ends in it.
 constexpr std::uint32_t kViewOverlap = 512;
 
-constinit int currentLevel = 0;
+constinit int currentLevel asm("kilnTraceLevel") = 0;
 
 struct Ring {
   Ring() = default;
@@ -45,14 +45,15 @@ struct Ring {
   vxOS::FileMapping positionView;  // nothing mapped: the lines go on without a position file
   vxOS::FileLock lock;
   CString positionPath;
+  std::uint32_t granularity = 1;
   TracePosition at;
   // After another `initialize`: where the oldest line stood in the file before.
   std::uint32_t staleOldest = kNowhere;
 };
 
-constinit Ring ring;
-constinit CString logDirectory;
-constinit CString logName;
+Ring ring;
+CString logDirectory;
+CString logName;
 
 // A line while it is put together. The date and time at its beginning stay good for a second.
 constinit char line[256] = {};
@@ -76,10 +77,9 @@ Ring::~Ring() {
 // Stores both copies, one after the other: a kill leaves the first one whole with the new position,
 // or the second one with the position before. The fences keep the stores in this order, which a
 // kill and other processes see.
-void publishPosition() {
+void publishPosition(const TraceWords& words) {
   auto* const bytes = static_cast<char*>(ring.positionView.data());
   if (!bytes) return;
-  const TraceWords words = traceWords(ring.at);
   for (const std::size_t offset : kTraceCopyOffsets) {
     auto* const copy = reinterpret_cast<std::uint64_t*>(bytes + offset);
     std::atomic_thread_fence(std::memory_order_release);
@@ -91,16 +91,14 @@ void publishPosition() {
 
 // Maps the part of the ring that holds the record at `offset`. Null when that fails.
 char* recordAt(std::uint32_t offset) {
-  const auto granularity = static_cast<std::uint32_t>(vxOS::FileMapping::getGranularity());
-  const std::uint32_t base = offset - offset % granularity;
-  char* bytes = static_cast<char*>(ring.view.data());
-  if (!bytes || ring.view.offset() != base) {
+  const auto* const mapped = static_cast<char*>(ring.view.data());
+  if (!mapped || offset - ring.view.offset() >= ring.granularity) {
     if (!ring.file) return nullptr;
-    const std::uint32_t length = std::min(granularity + kViewOverlap, ring.at.size - base);
-    bytes = static_cast<char*>(ring.view.map(*ring.file, base, length));
-    if (!bytes) return nullptr;
+    const std::uint32_t base = offset - offset % ring.granularity;
+    const std::uint32_t length = std::min(ring.granularity + kViewOverlap, ring.at.size - base);
+    if (!ring.view.map(*ring.file, base, length)) return nullptr;
   }
-  return bytes + (offset - base);
+  return static_cast<char*>(ring.view.data()) + (offset - ring.view.offset());
 }
 
 // The length of the record at `offset`, whose bytes begin at `record`. 0 when the length cannot be:
@@ -118,37 +116,31 @@ std::uint32_t endOf(std::uint32_t offset, std::uint32_t length) {
   return offset + length == ring.at.size ? 0 : offset + length;
 }
 
-bool isOverwritten(std::uint32_t offset, std::uint32_t length) {
-  return offset - ring.at.next < length;
-}
-
 // Gives up the lines of which a record of `length` bytes at `next` overwrites something. The view
 // holds `next` and so the beginnings of all these lines. A length that cannot be ends the walk:
 // where later lines begin is not known, so they are given up, too.
-void dropLines(std::uint32_t length) {
-  TracePosition& at = ring.at;
-  if (isOverwritten(ring.staleOldest, length)) ring.staleOldest = kNowhere;
-  if (at.held == 0 || !isOverwritten(at.oldest, length)) return;
-  while (at.held > 0 && isOverwritten(at.oldest, length)) {
+TracePosition withoutOverwritten(TracePosition at, std::uint32_t length) {
+  while (at.held > 0 && at.oldest - at.next < length) {
     const auto* const view = static_cast<const char*>(ring.view.data());
     const std::uint32_t dropped = lengthOf(view + (at.oldest - ring.view.offset()), at.oldest);
     at.held = dropped == 0 ? 0 : at.held - 1;
     at.oldest = endOf(at.oldest, dropped);
   }
-  publishPosition();
+  return at;
 }
 
 // Adds the line's first `bytes` bytes, terminator included. A process that is killed on the way
 // leaves a position file that tells of whole lines alone: lines are given up before their bytes
 // change, and the new line counts when all its bytes stand.
 void append(std::uint32_t bytes) {
-  TracePosition& at = ring.at;
-  char* const record = recordAt(at.next);
+  char* const record = recordAt(ring.at.next);
   if (!record) return;
   const std::uint32_t needed = traceSlot(bytes);
-  const std::uint32_t room = at.size - at.next;
+  const std::uint32_t room = ring.at.size - ring.at.next;
   const std::uint32_t length = room - needed < kTraceTail ? room : needed;
-  dropLines(length);
+  if (ring.staleOldest - ring.at.next < length) ring.staleOldest = kNowhere;
+  TracePosition at = withoutOverwritten(ring.at, length);
+  if (at.held != ring.at.held) publishPosition(traceWords(at));
 
   const auto header = static_cast<std::uint16_t>(length);
   std::memcpy(record, &header, sizeof header);
@@ -158,7 +150,8 @@ void append(std::uint32_t bytes) {
   at.next = endOf(at.next, length);
   ++at.lines;
   ++at.held;
-  publishPosition();
+  publishPosition(traceWords(at));
+  ring.at = at;
 }
 
 // Begins the line with date and time. Returns their length; 0 when the time has no local form.
@@ -175,13 +168,13 @@ std::size_t stampLine() {
   return stampLength = static_cast<std::size_t>(length);
 }
 
-// Makes line feeds blanks. Returns the end of the text.
+// Makes line feeds blanks. Returns the end of the text. (The functions of the C library read the
+// text in wider pieces than it was written in a moment ago, for which the processor waits longer
+// than this loop takes.)
 char* replaceLineFeeds(char* text) {
-  char* const end = text + std::strlen(text);
-  for (void* next = text;
-       (next = std::memchr(next, '\n', static_cast<std::size_t>(end - static_cast<char*>(next))));)
-    *static_cast<char*>(next) = ' ';
-  return end;
+  for (; *text != '\0'; ++text)
+    if (*text == '\n') *text = ' ';
+  return text;
 }
 
 void writeLine(MorlaTrace::Subsystem subsystem, const char* format, std::va_list arguments) {
@@ -194,6 +187,25 @@ void writeLine(MorlaTrace::Subsystem subsystem, const char* format, std::va_list
   if (MR_vsnprintf(line + prefix, kTraceLongest - prefix, format, arguments) < 0) return;
   append(static_cast<std::uint32_t>(replaceLineFeeds(line + prefix) + 1 - line));
 }
+
+[[gnu::used]] void writeKeptLine(MorlaTrace::Subsystem subsystem, const char* format,
+                                 ...) asm("kilnTraceWriteKeptLine");
+
+void writeKeptLine(MorlaTrace::Subsystem subsystem, const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  writeLine(subsystem, format, arguments);
+  va_end(arguments);
+}
+
+// The whole of a function that passes its arguments, where they are, on to `writeKeptLine`. A
+// compiled function with a list of arguments saves the registers of all of them before the first
+// test, for which a line above the level would pay.
+#define KILN_WRITE_LINE_AT_LEVEL(level) \
+  asm("cmpl $" #level                   \
+      ", kilnTraceLevel(%rip)\n\t"      \
+      "jge kilnTraceWriteKeptLine\n\t"  \
+      "ret")
 
 std::uint32_t ringSize(std::size_t size) {
   const auto asked = static_cast<std::int32_t>(static_cast<std::uint32_t>(size));
@@ -219,7 +231,7 @@ void startPositionFile(const CString& path) {
   if (!file.createFile(path, kTracePositionBytes, vxOS::MemoryMappedFile::kReadWrite)) return;
   void* const bytes = ring.positionView.map(file, 0, kTracePositionBytes);
   if (!bytes) return;
-  publishPosition();
+  publishPosition(traceWords(ring.at));
   kTracePositionMagic.copy(static_cast<char*>(bytes), kTracePositionMagic.size());
   ring.positionPath = path;
 }
@@ -256,6 +268,7 @@ bool MorlaTrace::initialize(const char* directory, std::size_t size, int level) 
   if (!file->createFile(path, bytes, vxOS::MemoryMappedFile::kReadWrite)) return false;
   ring.view.unmap();
   ring.file = std::move(file);
+  ring.granularity = static_cast<std::uint32_t>(vxOS::FileMapping::getGranularity());
   startRing(bytes);
   lockRing(path);
   startPositionFile(path + ".pos");
@@ -269,36 +282,20 @@ bool MorlaTrace::enabled() {
   return currentLevel > 0;
 }
 
-void MorlaTrace::trace1(Subsystem subsystem, const char* format, ...) {
-  if (currentLevel < 1) return;
-  std::va_list arguments;
-  va_start(arguments, format);
-  writeLine(subsystem, format, arguments);
-  va_end(arguments);
+[[gnu::naked]] void MorlaTrace::trace1(Subsystem, const char*, ...) {
+  KILN_WRITE_LINE_AT_LEVEL(1);
 }
 
-void MorlaTrace::trace2(Subsystem subsystem, const char* format, ...) {
-  if (currentLevel < 2) return;
-  std::va_list arguments;
-  va_start(arguments, format);
-  writeLine(subsystem, format, arguments);
-  va_end(arguments);
+[[gnu::naked]] void MorlaTrace::trace2(Subsystem, const char*, ...) {
+  KILN_WRITE_LINE_AT_LEVEL(2);
 }
 
-void MorlaTrace::trace3(Subsystem subsystem, const char* format, ...) {
-  if (currentLevel < 3) return;
-  std::va_list arguments;
-  va_start(arguments, format);
-  writeLine(subsystem, format, arguments);
-  va_end(arguments);
+[[gnu::naked]] void MorlaTrace::trace3(Subsystem, const char*, ...) {
+  KILN_WRITE_LINE_AT_LEVEL(3);
 }
 
-void MorlaTrace::trace4(Subsystem subsystem, const char* format, ...) {
-  if (currentLevel < 4) return;
-  std::va_list arguments;
-  va_start(arguments, format);
-  writeLine(subsystem, format, arguments);
-  va_end(arguments);
+[[gnu::naked]] void MorlaTrace::trace4(Subsystem, const char*, ...) {
+  KILN_WRITE_LINE_AT_LEVEL(4);
 }
 
 // Lengths that cannot be and texts without an end stop the walk: something else has written there.

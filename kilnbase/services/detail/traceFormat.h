@@ -48,15 +48,10 @@ constexpr std::uint64_t joinTraceWord(std::uint32_t low, std::uint32_t high) {
   return low | std::uint64_t{high} << 32;
 }
 
-/// Each step is a bijection of the sum so far, so that one changed word changes the sum. No words
-/// of zeros have the sum 0.
+/// A change of one word changes the sum. Words of zeros do not have the sum 0.
 constexpr std::uint64_t traceChecksum(const TraceWords& words) {
-  std::uint64_t sum = 0x4d6f726c61547263;
-  for (std::size_t i = 0; i < 3; ++i) {
-    sum = (sum ^ words[i]) * 0x9e3779b97f4a7c15;
-    sum ^= sum >> 32;
-  }
-  return sum;
+  return 0x4d6f726c61547263 ^ words[0] * 0x9e3779b97f4a7c15 ^ words[1] * 0xbf58476d1ce4e5b9 ^
+         words[2] * 0x94d049bb133111eb;
 }
 
 constexpr TraceWords traceWords(const TracePosition& position) {

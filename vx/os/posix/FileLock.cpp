@@ -3,13 +3,17 @@
 #include <unistd.h>
 
 #include <vx/FileLock.h>
+#include <vx/os/posix/Path.h>
 
 namespace vxOS {
 
 // The lock belongs to the open file, not to the process: a second one in this process is refused.
+// Network file systems lock only files that are open for writing.
 bool FileLock::acquire(const vxString::CString& path) {
   release();
-  const int file = open(path.replaced("\\", "/").c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+  const vxString::CString name = systemPath(path);
+  int file = open(name.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+  if (file == -1) file = open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (file == -1) return false;
   file_ = file;
   if (flock(file, LOCK_EX | LOCK_NB) == 0) return true;
