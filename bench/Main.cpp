@@ -145,7 +145,9 @@ int runProgram(int argc, const char* const* argv) {
   addBoxes(suite);
   addSparse(suite);
   addUndo(suite);
-  std::vector<std::string> notes = {addEigen(suite), addBoost(suite), addGlib(suite)};
+  addTrace(suite);
+  std::vector<std::string> notes = {addEigen(suite), addBoost(suite), addGlib(suite),
+                                    addSpdlog(suite)};
   std::ranges::move(addGeometry(suite), std::back_inserter(notes));
   const std::vector<Case> cases = casesOf(suite, options);
   if (cases.empty()) {

@@ -22,6 +22,7 @@ void addStructures(Suite& suite);
 void addBoxes(Suite& suite);
 void addSparse(Suite& suite);
 void addUndo(Suite& suite);
+void addTrace(Suite& suite);
 
 /// Adds Eigen to the above that it has, or says that it is missing: the line for the table's head.
 std::string addEigen(Suite& suite);
@@ -29,6 +30,9 @@ std::string addEigen(Suite& suite);
 /// The same for the trees of Boost and GLib.
 std::string addBoost(Suite& suite);
 std::string addGlib(Suite& suite);
+
+/// The same for the log of spdlog.
+std::string addSpdlog(Suite& suite);
 
 /// Adds geometry with all of its peers. Returns a line for the table's head for each that is
 /// missing.
