@@ -187,7 +187,8 @@ TEST_F(Trace, WritesALogWithTheMonthFromZero) {
     std::strftime(stamp, sizeof stamp, "%d%Y%H", std::localtime(&now));
     const std::string month = std::to_string(100 + std::localtime(&now)->tm_mon).substr(1);
     const std::filesystem::path log = std::filesystem::directory_iterator(logs)->path();
-    const std::string begin = "MorlaTraceLog-" + expected + "-wing-" + month + stamp;
+    const std::string begin =
+        std::string("MorlaTraceLog-").append(expected).append("-wing-").append(month).append(stamp);
     EXPECT_THAT(log.filename().string(), testing::StartsWith(begin));
     EXPECT_EQ(log.filename().string().size(), begin.size() + 2 + 4);
     EXPECT_THAT(readFile(log), testing::ContainsRegex("<Undo> one\r?\n.*<Debug> two\r?\n$"));
