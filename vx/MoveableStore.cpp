@@ -85,6 +85,7 @@ class MoveableMemory::Store {
   bool resize(Block& block, std::size_t bytes);
   void free(Handle handle);
   void* lock(Block& block) const;
+  void unlock(Block& block);
   void compact();
   std::uint64_t fileSize() const { return file_.size(); }
 
@@ -92,6 +93,7 @@ class MoveableMemory::Store {
   std::optional<std::uint64_t> takeRoom(std::uint64_t room);
   bool grow(std::uint64_t room);
   bool move(Block& block, std::uint64_t room);
+  void trim(Block& block);
   std::uint64_t slide();
   void slide(Block& block, std::uint64_t offset) const;
   void giveTail(std::uint64_t offset);
@@ -124,11 +126,8 @@ MoveableMemory::Handle MoveableMemory::Store::allocate(std::size_t bytes) {
 bool MoveableMemory::Store::resize(Block& block, std::size_t bytes) {
   const std::uint64_t room = roomFor(bytes);
   if (room > block.room && (block.locks > 0 || !move(block, room))) return false;
-  if (room < block.room && block.locks == 0) {
-    free_.give(block.offset + room, block.room - room);
-    block.room = room;
-  }
   block.bytes = bytes;
+  if (block.locks == 0) trim(block);
   return true;
 }
 
@@ -141,6 +140,12 @@ void* MoveableMemory::Store::lock(Block& block) const {
   if (block.locks == 0) block.view = View(file_, block.offset, block.room);
   if (block.view.data() != nullptr) ++block.locks;
   return block.view.data();
+}
+
+void MoveableMemory::Store::unlock(Block& block) {
+  if (block.locks == 0 || --block.locks > 0) return;
+  block.view = {};
+  trim(block);
 }
 
 void MoveableMemory::Store::compact() {
@@ -180,6 +185,13 @@ bool MoveableMemory::Store::move(Block& block, std::uint64_t room) {
   }
   free_.give(isMapped ? std::exchange(block.offset, *offset) : *offset, room);
   return isMapped;
+}
+
+// Frees the room that the block does not need.
+void MoveableMemory::Store::trim(Block& block) {
+  const std::uint64_t room = roomFor(block.bytes);
+  if (room < block.room) free_.give(block.offset + room, block.room - room);
+  block.room = room;
 }
 
 // Slides the blocks to the front, but for those that are locked. Returns the end of the last block.
@@ -266,7 +278,7 @@ void* MoveableMemory::lock(Handle block) {
 
 void MoveableMemory::unlock(Handle block) {
   Block* const found = Store::find(store_.get(), block);
-  if (found != nullptr && found->locks > 0 && --found->locks == 0) found->view = {};
+  if (found != nullptr) store_->unlock(*found);
 }
 
 bool MoveableMemory::compact() {

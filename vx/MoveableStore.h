@@ -49,7 +49,8 @@ class VX_API MoveableMemory : public vx::ReferenceCount {
   Handle allocate(std::size_t bytes);
 
   /// Changes the size of a block and keeps its bytes up to the lesser size. False, and the block is
-  /// as before, when there is no space or no memory, and when a locked block would have to move.
+  /// as before, when there is no space or no memory, and when a locked block would have to move. A
+  /// locked block that shrinks gives its space back when its locks have ended.
   bool resize(Handle block, std::size_t bytes);
 
   /// Ends all locks of the block and the block.

@@ -122,6 +122,13 @@ TEST(MoveableStore, NoSpaceIsLostAndWhatIsFreedIsUsedAgain) {
   EXPECT_EQ(17 * kPart, store.fileSize());
   store.allocate(kPart - 64);
   EXPECT_EQ(17 * kPart, store.fileSize());
+  const MoveableMemory::Handle shrunk = store.allocate(9 * kPart);
+  store.lock(shrunk);
+  for (const std::size_t bytes : {std::size_t{100}, 9 * kPart, std::size_t{100}})
+    EXPECT_TRUE(store.resize(shrunk, bytes)) << bytes;
+  store.unlock(shrunk);
+  EXPECT_TRUE(store.compact());
+  EXPECT_EQ(18 * kPart, store.fileSize());
 }
 
 TEST(MoveableStore, NoFileStaysAndNoneIsMadeUnderAnotherName) {
