@@ -59,8 +59,10 @@ class Leftovers {
 };
 const Leftovers kLeftovers;
 
-// The entry of a block that is not mapped yet, so that nothing can fail after the mapping.
+// The entry of a block that is not mapped yet. Nothing can run out of memory after the mapping, as
+// all memory is taken here.
 BlockMap::node_type prepareEntry(std::size_t bytes, const CString& file) {
+  blocks();
   BlockMap one;
   one.emplace(nullptr,
               Block{.length = (bytes + kPageSize - 1) / kPageSize * kPageSize, .file = file});
