@@ -68,7 +68,8 @@ char* newFileName() {
   return nullptr;
 }
 
-void* begin(void* mapping, char* name, std::uint32_t total) {
+// Returns the block after the header.
+void* writeHeader(void* mapping, char* name, std::uint32_t total) {
   auto* header = new (mapping) Header;
   header->name = name;
   header->total = total;
@@ -77,13 +78,13 @@ void* begin(void* mapping, char* name, std::uint32_t total) {
 
 void* allocateInPagingFile(std::uint32_t total) {
   void* mapping = vxOS::mapMemory(total);
-  return mapping != nullptr ? begin(mapping, nullptr, total) : nullptr;
+  return mapping != nullptr ? writeHeader(mapping, nullptr, total) : nullptr;
 }
 
 void* allocateInFile(std::uint32_t total) {
   char* name = newFileName();
   if (name == nullptr) return nullptr;
-  if (void* mapping = vxOS::mapTemporaryFile(name, total)) return begin(mapping, name, total);
+  if (void* mapping = vxOS::mapTemporaryFile(name, total)) return writeHeader(mapping, name, total);
   MA_free(name);
   return nullptr;
 }

@@ -1,8 +1,9 @@
 /* How much memory there is, and blocks of memory outside the heap.
  *
  * A mapped block stands in the system's paging file or in a temporary file of its own, which goes
- * with the block. The 24 bytes before the block tell its size, so that the block can be recognised,
- * shrunk and freed. Blocks are for data of many megabytes; the heap is faster for less.
+ * with the block. Elsewhere than on Windows the file stays when the process is killed or crashes.
+ * The 24 bytes before the block tell its size, so that the block can be recognised, shrunk and
+ * freed. Blocks are for data of many megabytes; the heap is faster for less.
  *
  *     double* heights = (double*)Ma_allocMmapMemory(1000 * sizeof(double), 0, 1);
  *     if (heights) heights[999] = 0.5;
@@ -39,10 +40,10 @@ KILNBASE_API uint32_t Ma_findFreePhysicalMemory(void);
 KILNBASE_API uint32_t MA_get_total_swap(void);
 KILNBASE_API uint32_t Ma_findVirtualMemory(void);
 KILNBASE_API uint32_t MA_swap_available(void);
-/** The available virtual memory but for 5 MiB; 0 when not more than that is available. */
+/** The available virtual memory less 5 MiB; 0 when not more than that is available. */
 KILNBASE_API uint32_t Ma_findFreeVirtualMemory(void);
 
-/** The bytes free on the disk of the temporary folder but for 5 MiB; 0 when less than 5 MiB are
+/** The bytes free on the disk of the temporary folder less 5 MiB; 0 when less than 5 MiB are
  * free and when the system does not tell. */
 KILNBASE_API uint32_t Ma_findMmapMemory(void);
 

@@ -89,8 +89,9 @@ class KILNBASE_API FontProperties {
   static bool isValidFontPitch(int pitch);
 
   /// Compares those properties whose bits `mask` has, in this order: size, weight, style, pitch,
-  /// family. The first that differs decides: below 0 when the value of this font is smaller, above
-  /// 0 when it is greater. 0 when none differs.
+  /// family. The first that differs decides. For a number: -1 when the number of this font is
+  /// smaller, 1 when it is greater. For the family: the answer of `CString::compare`. 0 when none
+  /// differs.
   int compare(const FontProperties& other, int mask) const;
   /// Whether the fonts differ in size at most.
   bool isScaledEquivalent(const FontProperties& other) const;
