@@ -1,4 +1,6 @@
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -37,6 +39,16 @@ class MorlaBehaviourTest : public testing::Test {
 };
 
 using Text = std::unique_ptr<char, decltype(&std::free)>;
+
+// The place of a virtual function in the table of its class: a pointer to the function begins with
+// 1 + 8 * place in the Itanium C++ ABI.
+template <class Function>
+std::size_t slotOf(Function function) {
+  std::size_t words[2];
+  static_assert(sizeof function == sizeof words);
+  std::memcpy(words, &function, sizeof words);
+  return (words[0] - 1) / sizeof(void*);
+}
 
 Text iconName() {
   return {MorlaBehaviour_getProductIconName(), &std::free};
@@ -107,4 +119,33 @@ TEST_F(MorlaBehaviourTest, TheInstalledObjectLivesUntilAnotherTakesItsPlace) {
   EXPECT_FALSE(MorlaBehaviour_paintEnabled());
   MorlaBehaviour::set(new Painter(&alive));
   EXPECT_TRUE(MorlaBehaviour_paintEnabled());
+}
+
+TEST_F(MorlaBehaviourTest, TheOrderOfTheFunctionsIsTheBinaryInterface) {
+  using Asked = MorlaBehaviour;
+  const std::size_t slots[] = {slotOf(&Asked::wantSinglePerspWindow),
+                               slotOf(&Asked::isMultipleKilnSessionsAllowed),
+                               slotOf(&Asked::getProductPrefix),
+                               slotOf(&Asked::getProductIconName),
+                               slotOf(&Asked::userInformationEnabled),
+                               slotOf(&Asked::supportSingleStage),
+                               slotOf(&Asked::documentSettingsOverrideSessionSettings),
+                               slotOf(&Asked::largeModelingWindowSize),
+                               slotOf(&Asked::paintEnabled),
+                               slotOf(&Asked::enablePaintUI),
+                               slotOf(&Asked::paintOnOverlaysOnly),
+                               slotOf(&Asked::paintAddBookmarkToOverlays),
+                               slotOf(&Asked::autoKilnWindows),
+                               slotOf(&Asked::getUserPrefsFileName),
+                               slotOf(&Asked::getUserOptionsFileName),
+                               slotOf(&Asked::getBrowserPrefsFileName),
+                               slotOf(&Asked::getHelpFileName),
+                               slotOf(&Asked::getMorlaPrefsFilename),
+                               slotOf(&Asked::modelingWindowScale),
+                               slotOf(&Asked::splashAtStartup),
+                               slotOf(&Asked::enableNukeAllOnRetrieve),
+                               slotOf(&Asked::saveOnExit),
+                               slotOf(&Asked::hardwareReflectionsEnabled)};
+  std::size_t expected = 2;  // after the two entries of the destructor
+  for (const std::size_t slot : slots) EXPECT_EQ(expected++, slot);
 }

@@ -4,6 +4,7 @@
 #include <kilnbase/services/MorlaQA.h>
 #include <vx/Report.h>
 
+#include "tests/support/Crash.h"
 #include "tests/support/Environment.h"
 
 using kilntest::setEnvironment;
@@ -47,10 +48,10 @@ TEST_F(MorlaQADeathTest, AFailedAssertionTellsItsNumberAndCrashes) {
   };
   EXPECT_EXIT(failWithout(), testing::ExitedWithCode(7), "^$");
   setEnvironment("MORLA_DEBUG", "");
-  EXPECT_DEATH(MorlaQAAssert(123, false),
-               "MORLA_QA Assertion failed:  You've triggered Bug #123,\n"
-               "which we've been looking for!  Please make sure to fill\n"
-               "out the crash information as fully as possible.");
+  EXPECT_EXIT(MorlaQAAssert(123, false), kilntest::hasCrashed,
+              "MORLA_QA Assertion failed:  You've triggered Bug #123,\n"
+              "which we've been looking for!  Please make sure to fill\n"
+              "out the crash information as fully as possible.");
 }
 
 TEST(MorlaQA, TheHeapIsCheckedUnderSwitch800) {

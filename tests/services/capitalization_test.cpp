@@ -19,6 +19,7 @@ TEST(Capitalization, TitlesAndSentencesKeepMinorWordsSmallExceptAtTheirEnds) {
       {"the - Is - iS -A", "The - is - is -a", "The - is - is -a"},
       {"\xc3\x89tat is -- \xc3\xa9", "\xc3\x89tat Is -- \xc3\xa9", "\xc3\x89tat is -- \xc3\xa9"},
       {"into in not with yet b", "Into in not with yet B", "Into in not with yet b"},
+      {"b An at but HAS On or So b", "B an at but has on or so B", "B an at but has on or so b"},
       {"-- +-", "-- +-", "-- +-"},
       {"", "", ""},
       {" ", " ", " "}};
