@@ -51,7 +51,8 @@ int makeFolder(std::string_view folder) {
   return file::query(path, status) == 0 && status.isDirectory ? 0 : error;
 }
 
-// Goes up to the first folder that can be made or exists, then down again.
+// Goes up to the first folder that can be made or exists, then down again. A file in the place of a
+// parent is in the way.
 int makeFolders(std::string_view path) {
   std::string_view made = path;
   int error = makeFolder(made);
@@ -63,7 +64,8 @@ int makeFolders(std::string_view path) {
     made = child(path, made);
     error = makeFolder(made);
   }
-  return error;
+  const bool isParent = made.size() < path.size();
+  return isParent && file::meansExists(error) ? file::kNotAFolder : error;
 }
 
 }  // namespace

@@ -29,6 +29,8 @@ int readFolder(const vxString::CString& path, vx::vector<vxString::CString>& nam
 int remove(const vxString::CString& path);
 int queryFilesystem(const vxString::CString& path, FilesystemStatus& status);
 
+/// The error that says that something is no folder.
+extern const int kNotAFolder;
 /// Whether an error says that there is nothing under a path.
 bool meansMissing(int error);
 /// Whether an error says that there is something under a path already.

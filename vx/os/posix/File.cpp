@@ -29,6 +29,7 @@ std::uint64_t kilobytes(std::uint64_t blocks, std::uint64_t blockSize) {
 
 const char kSeparator = '/';
 const char* const kTemporaryFolder = "/tmp";
+const int kNotAFolder = ENOTDIR;
 
 // "e" keeps the file from the programs that this process starts.
 std::FILE* open(const CString& path, const char* mode) {

@@ -72,6 +72,7 @@ int openFlags(std::string_view mode) {
 
 const char kSeparator = '\\';
 const char* const kTemporaryFolder = "c:\\Temp";
+const int kNotAFolder = ERROR_DIRECTORY;
 
 std::FILE* open(const CString& path, const char* mode) {
   const CString given = mode;

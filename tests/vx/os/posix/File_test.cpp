@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,4 +55,12 @@ TEST(PosixFile, WhatIsForbiddenIsNotWritableOrAnErrorThatNamesThePath) {
   struct stat facts;
   ASSERT_EQ(0, stat(made.c_str(), &facts));
   EXPECT_EQ(0600U, facts.st_mode & 07777);
+}
+
+TEST(PosixFile, AFileInThePlaceOfAParentIsNoFolder) {
+  const kilntest::TemporaryFolder folder;
+  const CString file = folder.write("file", "").string().c_str();
+  EXPECT_EQ(EEXIST, File::makeDirectoryAll(file).code());
+  for (const char* below : {"/a", "/a/b"})
+    EXPECT_EQ(ENOTDIR, File::makeDirectoryAll(file + below).code()) << below;
 }

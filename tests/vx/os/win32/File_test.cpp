@@ -54,3 +54,11 @@ TEST(WindowsFile, TemporaryFilesAreForTheirUserAlone) {
   }
   LocalFree(descriptor);
 }
+
+TEST(WindowsFile, AFileInThePlaceOfAParentIsNoFolder) {
+  const kilntest::TemporaryFolder folder;
+  const CString file = folder.write("file", "").string().c_str();
+  EXPECT_EQ(ERROR_ALREADY_EXISTS, vxOS::File::makeDirectoryAll(file).code());
+  for (const char* below : {"/a", "/a/b"})
+    EXPECT_EQ(ERROR_DIRECTORY, vxOS::File::makeDirectoryAll(file + below).code()) << below;
+}
