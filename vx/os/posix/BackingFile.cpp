@@ -1,33 +1,12 @@
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <vx/os/BackingFile.h>
-#include <vx/os/posix/BlockedSignals.h>
 #include <vx/os/posix/Path.h>
+#include <vx/os/posix/Space.h>
 
 namespace vxOS {
-
-namespace {
-
-// The limit for the size of files must not be passed: the system would send a signal.
-bool isAllowed(std::uint64_t size) {
-  rlimit limit;
-  return size <= INT64_MAX && getrlimit(RLIMIT_FSIZE, &limit) == 0 && size <= limit.rlim_cur;
-}
-
-bool allocate(int file, off_t start, off_t length) {
-  const BlockedSignals blocked;  // an interrupted allocation begins again, maybe for ever
-  int error;
-  do {
-    error = posix_fallocate(file, start, length);
-  } while (error == EINTR);
-  return error == 0;
-}
-
-}  // namespace
 
 BackingFile::~BackingFile() {
   if (file_ != -1) close(static_cast<int>(file_));
@@ -41,12 +20,10 @@ bool BackingFile::create(const vxString::CString& path) {
 
 bool BackingFile::resize(std::uint64_t size) {
   const int file = static_cast<int>(file_);
-  const auto before = static_cast<off_t>(size_);
-  const auto after = static_cast<off_t>(size);
-  if (size < size_ && ftruncate(file, after) != 0) return false;
-  if (size > size_ && !(isAllowed(size) && allocate(file, before, after - before))) {
-    // A part may have been allocated. When the file cannot be cut, that part is allocated again.
-    [[maybe_unused]] const int ignored = ftruncate(file, before);
+  if (size < size_ && ftruncate(file, static_cast<off_t>(size)) != 0) return false;
+  if (size > size_ && takeSpace(file, size_, size - size_) != 0) {
+    // A part may have been taken. When the file cannot be cut, that part is taken again.
+    [[maybe_unused]] const int ignored = ftruncate(file, static_cast<off_t>(size_));
     return false;
   }
   size_ = size;

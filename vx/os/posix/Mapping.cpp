@@ -1,49 +1,17 @@
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <vx/os/Mapping.h>
-#include <vx/os/posix/BlockedSignals.h>
 #include <vx/os/posix/Path.h>
+#include <vx/os/posix/Space.h>
 
 namespace vxOS::mapping {
 
 namespace {
 
 using vxString::CString;
-
-int writeZeros(int file, std::size_t size) {
-  static constexpr std::array<char, 65536> kZeros = {};
-  while (size > 0) {
-    const ssize_t written = write(file, kZeros.data(), std::min(size, kZeros.size()));
-    if (written == -1 && errno != EINTR) return errno;
-    if (written > 0) size -= static_cast<std::size_t>(written);
-  }
-  return 0;
-}
-
-// Growing a file beyond the limit of the process sends a signal that ends the process.
-bool isBeyondLimit(std::size_t size) {
-  rlimit limit;
-  return getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY &&
-         size > limit.rlim_cur;
-}
-
-// Returns the number of the system's error.
-int takeSpace(int file, std::size_t size) {
-  if (isBeyondLimit(size)) return EFBIG;
-  const BlockedSignals blocked;  // an interrupted allocation begins again, maybe for ever
-  int error;
-  do {
-    error = posix_fallocate(file, 0, static_cast<off_t>(size));
-  } while (error == EINTR);
-  const bool cannot = error == EINVAL || error == EOPNOTSUPP;  // this kind of file system
-  return cannot ? writeZeros(file, size) : error;
-}
 
 void* orNull(void* mapping) {
   return mapping != MAP_FAILED ? mapping : nullptr;
@@ -55,7 +23,7 @@ std::intptr_t createFile(const CString& path, std::size_t size) {
   const CString name = systemPath(path);
   const int file = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
   if (file == -1) return kNone;
-  const int error = takeSpace(file, size);
+  const int error = takeSpace(file, 0, size);
   if (error == 0) return file;
   unlink(name.c_str());
   close(file);

@@ -2,8 +2,8 @@
 
 #include <vx/os/BackingFile.h>
 #include <vx/os/win32/Handle.h>
-#include <vx/os/win32/OwnerOnly.h>
 #include <vx/os/win32/Path.h>
+#include <vx/os/win32/Space.h>
 
 namespace vxOS {
 
@@ -20,23 +20,17 @@ BackingFile::~BackingFile() {
 }
 
 bool BackingFile::create(const vxString::CString& path) {
-  const HANDLE file = CreateFileW(
-      systemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, OwnerOnly().get(),
-      CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_RANDOM_ACCESS,
-      nullptr);
+  const HANDLE file = makeUncompressed(
+      systemPath(path), 0,
+      FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_RANDOM_ACCESS);
   file_ = reinterpret_cast<std::intptr_t>(file);
   return file_ != -1;
 }
 
-// A longer file takes its clusters now: the file is neither sparse nor compressed.
 bool BackingFile::resize(std::uint64_t size) {
-  if (size > INT64_MAX) return false;
-  FILE_END_OF_FILE_INFO end;
-  end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
-  if (SetFileInformationByHandle(handle(file_), FileEndOfFileInfo, &end, sizeof end) == 0)
-    return false;
-  size_ = size;
-  return true;
+  const bool isDone = takeSpace(handle(file_), size);
+  if (isDone) size_ = size;
+  return isDone;
 }
 
 // The view keeps the mapping that it was made from.

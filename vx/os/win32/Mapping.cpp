@@ -2,8 +2,8 @@
 
 #include <vx/os/Mapping.h>
 #include <vx/os/win32/Handle.h>
-#include <vx/os/win32/OwnerOnly.h>
 #include <vx/os/win32/Path.h>
+#include <vx/os/win32/Space.h>
 
 namespace vxOS::mapping {
 
@@ -11,26 +11,12 @@ namespace {
 
 using vxString::CString;
 
-constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
-
 DWORD high(std::uint64_t value) {
   return static_cast<DWORD>(value >> 32);
 }
 
 DWORD low(std::uint64_t value) {
   return static_cast<DWORD>(value);
-}
-
-HANDLE makeNew(const std::wstring& path, DWORD sharing, DWORD flags) {
-  OwnerOnly owner;
-  return CreateFileW(path.c_str(), kReadWrite, sharing, owner.get(), CREATE_NEW, flags, nullptr);
-}
-
-// The end of a file decides how much space the file takes.
-bool takeSpace(HANDLE file, std::size_t size) {
-  LARGE_INTEGER end;
-  end.QuadPart = static_cast<LONGLONG>(size);
-  return SetFilePointerEx(file, end, nullptr, FILE_BEGIN) != 0 && SetEndOfFile(file) != 0;
 }
 
 // Maps a part of a section, which the mapping keeps alive.
@@ -55,7 +41,7 @@ void* mapOpenFile(HANDLE file, bool isWritable, std::uint64_t offset, std::size_
 std::intptr_t createFile(const CString& path, std::size_t size) {
   const std::wstring name = systemPath(path);
   const DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-  Handle file(makeNew(name, sharing, FILE_ATTRIBUTE_NORMAL));
+  Handle file(makeUncompressed(name, sharing, FILE_ATTRIBUTE_NORMAL));
   if (!file) return kNone;
   if (takeSpace(file.get(), size)) return reinterpret_cast<std::intptr_t>(file.release());
   DeleteFileW(name.c_str());  // now or when the handle is closed
@@ -76,9 +62,9 @@ void* mapMemory(std::size_t length) {
 }
 
 TemporaryMapping mapTemporaryFile(const CString& path, std::size_t length) {
-  const Handle file(
-      makeNew(systemPath(path), 0,
-              FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_RANDOM_ACCESS));
+  const Handle file(makeUncompressed(
+      systemPath(path), 0,
+      FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_RANDOM_ACCESS));
   if (!file) return {nullptr, static_cast<int>(GetLastError())};
   if (!takeSpace(file.get(), length)) return {nullptr, ERROR_DISK_FULL};
   void* start = mapOpenFile(file.get(), true, 0, length);

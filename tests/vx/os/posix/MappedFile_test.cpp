@@ -24,19 +24,20 @@ struct stat factsOf(const std::string& path) {
 }  // namespace
 
 TEST(PosixMappedFile, SpaceIsTakenAtOnceForThisUserAlone) {
+  constexpr std::size_t kBytes = 70'000'000;
   const kilntest::TemporaryFolder folder;
   const std::string ring = (folder.path() / "ring").string();
   std::string temporary = (folder.path() / "XXXXXX").string();
   MemoryMappedFile file;
   const int next = dup(0);  // the number of the next descriptor
   close(next);
-  ASSERT_TRUE(file.createFile(ring.c_str(), 1'000'000, MemoryMappedFile::kReadWrite));
+  ASSERT_TRUE(file.createFile(ring.c_str(), kBytes, MemoryMappedFile::kReadWrite));
   EXPECT_EQ(FD_CLOEXEC, fcntl(next, F_GETFD));
-  void* bytes = vxOS::mapTemporaryFile(temporary.data(), 1'000'000);
+  void* bytes = vxOS::mapTemporaryFile(temporary.data(), kBytes);
   for (const std::string& path : {ring, temporary}) {
     EXPECT_EQ(S_IFREG | 0600U, factsOf(path).st_mode);
-    EXPECT_EQ(1'000'000, factsOf(path).st_size);
-    EXPECT_LE(1'000'000, factsOf(path).st_blocks * 512);
+    EXPECT_EQ(off_t{kBytes}, factsOf(path).st_size);
+    EXPECT_LE(off_t{kBytes}, factsOf(path).st_blocks * 512);
   }
   EXPECT_TRUE(vxOS::unmapMemory(bytes));
 }
