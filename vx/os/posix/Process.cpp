@@ -1,8 +1,11 @@
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <poll.h>
 #include <spawn.h>
 #include <string>
 #include <sys/wait.h>
@@ -136,9 +139,25 @@ bool resetDescriptors(int& report) {
   _exit(EXIT_SUCCESS);
 }
 
+// Waits until there is something to read or the other end is closed. False after the longest time.
+bool awaitReport(int report) {
+  using Clock = std::chrono::steady_clock;
+  const auto end = Clock::now() + std::chrono::seconds(10);
+  pollfd waiting = {.fd = report, .events = POLLIN, .revents = 0};
+  int ready;
+  do {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+    ready = poll(&waiting, 1, std::max(static_cast<int>(left.count()), 0));
+  } while (ready == -1 && errno == EINTR);
+  return ready == 1;
+}
+
 // The number of the error that the other end reports; 0 when that end is closed without a report.
+// A child that another thread of the host forks meanwhile may hold that end open for ever: the
+// program counts as started when no report arrives.
 int readError(int report) {
   int error = 0;
+  if (!awaitReport(report)) return 0;
   while (read(report, &error, sizeof error) == -1 && errno == EINTR) {
   }
   return error;
