@@ -1,7 +1,8 @@
 /* How much memory there is, and blocks of memory outside the heap.
  *
  * A mapped block stands in the system's paging file or in a temporary file of its own, which goes
- * with the block. Elsewhere than on Windows the file stays when the process is killed or crashes.
+ * with the block. Elsewhere than on Windows the file stays when the process is killed or crashes,
+ * and a forked child that frees a block of its parent deletes the file, too.
  * The 24 bytes before the block tell its size, so that the block can be recognised, shrunk and
  * freed. Blocks are for data of many megabytes; the heap is faster for less.
  *
