@@ -85,6 +85,10 @@ Error File::query(const CString& path, FileStatus& status) {
   return file::meansMissing(error) ? Error() : failure("look at", path, error);
 }
 
+bool File::isWritable(const CString& path) {
+  return !detail::holdsZero(path.view()) && file::isWritable(path);
+}
+
 Error File::makeDirectoryAll(const CString& path) {
   return attempt("make the folder", path, [&] { return makeFolders(path.view()); });
 }

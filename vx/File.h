@@ -25,7 +25,6 @@ struct FileStatus {
   bool exists = false;
   bool isDirectory = false;
   bool isRegularFile = false;
-  bool isWritable = false;    ///< For this process; in a folder: files can be made.
   std::uint64_t size = 0;     ///< In bytes.
   std::int64_t modified = 0;  ///< In seconds since 1970-01-01 UTC.
 };
@@ -35,6 +34,11 @@ class VX_API File {
   /// Tells what there is under `path`. A path under which there is nothing is no error; a path that
   /// the system does not let us look at is one.
   static vxUtil::Error query(const vxString::CString& path, FileStatus& status);
+
+  /// Whether this process may write to the file, or make files in the folder. False where there is
+  /// nothing. On Windows the file is open for writing during the call, which keeps programs that do
+  /// not share it for writing from opening it.
+  static bool isWritable(const vxString::CString& path);
 
   /// Makes the folder and all its missing parents. A folder that exists is no error.
   static vxUtil::Error makeDirectoryAll(const vxString::CString& path);

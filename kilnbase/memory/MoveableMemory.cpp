@@ -8,12 +8,11 @@ using vxUtil::Error;
 
 namespace {
 
-// Looks at a folder, which is made when it does not exist.
-Error makeFolder(const CString& path, vxOS::FileStatus& status) {
-  if (const Error error = vxOS::File::query(path, status)) return error;
-  if (status.exists) return {};
-  if (const Error error = vxOS::File::makeDirectoryAll(path)) return error;
-  return vxOS::File::query(path, status);
+// Makes the folder when there is nothing under the path.
+Error makeFolder(const CString& path) {
+  vxOS::FileStatus status;
+  if (Error error = vxOS::File::query(path, status)) return error;
+  return status.exists ? Error() : vxOS::File::makeDirectoryAll(path);
 }
 
 }  // namespace
@@ -22,9 +21,8 @@ Error MoveableMemory::initialize(const vxString::IString& directory,
                                  const vxString::IString& prefix) {
   directory_ = directory;
   const CString path = directory.asMultibyte();
-  vxOS::FileStatus status;
-  if (Error error = makeFolder(path, status)) return error;
-  if (!status.isWritable)
+  if (Error error = makeFolder(path)) return error;
+  if (!vxOS::File::isWritable(path))
     return {1, CString::format("directory not writeable: %s\n", path.c_str())};
   memory_ = new vxOS::MoveableMemory;
   if (memory_->initializeFiles(directory, prefix)) return {};

@@ -20,6 +20,8 @@ std::FILE* open(const vxString::CString& path, const char* mode);
 
 /// Fails when there is nothing under `path`.
 int query(const vxString::CString& path, FileStatus& status);
+/// Whether this process may write to the file, or make files in the folder.
+bool isWritable(const vxString::CString& path);
 /// Fails when there is something under `path`.
 int makeFolder(const vxString::CString& path);
 /// Makes an empty file for this user alone. Fails when there is something under `path`.

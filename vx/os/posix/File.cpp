@@ -39,17 +39,21 @@ std::FILE* open(const CString& path, const char* mode) {
 }
 
 int query(const CString& path, FileStatus& status) {
-  const CString name = systemPath(path);
   struct stat facts;
-  if (stat(name.c_str(), &facts) != 0) return errno;
+  if (stat(systemPath(path).c_str(), &facts) != 0) return errno;
   status.exists = true;
   status.isDirectory = S_ISDIR(facts.st_mode);
   status.isRegularFile = S_ISREG(facts.st_mode);
-  const int wanted = status.isDirectory ? W_OK | X_OK : W_OK;
-  status.isWritable = faccessat(AT_FDCWD, name.c_str(), wanted, AT_EACCESS) == 0;
   status.size = static_cast<std::uint64_t>(facts.st_size);
   status.modified = facts.st_mtime;
   return 0;
+}
+
+bool isWritable(const CString& path) {
+  FileStatus status;
+  if (query(path, status) != 0) return false;
+  const int wanted = status.isDirectory ? W_OK | X_OK : W_OK;
+  return faccessat(AT_FDCWD, systemPath(path).c_str(), wanted, AT_EACCESS) == 0;
 }
 
 int makeFolder(const CString& path) {

@@ -37,13 +37,6 @@ HANDLE openExisting(const std::wstring& path, DWORD access) {
                      nullptr);
 }
 
-// Opening tells what the access lists and the medium allow together. A file that another program
-// has locked is writable for this user all the same.
-bool canWrite(const std::wstring& path) {
-  static_assert(FILE_ADD_FILE == FILE_WRITE_DATA);
-  return Handle(openExisting(path, FILE_ADD_FILE)) || GetLastError() == ERROR_SHARING_VIOLATION;
-}
-
 std::uint64_t joined(DWORD high, DWORD low) {
   return (std::uint64_t{high} << 32) | low;
 }
@@ -85,8 +78,7 @@ std::FILE* open(const CString& path, const char* mode) {
 }
 
 int query(const CString& path, FileStatus& status) {
-  const std::wstring name = systemPath(path);
-  const Handle file(openExisting(name, FILE_READ_ATTRIBUTES));
+  const Handle file(openExisting(systemPath(path), FILE_READ_ATTRIBUTES));
   if (!file) return lastError();
   BY_HANDLE_FILE_INFORMATION facts = {};
   const bool isOnDisk = GetFileType(file.get()) == FILE_TYPE_DISK;
@@ -94,11 +86,19 @@ int query(const CString& path, FileStatus& status) {
   status.exists = true;
   status.isDirectory = (facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
   status.isRegularFile = isOnDisk && !status.isDirectory;
-  const bool isProtected = (facts.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
-  status.isWritable = (status.isDirectory || !isProtected) && canWrite(name);
   status.size = joined(facts.nFileSizeHigh, facts.nFileSizeLow);
   status.modified = unixSeconds(facts.ftLastWriteTime);
   return 0;
+}
+
+// Opening tells what the access lists and the medium allow together. A file that another program
+// has locked is writable for this user all the same.
+bool isWritable(const CString& path) {
+  static_assert(FILE_ADD_FILE == FILE_WRITE_DATA);
+  constexpr DWORD kKind = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
+  const std::wstring name = systemPath(path);
+  if ((GetFileAttributesW(name.c_str()) & kKind) == FILE_ATTRIBUTE_READONLY) return false;
+  return Handle(openExisting(name, FILE_ADD_FILE)) || GetLastError() == ERROR_SHARING_VIOLATION;
 }
 
 int makeFolder(const CString& path) {

@@ -8,34 +8,25 @@
 #include "tests/support/Environment.h"
 #include "tests/support/TemporaryFolder.h"
 
+using vxOS::File;
 using vxString::CString;
-
-namespace {
-
-bool isWritable(const CString& path) {
-  vxOS::FileStatus status;
-  EXPECT_EQ(0, vxOS::File::query(path, status).code());
-  return status.isWritable;
-}
-
-}  // namespace
 
 TEST(WindowsFile, ReadOnlyFilesAreNotWritableAndFoldersDrivesAndLockedFilesAre) {
   const kilntest::TemporaryFolder folder;
   const CString root = folder.path().string().c_str();
   const CString file = folder.write("file", "").string().c_str();
-  EXPECT_TRUE(isWritable(file));
+  EXPECT_TRUE(File::isWritable(file));
   for (const CString& path : {root, file})
     SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
-  EXPECT_FALSE(isWritable(file));
-  EXPECT_TRUE(isWritable(root));
+  EXPECT_FALSE(File::isWritable(file));
+  EXPECT_TRUE(File::isWritable(root));
   for (const CString& path : {root, file}) SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
   const HANDLE locked =
       CreateFileA(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
-  EXPECT_TRUE(isWritable(file.c_str()));
+  EXPECT_TRUE(File::isWritable(file));
   CloseHandle(locked);
-  for (const char* drive : {"C:\\", "c:/"}) EXPECT_TRUE(isWritable(drive)) << drive;
-  EXPECT_TRUE(isWritable("NUL"));
+  for (const char* drive : {"C:\\", "c:/"}) EXPECT_TRUE(File::isWritable(drive)) << drive;
+  EXPECT_TRUE(File::isWritable("NUL"));
 }
 
 TEST(WindowsFile, TemporaryFilesAreForTheirUserAlone) {
