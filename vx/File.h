@@ -24,7 +24,7 @@ VX_API std::FILE* openFile(std::string_view path, const char* mode) noexcept;
 struct FileStatus {
   bool exists = false;
   bool isDirectory = false;
-  bool isRegularFile = false;
+  std::uint32_t type = 0;     ///< The bits of `st_mode` in S_IFMT, such as S_IFREG.
   std::uint64_t size = 0;     ///< In bytes.
   std::int64_t modified = 0;  ///< In seconds since 1970-01-01 UTC.
 };

@@ -204,8 +204,7 @@ CString userName(std::string_view text) {
 
 int kindOf(const CString& path) {
   vxOS::FileStatus status;
-  if (vxOS::File::query(path, status) || !status.exists) return SB_NOTHING;
-  return status.isDirectory ? SB_DIRECTORY : status.isRegularFile ? SB_REGULAR_FILE : SB_DEVICE;
+  return vxOS::File::query(path, status) ? SB_NOTHING : static_cast<int>(status.type);
 }
 
 }  // namespace

@@ -112,8 +112,16 @@ KILNBASE_API char* ExpandPathname(const char* name);
  * copy is from `malloc`, and the caller frees it. Null for null and when there is no memory. */
 KILNBASE_API char* convertFilename(const char* name, int to_forward);
 
-/** What `SB_FileExists` finds. */
-enum { SB_NOTHING = 0, SB_DEVICE = 0x2000, SB_DIRECTORY = 0x4000, SB_REGULAR_FILE = 0x8000 };
+/** What `SB_FileExists` finds: the type bits of the mode that the system tells. */
+enum {
+  SB_NOTHING = 0,
+  SB_PIPE = 0x1000,
+  SB_DEVICE = 0x2000, /**< For characters, such as "NUL" and "/dev/null". */
+  SB_DIRECTORY = 0x4000,
+  SB_BLOCK_DEVICE = 0x6000,
+  SB_REGULAR_FILE = 0x8000,
+  SB_SOCKET = 0xC000
+};
 
 /** Tells what there is under a path. One separator at the end of the path does not count,
  * unless the separator follows ':' or is the whole path. A path of more than 260 characters aborts

@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -231,19 +233,26 @@ TEST_F(DbFilenameDeathTest, NamesAreCopiedAndTheirSeparatorsTurned) {
 TEST_F(DbFilenameDeathTest, PathsTellFilesFromFolders) {
   project.makeFile("wire/wing");
   const std::string folder = project.path("wire"), file = project.path("wire\\wing");
-  const std::pair<std::string, int> table[] = {{file, 0x8000},
-                                               {folder, 0x4000},
-                                               {folder + "\\", 0x4000},
-                                               {folder + (kTakesSlashes ? "/" : ""), 0x4000},
-                                               {file + "\\", 0x8000},
-                                               {folder + "\\lost", 0},
-                                               {"", 0},
-                                               {std::string(260, 'x'), 0}};
-  for (const auto& [path, kind] : table) EXPECT_EQ(kind, SB_FileExists(path.c_str())) << path;
-  EXPECT_EQ(0, SB_FileExists(nullptr));
+  // Where the system has no drives, a file has the name of one, which a separator makes a folder.
+  const std::filesystem::path here = std::filesystem::current_path();
+  const kilntest::TemporaryFolder drives;
+  std::filesystem::current_path(drives.path());
+  std::ofstream("C:").flush();
   const int drive = kTakesSlashes ? SB_NOTHING : SB_DIRECTORY;
-  EXPECT_EQ(drive, SB_FileExists("C:"));
-  EXPECT_EQ(drive, SB_FileExists("C:\\"));
+  const std::pair<std::string, int> table[] = {{file, SB_REGULAR_FILE},
+                                               {folder, SB_DIRECTORY},
+                                               {folder + "\\", SB_DIRECTORY},
+                                               {folder + (kTakesSlashes ? "/" : ""), SB_DIRECTORY},
+                                               {file + "\\", SB_REGULAR_FILE},
+                                               {folder + "\\lost", SB_NOTHING},
+                                               {kTakesSlashes ? "/dev/null" : "NUL", SB_DEVICE},
+                                               {"C:", drive},
+                                               {"C:\\", drive},
+                                               {"", SB_NOTHING},
+                                               {std::string(260, 'x'), SB_NOTHING}};
+  for (const auto& [path, kind] : table) EXPECT_EQ(kind, SB_FileExists(path.c_str())) << path;
+  std::filesystem::current_path(here);
+  EXPECT_EQ(SB_NOTHING, SB_FileExists(nullptr));
   EXPECT_DEATH(SB_FileExists(std::string(261, 'x').c_str()),
                "SB_FileExists: a path of 261 characters is too long");
 }

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/stat.h>
 #include <thread>
 #include <vector>
 
@@ -43,12 +44,12 @@ class FileTest : public testing::Test {
 TEST_F(FileTest, QueryTellsKindSizeAndTime) {
   std::filesystem::resize_file(folder_.write("big", ""), 5'000'000'000);
   const FileStatus file = query(path("big")), folder = query(root_ + "\\");
-  EXPECT_TRUE(file.isRegularFile);
+  EXPECT_EQ(unsigned{S_IFREG}, file.type);
   EXPECT_FALSE(file.isDirectory);
   EXPECT_EQ(5'000'000'000U, file.size);
   EXPECT_NEAR(static_cast<double>(std::time(nullptr)), static_cast<double>(file.modified), 100.0);
   EXPECT_TRUE(folder.isDirectory);
-  EXPECT_FALSE(folder.isRegularFile);
+  EXPECT_EQ(unsigned{S_IFDIR}, folder.type);
 }
 
 TEST_F(FileTest, WhereThereIsNothingQuerySaysSoAndOthersNameThePath) {

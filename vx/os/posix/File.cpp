@@ -43,7 +43,7 @@ int query(const CString& path, FileStatus& status) {
   if (stat(systemPath(path).c_str(), &facts) != 0) return errno;
   status.exists = true;
   status.isDirectory = S_ISDIR(facts.st_mode);
-  status.isRegularFile = S_ISREG(facts.st_mode);
+  status.type = facts.st_mode & S_IFMT;
   status.size = static_cast<std::uint64_t>(facts.st_size);
   status.modified = facts.st_mtime;
   return 0;

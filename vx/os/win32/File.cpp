@@ -81,11 +81,15 @@ int query(const CString& path, FileStatus& status) {
   const Handle file(openExisting(systemPath(path), FILE_READ_ATTRIBUTES));
   if (!file) return lastError();
   BY_HANDLE_FILE_INFORMATION facts = {};
-  const bool isOnDisk = GetFileType(file.get()) == FILE_TYPE_DISK;
+  const DWORD medium = GetFileType(file.get());
+  const bool isOnDisk = medium == FILE_TYPE_DISK;
   if (isOnDisk && GetFileInformationByHandle(file.get(), &facts) == 0) return lastError();
   status.exists = true;
   status.isDirectory = (facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-  status.isRegularFile = isOnDisk && !status.isDirectory;
+  status.type = status.isDirectory         ? _S_IFDIR
+                : isOnDisk                 ? _S_IFREG
+                : medium == FILE_TYPE_PIPE ? _S_IFIFO
+                                           : _S_IFCHR;
   status.size = joined(facts.nFileSizeHigh, facts.nFileSizeLow);
   status.modified = unixSeconds(facts.ftLastWriteTime);
   return 0;

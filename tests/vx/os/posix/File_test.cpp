@@ -33,6 +33,7 @@ TEST(PosixFile, WhatIsForbiddenIsNotWritableOrAnErrorThatNamesThePath) {
   const CString root = folder.path().c_str(), closed = root + "/closed";
   chmod(folder.write("read", "").c_str(), 0444);
   mkdir(closed.c_str(), 0);
+  mkfifo((root + "/pipe").c_str(), 0);
   chmod(root.c_str(), 0555);
   kilntest::setEnvironment("TMPDIR", root.c_str());
   {
@@ -44,6 +45,8 @@ TEST(PosixFile, WhatIsForbiddenIsNotWritableOrAnErrorThatNamesThePath) {
       EXPECT_FALSE(File::isWritable(path)) << path.c_str();
     }
     vxOS::FileStatus status;
+    EXPECT_EQ(0, File::query(root + "/pipe", status).code());
+    EXPECT_EQ(unsigned{S_IFIFO}, status.type);
     const vxUtil::Error error = File::query(closed + "/in/it", status);
     EXPECT_EQ("cannot look at \"" + closed + "/in/it\": Permission denied", error.message());
     EXPECT_EQ(EACCES, error.code());
