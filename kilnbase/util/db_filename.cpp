@@ -160,10 +160,6 @@ CString folderPart(const CString& path) {
   return path.substring(0, length > 0 ? length : 1);
 }
 
-bool isWhole(const CString& name) {
-  return !isLocal(name) || isSeparator(name[0]) || name[1] == ':';
-}
-
 // Nothing for a type without a folder and for a folder that is too long.
 std::optional<CString> folderFor(int type) {
   const Db_Path* const row = Db_default_path(type);
@@ -210,13 +206,15 @@ int kindOf(const CString& path) {
 }  // namespace
 
 Expansion vxKilnBase::detail::expand(char* name, int type) {
-  if (name && *name == '"' && isLocal(name)) MR_string_leading_trailing_remove(name, '"');
+  const bool isAddress = !isLocal(name);
+  if (name && *name == '"' && !isAddress) MR_string_leading_trailing_remove(name, '"');
   const CString text = name;
-  const std::optional<CString> folder = isWhole(text) ? CString() : folderFor(type);
+  const bool isWhole = isAddress || isSeparator(text[0]) || text[1] == ':';
+  const std::optional<CString> folder = isWhole ? CString() : folderFor(type);
   if (folder && name && folder->length() + text.length() <= kLongestPath) {
     return {*folder + text, true};
   }
-  return {isWhole(text) ? std::nullopt : folder, false};
+  return {isWhole ? std::nullopt : folder, false};
 }
 
 void vxKilnBase::detail::copyText(char* out, const CString& text) {

@@ -87,12 +87,12 @@ KILNBASE_API const Db_Path* Db_default_path(int type);
 KILNBASE_API int Db_make_dirname(char* out, const char* path);
 
 /** Makes a file name into a path:
- * - an address with a scheme is stored at `out` as it is;
+ * - an address with "://" and another scheme than file is stored at `out` as it is;
  * - double quotes around other names are removed, in the caller's text;
  * - a name whose second character is ':' and one that begins with '\' are stored as they are;
- * - any other name goes into the folder of its type, which is made if there is none. Whether that
- *   succeeds is not told. A null name, and one with which the path would be longer than 260
- *   characters, give the folder alone.
+ * - any other name, such as file:///wing and an address that stood in quotes, goes into the folder
+ *   of its type, which is made if there is none. Whether that succeeds is not told. A null name,
+ * and one with which the path would be longer than 260 characters, give the folder alone.
  *
  * The table of folders has the type. Asserted in debug builds; gives "" in release builds. */
 KILNBASE_API void expand_filename(char* out, char* name, int type);

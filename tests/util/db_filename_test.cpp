@@ -166,6 +166,8 @@ TEST_F(DbFilenameTest, RelativeNamesGoIntoTheFolderOfTheirTypeWhichIsMade) {
                {"\\\\host\\wing", "\\\\host\\wing", "\\\\host\\wing"},
                {"/wing", (kTakesSlashes ? "" : wire) + "/wing", "/wing"},
                {"http://host/wing", "http://host/wing", "http://host/wing"},
+               {"\"http://host\"", wire + "http://host", "http://host"},
+               {"file:///wing", wire + "file:///wing", "file:///wing"},
                {full, wire + full, full},
                {full + "x", wire, full + "x"}};
   EXPECT_FALSE(project.has("wire"));
