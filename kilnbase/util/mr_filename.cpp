@@ -139,11 +139,11 @@ int MR_Filename::getFrameRange(DS_Structure*) const {
 }
 
 void MR_Filename::debug() {
-  char path[kPathSize];
-  const bool isFound = Filename(path) != 0;
   std::printf("TYPE: MR_Filename\n");
   std::printf("  Filename:  %s\n", name ? name : "NULL");
   std::printf("  Basename:  %s\n", basename ? basename : "NULL");
+  char path[kPathSize];
+  const bool isFound = Filename(path) != 0;
   std::printf("  Expanded:  %s\n", isFound ? "(none)" : path);
   std::printf("  Sequence:  %s\n", sequence != 0 ? "YES" : "NO");
   std::printf("  Type:      %s\n", typeName(type));

@@ -88,8 +88,9 @@ class KILNBASE_API MR_Filename {
   /// name the last path that was tried. Kept as it is: for types other than `PIX_DATA` and
   /// `MASK_DATA` that path ends with ".Z".
   ///
-  /// `out` has room for 264 characters: a path has at most 260, and 262 with ".Z". What has no room
-  /// is not found. A null `out`, no name at all, and a sequence without a basename give 0.
+  /// `out` has room for 264 characters: a path has at most 260, and 262 with ".Z". A longer path is
+  /// not found. A type without a folder has no files under relative names and gives "". A null
+  /// `out`, no name at all, and a sequence without a basename give 0.
   int Filename(char* out);
 
   /// `Filename` without the path.

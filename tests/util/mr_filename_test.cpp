@@ -201,8 +201,22 @@ TEST(Filename, DebugShowsThePathOnlyOfAFileThatIsNotThere) {
       "TYPE: MR_Filename\n  Filename:  NULL\n  Basename:  here\n  Expanded:  (none)\n"
       "  Sequence:  YES\n  Type:      ANIM_DATA\n  Frame:     1\n",
       shown("here.1", ANIM_DATA, 1));
-  EXPECT_EQ("TYPE: MR_Filename\n  Filename:  lost\n  Basename:  NULL\n  Expanded:  " +
+  EXPECT_EQ("TYPE: MR_Filename\n  Filename:  \"lost\"\n  Basename:  NULL\n  Expanded:  " +
                 project.path("canvas\\lost.Z") +
                 "\n  Sequence:  NO\n  Type:      UNKNOWN\n  Frame:     -1\n",
-            shown("lost", 28, -1));
+            shown("\"lost\"", 28, -1));
+  std::string types;
+  for (int type = 0; type <= 47; ++type) {
+    const std::string text = shown("x", type, -1);
+    const std::size_t name = text.find("Type: ") + 11;
+    types += text.substr(name, text.find('\n', name) - name) + ' ';
+  }
+  EXPECT_EQ(
+      "ANIM_DATA PIX_DATA SDL_DATA WIRE_DATA MASK_DATA PIXAR_DATA DIR_DATA PROJ_DATA ANY_DATA "
+      "MISC_DATA DEFAULT_DATA ANYDIR_DATA OPTION_DATA FBI_DATA BROWSE_DATA PLOT_DATA SLA_DATA "
+      "SHADER_DATA TEXTURE_DATA TEXT_DATA STAGE_DATA SOURCEPIX_DATA DEBUG_DATA UNKNOWN "
+      "WINDOW_DATA RIB_DATA LIGHT_DATA ENVIRONMENT_DATA UNKNOWN UNKNOWN UNKNOWN UNKNOWN UNKNOWN "
+      "UNKNOWN UNKNOWN UNKNOWN UNKNOWN SOUND_DATA UNKNOWN UNKNOWN UNKNOWN UNKNOWN UNKNOWN "
+      "UNKNOWN UNKNOWN UNKNOWN UNKNOWN UNKNOWN ",
+      types);
 }
