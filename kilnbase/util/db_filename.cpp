@@ -90,13 +90,19 @@ constexpr Db_Path kDefaultPaths[] = {{"anim", 0},
 // The table of folders, with texts from `malloc`. The row with a null path ends the table.
 constinit Db_Path folders[std::size(kDefaultPaths)] = {};
 
-// Keeps nothing of a text that is too long: a part would name something else.
-void set(Setting& setting, const char* text) {
+// Whether the text fits. Keeps nothing of a text that is too long: a part would name something
+// else.
+bool keep(Setting& setting, const char* text) {
   const std::size_t length = text ? std::strlen(text) : 0;
-  KILN_ASSERT(length < sizeof setting);
-  const std::size_t kept = length < sizeof setting ? length : 0;
-  if (kept > 0) std::memmove(setting, text, kept);
-  setting[kept] = '\0';
+  const bool fits = length < sizeof setting;
+  if (fits && length > 0) std::memmove(setting, text, length);
+  setting[fits ? length : 0] = '\0';
+  return fits;
+}
+
+void set(Setting& setting, const char* text) {
+  [[maybe_unused]] const bool fits = keep(setting, text);
+  KILN_ASSERT(fits);
 }
 
 [[noreturn]] void refuse(const char* function, const char* what, std::size_t length) {
@@ -182,13 +188,6 @@ CString installationOf(const CString& program) {
     }
   }
   return CString(folder);
-}
-
-CString morlaPath() {
-  CString location = vxOS::environmentVariable("MORLA_LOCATION");
-  const bool isSet = vxOS::hasEnvironmentVariable("MORLA_LOCATION");
-  if (isSet && location.length() < sizeof(Setting)) return location;
-  return installationOf(vxOS::programPath());
 }
 
 // The name of the user up to the next '/'; the user of this process when there is none.
@@ -321,8 +320,9 @@ const char* getMorlaPath() {
   static Setting path;
   *path = '\0';
   try {
-    const CString found = morlaPath();
-    if (found.length() < sizeof path) vxKilnBase::detail::copyText(path, found);
+    const bool isSet = vxOS::hasEnvironmentVariable("MORLA_LOCATION");
+    if (isSet && keep(path, vxOS::environmentVariable("MORLA_LOCATION").c_str())) return path;
+    keep(path, installationOf(vxOS::programPath()).c_str());
   } catch (const std::bad_alloc&) {
     return path;
   }

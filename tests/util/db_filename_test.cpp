@@ -113,7 +113,7 @@ TEST_F(DbFilenameDeathTest, SettingsAreCopiedWholeOrNotAtAll) {
     EXPECT_EQ(longest, get());
     set(get() + 200);
     EXPECT_EQ(std::string(59, 'x'), get());
-    EXPECT_DEBUG_DEATH(set(tooLong.c_str()), "length < sizeof setting");
+    EXPECT_DEBUG_DEATH(set(tooLong.c_str()), "fits");
     set(nullptr);
   }
   EXPECT_STREQ("", Db_user_current_project_path());
