@@ -52,7 +52,8 @@ KILNBASE_API const char* Db_user_current_project_path(void);
 KILNBASE_API void Db_set_mr_cwd(const char* path);
 KILNBASE_API const char* Db_get_mr_cwd(void);
 /** The extension of the project, of any length; null for none. The text that is returned is valid
- * until the next call that sets one. Without memory for the copy there is none afterwards. */
+ * until the next call that sets one. If there is no memory for the copy, the extension is null
+ * afterwards. */
 KILNBASE_API void Db_set_project_extension(const char* extension);
 KILNBASE_API const char* Db_get_project_extension(void);
 
@@ -91,15 +92,16 @@ KILNBASE_API int Db_make_dirname(char* out, const char* path);
  * - double quotes around other names are removed, in the caller's text;
  * - a name whose second character is ':' and one that begins with '\' are stored as they are;
  * - any other name, such as file:///wing and an address that stood in quotes, goes into the folder
- *   of its type, which is made if there is none. Whether that succeeds is not told. A null name,
- * and one with which the path would be longer than 260 characters, give the folder alone.
+ *   of its type, which is made if there is none. Whether that succeeds is not told. A null name and
+ *   a path that would have more than 260 characters give the folder alone.
  *
  * The table of folders has the type. Asserted in debug builds; gives "" in release builds. */
 KILNBASE_API void expand_filename(char* out, char* name, int type);
 
 /** The folder of the installation: the environment variable MORLA_LOCATION, or else the folder of
- * the running program, cut in front of its first "\bin". Values of more than 259 characters do not
- * count; without another one the text is empty. Valid until the next call. */
+ * the running program, cut in front of its first "\bin". A value of the variable with more than 259
+ * characters is ignored. If the program's folder is longer than that, the text is empty. Valid
+ * until the next call. */
 KILNBASE_API const char* getMorlaPath(void);
 
 /** A copy of the name from `malloc`, which the caller frees; null for null and when there is no
