@@ -80,7 +80,7 @@ static int files(void) {
   expand_filename(path, name, WIRE_DATA);
   Win32_Directory* folder = win32_opendir(here);
   const Win32_DirectoryEntry* entry = win32_readdir(folder);
-  const int isRead = entry != NULL && entry->length == strlen(entry->name);
+  const int isRead = entry != NULL && entry->number == 1 && entry->length == strlen(entry->name);
   win32_closedir(folder);
   return right && isRead && strcmp(path, name) == 0 && SB_FileExists(here) == SB_DIRECTORY;
 }

@@ -138,6 +138,8 @@ TEST(Filename, WhatIsNotFoundLeavesTheLastPath) {
   MR_Filename plain("plain", PLOT_DATA);
   plain.setFrame(5);
   EXPECT_EQ(0, Found(plain).result);
+  EXPECT_EQ(1, plain.setFilename(nullptr));
+  EXPECT_EQ("", Found(plain).path);
 }
 
 TEST(Filename, TheImageLibraryKnowsTheFilesOfImagesAndMasks) {
@@ -146,13 +148,14 @@ TEST(Filename, TheImageLibraryKnowsTheFilesOfImagesAndMasks) {
   rtbInit_Ar_expand_pixname(expandImage);
   MR_Filename shot("shot.7", MASK_DATA), other("shot.7", SOURCEPIX_DATA);
   imageFile = project.path("pix\\real.7.tif");
+  imageFile.insert(imageFile.rfind('\\'), 259 - imageFile.size(), '\\');
   const Found call(shot);
   EXPECT_EQ(1, call.result);
   EXPECT_EQ(imageFile, call.path);
   EXPECT_EQ(project.path("mask\\shot.71"), askedImage);
   EXPECT_EQ(0, other.CheckStatus());
-  for (const std::string& answer :
-       {std::string(), project.path("pix\\lost.tif"), std::string(300, '/') + imageFile}) {
+  const std::string longer = std::string(imageFile).insert(imageFile.rfind('\\'), "\\");
+  for (const std::string& answer : {std::string(), project.path("pix\\lost.tif"), longer}) {
     imageFile = answer;
     EXPECT_EQ(0, Found(shot).result) << answer;
   }
