@@ -33,6 +33,7 @@ TEST(PosixFile, WhatIsForbiddenIsNotWritableOrAnErrorThatNamesThePath) {
   const CString root = folder.path().c_str(), closed = root + "/closed";
   chmod(folder.write("read", "").c_str(), 0444);
   mkdir(closed.c_str(), 0);
+  chmod(closed.c_str(), 0666);  // without leave to enter
   mkfifo((root + "/pipe").c_str(), 0);
   chmod(root.c_str(), 0555);
   kilntest::setEnvironment("TMPDIR", root.c_str());
