@@ -74,7 +74,7 @@ class VX_API MoveableMemory : public vx::ReferenceCount {
   std::uint64_t fileSize() const;
 
  private:
-  class Store;
+  class VX_LOCAL Store;
   std::unique_ptr<Store> store_;
 };
 

@@ -1,4 +1,5 @@
-/* VX_API marks what libvx exports; VX_PRINTF lets the compiler check the arguments of a format. */
+/* VX_API marks what libvx exports, VX_LOCAL a class inside an exported one that stays inside (on
+ * Windows every such class does). VX_PRINTF lets the compiler check the arguments of a format. */
 #ifndef VX_EXPORT_H
 #define VX_EXPORT_H
 
@@ -12,6 +13,12 @@
 #endif
 #else
 #define VX_API __attribute__((visibility("default")))
+#endif
+
+#if defined(_WIN32)
+#define VX_LOCAL
+#else
+#define VX_LOCAL __attribute__((visibility("hidden")))
 #endif
 
 #if defined(__clang__)
