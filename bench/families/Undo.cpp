@@ -121,7 +121,7 @@ constexpr double kRecordRatio = 6.0;
 
 void addUndo(Suite& suite) {
   suite.add({"undo and redo",
-             {{1000, 1}, {1000000, 1}, {1000000, 1000}, {1000000, 500000}},
+             {{1000, 1}, {1000000, 1}, {1000000, 1000}, {1000000, 500000}, {1000000, 1000000}},
              {"loop"},
              [](const Shape&) { return Limits{.named = kUndoRatio}; },
              undoAndRedo<Managed>,

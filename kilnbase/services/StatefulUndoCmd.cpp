@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -29,7 +31,8 @@ class StateCommand : public vxUndo::Command {
   }
 
   int getNumBytesUsed() const override {
-    return (state ? state->getNumBytesUsed() : 0) + kCommandBytes;
+    constexpr int kMost = std::numeric_limits<int>::max() - kCommandBytes;
+    return (state ? std::min(state->getNumBytesUsed(), kMost) : 0) + kCommandBytes;
   }
 
   vxRTB::SignalBase<Snapshot> restore;

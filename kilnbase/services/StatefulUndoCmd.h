@@ -57,7 +57,7 @@ class KILNBASE_API StatefulUndoCmd {
 
   /// Makes `state` a snapshot of the current state.
   virtual void getState(vx::Reference<StatefulUndoState>& state) = 0;
-  /// Restores the object from a snapshot.
+  /// Restores the object from a snapshot. Must not destroy the object.
   virtual void setState(const vx::Reference<StatefulUndoState>& state) = 0;
 
  protected:

@@ -35,6 +35,13 @@ void leaveGroup(Group& group, bool discardEmpty) {
   group.release();
 }
 
+void push(Group* group) {
+  const int level = count++;
+  if (level >= kLevels) return;
+  groups[level] = group;
+  if (group != nullptr) group->hold();
+}
+
 void forgetGroup(Group* group) {
   std::replace(std::begin(groups), std::end(groups), group, static_cast<Group*>(nullptr));
 }
@@ -82,10 +89,7 @@ Group* MR_undo_new_group(const char* name, bool joinsPrevious) {
 
 void MR_undo_push_group(Group* group) {
   KILN_ASSERT(count < kLevels);
-  const int level = count++;
-  if (level >= kLevels) return;
-  groups[level] = group;
-  if (group != nullptr) group->hold();
+  push(group);
 }
 
 void MR_undo_push_new_group(const char* name, bool joinsPrevious) {
@@ -110,7 +114,7 @@ int MR_undo_get_num_groups() {
 
 void MR_undo_creation_disable(bool disable) {
   if (disable) {
-    MR_undo_push_group(nullptr);
+    push(nullptr);
   } else {
     MR_undo_pop_group(false);
   }
@@ -134,7 +138,9 @@ void undoInit() {
   manager->rolling.connect(client, MR_undo_set_in_undo);
   manager->creationOff.connect(client, MR_undo_creation_disable);
   manager->groupGoingAway.connect(client, forgetGroup);
-  vxUndo::installManager(std::move(manager));
+  if (!vxUndo::installManager(std::move(manager))) {
+    vxUndoReport("undoInit: the undo manager is at work and stays\n");
+  }
 }
 
 Group* undoGetGroup() {

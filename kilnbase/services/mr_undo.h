@@ -9,7 +9,8 @@
  *
  * The stack has 10 levels. Pushes and pops must pair. More is asserted in debug builds; in release
  * builds recording is off at the levels beyond the tenth, and popping an empty stack does nothing.
- * Nothing is locked: all this is for the application's main thread.
+ * Nulls of the manager, which switches recording off while it undoes, may lie beyond the tenth
+ * level. Nothing is locked: all this is for the application's main thread.
  */
 #ifndef KILNBASE_SERVICES_MR_UNDO_H
 #define KILNBASE_SERVICES_MR_UNDO_H
@@ -60,7 +61,7 @@ KILNBASE_API MR_UndoGroup* MR_undo_get_group(void);
 /** The number of groups on the stack, nulls included. */
 KILNBASE_API int MR_undo_get_num_groups(void);
 
-/** True pushes a null group, false pops. */
+/** True pushes a null group, also beyond the tenth level; false pops. */
 KILNBASE_API void MR_undo_creation_disable(bool disable);
 
 /** Called by a function that only works while commands are recorded: without a current group the
@@ -80,7 +81,7 @@ namespace vxKilnBase {
 /// Installs a new undo manager in the place of the one before, and connects the manager with the
 /// functions above: what it undoes and redoes sets `MR_undo_in_undo`, switching its creation off
 /// pushes a null group, and groups that go away leave the stack. The application calls this once at
-/// the start. Not possible while the manager is at work.
+/// the start. While the manager is at work, it stays, and that is reported.
 KILNBASE_API void undoInit();
 
 /// The current group, or null when the stack is empty.
