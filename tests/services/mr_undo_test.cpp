@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -46,7 +47,9 @@ using State = vx::Reference<StatefulUndoState>;
 
 struct Snapshot : StatefulUndoState {
   explicit Snapshot(int aRadius) : radius(aRadius) {}
-  int getNumBytesUsed() const override { return 100; }
+  int getNumBytesUsed() const override {
+    return radius > 0 ? 100 : std::numeric_limits<int>::max();
+  }
   int radius;
 };
 
@@ -154,10 +157,25 @@ TEST_F(MrUndo, GroupsOnTheStackAreHeldAndLeaveANullWhenTheyGoAway) {
   }
 }
 
+TEST_F(MrUndo, ANewManagerTakesThePlaceOfOneThatIsNotAtWork) {
+  manager().disableCreation();
+  vxKilnBase::undoInit();
+  EXPECT_EQ(0, MR_undo_get_num_groups());
+  const vxUndo::Manager* const installed = &manager();
+  vxRTB::SignalClient client;
+  manager().changed.connect(client, vxKilnBase::undoInit);
+  EXPECT_TRUE(addCommand(*MR_undo_new_group("Work", false)));
+  EXPECT_EQ(installed, &manager());
+  EXPECT_THAT(reports.takeAll(),
+              ElementsAre("error: undoInit: the undo manager is at work and stays\n"));
+}
+
 // The stack stays whole: what is pushed beyond its levels is not recorded and can be popped.
 TEST_F(MrUndo, PushesBeyondTheTenthLevelRecordNothing) {
+  addCommand(*MR_undo_new_group("Done", false));
   Group* const group = MR_undo_new_group("Work", false);
   for (int level = 1; level <= 10; ++level) MR_undo_push_group(group);
+  EXPECT_FALSE(manager().undo());
   EXPECT_EQ(group, undoGetGroup());
   EXPECT_DEBUG_DEATH(
       {
@@ -218,6 +236,13 @@ TEST_F(MrUndo, SnapshotsBringEveryChangeBackAndForth) {
   EXPECT_EQ(4U, undoGetGroup()->numCommands());
   EXPECT_EQ(4 * (100 + 56), undoGetGroup()->numBytesUsed());
   MR_undo_pop_group(true);
+  MR_undo_push_new_group("Large", false);
+  brush.radius = 0;
+  brush.startChange();
+  EXPECT_EQ(std::numeric_limits<int>::max(), undoGetGroup()->numBytesUsed());
+  EXPECT_FALSE(manager().dropNewestGroup());
+  MR_undo_pop_group(true);
+  brush.radius = 3;
   MR_undo_push_new_group("Second", true);
   brush.initialize();
   brush.radius = 4;

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
@@ -23,15 +22,14 @@ namespace {
 
 enum class Fault { kFails, kThrows };
 
-// A document of numbers, and the call of a command (counted from now on) that goes wrong.
+// A text, and the call of a command (counted from now on) that goes wrong.
 struct Document {
-  std::array<int, 5> numbers{};
+  std::string text;
   int callsToFault = -1;
   int callsToSecondFault = -1;
   Fault fault = Fault::kFails;
   bool isWhole = true;
   int commands = 0;
-  std::int64_t bytes = 0;
 
   bool succeeds() {
     const bool isSecond = callsToSecondFault-- == 0;
@@ -42,41 +40,45 @@ struct Document {
   void noFault() { callsToFault = callsToSecondFault = -1; }
 };
 
-// Adds to a number; holds more memory while it is done.
-class Add : public vxUndo::Command {
+// What the command that appends a letter tells: below 0 for some when they are done.
+int bytesOf(char letter, bool isDone) {
+  return isDone ? letter - 'c' : 3;
+}
+
+class Append : public vxUndo::Command {
  public:
-  Add(Document& document, std::size_t place, int summand)
-      : Command("Add"), document_(document), place_(place), summand_(summand) {
+  Append(Document& document, char letter)
+      : Command("Append"), document_(document), letter_(letter) {
     ++document_.commands;
-    document_.bytes += 3;
   }
-  ~Add() override {
+  ~Append() override {
     --document_.commands;
-    document_.bytes -= getNumBytesUsed();
     EXPECT_TRUE(isDone_ == isCommitted_ || !document_.isWhole);
   }
 
-  bool doIt() override { return change(true); }
-  bool undoIt() override { return change(false); }
-  int getNumBytesUsed() const override { return isDone_ ? 10 : 3; }
+  bool doIt() override {
+    EXPECT_FALSE(isDone_);
+    if (!document_.succeeds()) return false;
+    document_.text += letter_;
+    return isDone_ = true;
+  }
+  bool undoIt() override {
+    EXPECT_TRUE(isDone_);
+    if (!document_.succeeds()) return false;
+    EXPECT_TRUE(document_.text.ends_with(letter_) || !document_.isWhole);
+    document_.text.pop_back();
+    isDone_ = false;
+    return true;
+  }
+  int getNumBytesUsed() const override { return bytesOf(letter_, isDone_); }
   void commit() override {
     EXPECT_FALSE(isCommitted_);
     isCommitted_ = true;
   }
 
  private:
-  bool change(bool makesDone) {
-    if (!document_.succeeds()) return false;
-    EXPECT_NE(makesDone, isDone_);
-    isDone_ = makesDone;
-    document_.numbers[place_] += makesDone ? summand_ : -summand_;
-    document_.bytes += makesDone ? 7 : -7;
-    return true;
-  }
-
   Document& document_;
-  std::size_t place_;
-  int summand_;
+  char letter_;
   bool isDone_ = false;
   bool isCommitted_ = false;
 };
@@ -87,6 +89,7 @@ struct Call : vxUndo::Command {
       : Command("Call"), whenDone(std::move(done)), whenUndone(std::move(undone)) {}
   bool doIt() override { return whenDone(); }
   bool undoIt() override { return whenUndone(); }
+  int getNumBytesUsed() const override { return 0; }
   std::function<bool()> whenDone, whenUndone;
 };
 
@@ -96,14 +99,14 @@ struct Undo : testing::Test {
     EXPECT_EQ(0, document.commands);
   }
 
-  // A group with commands that add 1, 10, 100, ... to the first number.
+  // A group with commands that append a, b, c, ...
   Group& record(const char* name, int commands, bool joins = false) {
     Group& group = *manager->newGroup(name, joins);
-    for (int i = 0, summand = 1; i < commands; ++i, summand *= 10) add(group, 0, summand);
+    for (int i = 0; i < commands; ++i) add(group, static_cast<char>('a' + i));
     return group;
   }
-  vxUtil::Error add(Group& group, std::size_t place = 0, int summand = 1) {
-    return group.perform(std::make_unique<Add>(document, place, summand));
+  vxUtil::Error add(Group& group, char letter = 'm') {
+    return group.perform(std::make_unique<Append>(document, letter));
   }
   // The steps, such as "A B | C": done ones, and after the bar those that were undone.
   std::string steps() const {
@@ -112,113 +115,234 @@ struct Undo : testing::Test {
     for (const CString& name : manager->redoNames()) (undone += ' ') += name.c_str();
     return done + '|' + undone;
   }
-  int number() const { return document.numbers[0]; }
 
+  kilntest::RecordedReports reports;
   Document document;
   std::unique_ptr<Manager> manager = vxUndo::newManager();
 };
 
-using Numbers = std::array<int, 5>;
-
-// The simple model: each step with its number of groups and the state of the document after it.
+// The simple model: what the groups have appended.
 struct Model {
-  struct Step {
-    std::size_t groups;
-    Numbers after;
+  struct Part {
+    Group* group;
+    bool begins;
+    std::string text;
   };
-  Numbers oldest{};
-  std::vector<Step> steps;
+  std::string oldest;
+  std::vector<Part> parts;
   int done = 0;
-  int saved = 0;  // so many steps done; below 0 when the saved state cannot be reached
-  int limit = 1000;
+  int saved = 0;  // so many parts done; below 0 when that state cannot be reached
+  vxUndo::Limits limits;
 
-  const Numbers& now() const {
-    return done > 0 ? steps[static_cast<std::size_t>(done) - 1].after : oldest;
+  int size() const { return static_cast<int>(parts.size()); }
+  int steps(int from, int end) const {
+    return static_cast<int>(std::count_if(parts.begin() + from, parts.begin() + end,
+                                          [](const Part& part) { return part.begins; }));
   }
-  int undone() const { return static_cast<int>(steps.size()) - done; }
-
-  void record(const Numbers& after, bool joins) {
-    steps.resize(static_cast<std::size_t>(done));
-    if (saved > done) saved = -1;
-    if (joins && done > 0 && saved != done) {
-      steps.back() = {steps.back().groups + 1, after};
-    } else {
-      steps.push_back({1, after});
-      ++done;
+  std::string text() const {
+    std::string text = oldest;
+    for (int i = 0; i < done; ++i) text += at(i).text;
+    return text;
+  }
+  std::int64_t bytes() const {
+    std::int64_t bytes = 0;
+    for (int i = 0; i < size(); ++i) {
+      for (const char letter : at(i).text) bytes += std::max(bytesOf(letter, i < done), 0);
     }
-    keepLimit();
+    return bytes;
   }
+  const Part& at(int i) const { return parts[static_cast<std::size_t>(i)]; }
 
-  std::size_t groups() const {
-    std::size_t sum = 0;
-    for (const Step& step : steps) sum += step.groups;
-    return sum;
+  int find(const Group& group) const {
+    int i = 0;
+    while (i < done && at(i).group != &group) ++i;
+    return i;
   }
-
-  void keepLimit() {
-    while (static_cast<int>(groups()) > limit && steps.size() > 1) {
-      if (done > 1) {
-        oldest = steps.front().after;
-        steps.erase(steps.begin());
-        --done;
-        saved = std::max(saved - 1, -1);
+  // A group within the outer one may join that.
+  void append(Group& group, const std::string& letter, Group& outer) {
+    truncate(done);
+    const bool isNewInner = &group != &outer && find(group) == done;
+    if (isNewInner && group.joinsPrevious() && find(outer) == done) append(outer, "", outer);
+    const int i = find(group);
+    const bool begins = i == 0 || saved == done || !group.joinsPrevious();
+    Part part = i < done ? at(i) : Part{&group, begins, {}};
+    for (int newer = i + 1; newer < done; ++newer) part.text += at(newer).text;
+    part.text += letter;
+    truncate(i);
+    parts.push_back(part);
+    done = size();
+  }
+  void truncate(int count) {
+    parts.resize(static_cast<std::size_t>(count));
+    if (saved > count) saved = -1;
+    done = std::min(done, count);
+  }
+  int endOfStep(int i) const {
+    do ++i;
+    while (i < size() && !at(i).begins);
+    return i;
+  }
+  int startOfStep(int i) const {
+    while (!at(i).begins) --i;
+    return i;
+  }
+  void dropOldest(int count) {
+    for (int i = 0; i < count; ++i) oldest += at(i).text;
+    parts.erase(parts.begin(), parts.begin() + count);
+    done -= count;
+    saved = std::max(saved - count, -1);
+  }
+  void forget(int i) {
+    if (i < done) return dropOldest(endOfStep(i));
+    truncate(startOfStep(i));
+  }
+  void keepLimits() {
+    while ((size() > limits.groups || bytes() > limits.bytes) && steps(0, size()) > 1) {
+      if (steps(0, done) > 1) {
+        dropOldest(endOfStep(0));
       } else {
-        if (saved == static_cast<int>(steps.size())) saved = -1;
-        steps.pop_back();
+        truncate(startOfStep(size() - 1));
       }
     }
   }
 };
 
-}  // namespace
+struct UndoModel : Undo {
+  int below(unsigned n) { return static_cast<int>(random() % n); }
 
-TEST_F(Undo, RandomWorkWithFaultsFollowsTheModel) {
-  std::mt19937 random(12);
-  const auto below = [&random](unsigned n) { return static_cast<int>(random() % n); };
-  Model model;
-  const auto work = [&] {
-    const bool joins = below(3) == 0;
-    Group& group = *manager->newGroup("Work", joins);
-    for (int i = below(5); i > 0; --i) {
-      const Numbers before = document.numbers;
-      const bool fails = static_cast<bool>(add(group, random() % 5, 1 + below(9)));
-      ASSERT_EQ(fails, before == document.numbers);
+  // Records a letter, in one of the two ways to do that.
+  void append(Group& group) {
+    const auto letter = static_cast<char>('a' + below(26));
+    auto command = std::make_unique<Append>(document, letter);
+    Append& added = *command;
+    if (document.callsToFault < 0 && below(3) == 0) {
+      ASSERT_TRUE(group.add(std::move(command)));
+      ASSERT_TRUE(added.doIt());
+    } else if (group.perform(std::move(command))) {
+      return;
     }
-    if (!group.isEmpty()) return model.record(document.numbers, joins);
-    ASSERT_FALSE(manager->dropNewestGroup());
-  };
-  const auto move = [&](bool back) {
+    recorded.emplace_back(&group, std::string(1, letter));
+  }
+  bool appendSome(Group& outer) {
+    for (int i = below(5); i > 0; --i) {
+      if (inner == nullptr && below(3) == 0) {
+        inner = manager->newGroup("Inner", below(2) == 0);
+        inner->hold();
+      }
+      append(inner != nullptr && below(2) == 0 ? *inner : outer);
+    }
+    return true;
+  }
+  // A command that records, too, and may fail afterwards.
+  void nest(Group& outer) {
+    const std::size_t before = recorded.size();
+    const auto nested = [this, &outer, isDone = false]() mutable {
+      if (std::exchange(isDone, true)) return true;
+      appendSome(outer);
+      if (below(2) == 0) return document.succeeds();
+      document.noFault();
+      return false;
+    };
+    if (outer.perform(std::make_unique<Call>(nested, [] { return true; }))) {
+      recorded.resize(before);
+    } else {
+      recorded.emplace_back(&outer, "");
+    }
+  }
+  void work(const CString& name) {
+    Group& outer = *manager->newGroup(name, below(3) == 0);
+    outer.hold();
+    appendSome(outer);
+    nest(outer);
+    appendSome(outer);
+    document.noFault();
+    ASSERT_FALSE(add(outer, 'z'));
+    recorded.emplace_back(&outer, "z");
+    for (const auto& [group, letter] : std::exchange(recorded, {})) {
+      model.append(*group, letter, outer);
+    }
+    outer.release();
+    if (Group* const other = std::exchange(inner, nullptr)) {
+      const bool isEmpty = other->isEmpty();
+      other->release();
+      ASSERT_TRUE(!isEmpty || !manager->dropNewestGroup());
+    }
+  }
+  void move(bool back) {
     const int steps = 1 + below(4);
-    const int possible = std::min(steps, back ? model.done : model.undone());
+    const int most = back ? model.steps(0, model.done) : model.steps(model.done, model.size());
+    const int possible = std::min(steps, most);
     const int code = (back ? manager->undo(steps) : manager->redo(steps)).code();
-    const int done = static_cast<int>(manager->undoNames().size());
-    const int taken = back ? model.done - done : done - model.done;
+    int taken = 0;
+    for (; taken < possible && model.text() != document.text; ++taken) {
+      model.done = back ? model.startOfStep(model.done - 1) : model.endOfStep(model.done);
+    }
     ASSERT_EQ(code == vxUndo::kNothingLeft, possible == 0);
     ASSERT_EQ(code == vxUndo::kCommandFailed, taken < possible);
-    ASSERT_LE(taken, possible);
-    model.done = done;
-  };
+  }
+  void drop() {
+    const int code = manager->dropNewestGroup().code();
+    ASSERT_EQ(code == vxUndo::kNothingLeft, model.done == 0);
+    if (code == 0) model.truncate(model.done - 1);
+  }
+  void forget() {
+    if (model.parts.empty()) return;
+    const int i = below(static_cast<unsigned>(model.size()));
+    ASSERT_TRUE(model.at(i).group->declare(this));
+    ASSERT_FALSE(manager->forget(this));
+    model.forget(i);
+  }
+  void clear() {
+    ASSERT_FALSE(manager->clear());
+    model.truncate(model.done);
+    model.dropOldest(model.done);
+    model.oldest = document.text = "";
+  }
+  void limit() {
+    model.limits = {.groups = below(2) == 0 ? below(20) : 1000,
+                    .bytes = below(2) == 0 ? below(2000) : 100000};
+    manager->setLimits(model.limits);
+  }
+
+  std::mt19937 random{12};
+  Model model;
+  Group* inner = nullptr;
+  std::vector<std::pair<Group*, std::string>> recorded;
+};
+
+}  // namespace
+
+TEST_F(UndoModel, RandomWorkWithFaultsFollowsTheModel) {
+  int changes = 0;
+  vxRTB::SignalClient client;
+  manager->changed.connect(client, [&changes] { ++changes; });
   for (int round = 0; round < 20000; ++round) {
     SCOPED_TRACE(round);
-    document.callsToFault = below(3) == 0 ? below(8) : -1;
+    const std::string before = steps() + (manager->isSaved() ? "" : "*");
+    changes = 0;
+    document.callsToFault = below(3) == 0 ? below(12) : -1;
     document.fault = below(2) == 0 ? Fault::kFails : Fault::kThrows;
-    const int what = below(10);
-    if (what < 4) work();
-    if (what >= 4 && what < 8) move(what < 6);
-    if (what == 8) {
+    const int what = below(30);
+    if (what < 12) work(CString::format("%d", round));
+    if (what >= 12 && what < 23) move(what < 18);
+    if (what == 23 || what == 24) drop();
+    if (what == 25) forget();
+    if (what == 26 && below(5) == 0) clear();
+    if (what == 27) limit();
+    if (what > 27) {
       manager->markSaved();
       model.saved = model.done;
-    } else if (what == 9) {
-      model.limit = below(2) == 0 ? below(20) : 1000;
-      manager->setLimits({.groups = model.limit});
-      model.keepLimit();
     }
-    ASSERT_EQ(model.now(), document.numbers);
-    ASSERT_EQ(model.done, static_cast<int>(manager->undoNames().size()));
-    ASSERT_EQ(model.undone(), static_cast<int>(manager->redoNames().size()));
-    ASSERT_EQ(model.groups(), manager->numGroups());
+    model.keepLimits();
+    const std::string after = steps() + (manager->isSaved() ? "" : "*");
+    ASSERT_TRUE(changes > 0 || before == after);
+    ASSERT_EQ(model.text(), document.text);
+    ASSERT_EQ(model.steps(0, model.done), manager->numUndoSteps());
+    ASSERT_EQ(model.steps(model.done, model.size()), manager->numRedoSteps());
+    ASSERT_EQ(manager->undoNames().size(), static_cast<std::size_t>(manager->numUndoSteps()));
+    ASSERT_EQ(model.parts.size(), manager->numGroups());
     ASSERT_EQ(model.saved == model.done, manager->isSaved());
-    ASSERT_EQ(document.bytes, manager->numBytesUsed());
+    ASSERT_EQ(model.bytes(), manager->numBytesUsed());
   }
 }
 
@@ -243,13 +367,13 @@ TEST_P(UndoFault, LeavesDocumentAndManagerAsTheyWere) {
     const auto error = undoes ? manager->undo() : manager->redo();
     EXPECT_EQ(putsBack ? vxUndo::kCommandFailed : vxUndo::kNotPutBack, error.code());
     EXPECT_EQ(
-        CString::format("cannot %s \"A\": the command \"Add\" has failed%s%s\n",
+        CString::format("cannot %s \"A\": the command \"Append\" has failed%s%s\n",
                         undoes ? "undo" : "redo", fault == Fault::kThrows ? ": no such curve" : "",
                         putsBack ? "" : "; what was done before could not be put back"),
         error.message());
     EXPECT_EQ(undoes ? "A |" : "| A", steps());
     EXPECT_EQ(putsBack, manager->isSaved());
-    EXPECT_TRUE(!putsBack || number() == (undoes ? 222 : 0));
+    EXPECT_TRUE(!putsBack || document.text == (undoes ? "abcabc" : ""));
   }
 }
 
@@ -258,30 +382,36 @@ INSTANTIATE_TEST_SUITE_P(EveryCall, UndoFault,
                                           testing::Values(Fault::kFails, Fault::kThrows),
                                           testing::Range(0, 6)));
 
-// The outer command performs two commands in its group before its own call number `fault`.
-TEST_F(Undo, ACommandThatFailsInTheMiddleTakesItsOwnCommandsBack) {
+// What the failing command has recorded is undone as by `undo`, and nothing is recorded meanwhile.
+TEST_F(Undo, ACommandThatFailsTakesItsOwnCommandsBack) {
   record("A", 2);
   record("B", 1);
   manager->undo();
-  Group& group = *manager->newGroup("Work", false);
+  manager->markSaved();
+  std::string log;
+  vxRTB::SignalClient client;
+  manager->rolling.connect(client, [&log](bool on) { log += on ? '(' : ')'; });
+  Group& group = *manager->newGroup("Work");
+  bool isWhole = true;
+  const auto undone = [&] {
+    log += add(group) ? "refused" : "recorded";
+    return isWhole;
+  };
   const auto perform = [&] {
     return group.perform(std::make_unique<Call>(
-        [&] { return !add(group) && !add(group) && document.succeeds(); }, [] { return true; }));
+        [&] {
+          Group& other = *manager->newGroup("Other");
+          other.perform(std::make_unique<Call>([] { return true; }, undone));
+          return false;
+        },
+        [] { return true; }));
   };
-  for (const int fault : {0, 1, 2}) {
-    document.callsToFault = fault;
-    EXPECT_EQ(vxUndo::kCommandFailed, perform().code());
-    EXPECT_EQ(11, number());
-    EXPECT_TRUE(group.isEmpty());
-    EXPECT_EQ(0, group.numBytesUsed());
-  }
-  document.noFault();
-  EXPECT_FALSE(perform());
-  EXPECT_EQ(3U, group.numCommands());
-  EXPECT_EQ("A Work |", steps());
-  document.callsToFault = 2;
-  document.callsToSecondFault = 3;
-  document.isWhole = false;
+  EXPECT_EQ(vxUndo::kCommandFailed, perform().code());
+  EXPECT_EQ("(refused)", log);
+  EXPECT_EQ("A | B", steps());
+  EXPECT_EQ(3U, manager->numGroups());
+  EXPECT_TRUE(manager->isSaved());
+  isWhole = false;
   EXPECT_EQ(vxUndo::kNotPutBack, perform().code());
   EXPECT_FALSE(manager->isSaved());
 }
@@ -292,13 +422,13 @@ TEST_F(Undo, TheFirstCommandOfAGroupCutsOffWhatWasUndone) {
   Group& done = record("B", 1);
   manager->undo(2);
   EXPECT_EQ("| A B", steps());
-  EXPECT_FALSE(done.add(std::make_unique<Add>(document, 0, 1)));
+  EXPECT_FALSE(done.add(std::make_unique<Append>(document, 'm')));
   manager->newGroup("Empty");
   manager->dropNewestGroup();
   EXPECT_EQ("| A B", steps());
-  EXPECT_FALSE(add(early, 0, 5));
+  EXPECT_FALSE(add(early));
   EXPECT_EQ("Early |", steps());
-  EXPECT_EQ(5, number());
+  EXPECT_EQ("m", document.text);
   EXPECT_EQ(1U, manager->numGroups());
 
   Group& older = record("C", 1);
@@ -338,14 +468,15 @@ TEST_F(Undo, HeldGroupsAreNotDroppedAndStayTheNewest) {
   EXPECT_EQ(1U, manager->undoNames().size());
 }
 
-// Groups are named after what they do: "+" joins the one before, "!" starts, "-" stays empty, "s"
-// saves afterwards.
+// Groups are named after what they do: "+" joins the one before, "!" starts, "?" ends that after
+// the first command, "-" stays empty, "s" saves afterwards.
 TEST_F(Undo, JoinedGroupsMakeOneStepUntilTheDocumentIsSaved) {
   const struct {
     const char* groups;
     const char* steps;
   } cases[] = {{"A B +C +D E", "A B E |"}, {"+A B", "+A B |"}, {"A !+B +C", "A !+B |"},
-               {"As +B +C", "A +B |"},     {"A +Bs", "A |"},   {"A -E B", "A B |"}};
+               {"As +B +C", "A +B |"},     {"A +Bs", "A |"},   {"A -E B", "A B |"},
+               {"A -E +B", "A -E |"},      {"A !+?B", "A |"},  {"A !+B +C !+?D E", "A !+B E |"}};
   for (const auto& each : cases) {
     manager->clear();
     std::istringstream words(each.groups);
@@ -355,6 +486,7 @@ TEST_F(Undo, JoinedGroupsMakeOneStepUntilTheDocumentIsSaved) {
       Group& group = *manager->newGroup(word.c_str(), word.find('+') != std::string::npos);
       if (word[0] == '!') group.start(1);
       if (word[0] != '-') add(group);
+      if (word.find('?') != std::string::npos) group.start(0);
       if (saves) manager->markSaved();
     }
     EXPECT_EQ(each.steps, steps());
@@ -375,41 +507,23 @@ TEST_F(Undo, WorkInASavedGroupLosesTheSavedState) {
   }
 }
 
-// In the steps A, B with a second group, and D.
-TEST_F(Undo, ForgettingDataDropsAllThatLeadsThroughIt) {
-  const struct {
-    std::size_t declaring;
-    int undone;
-    const char* left;
-  } cases[] = {{0, 0, "B D |"}, {2, 0, "D |"}, {3, 0, "|"},     {2, 1, "| D"}, {3, 1, "A B |"},
-               {2, 2, "A |"},   {0, 3, "|"},   {3, 3, "| A B"}, {2, 3, "| A"}};
-  const int data = 0;
-  for (const auto& each : cases) {
-    Group* groups[] = {&record("A", 1), &record("B", 1), &record("C", 1, true), &record("D", 1)};
-    EXPECT_TRUE(groups[each.declaring]->declare(&data));
-    manager->undo(each.undone);
-    EXPECT_FALSE(manager->forget(&data));
-    EXPECT_EQ(each.left, steps());
-    manager->clear();
-  }
-}
-
 TEST_F(Undo, DroppingTheNewestGroupTakesItsCommandsBack) {
-  EXPECT_EQ(vxUndo::kNothingLeft, manager->dropNewestGroup().code());
   record("A", 1);
   record("B", 2).hold();
   document.callsToFault = 1;
   EXPECT_EQ(vxUndo::kCommandFailed, manager->dropNewestGroup().code());
   EXPECT_EQ("A B |", steps());
-  EXPECT_EQ(12, number());
-  manager->newestGroup()->release();
-  record("C", 1);
-  manager->undo();
+  EXPECT_EQ("aab", document.text);
+  EXPECT_FALSE(manager->canUndo());
+  EXPECT_FALSE(manager->dropNewestGroup());
+  EXPECT_TRUE(manager->canUndo());
+  Group& outer = *manager->newGroup("Outer");
+  EXPECT_FALSE(add(*manager->newGroup("Inner", true)));
+  EXPECT_EQ("A Outer |", steps());
+  outer.start(1);
   EXPECT_FALSE(manager->dropNewestGroup());
   EXPECT_EQ("A |", steps());
-  EXPECT_EQ(1, number());
-  EXPECT_FALSE(manager->undo());
-  EXPECT_TRUE(manager->isSaved());
+  EXPECT_EQ(&outer, manager->newestGroup());
 }
 
 namespace {
@@ -450,12 +564,15 @@ TEST_F(Undo, SignalsTellWhatHappensAndNothingChangesMeanwhile) {
   document.callsToFault = 0;
   EXPECT_TRUE(manager->redo());
   EXPECT_EQ("rolling off on rolled changed", listener.takeLog());
+  EXPECT_FALSE(manager->undo(0));
+  EXPECT_FALSE(manager->redo(-3));
+  EXPECT_EQ("", listener.takeLog());
   record("C", 2);
   EXPECT_EQ("-B changed", listener.takeLog());
   manager->disableCreation();
   manager->disableCreation();
   EXPECT_EQ(nullptr, manager->newGroup("No"));
-  EXPECT_FALSE(first.add(std::make_unique<Add>(document, 0, 1)));
+  EXPECT_FALSE(first.add(std::make_unique<Append>(document, 'm')));
   manager->undo();
   manager->enableCreation();
   EXPECT_FALSE(manager->isCreationEnabled());
@@ -468,6 +585,28 @@ TEST_F(Undo, SignalsTellWhatHappensAndNothingChangesMeanwhile) {
   manager.reset();
   EXPECT_EQ("-A", listener.takeLog());
   EXPECT_EQ(0, listener.attempts);
+  EXPECT_EQ("error: a command is not recorded: the undo manager is at work\n",
+            reports.takeAll().at(0));
+}
+
+TEST_F(Undo, CallbacksOfChangedMaySaveAndSetLimits) {
+  int told = 0;
+  vxRTB::SignalClient client;
+  record("A", 1);
+  Group& b = record("B", 1, true);
+  manager->changed.connect(client, [&] {
+    ++told;
+    EXPECT_TRUE(manager->canUndo());
+  });
+  b.start(1);
+  EXPECT_EQ(1, told);
+  manager->changed.connect(client, [&] {
+    manager->markSaved();
+    manager->setLimits({.groups = 1});
+  });
+  record("C", 1);
+  EXPECT_EQ(3, told);
+  EXPECT_EQ("C |", steps());
 }
 
 TEST_F(Undo, CommandsCannotChangeTheHistoryThatCallsThem) {
@@ -490,12 +629,11 @@ TEST_F(Undo, CommandsCannotChangeTheHistoryThatCallsThem) {
 }
 
 TEST_F(Undo, ExceptionsOfListenersAreReported) {
-  kilntest::RecordedReports reports;
   vxRTB::SignalClient client;
   record("A", 1);
   manager->creationOff.connect(client, [](bool) { throw std::runtime_error("too late"); });
   EXPECT_FALSE(manager->undo());
-  EXPECT_EQ(0, number());
+  EXPECT_EQ("", document.text);
   EXPECT_EQ(std::vector<std::string>(2, "error: undo manager: too late\n"), reports.takeAll());
 }
 

@@ -145,7 +145,9 @@ Error History::dropNewestDone(Group& group) {
   }
   Error error = succeeds ? Error() : failed("undo", group, failure);
   if (succeeds) {
+    count(group, -1);
     pass(Direction::kUndo);
+    count(group, 1);
     cutUndone();
     while (newestDone() != nullptr && newestDone()->isEmpty()) reopen(groups_.back());
   }
@@ -216,6 +218,9 @@ bool History::takeStep(Direction direction, Failure& failure) {
     pass(direction);
     ++taken;
   } while (undone_ != groups_.end() && !undone_->beginsStep());
+  const bool undoes = direction == Direction::kUndo;
+  steps_[0] += undoes ? -1 : 1;
+  steps_[1] += undoes ? 1 : -1;
   return true;
 }
 
@@ -232,16 +237,11 @@ Command* History::nextOf(const Command& command, Direction direction) {
 }
 
 void History::pass(Direction direction) {
-  Group& group = nextGroup(direction);
-  count(group, -1);
   if (direction == Direction::kUndo) {
-    group.place_ = Group::Place::kUndone;
-    --undone_;
+    (--undone_)->place_ = Group::Place::kUndone;
   } else {
-    group.place_ = Group::Place::kDone;
-    ++undone_;
+    (undone_++)->place_ = Group::Place::kDone;
   }
-  count(group, 1);
 }
 
 // Runs all commands of a group, or none.
