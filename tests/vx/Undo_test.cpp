@@ -418,6 +418,23 @@ TEST_F(Undo, ACommandThatFailsTakesItsOwnCommandsBack) {
   EXPECT_FALSE(manager->isSaved());
 }
 
+TEST_F(Undo, WorkTakesOverThatOfNewerGroups) {
+  Group& group = *manager->newGroup("Work");
+  const auto record = [&] {
+    Group& other = *manager->newGroup("Other");
+    EXPECT_TRUE(other.declare(this));
+    EXPECT_NE(nullptr, manager->newGroup("Own"));
+    EXPECT_FALSE(manager->dropNewestGroup());
+    return !add(group) && !add(other) && !add(group) && !add(other);
+  };
+  EXPECT_FALSE(group.perform(std::make_unique<Call>(record, [] { return true; })));
+  EXPECT_EQ(1U, manager->numGroups());
+  EXPECT_EQ(5U, group.numCommands());
+  EXPECT_TRUE(group.hasDeclared(this));
+  EXPECT_FALSE(manager->undo());
+  EXPECT_TRUE(manager->isSaved());
+}
+
 TEST_F(Undo, GroupsWithoutCommandsLeaveUndoneOnesAlone) {
   Group& done = record("A", 1);
   manager->undo();
@@ -438,7 +455,13 @@ TEST_F(Undo, HeldGroupsAreNotDropped) {
   EXPECT_EQ("A B |", steps());
   EXPECT_FALSE(manager->canUndo());
   EXPECT_EQ(vxUndo::kRefused, manager->undo().code());
+  int told = 0;
+  vxRTB::SignalClient client;
+  manager->changed.connect(client, [&told] { ++told; });
+  manager->setLimits({});
   a.release();
+  EXPECT_EQ(1, told);
+  manager->setLimits({.groups = 1});
   EXPECT_EQ("B |", steps());
   EXPECT_FALSE(manager->undo());
   EXPECT_TRUE(manager->canRedo());
@@ -452,9 +475,10 @@ TEST_F(Undo, JoinedGroupsMakeOneStepUntilTheDocumentIsSaved) {
   const struct {
     const char* groups;
     const char* steps;
-  } cases[] = {{"A B +C +D E", "A B E |"}, {"+A B", "+A B |"}, {"A !+B +C", "A !+B |"},
-               {"As +B +C", "A +B |"},     {"A +Bs", "A |"},   {"A -E B", "A B |"},
-               {"A -E +B", "A -E |"},      {"A !+?B", "A |"},  {"A !+B +C !+?D E", "A !+B E |"}};
+  } cases[] = {{"A B +C +D E", "A B E |"},      {"+A B", "+A B |"}, {"A !+B +C", "A !+B |"},
+               {"As +B +C", "A +B |"},          {"A +Bs", "A |"},   {"A -E B", "A B |"},
+               {"A -E +B", "A -E |"},           {"A !+?B", "A |"},  {"+?A B", "+?A B |"},
+               {"A !+B +C !+?D E", "A !+B E |"}};
   for (const auto& each : cases) {
     manager->clear();
     std::istringstream words(each.groups);
