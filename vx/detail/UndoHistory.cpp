@@ -102,8 +102,8 @@ void History::place(Group& group) {
   groups_.splice(groups_.end(), open_, first, end);
 }
 
-// The newest done group becomes the given one: the commands of those after it are the last ones of
-// its own. They stay when somebody will add to them.
+// A done group becomes the newest one, with the commands of the newer groups behind its own. Those
+// groups go away, but for the ones that get commands later: they are open again.
 void History::takeOverNewer(Group& group) {
   Groups buried;
   for (Position position = std::next(group.position_); position != undone_;) {
