@@ -32,7 +32,7 @@ constexpr std::uint32_t kNowhere = 0xffffffff;
 // What a view has beyond the granularity, so that a record that begins in it ends in it.
 constexpr std::uint32_t kViewOverlap = 512;
 
-constinit int currentLevel asm("kilnTraceLevel") = 0;
+constinit int currentLevel = 0;
 
 struct Ring {
   Ring() = default;
@@ -177,7 +177,9 @@ char* replaceLineFeeds(char* text) {
   return text;
 }
 
-void writeLine(MorlaTrace::Subsystem subsystem, const char* format, std::va_list arguments) {
+// Out of line, so that a line above the level finds few instructions before its test.
+[[gnu::noinline]] void writeLine(MorlaTrace::Subsystem subsystem, const char* format,
+                                 std::va_list arguments) {
   const auto area = static_cast<std::size_t>(subsystem);
   KILN_ASSERT(area < kTraceTags.size());
   if (area >= kTraceTags.size()) return;
@@ -188,24 +190,13 @@ void writeLine(MorlaTrace::Subsystem subsystem, const char* format, std::va_list
   append(static_cast<std::uint32_t>(replaceLineFeeds(line + prefix) + 1 - line));
 }
 
-[[gnu::used]] void writeKeptLine(MorlaTrace::Subsystem subsystem, const char* format,
-                                 ...) asm("kilnTraceWriteKeptLine");
-
-void writeKeptLine(MorlaTrace::Subsystem subsystem, const char* format, ...) {
-  std::va_list arguments;
-  va_start(arguments, format);
-  writeLine(subsystem, format, arguments);
-  va_end(arguments);
-}
-
-// The whole of a function that passes its arguments, where they are, on to `writeKeptLine`. A
-// compiled function with a list of arguments saves the registers of all of them before the first
-// test, for which a line above the level would pay.
-#define KILN_WRITE_LINE_AT_LEVEL(level) \
-  asm("cmpl $" #level                   \
-      ", kilnTraceLevel(%rip)\n\t"      \
-      "jge kilnTraceWriteKeptLine\n\t"  \
-      "ret")
+// The whole of a function that writes lines of one level.
+#define KILN_WRITE_LINE_AT_LEVEL(level)    \
+  if (currentLevel < (level)) return;      \
+  std::va_list arguments;                  \
+  va_start(arguments, format);             \
+  writeLine(subsystem, format, arguments); \
+  va_end(arguments)
 
 std::uint32_t ringSize(std::size_t size) {
   const auto asked = static_cast<std::int32_t>(static_cast<std::uint32_t>(size));
@@ -282,19 +273,19 @@ bool MorlaTrace::enabled() {
   return currentLevel > 0;
 }
 
-[[gnu::naked]] void MorlaTrace::trace1(Subsystem, const char*, ...) {
+void MorlaTrace::trace1(Subsystem subsystem, const char* format, ...) {
   KILN_WRITE_LINE_AT_LEVEL(1);
 }
 
-[[gnu::naked]] void MorlaTrace::trace2(Subsystem, const char*, ...) {
+void MorlaTrace::trace2(Subsystem subsystem, const char* format, ...) {
   KILN_WRITE_LINE_AT_LEVEL(2);
 }
 
-[[gnu::naked]] void MorlaTrace::trace3(Subsystem, const char*, ...) {
+void MorlaTrace::trace3(Subsystem subsystem, const char* format, ...) {
   KILN_WRITE_LINE_AT_LEVEL(3);
 }
 
-[[gnu::naked]] void MorlaTrace::trace4(Subsystem, const char*, ...) {
+void MorlaTrace::trace4(Subsystem subsystem, const char* format, ...) {
   KILN_WRITE_LINE_AT_LEVEL(4);
 }
 
