@@ -3,11 +3,10 @@
 #include <chrono>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <exception>
 #include <memory>
-#include <new>
 #include <thread>
 #include <utility>
 
@@ -20,6 +19,7 @@
 #include <vx/Format.h>
 #include <vx/LocalTime.h>
 #include <vx/MappedFile.h>
+#include <vx/Process.h>
 #include <vx/Uuid.h>
 
 using namespace vxKilnBase::detail;
@@ -34,17 +34,26 @@ constexpr std::uint32_t kViewOverlap = 512;
 
 constinit int currentLevel = 0;
 
+// Writes to the position file before closing: stores through a view need not set the time of a
+// file, a write does. `tracelog --prune` takes the time for the end of this process.
+struct MarkEnd {
+  void operator()(std::FILE* positionFile) const {
+    std::fputc(kTracePositionMagic.front(), positionFile);
+    std::fclose(positionFile);
+  }
+};
+
 struct Ring {
   Ring() = default;
-  ~Ring();
+  ~Ring() { currentLevel = 0; }
   Ring(const Ring&) = delete;
   Ring& operator=(const Ring&) = delete;
 
   std::unique_ptr<vxOS::MemoryMappedFile> file;
   vxOS::FileMapping view;
+  std::unique_ptr<std::FILE, MarkEnd> endMark;
   vxOS::FileMapping positionView;  // nothing mapped: the lines go on without a position file
   vxOS::FileLock lock;
-  CString positionPath;
   std::uint32_t granularity = 1;
   TracePosition at;
   // After another `initialize`: where the oldest line stood in the file before.
@@ -59,20 +68,6 @@ CString logName;
 constinit char line[256] = {};
 constinit std::time_t stampedSecond = 0;
 constinit std::size_t stampLength = 0;  // 0: there is no stamp
-
-// Stores through a view need not set the time of a file; a write does. `tracelog --prune` takes the
-// time for the end of this process.
-void markEnd(const CString& positionPath) {
-  if (std::FILE* const file = vxOS::openFile(positionPath.view(), "r+b")) {
-    std::fputc(kTracePositionMagic.front(), file);
-    std::fclose(file);
-  }
-}
-
-Ring::~Ring() {
-  currentLevel = 0;
-  if (positionView.data()) markEnd(positionPath);
-}
 
 // Stores both copies, one after the other: a kill leaves the first one whole with the new position,
 // or the second one with the position before. The fences keep the stores in this order, which a
@@ -204,12 +199,12 @@ std::uint32_t ringSize(std::size_t size) {
   return (static_cast<std::uint32_t>(asked) + 255) / 256 * 256;
 }
 
-// Keeps the places of the ring before that a ring of `size` bytes has.
+// Keeps the places of the ring before that a ring of `size` bytes has. The place of the oldest line
+// is below `next`, or above by less than kTraceTail.
 void startRing(std::uint32_t size) {
   TracePosition& at = ring.at;
   if (at.held > 0 && ring.staleOldest == kNowhere) ring.staleOldest = at.oldest;
-  const bool stale = ring.staleOldest != kNowhere;
-  if (at.next > size - kTraceTail || (stale && ring.staleOldest >= size)) {
+  if (at.next > size - kTraceTail) {
     at.next = 0;
     ring.staleOldest = kNowhere;
   }
@@ -218,13 +213,14 @@ void startRing(std::uint32_t size) {
 
 void startPositionFile(const CString& path) {
   ring.positionView.unmap();
+  ring.endMark.reset();
   vxOS::MemoryMappedFile file;
   if (!file.createFile(path, kTracePositionBytes, vxOS::MemoryMappedFile::kReadWrite)) return;
   void* const bytes = ring.positionView.map(file, 0, kTracePositionBytes);
   if (!bytes) return;
   publishPosition(traceWords(ring.at));
   kTracePositionMagic.copy(static_cast<char*>(bytes), kTracePositionMagic.size());
-  ring.positionPath = path;
+  ring.endMark.reset(vxOS::openFile(path.view(), "r+b"));
 }
 
 // A reader that asks whether the process lives holds the lock for a moment.
@@ -234,8 +230,7 @@ void lockRing(const CString& path) {
 }
 
 CString environmentOr(const char* name, const CString& otherwise) {
-  const char* const value = std::getenv(name);
-  return value ? CString(value) : otherwise;
+  return vxOS::hasEnvironmentVariable(name) ? vxOS::environmentVariable(name) : otherwise;
 }
 
 CString logFileName(const std::tm& now) {
@@ -265,7 +260,7 @@ bool MorlaTrace::initialize(const char* directory, std::size_t size, int level) 
   startPositionFile(path + ".pos");
   currentLevel = level;
   return true;
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
   return false;
 }
 
@@ -305,7 +300,7 @@ void MorlaTrace::dump(void (*callback)(void* context, const char* text), void* c
 void MorlaTrace::initLog(const char* directory, const char* name) try {
   logDirectory = directory;
   logName = name;
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
   logDirectory = CString();
 }
 
@@ -318,7 +313,7 @@ void MorlaTrace::dumpLog() try {
   if (!file) return;
   dump(writeTextLine, file);
   std::fclose(file);
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
   return;
 }
 

@@ -2,6 +2,7 @@
 #include <chrono>
 #include <cstring>
 #include <ctime>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
@@ -167,6 +168,36 @@ TEST_F(Trace, GoesOnWhereItWasWhenNoFileCanBeMade) {
   trace2(UI, "above the level");
   for (int i = 0; i < 500; ++i) trace1(UI, "%200d", i);  // two views
   EXPECT_EQ(dumped().size(), 501u);
+}
+
+// Another program changes the oldest line: where the lines behind it begin is not known then.
+TEST_F(Trace, GivesUpTheLinesBehindALengthThatCannotBe) {
+  for (const char* const length : {"\0\0", "\x23\0", "\xff\xff"}) {
+    const TemporaryFolder own;
+    kilntest::startTrace(own.path(), 512);
+    for (int i = 0; i < 40; ++i) trace1(UI, "%4d", i);
+    std::fstream file(ringIn(own.path()), std::ios::in | std::ios::out | std::ios::binary);
+    const std::string position = readFile(ringIn(own.path()).string() + ".pos");
+    std::uint32_t oldest = 0;
+    std::memcpy(&oldest, position.data() + 64, sizeof oldest);
+    file.seekp(oldest).write(length, 2).flush();
+    trace1(UI, "last");
+    EXPECT_THAT(dumpedMessages(), ElementsAre("last"));
+  }
+}
+
+// The time of a position file tells when its process ended, wherever the process has gone.
+TEST_F(Trace, WritesToThePositionFileWhenTheRingIsClosed) {
+  const std::filesystem::path here = std::filesystem::current_path();
+  std::filesystem::current_path(folder.path());
+  ASSERT_TRUE(initialize(".", 512, 1));
+  std::filesystem::current_path(here);
+  const std::string position = ringIn(folder.path()).string() + ".pos";
+  const auto before = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24);
+  std::filesystem::last_write_time(position, before);
+  const TemporaryFolder other;
+  ASSERT_TRUE(initialize(other.path().string().c_str(), 512, 1));
+  EXPECT_GT(std::filesystem::last_write_time(position), before);
 }
 
 TEST_F(Trace, WritesALogWithTheMonthFromZero) {
