@@ -142,14 +142,13 @@ bool isPossible(const TracePosition& position, std::size_t bytes) {
          position.oldest % 2 == 0 && position.next % 2 == 0 && position.held <= position.lines;
 }
 
-// Damage in the ring spoils one end of the lines; a position of another ring, or of another time,
-// spoils both.
+// A position of another ring, or of another time, counts other lines, or begins with the newest
+// ones where the ring is full to the last byte.
 bool fits(const Contents& contents, const TracePosition& position) {
-  if (contents.damages.empty()) return contents.lines.size() == position.held;
-  if (contents.lines.empty() || contents.lines.size() >= position.held) return false;
-  const Line& last = contents.lines.back();
-  return contents.lines.front().offset == position.oldest ||
-         (last.offset + last.length) % position.size == position.next;
+  const std::vector<Line>& lines = contents.lines;
+  if (position.oldest == position.next && !lines.empty() && lines.front().time > lines.back().time)
+    return false;
+  return contents.damages.empty() ? lines.size() == position.held : lines.size() < position.held;
 }
 
 Contents readFromPosition(std::string_view bytes, const TracePosition& position) {
@@ -176,10 +175,16 @@ bool areNeighbours(const Line& before, const Line& after) {
   return before.offset + before.length == after.offset;
 }
 
-// Where the oldest line stands: behind the newest one, where the time falls; or, when all times are
-// the same, behind the bytes that the newest line left of an older one.
+// Where the oldest line stands: behind the newest one, where the time falls, if possible at the
+// bytes that the newest line left of an older one; a fall without such bytes may be a clock that
+// was set. When all times are the same, these bytes alone tell.
 std::size_t oldestOf(const std::vector<Line>& lines) {
-  auto newest = std::ranges::adjacent_find(lines, std::greater(), &Line::time);
+  const auto isSeam = [](const Line& before, const Line& after) {
+    return before.time > after.time && !areNeighbours(before, after);
+  };
+  auto newest = std::ranges::adjacent_find(lines, isSeam);
+  if (newest == lines.end())
+    newest = std::ranges::adjacent_find(lines, std::greater(), &Line::time);
   if (newest == lines.end() && !lines.empty() && lines.front().time == lines.back().time)
     newest = std::ranges::adjacent_find(lines, std::not_fn(areNeighbours));
   return newest == lines.end() ? 0 : static_cast<std::size_t>(newest - lines.begin()) + 1;
@@ -192,10 +197,11 @@ void forgiveGapBehind(const Line& newest, std::vector<Damage>& damages) {
   });
 }
 
-Contents readByPlaceAndTime(std::string_view bytes) {
+// `isSure` tells that `bytes` are the whole ring.
+Contents readByPlaceAndTime(std::string_view bytes, bool isSure) {
   const bool whole = bytes.size() >= kTraceSmallestRing && bytes.size() % 256 == 0;
   Contents contents;
-  RingScan(bytes, whole ? static_cast<std::uint32_t>(bytes.size()) : kUnknownSize, false)
+  RingScan(bytes, whole ? static_cast<std::uint32_t>(bytes.size()) : kUnknownSize, isSure)
       .scan(0, static_cast<std::uint32_t>(bytes.size()), contents);
   std::erase_if(contents.damages, [&](const Damage& gap) { return isUnused(bytes, gap); });
   const auto oldest = static_cast<std::ptrdiff_t>(oldestOf(contents.lines));
@@ -225,11 +231,13 @@ std::tm calendar(std::int64_t time) {
 }
 
 Contents readRing(std::string_view bytes, const std::optional<TracePosition>& position) {
-  if (position && isPossible(*position, bytes.size())) {
-    Contents contents = readFromPosition(bytes, *position);
-    if (contents.positionFits) return contents;
-  }
-  return readByPlaceAndTime(bytes);
+  if (!position || !isPossible(*position, bytes.size())) return readByPlaceAndTime(bytes, false);
+  Contents byPosition = readFromPosition(bytes, *position);
+  if (byPosition.positionFits && byPosition.damages.empty()) return byPosition;
+  Contents byPlace = readByPlaceAndTime(bytes, bytes.size() == position->size);
+  // A position of another time hides the newest lines where they overwrote the oldest.
+  const bool hidesLines = byPlace.lines.size() > byPosition.lines.size();
+  return byPosition.positionFits && !hidesLines ? byPosition : byPlace;
 }
 
 // The first copy is the newer one. Where its checksum does not fit, the process was killed while it
