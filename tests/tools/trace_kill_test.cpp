@@ -9,6 +9,7 @@
 #include <vx/SysInfo.h>
 
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Reports.h"
 #include "tests/support/TraceModel.h"
 #include "tools/tracelog/RingFile.h"
 
@@ -53,6 +54,22 @@ TEST(TraceKill, LeavesEveryFinishedLineWholeAndInOrder) {
                 testing::Contains(messagesIn(folder)))
         << "kill " << i;
   }
+}
+
+// The process writes the whole ring many times while it is read once.
+TEST(TraceKill, ShowsLinesOfAProcessThatTracesAllTheTime) {
+  const TemporaryFolder folder;
+  const kilntest::RecordedReports reports;
+  kilntest::ChildProcess process(
+      {std::string(APP_getBinaryPath("trace_child").view()), folder.path().string(), "1024"});
+  while (finishedLines(folder) == 0) std::this_thread::yield();
+  for (int i = 0; i < 50; ++i) {
+    tracelog::RingFile ring(kilntest::ringIn(folder.path()));
+    EXPECT_THAT(ring.readNewLines(), testing::Not(testing::IsEmpty()));
+    EXPECT_FALSE(ring.isDamaged());
+    EXPECT_TRUE(ring.canFollow());
+  }
+  process.kill();
 }
 
 }  // namespace

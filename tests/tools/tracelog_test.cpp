@@ -28,10 +28,10 @@ struct Files {
   std::string position;
 };
 
-Files wrappedFiles() {
+Files wrappedFiles(std::uint64_t lines = 125) {
   const kilntest::TemporaryFolder folder;
   kilntest::startTrace(folder.path(), 1024);
-  for (std::uint64_t i = 0; i < 125; ++i)
+  for (std::uint64_t i = 0; i < lines; ++i)
     MorlaTrace::trace1(MorlaTrace::UI, "%s", kilntest::traceMessage(i).substr(0, 70).c_str());
   MorlaTrace::finalize();
   const fs::path ring = kilntest::ringIn(folder.path());
@@ -48,6 +48,15 @@ std::string ringOf(const std::vector<std::string>& texts) {
   }
   ring.resize(512);
   return ring;
+}
+
+std::string positionFile(const tracelog::TracePosition& position) {
+  const auto words = vxKilnBase::detail::traceWords(position);
+  std::string file(vxKilnBase::detail::kTracePositionMagic);
+  file.resize(vxKilnBase::detail::kTraceCopyOffsets[0]);
+  file.append(reinterpret_cast<const char*>(words.data()), sizeof words);
+  file.resize(vxKilnBase::detail::kTracePositionBytes);
+  return file;
 }
 
 const std::string kFirst = "2011/01/31 23:59:59 <UI> first";
@@ -143,6 +152,31 @@ TEST(TraceRing, FindsTheOldestLineWithoutAPosition) {
   EXPECT_FALSE(without.positionFits);
 }
 
+// A clock that was set back leaves no bytes of an overwritten line, the newest line does.
+TEST(TraceRing, TakesAGapForTheSeamRatherThanTimeAlone) {
+  const std::string oldest = kSecond + " once";
+  std::string ring = ringOf({kSecond, kFirst, kThird, kSecond, oldest});
+  ring[ring.find(kThird) + kThird.size() + 2] = 5;
+  EXPECT_EQ(textsOf(readRing(ring, std::nullopt).lines),
+            (std::vector<std::string>{oldest, kSecond, kFirst, kThird}));
+}
+
+// The files were copied one after the other, and the process went on between.
+TEST(TraceRing, DoesNotTrustAnEarlierPosition) {
+  const Files files = wrappedFiles();
+  const std::vector<Line> lines = readRing(files.ring, readPosition(files.position)).lines;
+  for (std::uint64_t count = 116; count < 125; ++count) {
+    const Contents read = readRing(files.ring, readPosition(wrappedFiles(count).position));
+    EXPECT_EQ(textsOf(read.lines), textsOf(lines)) << count;
+    EXPECT_THAT(read.damages, IsEmpty());
+    EXPECT_FALSE(read.positionFits);
+  }
+  const tracelog::TracePosition full = {0, 0, 20, 2, 512};
+  const std::string begin = kThird + std::string(180, 'x');
+  EXPECT_EQ(textsOf(readRing(ringOf({begin, kFirst}), full).lines),
+            (std::vector<std::string>{kFirst, begin}));
+}
+
 // A line that has been overwritten stands behind the text of a record that goes on to the end.
 TEST(TraceRing, TakesNoLineFromTheSlackOfTheLastRecord) {
   std::string ring = ringOf({kFirst + std::string(190, 'x'), kSecond, kThird});
@@ -193,7 +227,8 @@ TEST_F(Tracelog, ShowsLinesOldestFirstAndHarmless) {
     std::vector<std::string> arguments;
     std::string expected;
   } cases[] = {{{"@"}, kFirst + "\n" + kSecond + "\n" + third},
-               {{std::string("@") + kName, "@"}, kFirst + "\n" + kSecond + "\n" + third},
+               {{std::string("@") + kName, "@", std::string("@./") + kName},
+                kFirst + "\n" + kSecond + "\n" + third},
                {{std::string("@") + kName + ".pos"}, kFirst + "\n" + kSecond + "\n" + third},
                {{"@", "--subsystem", "UI"}, kFirst + "\n"},
                {{"@", "-s", "UI", "-s", "Undo"}, kFirst + "\n" + kSecond + "\n"},
@@ -231,6 +266,7 @@ TEST_F(Tracelog, RefusesWhatItCannotUse) {
     const char* message;
   } cases[] = {{{}, "sources"},
                {{"@missing"}, "no file and no folder"},
+               {{"@\x1b[2J"}, "\\x1b[2J"},
                {{"@", "--subsystem", "ui"}, "ui"},
                {{"@", "--prune", "0"}, "--prune"},
                {{"@", "--prune", "3", "--follow"}, "--follow"},
@@ -264,6 +300,36 @@ TEST_F(Tracelog, RemovesOldRingsAloneAndNoOtherFiles) {
   EXPECT_THAT(out, HasSubstr(kOther));
   EXPECT_EQ(run({"@other.dat", "--prune", "3"}), 2);
   EXPECT_EQ(folder.names(), "MorlaTrace-1.dat other.dat ");
+}
+
+// A crash leaves the files with an old time. The clock was wrong for the line to come.
+TEST_F(Tracelog, CountsTheAgeFromTheNewestLineOfACrash) {
+  const std::time_t yesterday = std::time(nullptr) - 24 * 60 * 60;
+  char line[32];
+  std::strftime(line, sizeof line, "%Y/%m/%d %H:%M:%S <UI> ", std::localtime(&yesterday));
+  folder.write(kName, ringOf({kFirst, line, "2999/02/01 00:00:00 <UI> to come"}));
+  folder.write(kOther + std::string(".pos"), "without a ring");
+  age(kName, 9);
+  age(kOther + std::string(".pos"), 3);
+  const std::string all = folder.names();
+  EXPECT_EQ(run({"@", "--prune", "5"}), 0);
+  EXPECT_EQ(folder.names(), all);
+  EXPECT_EQ(run({"@", "--prune", "2"}), 0);
+  EXPECT_EQ(folder.names(), std::string(kName) + " ");
+  EXPECT_EQ(run({"@", "--prune", "1"}), 0);
+  EXPECT_EQ(folder.names(), "");
+}
+
+TEST_F(Tracelog, KeepsTheOrderOfARingWhoseClockWasSetBack) {
+  const std::string ring = ringOf({kThird, kFirst});
+  const auto next = static_cast<std::uint32_t>(ring.find(kFirst) + kFirst.size() + 2) / 2 * 2;
+  folder.write(kName, ring);
+  folder.write(kName + std::string(".pos"), positionFile({0, next, 2, 2, 512}));
+  folder.write(kOther, ringOf({kSecond}));
+  EXPECT_EQ(run({"@"}), 0);
+  EXPECT_EQ(messages, "{}");
+  EXPECT_THAT(out,
+              testing::ContainsRegex("1c51a8a0 .*second\n0b51a8a0 .*third.*\n0b51a8a0 .*first"));
 }
 
 // The trace of this process goes on while the program looks for new lines, and ends at its third

@@ -20,14 +20,17 @@ position file beside a ring, "MorlaTrace-UUID.dat.pos", tells which line is the 
 places and times of the lines tell.)";
 
 constexpr const char* kFooter = R"(
-Bytes that a terminal could obey are shown as \xNN. Damage in a ring is named on standard error, with
+Bytes that a terminal could obey are shown as \xNN; a text that holds \xNN itself is shown the same
+way, as a backslash stays as it is. Damage in a ring is named on standard error, with
 its offset in the file; the whole lines around it are shown.
 
---follow ends when all processes have ended, with Ctrl-C, and, on a terminal, with ESC.
+--follow shows the processes whose rings are there at its start, not those that start later. It ends
+when all these have ended, with Ctrl-C, and, on a terminal, with ESC.
 
 --prune removes rings with their position files, and shows no lines. A ring counts from the end of
 its process; where a crash left no trace of that, from the last line or the last change of the
-files. Files with other names are never removed.
+files. Times to come count for nothing. Position files without a ring go, too, as their own times
+tell. Files with other names are never removed.
 
 Exit code: 0; 1 when a ring or a position file is damaged; 2 when the command line cannot be
 understood, or something cannot be read, removed or written.

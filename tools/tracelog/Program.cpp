@@ -12,6 +12,7 @@
 #include "tools/tracelog/CommandLine.h"
 #include "tools/tracelog/Folder.h"
 #include "tools/tracelog/RingFile.h"
+#include "tools/tracelog/Text.h"
 
 namespace tracelog {
 
@@ -22,41 +23,8 @@ enum ExitCode { kFine = 0, kDamaged = 1, kFailed = 2 };
 constexpr unsigned int kPollMilliseconds = 100;
 
 int reportFailure(const std::exception& error) {
-  rptError("tracelog: %s\n", error.what());
+  rptError("tracelog: %s\n", shown(error.what()).c_str());
   return kFailed;
-}
-
-// The length of the UTF-8 sequence at the front, 0 for one that is not well-formed. A control
-// character beyond ASCII counts as not well-formed.
-std::size_t sequenceLength(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned first = byte(0);
-  const std::size_t length = first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : first >= 0xc2 ? 2 : 0;
-  if (length == 0 || first > 0xf4 || text.size() < length) return 0;
-  unsigned code = first & (0x7fU >> length);
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xc0U) != 0x80) return 0;
-    code = code << 6 | (byte(i) & 0x3fU);
-  }
-  constexpr unsigned kLeast[] = {0xa0, 0x800, 0x10000};
-  const bool isSurrogate = code >= 0xd800 && code < 0xe000;
-  return code >= kLeast[length - 2] && code <= 0x10ffff && !isSurrogate ? length : 0;
-}
-
-// The text with the bytes that a terminal could obey, or not show, written as numbers.
-std::string shown(std::string_view text) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string result;
-  while (!text.empty()) {
-    const auto byte = static_cast<unsigned char>(text.front());
-    const std::size_t length = byte >= 0x20 && byte < 0x7f ? 1 : sequenceLength(text);
-    if (length == 0)
-      result.append({'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]});
-    else
-      result += text.substr(0, length);
-    text.remove_prefix(std::max<std::size_t>(length, 1));
-  }
-  return result;
 }
 
 // The lines of several rings in one order.
@@ -137,13 +105,17 @@ class Viewer {
 
 int pruneAll(const std::vector<std::filesystem::path>& sources, int days) {
   int code = kFine;
-  for (const std::filesystem::path& ring : findRings(sources)) {
-    try {
-      if (prune(ring, days)) std::cout << "removed " << ring.string() << '\n';
-    } catch (const InputError& error) {
-      code = reportFailure(error);
+  const auto pruneFiles = [&](const std::vector<std::filesystem::path>& files, auto pruneFile) {
+    for (const std::filesystem::path& file : files) {
+      try {
+        if (pruneFile(file, days)) std::cout << "removed " << shown(nameOf(file)) << '\n';
+      } catch (const InputError& error) {
+        code = reportFailure(error);
+      }
     }
-  }
+  };
+  pruneFiles(findRings(sources), prune);
+  pruneFiles(findLonePositions(sources), pruneLonePosition);
   return code;
 }
 

@@ -10,6 +10,7 @@
 #include <vx/Report.h>
 
 #include "tools/tracelog/CommandLine.h"
+#include "tools/tracelog/Text.h"
 
 namespace tracelog {
 
@@ -25,17 +26,14 @@ struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-std::string nameOf(const fs::path& path) {
-  const std::u8string name = path.u8string();
-  return {name.begin(), name.end()};
-}
-
-// Nothing when the file cannot be read.
+// Nothing when the file cannot be read. A pipe is not opened, because that would wait for a writer.
 std::optional<std::string> contentOf(const fs::path& path) {
   std::error_code error;
+  if (!fs::is_regular_file(path, error)) return std::nullopt;
   const std::uint64_t size = fs::file_size(path, error);
+  if (error || size > kLargestRing) return std::nullopt;
   const std::unique_ptr<std::FILE, CloseFile> file(vxOS::openFile(nameOf(path), "rb"));
-  if (error || !file || size > kLargestRing) return std::nullopt;
+  if (!file) return std::nullopt;
   std::string content(size, '\0');
   content.resize(std::fread(content.data(), 1, content.size(), file.get()));
   if (std::ferror(file.get()) != 0) return std::nullopt;
@@ -57,6 +55,7 @@ std::optional<TracePosition> unchanged(const TracePosition& before, const TraceP
   if (overwrittenLines(after) > before.lines || before.size != after.size) return std::nullopt;
   TracePosition result = before;
   result.held = static_cast<std::uint32_t>(before.lines - overwrittenLines(after));
+  if (result.held == 0 && before.held > 0) return std::nullopt;
   result.oldest = result.held > 0 ? after.oldest : before.next;
   return result;
 }
@@ -82,14 +81,24 @@ const std::vector<Line>& RingFile::readNewLines() {
     contents_.lines.clear();
     return contents_.lines;
   }
-  readFiles();
-  contents_ = readRing(bytes_, position_);
-  reportDamage();
-  if (position_ && contents_.positionFits) forgetShownLines(*position_);
+  if (readFiles())
+    readWholeLines();
+  else
+    readChangingLines();
   return contents_.lines;
 }
 
-void RingFile::readFiles() {
+void RingFile::readWholeLines() {
+  contents_ = readRing(bytes_, position_);
+  reportDamage();
+  if (position_ && contents_.positionFits) forgetShownLines(*position_);
+}
+
+// False when the process has overwritten all lines in each of the tries, and none was read before;
+// `position_` is the last one then. When lines were read before, `position_` tells of the
+// overwritten ones, so that the next call reads the others.
+bool RingFile::readFiles() {
+  std::optional<TracePosition> last;
   for (int i = 0; i < kTries; ++i) {
     const auto before = positionOf(path_);
     auto content = contentOf(path_);
@@ -98,10 +107,23 @@ void RingFile::readFiles() {
     bytes_ = std::move(*content);
     position_ = before && after ? unchanged(*before, *after) : std::nullopt;
     std::error_code error;
-    if (position_ || !fs::exists(positionPath(path_), error)) return;
-    if (after)
-      position_ = TracePosition{after->next, after->next, overwrittenLines(*after), 0, after->size};
+    if (position_ || !fs::exists(positionPath(path_), error)) return true;
+    if (after) last = after;
   }
+  position_ = last;
+  if (position_ && linesRead_ == 0) return false;
+  if (position_)
+    position_ = TracePosition{position_->next, position_->next, overwrittenLines(*position_), 0,
+                              position_->size};
+  return true;
+}
+
+// Shows the bytes of the last try, as places and times tell the lines.
+void RingFile::readChangingLines() {
+  report("the process overwrites the lines faster than they can be read; some may be torn");
+  contents_ = readRing(bytes_, std::nullopt);
+  contents_.positionFits = true;
+  linesRead_ = position_->lines;
 }
 
 void RingFile::forgetShownLines(const TracePosition& position) {
@@ -129,7 +151,7 @@ void RingFile::reportDamage() {
 }
 
 void RingFile::report(const std::string& what) {
-  rptError("tracelog: %s: %s\n", nameOf(path_).c_str(), what.c_str());
+  rptError("tracelog: %s: %s\n", shown(nameOf(path_)).c_str(), what.c_str());
 }
 
 }  // namespace tracelog

@@ -25,6 +25,9 @@ class RingFile {
   /// Reads the lines that came since the last call; the first call reads all. Damage is reported,
   /// and so are lines that were overwritten between two calls. The result is good until the next
   /// call. Throws InputError when the file cannot be read.
+  ///
+  /// A process may overwrite a ring faster than it can be read. The first call reports that and
+  /// returns lines that may be torn; a later call returns none.
   const std::vector<Line>& readNewLines();
 
   /// Whether a file was damaged in any call.
@@ -33,7 +36,9 @@ class RingFile {
   bool canFollow() const { return contents_.positionFits; }
 
  private:
-  void readFiles();
+  bool readFiles();
+  void readWholeLines();
+  void readChangingLines();
   void forgetShownLines(const TracePosition& position);
   void reportDamage();
   void report(const std::string& what);
