@@ -78,8 +78,13 @@ void publishPosition(const TraceWords& words) {
   for (const std::size_t offset : kTraceCopyOffsets) {
     auto* const copy = reinterpret_cast<std::uint64_t*>(bytes + offset);
     std::atomic_thread_fence(std::memory_order_release);
-    for (std::size_t i = 0; i < words.size(); ++i)
+    const auto store = [&](std::size_t i) {
       std::atomic_ref(copy[i]).store(words[i], std::memory_order_relaxed);
+    };
+    store(0);
+    store(1);
+    store(2);
+    store(3);
   }
   std::atomic_thread_fence(std::memory_order_release);
 }
