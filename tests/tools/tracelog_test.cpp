@@ -171,10 +171,11 @@ TEST(TraceRing, DoesNotTrustAnEarlierPosition) {
     EXPECT_THAT(read.damages, IsEmpty());
     EXPECT_FALSE(read.positionFits);
   }
-  const tracelog::TracePosition full = {0, 0, 20, 2, 512};
-  const std::string begin = kThird + std::string(180, 'x');
-  EXPECT_EQ(textsOf(readRing(ringOf({begin, kFirst}), full).lines),
-            (std::vector<std::string>{kFirst, begin}));
+  const std::string newest = "2011/02/01 00:00:01 <UI> third" + std::string(190, 'x');
+  std::string ring = ringOf({newest, kFirst});
+  ring.replace(ring.find(kFirst) - 2, 2, "\x20\x01");  // to the end of the ring
+  EXPECT_EQ(textsOf(readRing(ring, tracelog::TracePosition{0, 0, 20, 2, 512}).lines),
+            (std::vector<std::string>{kFirst, newest}));
 }
 
 // A line that has been overwritten stands behind the text of a record that goes on to the end.
