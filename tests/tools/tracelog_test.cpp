@@ -305,7 +305,7 @@ TEST_F(Tracelog, RemovesOldRingsAloneAndNoOtherFiles) {
 
 // A crash leaves the files with an old time. The clock was wrong for the line to come.
 TEST_F(Tracelog, CountsTheAgeFromTheNewestLineOfACrash) {
-  const std::time_t yesterday = std::time(nullptr) - 24 * 60 * 60;
+  const std::time_t yesterday = std::time(nullptr) - std::time_t{24} * 60 * 60;
   char line[32];
   std::strftime(line, sizeof line, "%Y/%m/%d %H:%M:%S <UI> ", std::localtime(&yesterday));
   folder.write(kName, ringOf({kFirst, line, "2999/02/01 00:00:00 <UI> to come"}));

@@ -123,7 +123,7 @@ void RingFile::readChangingLines() {
   report("the process overwrites the lines faster than they can be read; some may be torn");
   contents_ = readRing(bytes_, std::nullopt);
   contents_.positionFits = true;
-  linesRead_ = position_->lines;
+  if (position_) linesRead_ = position_->lines;
 }
 
 void RingFile::forgetShownLines(const TracePosition& position) {
