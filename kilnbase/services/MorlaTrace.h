@@ -8,7 +8,7 @@
 //     MorlaTrace::finalize();
 //
 // For the application's main thread: there is one ring, without a lock. A line costs no allocation
-// and no wait; a line above the level costs a comparison.
+// and no wait; a line above the level costs little more than its call.
 #pragma once
 
 #include <cstddef>
