@@ -8,8 +8,13 @@
 
 #include <vx/Tcp.h>
 
+#include "tests/support/SocketPair.h"
+
 namespace {
 
+using kilntest::kLong;
+using kilntest::readBytes;
+using kilntest::SocketPair;
 using vxString::CString;
 using vxTCP::Address;
 using vxTCP::Server;
@@ -17,24 +22,7 @@ using vxTCP::Socket;
 using vxUtil::Error;
 using vxUtil::Interval;
 
-const Interval kLong(20.0);
 const Interval kShort(0.05);
-
-// Two ends of a connection.
-struct Pair {
-  Pair() {
-    Server server(Server::kAnyPort, 1);
-    server.setLoopbackOnly();
-    EXPECT_EQ(server.listen().code(), 0);
-    near = std::make_unique<Socket>(Address::localhost(server.getPort()));
-    EXPECT_EQ(near->connect(kLong).code(), 0);
-    EXPECT_EQ(server.accept(far, kLong).code(), 0);
-    near->setTimeout(kLong);
-    far->setTimeout(kLong);
-  }
-
-  std::unique_ptr<Socket> near, far;
-};
 
 std::string pattern(std::size_t size) {
   std::string bytes(size, '\0');
@@ -43,14 +31,8 @@ std::string pattern(std::size_t size) {
   return bytes;
 }
 
-std::string readBytes(Socket& socket, std::size_t size) {
-  std::string bytes(size, '?');
-  EXPECT_EQ(socket.read(bytes.data(), size).code(), 0);
-  return bytes;
-}
-
 TEST(Tcp, KeepsBytesAcrossPiecesOfAllSizes) {
-  Pair pair;
+  SocketPair pair;
   const std::string sent = pattern(1'000'000);
   std::thread writer([&] {
     for (std::size_t at = 0, size = 1; at < sent.size();
@@ -68,7 +50,7 @@ TEST(Tcp, KeepsBytesAcrossPiecesOfAllSizes) {
 }
 
 TEST(Tcp, GathersSmallValuesUntilAnAnswerIsAwaited) {
-  Pair pair;
+  SocketPair pair;
   pair.near->write("ab", 2);
   pair.near->write("cd", 2);
   EXPECT_FALSE(pair.far->waitForInput(kShort));
@@ -82,7 +64,7 @@ TEST(Tcp, GathersSmallValuesUntilAnAnswerIsAwaited) {
 }
 
 TEST(Tcp, SendsWhatWasGatheredWhenItCloses) {
-  Pair pair;
+  SocketPair pair;
   pair.near->write("last", 4);
   pair.near.reset();
   EXPECT_EQ(readBytes(*pair.far, 4), "last");
@@ -92,7 +74,7 @@ TEST(Tcp, SendsWhatWasGatheredWhenItCloses) {
 }
 
 TEST(Tcp, FramesTextsByALittleEndianLength) {
-  Pair pair;
+  SocketPair pair;
   const std::string binary("a\0b", 3);
   pair.near->write(CString(std::string_view(binary)));
   pair.near->write(CString());
@@ -110,7 +92,7 @@ TEST(Tcp, FramesTextsByALittleEndianLength) {
 }
 
 TEST(Tcp, TakesTextsUpToTheLimitOnly) {
-  Pair pair;
+  SocketPair pair;
   const std::string longest = pattern(Socket::kMaxTextBytes);
   std::thread writer([&] {
     pair.near->write(CString(std::string_view(longest)));
@@ -127,7 +109,7 @@ TEST(Tcp, TakesTextsUpToTheLimitOnly) {
 }
 
 TEST(Tcp, FailsForGoodAfterAFailure) {
-  Pair pair;
+  SocketPair pair;
   pair.far->write("abc", 3);
   pair.far.reset();
   char bytes[4];
@@ -139,7 +121,7 @@ TEST(Tcp, FailsForGoodAfterAFailure) {
 }
 
 TEST(Tcp, WritesToAVanishedPeerFailWithoutASignal) {
-  Pair pair;
+  SocketPair pair;
   pair.far.reset();
   const std::string bytes(100'000, 'x');
   Error error;
@@ -148,7 +130,7 @@ TEST(Tcp, WritesToAVanishedPeerFailWithoutASignal) {
 }
 
 TEST(Tcp, ThrowsInThrowingMode) {
-  Pair pair;
+  SocketPair pair;
   pair.near->setThrowMode(true);
   pair.near->setTimeout(kShort);
   char byte;
@@ -163,7 +145,7 @@ TEST(Tcp, ThrowsInThrowingMode) {
 }
 
 TEST(Tcp, ASlowPeerDoesNotStretchAnExchange) {
-  Pair pair;
+  SocketPair pair;
   std::thread slow([&] {
     for (int i = 0; i < 200 && !pair.far->write("x", 1) && !pair.far->flush(); ++i)
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -178,7 +160,7 @@ TEST(Tcp, ASlowPeerDoesNotStretchAnExchange) {
 }
 
 TEST(Tcp, AStalledReaderEndsTheWrite) {
-  Pair pair;
+  SocketPair pair;
   pair.near->setTimeout(kShort);
   const std::string bytes(1 << 20, 'x');
   Error error;
@@ -187,7 +169,7 @@ TEST(Tcp, AStalledReaderEndsTheWrite) {
 }
 
 TEST(Tcp, InterruptEndsAWaitOfAnotherThread) {
-  Pair pair;
+  SocketPair pair;
   std::thread other([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     pair.near->interrupt();
@@ -239,7 +221,7 @@ TEST(Tcp, ConnectsToNobody) {
 }
 
 TEST(Tcp, KnowsThatThePeerIsOurs) {
-  Pair pair;
+  SocketPair pair;
   EXPECT_TRUE(pair.near->peerIsSameUser());
   EXPECT_TRUE(pair.far->peerIsSameUser());
 
