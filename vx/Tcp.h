@@ -107,7 +107,7 @@ class VX_API Socket {
 
  private:
   friend class Server;
-  struct Connection;
+  struct VX_LOCAL Connection;
   explicit Socket(std::unique_ptr<Connection> connection);
 
   std::unique_ptr<Connection> connection_;
@@ -141,7 +141,7 @@ class VX_API Server {
   vxUtil::Error accept(std::unique_ptr<Socket>& socket, vxUtil::Interval limit = {});
 
  private:
-  struct Listener;
+  struct VX_LOCAL Listener;
   std::unique_ptr<Listener> listener_;
 };
 

@@ -81,8 +81,8 @@ class KILNBASE_API FileCache {
   vxString::CString generatePath() const;
 
  private:
-  struct CacheImpl;
-  struct Handle;
+  struct VX_LOCAL CacheImpl;
+  struct VX_LOCAL Handle;
 
   vx::Reference<Handle> handle_;
   bool owns_;
