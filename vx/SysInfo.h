@@ -34,11 +34,13 @@ class VX_API SysInfo {
 
 }  // namespace vxOS
 
-/// The path of the program `name` in the folder of the application's programs. On Windows ".exe" is
-/// added when the name does not end so. Whether there is such a program is not checked. Empty when
-/// the folder is not known.
+/// The path of a program of the application. The program is looked for beside the one that this
+/// process runs, and then in the folder of programs of the installation that libvx belongs to. When
+/// neither has the program, the path is the one beside the running program; empty when that is not
+/// known. On Windows ".exe" is added when `name` does not end so.
 VX_API vxString::CString APP_getBinaryPath(const vxString::CString& name);
 
-/// Sets the folder of the application's programs. At the start, and again after "", that is the
-/// folder of the program that this process runs. For the application's main thread.
+/// Sets the one folder that holds the application's programs. `APP_getBinaryPath` then gives paths
+/// in that folder and looks nowhere. "" brings the folders of the start back. For the application's
+/// main thread.
 VX_API void APP_setBinaryFolder(const vxString::CString& folder);

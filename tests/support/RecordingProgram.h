@@ -1,4 +1,5 @@
-// What the next runs of the program "morlaWarning", which stands beside the tests, do.
+// The stand-in for the program "morlaWarning", in a folder below the one of the tests, and what its
+// next runs do.
 #pragma once
 
 #include <filesystem>
@@ -6,6 +7,8 @@
 #include <random>
 #include <string>
 #include <vector>
+
+#include <vx/SysInfo.h>
 
 #include "tests/support/Environment.h"
 
@@ -16,8 +19,14 @@ class RecordingProgram {
   explicit RecordingProgram(int exitCode = 0) {
     setEnvironment("KILNTEST_RECORD", record_.string());
     exitWith(exitCode);
+    APP_setBinaryFolder("");
+    const std::filesystem::path real = APP_getBinaryPath("morlaWarning").c_str();
+    APP_setBinaryFolder((real.parent_path() / "standin").string().c_str());
   }
-  ~RecordingProgram() { takeArguments(); }
+  ~RecordingProgram() {
+    APP_setBinaryFolder("");
+    takeArguments();
+  }
 
   void exitWith(int code) { setEnvironment("KILNTEST_EXIT_CODE", std::to_string(code)); }
 

@@ -46,12 +46,11 @@ TEST(Warning, OnlyTheNumberOfAButtonIsAChoiceAndOnlyATextWithAButtonIsShown) {
     program.exitWith(code);
     EXPECT_EQ(code <= 2 ? code - 1 : -1, MR_warning({"", {"?"}, {"Yes", "No"}, ""})) << code;
   }
-  APP_setBinaryFolder("a folder that is not there");
-  EXPECT_EQ(-1, MR_warning_ok("line"));
-  APP_setBinaryFolder("");
   program.takeArguments();
   EXPECT_EQ(-1, MR_warning({"title", {}, {"OK"}, ""}));
   EXPECT_EQ(-1, MR_warning({"title", {"line"}, {}, "extra"}));
   EXPECT_EQ(-1, MR_warning(1, "OK", 2, "", 99, "", 0, "behind the end", 4));
   EXPECT_THAT(program.takeArguments(), testing::IsEmpty());
+  APP_setBinaryFolder("a folder that is not there");
+  EXPECT_EQ(-1, MR_warning_ok("line"));
 }

@@ -70,7 +70,7 @@ TEST(Process, WhatCannotBeStartedHasNoExitCodeAndIsAnErrorThatNamesIt) {
 }
 
 TEST(SysInfo, ProgramsStandBesideTheRunningOneOrWhereTheHostSays) {
-  const std::filesystem::path path = APP_getBinaryPath("morlaWarning").c_str();
+  const std::filesystem::path path = APP_getBinaryPath("vx_test").c_str();
   EXPECT_TRUE(std::filesystem::exists(path)) << path;
   const CString ending = path.extension().string().c_str();
   for (const char* folder : {"some folder", "some folder/", "some folder\\"}) {
@@ -80,5 +80,5 @@ TEST(SysInfo, ProgramsStandBesideTheRunningOneOrWhereTheHostSays) {
     EXPECT_EQ(program, APP_getBinaryPath("tool"));
   }
   APP_setBinaryFolder("");
-  EXPECT_EQ(CString(path.string().c_str()), APP_getBinaryPath("morlaWarning"));
+  EXPECT_EQ(CString(path.string().c_str()), APP_getBinaryPath("vx_test"));
 }

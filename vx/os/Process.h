@@ -16,6 +16,10 @@ extern const char* const kProgramEnding;
 /// The path of the program that this process runs; empty when the system does not tell.
 vxString::CString ownProgram();
 
+/// The path of the file that this library was loaded from: of the program, when the program
+/// contains the library. Empty when the system does not tell.
+vxString::CString ownLibrary();
+
 /// The value of an environment variable; empty when there is none.
 vxString::CString environmentVariable(const char* name);
 bool hasEnvironmentVariable(const char* name) noexcept;

@@ -1,10 +1,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cinttypes>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <poll.h>
 #include <spawn.h>
 #include <string>
@@ -185,6 +188,22 @@ CString ownProgram() {
     const auto count = static_cast<std::size_t>(length);
     if (count < path.size()) return CString(std::string_view(path.data(), count));
   }
+}
+
+// The file of the mapping that holds this function. (`dladdr` tells a path that may be relative to
+// a folder which is no longer the current one.)
+CString ownLibrary() {
+  const auto here = reinterpret_cast<std::uintptr_t>(&ownLibrary);
+  std::ifstream mappings("/proc/self/maps");
+  for (std::string line; std::getline(mappings, line);) {
+    std::uintptr_t begin = 0;
+    std::uintptr_t end = 0;
+    const bool isRange = std::sscanf(line.c_str(), "%" SCNxPTR "-%" SCNxPTR, &begin, &end) == 2;
+    const std::size_t path = line.find('/');
+    if (isRange && begin <= here && here < end && path != std::string::npos)
+      return CString(std::string_view(line).substr(path));
+  }
+  return {};
 }
 
 CString environmentVariable(const char* name) {

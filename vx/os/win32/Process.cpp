@@ -133,6 +133,16 @@ std::optional<int> waitFor(HANDLE process) {
   return static_cast<int>(exitCode);
 }
 
+// The file of a program (null: the one that runs) or of a library.
+CString fileOf(HMODULE module) {
+  std::wstring path(MAX_PATH, L'\0');
+  for (;; path.resize(2 * path.size())) {
+    const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
+    if (length < path.size())
+      return vxString::IString(std::wstring_view(path).substr(0, length)).asMultibyte();
+  }
+}
+
 // The system ignores blanks and dots at the end of a file name.
 bool isBatchFile(const CString& program) {
   const std::size_t length = program.view().find_last_not_of(" .") + 1;
@@ -146,12 +156,15 @@ const char* const kSeparator = "\\";
 const char* const kProgramEnding = ".exe";
 
 CString ownProgram() {
-  std::wstring path(MAX_PATH, L'\0');
-  for (;; path.resize(2 * path.size())) {
-    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    if (length < path.size())
-      return vxString::IString(std::wstring_view(path).substr(0, length)).asMultibyte();
-  }
+  return fileOf(nullptr);
+}
+
+CString ownLibrary() {
+  HMODULE library = nullptr;
+  const DWORD byAddress =
+      GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+  const auto* here = reinterpret_cast<const wchar_t*>(&ownLibrary);
+  return GetModuleHandleExW(byAddress, here, &library) != 0 ? fileOf(library) : CString();
 }
 
 CString environmentVariable(const char* name) {
