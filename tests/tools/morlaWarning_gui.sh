@@ -9,7 +9,7 @@ rm -rf "$folder"
 mkdir -p "$folder"
 coproc XVFB { exec Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp -fbdir "$folder" 2>/dev/null; }
 server=$XVFB_PID
-trap 'kill $server 2>/dev/null || true' EXIT
+trap 'kill "$server" 2>/dev/null || true' EXIT
 read -r number <&"${XVFB[0]}"
 export DISPLAY=:$number
 unset WAYLAND_DISPLAY
@@ -51,7 +51,7 @@ picture() {
 expectOnScreen() {
   local X Y WIDTH HEIGHT
   eval "$(xdotool getwindowgeometry --shell "$window" | grep -E '^(X|Y|WIDTH|HEIGHT)=[0-9-]+$')"
-  [ "$X" -ge 0 ] && [ "$Y" -ge 0 ] && [ $((X + WIDTH)) -le 1280 ] && [ $((Y + HEIGHT)) -le 800 ] ||
+  ((X >= 0 && Y >= 0 && X + WIDTH <= 1280 && Y + HEIGHT <= 800)) ||
     fail "a window of $WIDTH x $HEIGHT at $X, $Y"
 }
 
@@ -65,10 +65,10 @@ clickButton() {
 cp "$folder/Xvfb_screen0" "$folder/empty.xwd"
 question=(-s 'Die Fläche ist offen.' -s 'поверхность' -f 'more' -b Save -b Über -b 'A & _b')
 
-while read -r code keys; do
+while read -ra keys; do
   show "${question[@]}"
-  xdotool key $keys
-  expect "$code" "the keys $keys"
+  xdotool key "${keys[@]:1}"
+  expect "${keys[0]}" "the keys ${keys[*]:1}"
 done <<'KEYS'
 1 Return
 2 Tab Return
@@ -99,6 +99,6 @@ xdotool key shift+Tab shift+Tab Return
 expect 255 'the button before the first one and the text'
 
 show "${question[@]}"
-kill $server
-wait $server || true
+kill "$server"
+wait "$server" || true
 expect 0 'the end of the display'

@@ -95,13 +95,16 @@ class Layout {
         em_(font.measure(L"M", 1000).cy),
         area_(workArea()),
         width_(std::min(45 * em_, widthOf(area_) * 3 / 4)) {
-    const LONG textBottom = addText(fullText(warning));
+    const std::wstring text = fullText(warning);
+    const LONG textBottom = addText(text);
     for (const std::string& label : warning.buttons) sizeButton(labelText(label));
+    width_ = std::clamp(std::max(textRight_ + em_, rowOfAllButtons()), 20 * em_, width_);
     while (rowsOfButtons(0, false) > heightOf(area_) / 3 && width_ < widthOf(area_) * 9 / 10)
       width_ += 5 * em_;
     for (const std::string& label : warning.buttons) makeButton(labelText(label));
     const LONG bottom = rowsOfButtons(textBottom + em_, true);
     MoveWindow(text_, textLeft_, em_, width_ - textLeft_ - em_, textBottom - em_, FALSE);
+    SetWindowTextW(text_, text.c_str());  // wrapped for the final width
     placeWindow(bottom);
   }
 
@@ -126,14 +129,22 @@ class Layout {
     const LONG highest = heightOf(area_) / 2;
     const LONG widest = width_ - textLeft_ - 2 * em_ - GetSystemMetrics(SM_CXVSCROLL);
     const SIZE size = font_.measure(text, widest);
+    textRight_ = width_ - em_ - (widest - size.cx);
     const DWORD scrolls = size.cy > highest ? WS_VSCROLL : 0;
-    text_ = add(L"EDIT", text, ES_MULTILINE | ES_READONLY | WS_TABSTOP | scrolls, kText);
+    text_ = add(L"EDIT", L"", ES_MULTILINE | ES_READONLY | WS_TABSTOP | scrolls, kText);
     return em_ + std::clamp(size.cy + em_ / 2, iconSize, highest);
   }
 
   void sizeButton(const std::wstring& label) {
     const SIZE size = font_.measure(label, width_ - 4 * em_);
     sizes_.push_back({std::max(size.cx + 2 * em_, 6 * em_), size.cy + em_});
+  }
+
+  // The width of the window when all buttons stand in one row.
+  LONG rowOfAllButtons() const {
+    LONG width = 2 * em_ - em_ / 2;
+    for (const SIZE& size : sizes_) width += size.cx + em_ / 2;
+    return width;
   }
 
   void makeButton(const std::wstring& label) {
@@ -175,6 +186,7 @@ class Layout {
   RECT area_;
   LONG width_;
   LONG textLeft_ = 0;
+  LONG textRight_ = 0;
   HWND text_ = nullptr;
   std::vector<SIZE> sizes_;
   std::vector<HWND> buttons_;
@@ -186,10 +198,10 @@ struct Content {
 };
 
 void fill(HWND window, const Content& content) {
-  SetWindowTextW(window, wide(content.warning.title).c_str());
   const Layout layout(window, content.warning, content.font);
   SendMessageW(window, DM_SETDEFID, kFirstButton, 0);
   SetFocus(GetDlgItem(window, kFirstButton));
+  SetWindowTextW(window, wide(content.warning.title).c_str());  // last: who finds it finds all
 }
 
 // Escape and the cross in the frame send IDCANCEL.
