@@ -6,8 +6,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <exception>
+#include <fcntl.h>
 #include <gtk/gtk.h>
+#include <string>
 #include <string_view>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -53,7 +54,8 @@ std::size_t screenful(std::string_view text) {
 // The size that a text takes when lines are at most `width` wide.
 Size measure(GtkWidget* widget, std::string_view text, int width) {
   PangoLayout* layout = gtk_widget_create_pango_layout(widget, nullptr);
-  pango_layout_set_text(layout, text.data(), static_cast<int>(screenful(text)));
+  const std::string shown(text.substr(0, screenful(text)));
+  pango_layout_set_text(layout, shown.c_str(), static_cast<int>(shown.size()));
   pango_layout_set_width(layout, width * PANGO_SCALE);
   pango_layout_set_wrap(layout, PANGO_WRAP_WORD_CHAR);
   Size size;
@@ -219,18 +221,13 @@ int answerOfWindow(const Warning& warning) {
   return Window(warning).waitForAnswer();
 }
 
-// The child: shows the window and tells the answer. Ends with its parent.
-[[noreturn]] void showAndTell(const Warning& warning, int pipe, pid_t parent) {
+// The child: shows the window and tells the answer. Ends with its parent, and with an exception.
+[[noreturn]] void showAndTell(const Warning& warning, int pipe, pid_t parent) noexcept {
   prctl(PR_SET_PDEATHSIG, SIGTERM);
-  if (getppid() == parent) {
-    try {
-      const int answer = answerOfWindow(warning);
-      if (write(pipe, &answer, sizeof answer) != sizeof answer) _exit(kNoButton);
-    } catch (const std::exception&) {
-      // No answer is an answer.
-    }
-  }
-  _exit(kNoButton);
+  if (getppid() != parent) _exit(kNoButton);
+  const int answer = answerOfWindow(warning);
+  const ssize_t count = write(pipe, &answer, sizeof answer);
+  _exit(count == sizeof answer ? 0 : 1);
 }
 
 // What the child tells; kNoButton when it ends without a word.
@@ -247,7 +244,7 @@ int receiveAnswer(int pipe) {
 
 std::optional<int> showOnDesktop(const Warning& warning) {
   int ends[2];
-  if (pipe(ends) != 0) return std::nullopt;
+  if (pipe2(ends, O_CLOEXEC) != 0) return std::nullopt;
   const pid_t self = getpid();
   const pid_t child = fork();
   if (child == 0) {
