@@ -9,7 +9,3 @@ void kilntest::setEnvironment(const std::string& name, const std::string& value)
 void kilntest::unsetEnvironment(const std::string& name) {
   unsetenv(name.c_str());
 }
-
-std::vector<std::string> kilntest::receivedArguments(int count, char** arguments) {
-  return {arguments + 1, arguments + count};
-}
