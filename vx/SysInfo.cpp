@@ -38,7 +38,7 @@ CString& hostFolder() {
 
 bool isFile(const CString& path) {
   vxOS::FileStatus status;
-  return !vxOS::File::query(path, status) && status.isRegularFile;
+  return !vxOS::File::query(path, status) && status.exists && !status.isDirectory;
 }
 
 }  // namespace
