@@ -37,11 +37,11 @@ class Deadline {
     const double rest = std::chrono::duration<double, std::milli>(*end_ - Clock::now()).count();
     return static_cast<int>(std::clamp(std::ceil(rest), 0.0, kLongestWait));
   }
-  /// How long to wait at once.
-  int slice() const {
+  /// The rest, but at most `longest` milliseconds; -1 for `longest` stands for no such limit.
+  int slice(int longest) const {
     const int rest = milliseconds();
-    if (os::kLongestWait < 0) return rest;
-    return rest < 0 ? os::kLongestWait : std::min(rest, os::kLongestWait);
+    if (longest < 0) return rest;
+    return rest < 0 ? longest : std::min(rest, longest);
   }
   /// An equal part of the rest; the whole for one part and without a limit.
   Interval share(std::size_t parts) const {
@@ -68,14 +68,25 @@ Error systemError(const char* what) {
   return {kFailed, CString::format("%s: %s", what, os::lastError().c_str())};
 }
 
+Error notConnected() {
+  return {kFailed, "not connected"};
+}
+
+Error interruptedError() {
+  return {kInterrupted, "interrupted"};
+}
+
 Error timedOut() {
   return {kTimedOut, "the connection does not answer in time"};
 }
 
 // Waits until the event can happen; false when the time is over or `isInterrupted` first.
+// `shutdown` does not end the wait for a connection.
 bool waitUntil(os::Handle socket, os::Event event, const Deadline& deadline,
                const std::atomic<bool>& isInterrupted = kNeverInterrupted) {
-  while (!isInterrupted && !os::wait(socket, event, deadline.slice())) {
+  constexpr int kConnectingSlice = 100;
+  const int longest = event == os::Event::kConnect ? kConnectingSlice : os::kLongestWait;
+  while (!isInterrupted && !os::wait(socket, event, deadline.slice(longest))) {
     if (deadline.isOver()) return false;
   }
   return !isInterrupted;
@@ -111,15 +122,6 @@ class OwnedHandle {
   os::Handle handle_;
 };
 
-bool isConnected(const OwnedHandle& socket, const os::Endpoint& peer, const Deadline& deadline) {
-  os::Result result = os::startConnect(socket.get(), peer);
-  while (result == os::Result::kWait) {
-    if (!waitUntil(socket.get(), os::Event::kConnect, deadline)) return false;
-    result = os::finishConnect(socket.get());
-  }
-  return result == os::Result::kDone;
-}
-
 }  // namespace
 
 Address Address::localhost(int port) {
@@ -132,7 +134,12 @@ struct Socket::Connection {
   /// The limit of the call that begins now.
   Deadline limit() const { return exchange ? *exchange : Deadline(timeout); }
   Error fail(Error error) {
-    if (!failure) failure = interrupted ? Error(kInterrupted, "interrupted") : std::move(error);
+    if (!failure) failure = interrupted ? interruptedError() : std::move(error);
+    return failure;
+  }
+  /// Why nothing can be sent or received any more; no error while the connection stands.
+  const Error& state() {
+    if (interrupted && !failure) failure = interruptedError();
     return failure;
   }
   bool waitFor(os::Event event, const Deadline& deadline) const {
@@ -140,6 +147,7 @@ struct Socket::Connection {
   }
   Error closedByPeer() { return fail({kClosed, "the peer has closed the connection"}); }
 
+  Error connectTo(const os::Endpoint& peer, const Deadline& deadline);
   Error sendGathered(os::Piece more, const Deadline& deadline);
   Error receiveSome(std::byte* data, std::size_t size, std::size_t& received,
                     const Deadline& deadline);
@@ -151,7 +159,7 @@ struct Socket::Connection {
   OwnedHandle socket;
   std::atomic<bool> interrupted = false;
   bool throws = false;
-  Error failure = {kFailed, "not connected"};
+  Error failure = notConnected();
   Interval timeout;
   std::optional<Deadline> exchange;
 
@@ -162,10 +170,26 @@ struct Socket::Connection {
   std::size_t bufferedEnd = 0;
 };
 
+// Connects to one address. What an earlier connection left goes.
+Error Socket::Connection::connectTo(const os::Endpoint& peer, const Deadline& deadline) {
+  OwnedHandle made(os::open(peer));
+  if (!made.isOpen()) return systemError("cannot connect");
+  os::Result result = os::startConnect(made.get(), peer);
+  while (result == os::Result::kWait) {
+    if (!waitUntil(made.get(), os::Event::kConnect, deadline, interrupted)) return timedOut();
+    result = os::finishConnect(made.get());
+  }
+  if (result != os::Result::kDone) return systemError("cannot connect");
+  socket = std::move(made);
+  gatheredBytes = bufferedStart = bufferedEnd = 0;
+  failure = {};
+  return {};
+}
+
 // Sends the gathered bytes and `more`.
 Error Socket::Connection::sendGathered(os::Piece more, const Deadline& deadline) {
   os::Piece first = {gathered.data(), gatheredBytes};
-  while (!failure && first.size + more.size > 0) {
+  while (!state() && first.size + more.size > 0) {
     std::size_t sent = 0;
     const os::Result result = os::send(socket.get(), first, more, sent);
     if (result == os::Result::kFailed) return fail(systemError("cannot send"));
@@ -199,7 +223,7 @@ std::size_t Socket::Connection::takeBuffered(std::byte* data, std::size_t size) 
 }
 
 Error Socket::Connection::readAll(std::byte* data, std::size_t size, const Deadline& deadline) {
-  while (!failure) {
+  while (!state()) {
     const std::size_t taken = takeBuffered(data, size);
     data += taken;
     size -= taken;
@@ -252,24 +276,20 @@ Error outcome(const Error& error, bool throws) {
 }  // namespace
 
 Error Socket::connect(Interval limit) {
+  Connection& own = *connection_;
   const Deadline deadline(limit);
-  const Address& address = connection_->address;
-  Error error(kFailed, CString::format("no host \"%s\" with a port %d", address.host().c_str(),
-                                       address.port()));
-  const bool isPort = address.port() > 0 && address.port() <= kMaxPort;
-  const auto peers =
-      isPort ? os::resolve(address.host(), address.port()) : vx::vector<os::Endpoint>();
-  for (std::size_t i = 0; i < peers.size() && !deadline.isOver(); ++i) {
-    OwnedHandle socket(os::open(peers[i]));
-    const Deadline share(deadline.share(peers.size() - i));
-    if (socket.isOpen() && isConnected(socket, peers[i], share)) {
-      connection_->socket = std::move(socket);
-      connection_->failure = {};
-      return {};
-    }
-    error = systemError("cannot connect");
+  const CString& host = own.address.host();
+  const int port = own.address.port();
+  own.socket = OwnedHandle();
+  own.failure = notConnected();
+  Error error(kFailed, CString::format("no host \"%s\" with a port %d", host.c_str(), port));
+  vx::vector<os::Endpoint> peers;
+  if (port > 0 && port <= kMaxPort) peers = os::resolve(host, port);
+  for (std::size_t i = 0; i < peers.size() && !own.interrupted && !deadline.isOver(); ++i) {
+    error = own.connectTo(peers[i], Deadline(deadline.share(peers.size() - i)));
+    if (!error) return {};
   }
-  return outcome(error, connection_->throws);
+  return outcome(own.interrupted ? interruptedError() : error, own.throws);
 }
 
 void Socket::setThrowMode(bool throws) {
@@ -288,7 +308,7 @@ void Socket::limitExchange(Interval limit) {
 Error Socket::write(const void* data, std::size_t bytes) {
   Connection& own = *connection_;
   const auto* first = static_cast<const std::byte*>(data);
-  if (own.failure) return outcome(own.failure, own.throws);
+  if (own.state()) return outcome(own.failure, own.throws);
   if (bytes > kBufferBytes - own.gatheredBytes)
     return outcome(own.sendGathered({first, bytes}, own.limit()), own.throws);
   std::copy_n(first, bytes, own.gathered.data() + own.gatheredBytes);
@@ -330,8 +350,8 @@ Error Socket::read(CString& text) {
 
 bool Socket::waitForInput(Interval limit) {
   Connection& own = *connection_;
-  if (own.bufferedStart < own.bufferedEnd) return true;
-  if (own.failure || own.sendGathered({}, own.limit())) return false;
+  if (!own.state() && own.bufferedStart < own.bufferedEnd) return true;
+  if (own.state() || own.sendGathered({}, own.limit())) return false;
   return own.waitFor(os::Event::kRead, Deadline(limit));
 }
 

@@ -69,8 +69,8 @@ class VX_API Socket {
   Socket(Socket&& other) noexcept;
   Socket& operator=(Socket&& other) noexcept;
 
-  /// Connects to the address. All addresses of a name are tried, one after the other, within the
-  /// limit. Looking the name up is not limited.
+  /// Connects to the address, and ends the connection before. All addresses of a name are tried,
+  /// one after the other, within the limit. Looking the name up is not limited.
   vxUtil::Error connect(vxUtil::Interval limit = {});
 
   void setThrowMode(bool throws);
@@ -102,7 +102,8 @@ class VX_API Socket {
   void interrupt() noexcept;
 
   /// Whether the other end belongs to the same user of this machine: for loopback connections, by
-  /// the system's table of sockets. False when the peer is elsewhere or the system does not tell.
+  /// the system's table of sockets. Waits for at most a second until the other end is accepted.
+  /// False when the peer is elsewhere or gone, and when the system does not tell.
   bool peerIsSameUser() const;
 
  private:

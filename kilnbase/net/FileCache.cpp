@@ -1,10 +1,12 @@
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <map>
 #include <memory>
 #include <memory_resource>
+#include <optional>
 #include <utility>
 
 #include <kilnbase/net/FileCache.h>
@@ -33,7 +35,6 @@ namespace {
 constexpr int kErrorCode = 1;
 constexpr double kConnectSeconds = 5.0;
 constexpr double kStartSeconds = 5.0;
-constexpr int kMostStrangers = 4;
 constexpr const char* kManualStart = "MORLA_FILE_CACHE_MANUAL_START";
 
 class ItemImpl final : public FileCacheItem {
@@ -93,10 +94,19 @@ Error startDaemon(const CString& port) {
   return vxOS::ProcessManager::getInstance().startAsync(command, vxOS::Filename());
 }
 
+// What is left of a limit; nothing when it has passed.
+std::optional<Interval> restOf(Interval limit, std::chrono::steady_clock::time_point start) {
+  if (limit.isUnlimited()) return limit;
+  const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
+  if (passed.count() >= limit.seconds()) return std::nullopt;
+  return Interval(limit.seconds() - passed.count());
+}
+
 // Takes the first connection from a process of this user.
 Error acceptDaemon(Server& server, Interval limit, std::unique_ptr<Socket>& socket) {
-  for (int strangers = 0; strangers < kMostStrangers; ++strangers) {
-    if (Error error = server.accept(socket, limit)) return error;
+  const auto start = std::chrono::steady_clock::now();
+  while (const auto rest = restOf(limit, start)) {
+    if (Error error = server.accept(socket, *rest)) return error;
     if (!socket || socket->peerIsSameUser()) break;
     socket.reset();
   }

@@ -179,6 +179,39 @@ TEST(Tcp, InterruptEndsAWaitOfAnotherThread) {
   other.join();
 }
 
+TEST(Tcp, InterruptEndsReadsOfWhatHasArrived) {
+  SocketPair pair;
+  pair.far->write("ab", 2);
+  pair.far->flush();
+  EXPECT_EQ(readBytes(*pair.near, 1), "a");
+  pair.near->interrupt();
+  char byte;
+  EXPECT_EQ(pair.near->read(&byte, 1).code(), vxTCP::kInterrupted);
+  EXPECT_EQ(pair.near->write("x", 1).code(), vxTCP::kInterrupted);
+}
+
+TEST(Tcp, ANewConnectionHasNothingOfTheOneBefore) {
+  Server server(Server::kAnyPort, 2);
+  server.setLoopbackOnly();
+  ASSERT_EQ(server.listen().code(), 0);
+  Socket near(Address::localhost(server.getPort()));
+  std::unique_ptr<Socket> first, second;
+  ASSERT_EQ(near.connect(kLong).code(), 0);
+  ASSERT_EQ(server.accept(first, kLong).code(), 0);
+  first->write("old", 3);
+  first->flush();
+  EXPECT_EQ(readBytes(near, 1), "o");
+  near.write("stale", 5);
+  ASSERT_EQ(near.connect(kLong).code(), 0);
+  ASSERT_EQ(server.accept(second, kLong).code(), 0);
+  second->write("new", 3);
+  second->flush();
+  EXPECT_EQ(readBytes(near, 3), "new");
+  near.write("fresh", 5);
+  near.flush();
+  EXPECT_EQ(readBytes(*second, 5), "fresh");
+}
+
 TEST(Tcp, AnswersOfTheServer) {
   Server server(Server::kAnyPort, 1);
   std::unique_ptr<Socket> socket;

@@ -7,6 +7,7 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <optional>
 #include <poll.h>
 #include <string>
 #include <sys/socket.h>
@@ -200,25 +201,45 @@ struct End {
   }
 };
 
-// The lines of a table hold: number, local end, remote end, state, queues, timer, retransmits, user
-// (proc_net_tcp in the kernel's documentation). State 01 is an established connection.
-bool tableHasUser(const char* table, const std::string& local, const std::string& remote) {
+enum class Owner { kUs, kOther, kNotYet };
+
+// Whose socket a line of a table is. The line holds: number, local end, remote end, state, queues,
+// timer, retransmits, user, timeout, inode (proc_net_tcp in the kernel's documentation). A socket
+// without an inode belongs to nobody: it is not accepted yet, or closed.
+std::optional<Owner> ownerIn(const char* line, const std::string& local,
+                             const std::string& remote) {
+  char ends[2][64];
+  unsigned state = 0;
+  unsigned long user = 0, inode = 0;
+  if (std::sscanf(line, " %*[^:]: %63s %63s %x %*s %*s %*s %lu %*s %lu", ends[0], ends[1], &state,
+                  &user, &inode) != 5 ||
+      local != ends[0] || remote != ends[1])
+    return std::nullopt;
+  if (inode == 0) return state == TCP_ESTABLISHED ? Owner::kNotYet : Owner::kOther;
+  return user == geteuid() ? Owner::kUs : Owner::kOther;
+}
+
+std::optional<Owner> ownerInTable(const char* table, const std::string& local,
+                                  const std::string& remote) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(table, "re"), &std::fclose);
-  char line[512], ends[2][64], state[8];
-  unsigned long user = 0;
+  char line[512];
   while (file && std::fgets(line, sizeof line, file.get()) != nullptr) {
-    if (std::sscanf(line, " %*[^:]: %63s %63s %7s %*s %*s %*s %lu", ends[0], ends[1], state,
-                    &user) == 4 &&
-        local == ends[0] && remote == ends[1] && std::strcmp(state, "01") == 0)
-      return user == geteuid();
+    if (const auto owner = ownerIn(line, local, remote)) return owner;
   }
-  return false;
+  return std::nullopt;
+}
+
+// The peer's socket stands in the table of the kind that the peer made it with.
+Owner ownerOf(const End& there, const End& here) {
+  std::optional<Owner> owner;
+  if (here.isFour()) owner = ownerInTable("/proc/net/tcp", there.asFour(), here.asFour());
+  if (!owner) owner = ownerInTable("/proc/net/tcp6", there.asSix(), here.asSix());
+  return owner.value_or(Owner::kOther);
 }
 
 }  // namespace
 
-// The peer's socket is the one whose ends are ours the other way round. It stands in the table of
-// the kind that the peer made it with.
+// The peer's socket is the one whose ends are ours the other way round.
 bool peerIsSameUser(Handle socket) {
   sockaddr_storage own = {}, peer = {};
   socklen_t ownLength = sizeof own, peerLength = sizeof peer;
@@ -226,8 +247,13 @@ bool peerIsSameUser(Handle socket) {
       getpeername(descriptor(socket), reinterpret_cast<sockaddr*>(&peer), &peerLength) != 0)
     return false;
   const End here(own), there(peer);
-  return (here.isFour() && tableHasUser("/proc/net/tcp", there.asFour(), here.asFour())) ||
-         tableHasUser("/proc/net/tcp6", there.asSix(), here.asSix());
+  constexpr int kTries = 1000;
+  for (int i = 0; i < kTries; ++i) {
+    const Owner owner = ownerOf(there, here);
+    if (owner != Owner::kNotYet) return owner == Owner::kUs;
+    usleep(1000);
+  }
+  return false;
 }
 
 }  // namespace vxOS::socket
