@@ -11,7 +11,6 @@
 #include <kilnbase/linalg/IntVec.h>
 #include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/RWBlock.h>
-#include <kilnbase/linalg/detail/SmallObjects.h>
 
 #include "tests/support/MathErrors.h"
 #include "tests/support/Matrices.h"
@@ -43,9 +42,6 @@ TEST(MathError, DefaultHandlerReportsAndContinuesOrTerminates) {
   EXPECT_DEATH(
       raiseMathError(kDivisionByZeroError, "IntVec"),
       "\\*\\* \\[DIVZERO: IntVec\\]: Divide by zero\\.\\.\n\\*\\* Processing terminated\\.");
-  EXPECT_DEATH(
-      raiseMathError(MathErrorRecord{kEmptyVectorError, 2, 0x900E}, "DoubleVec", "minIndex"),
-      "empty.\n.. Processing terminated");
   EXPECT_DEATH(raiseMathError(0x700A),
                "\\*\\* Error number 0x700a\\.\\*\\* Processing terminated\\.");
 }
@@ -169,16 +165,4 @@ TEST(RWBlock, WithoutMemoryIsEmpty) {
   ASSERT_EQ(3U, raised.size());
   for (const auto& error : raised) EXPECT_EQ(kOutOfMemoryError, error.number);
   EXPECT_EQ(2U, raised[0].severity);
-}
-
-TEST(SmallObjects, KeepsTheLastFiveOfASize) {
-  using namespace vxKilnBase::detail;
-  void* objects[6];
-  for (void*& object : objects) object = takeSmallObject(7);
-  // Size 7 counts as 8. The cache has no room for the sixth.
-  for (void* object : objects) releaseSmallObject(object, 8);
-  void* other = takeSmallObject(9);
-  for (int i = 4; i >= 0; --i) EXPECT_EQ(objects[i], takeSmallObject(8));
-  for (int i = 0; i < 5; ++i) releaseSmallObject(objects[i], 8);
-  releaseSmallObject(other, 10);
 }
