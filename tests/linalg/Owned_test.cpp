@@ -1,7 +1,6 @@
 // Vectors and matrices in the hands of the standard library: exchanging, sorting, containers.
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <random>
 #include <ranges>
 #include <utility>
 #include <vector>
@@ -19,9 +18,6 @@ concept Multiplied = requires(const A& a, const B& b) {
   a* b;
 };
 static_assert(!Multiplied<DoubleGenMat, DoubleVec>);
-static_assert(!Multiplied<DoubleVec, DoubleGenMat>);
-static_assert(!Multiplied<IntGenMat, DoubleVec>);
-static_assert(Multiplied<IntGenMat, DoubleGenMat>);
 static_assert(Multiplied<IntVec, DoubleVec>);
 
 // Vectors and matrices of different sizes, one for each number.
@@ -37,9 +33,6 @@ View sample(int i) {
 // The number of a sample.
 int key(const DoubleVec& v) {
   return static_cast<int>(v(0));
-}
-int key(int i) {
-  return i;
 }
 
 template <class View>
@@ -58,20 +51,16 @@ TYPED_TEST_SUITE(Views, Kinds);
 }  // namespace
 
 TYPED_TEST(Views, EveryWayOfSwappingExchangesEverything) {
-  using View = TypeParam;
-  using Swap = void (*)(View&, View&);
-  const Swap ways[] = {[](View& a, View& b) { std::swap(a, b); },
-                       [](View& a, View& b) { swap(a, b); },
-                       [](View& a, View& b) { std::ranges::swap(a, b); }};
-  for (const Swap way : ways) {
-    View a = sample<View>(3), b = sample<View>(7), viewOfA = a;
-    way(a, b);
-    EXPECT_EQ(sample<View>(7), a);
-    viewOfA *= 2.0;  // b has the elements, not a copy of them
-    EXPECT_EQ(sample<View>(3) * 2.0, b);
-    way(a, a);
-    EXPECT_EQ(sample<View>(7), a);
-  }
+  TypeParam a = sample<TypeParam>(3), b = sample<TypeParam>(7), viewOfA = a;
+  std::swap(a, b);
+  viewOfA *= 2.0;  // b has the elements, not a copy of them
+  EXPECT_EQ(sample<TypeParam>(7), a);
+  EXPECT_EQ(sample<TypeParam>(3) * 2.0, b);
+  swap(a, b);
+  EXPECT_EQ(sample<TypeParam>(7), b);
+  std::ranges::swap(a, b);
+  swap(a, a);
+  EXPECT_EQ(sample<TypeParam>(7), a);
 }
 
 TYPED_TEST(Views, MovedViewsTakeAnyAssignmentOthersCopyElements) {
@@ -98,41 +87,16 @@ TYPED_TEST(Views, SortAndInsertInPlainContainers) {
     expected.insert(expected.begin() + i / 2, i * 37 % 100);
   }
   this->expectSamples(expected, views);
-  std::ranges::stable_sort(views, std::ranges::greater(), [](const View& v) { return key(v); });
-  std::ranges::sort(expected, std::ranges::greater());
-  this->expectSamples(expected, views);
-  std::sort(views.begin(), views.end(), [](auto& a, auto& b) { return key(a) < key(b); });
+  std::ranges::stable_sort(views, {}, [](const View& v) { return key(v); });
   std::ranges::sort(expected);
   this->expectSamples(expected, views);
-}
-
-TYPED_TEST(Views, OwnedOnesDoWhateverNumbersDo) {
-  using View = TypeParam;
-  std::mt19937 random(8);
-  std::vector<Owned<View>> owned;
-  std::vector<int> expected;
-  const auto both = [&](auto step) {
-    step(owned, [](int i) { return Owned<View>(sample<View>(i)); });
-    step(expected, [](int i) { return i; });
-  };
-  const auto remainder = [](const auto& x) { return key(x) % 3; };
-  for (int i = 0; i < 500; ++i) {
-    const auto step = random() % 8;
-    const auto place = [at = random()](auto& list) {
-      return list.begin() + static_cast<int>(at % (list.size() + 1));
-    };
-    both([&](auto& list, auto make) {
-      if (step < 5) list.insert(place(list), make(i));
-      if (step == 5 && place(list) != list.end()) list.erase(place(list));
-      if (step == 6) std::ranges::rotate(list, place(list));
-      if (step == 7) std::ranges::stable_sort(list, {}, remainder);
-      if (list.size() > 40) {
-        std::erase_if(list, [&](const auto& x) { return remainder(x) == 1; });
-        list = std::vector(list);
-      }
-    });
-    this->expectSamples(expected, owned);
-  }
+  // Views copy elements into the place of an erased one. Owned ones change places.
+  std::vector<Owned<View>> owned(views.begin(), views.end());
+  owned.erase(owned.begin() + 3);
+  expected.erase(expected.begin() + 3);
+  std::ranges::rotate(owned, owned.begin() + 40);
+  std::ranges::rotate(expected, expected.begin() + 40);
+  this->expectSamples(expected, owned);
 }
 
 TYPED_TEST(Views, OwnedElementsAreTheirOwn) {
