@@ -96,7 +96,7 @@ TEST(DoubleQRDecomp, LayoutIsTheHouseholderVectorsBelowR) {
 
 TEST(DoubleQRDecomp, FactorsAnewAndLeavesEarlierViewsAlone) {
   const DoubleGenMat a = randomMatrix(20, 12, 1), b = randomMatrix(15, 12, 2);
-  DoubleQRDecomp qr(a), bare;
+  DoubleQRDecomp qr(a);
   const DoubleQRDecomp shared = qr, ofA(a), ofB(b);
   qr.factor(b);
   EXPECT_EQ(ofB, qr);
@@ -104,9 +104,7 @@ TEST(DoubleQRDecomp, FactorsAnewAndLeavesEarlierViewsAlone) {
   DoubleQRDecomp apart(a);
   apart.reference(DoubleGenMat(DoubleVec(480U, 0.0).slice(0, 240, 2), 20, 12));
   apart.dataVec() = ofA.dataVec();
-  bare.reference(a);
   for (const auto& same : {shared, apart}) EXPECT_EQ(ofA.solve(a.col(1)), same.solve(a.col(1)));
-  EXPECT_EQ(a.col(1), bare.computeQy(a.col(1), 12));
 }
 
 TEST(DoubleQRDecomp, RankCountsExactZerosAndTheFirstOfTheLargestColumnsComesFirst) {
