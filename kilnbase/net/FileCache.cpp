@@ -193,19 +193,23 @@ FileCache::FileCache() : handle_(new Handle), owns_(true) {}
 
 FileCache::FileCache(const FileCache& other) : handle_(other.handle_), owns_(false) {}
 
-FileCache::FileCache(FileCache&& other) noexcept
-    : handle_(other.handle_), owns_(std::exchange(other.owns_, false)) {}
+// Both are handles on the cache afterwards.
+FileCache::FileCache(FileCache&& other) noexcept : owns_(std::exchange(other.owns_, false)) {
+  handle_ = other.handle_;
+}
 
 FileCache& FileCache::operator=(const FileCache& other) {
-  return *this = FileCache(other);
+  if (handle_ == other.handle_) return *this;
+  if (owns_) handle_->cache.reset();
+  handle_ = other.handle_;
+  owns_ = false;
+  return *this;
 }
 
 FileCache& FileCache::operator=(FileCache&& other) noexcept {
-  if (this == &other) return *this;
-  if (owns_ && handle_ != other.handle_) handle_->cache.reset();
-  const bool ownsAlready = owns_ && handle_ == other.handle_;
-  handle_ = other.handle_;
-  owns_ = std::exchange(other.owns_, false) || ownsAlready;
+  const bool becomesOwner = std::exchange(other.owns_, false);
+  *this = std::as_const(other);
+  owns_ = owns_ || becomesOwner;
   return *this;
 }
 
@@ -237,6 +241,7 @@ vx::Reference<FileCacheItem> FileCache::add(const CString& key, const CString& p
 
 void FileCache::remove(vx::Reference<FileCacheItem> item) {
   if (auto* own = dynamic_cast<ItemImpl*>(item.get())) own->setRemoved();
+  item = nullptr;
 }
 
 void FileCache::setAccessed(const vx::Reference<FileCacheItem>& item) {

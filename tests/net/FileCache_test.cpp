@@ -55,8 +55,8 @@ class Daemon : vxKilnBase::FileCacheProtocolServer {
     try {
       for (;;) readRequest();
     } catch (const Error&) {
+      socket_.reset();
     }
-    socket_.reset();
   }
   void note(const CString& call) {
     const std::lock_guard lock(mutex_);
