@@ -1,11 +1,15 @@
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
+#include <map>
 #include <new>
 #include <random>
-#include <set>
+#include <ranges>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include <kilnbase/util/mr_avl.h>
@@ -43,77 +47,22 @@ int compareItems(const void* a, const void* b) {
   return keyOf(a) - keyOf(b);
 }
 
-// The fields of all nodes, each node before its subtrees, and -1 for each missing subtree.
-std::vector<int> shape(const MR_AvlNode* node) {
-  if (node == nullptr) return {-1};
-  std::vector<int> all = {keyOf(node), node->balance, node->direction};
-  for (const MR_AvlNode* child : {node->left, node->right}) {
-    std::ranges::copy(shape(child), std::back_inserter(all));
-  }
-  return all;
+// The keys in brackets that show the tree, each with the direction of its node.
+std::string shape(const MR_AvlNode* node) {
+  if (node == nullptr) return "";
+  std::ostringstream text;
+  text << '(' << shape(node->left) << keyOf(node) << "-<>"[node->direction] << shape(node->right);
+  return text.str() + ')';
 }
 
-// The operations as they are defined: each pass measures all heights and rotates once at most.
-namespace plain {
-
-// Returns the height and sets the balances.
-int measure(MR_AvlNode* node) {
+// Checks that the tree is balanced and that its balances say so. Returns its height.
+int checkedHeight(const MR_AvlNode* node) {
   if (node == nullptr) return 0;
-  const int left = measure(node->left), right = measure(node->right);
-  node->balance = static_cast<std::int16_t>(right - left);
+  const int left = checkedHeight(node->left), right = checkedHeight(node->right);
+  EXPECT_EQ(right - left, node->balance);
+  EXPECT_LE(std::abs(right - left), 1);
   return 1 + std::max(left, right);
 }
-
-bool rotateFirst(MR_AvlNode*& link) {
-  MR_AvlNode* const n = link;
-  if (n == nullptr) return false;
-  if (rotateFirst(n->left) || rotateFirst(n->right)) return true;
-  if (n->balance >= -1 && n->balance <= 1) return false;
-  const bool right = n->balance > 0;
-  const auto higher = right ? &MR_AvlNode::right : &MR_AvlNode::left;
-  const auto lower = right ? &MR_AvlNode::left : &MR_AvlNode::right;
-  MR_AvlNode *const c = n->*higher, *const g = c->*lower;
-  if (c->balance == (right ? 1 : -1)) {
-    n->*higher = g, c->*lower = n, link = c;
-  } else {
-    c->*lower = g->*higher, n->*higher = g->*lower, g->*higher = c, g->*lower = n, link = g;
-  }
-  return true;
-}
-
-void balance(MR_AvlNode*& root) {
-  do measure(root);
-  while (rotateFirst(root));
-}
-
-// Inserts into a balanced tree.
-int insert(MR_AvlNode*& root, Item& item) {
-  MR_AvlNode** link = &root;
-  while (*link != nullptr) {
-    const int order = item.key - keyOf(*link);
-    if (order == 0 && *link != &item.node) item.node = {};
-    if (order == 0) return 1;
-    (*link)->direction = order < 0 ? 1 : 2;
-    link = order < 0 ? &(*link)->left : &(*link)->right;
-  }
-  *link = &item.node;
-  item.node = {};
-  balance(root);
-  return 0;
-}
-
-int unlink(MR_AvlNode*& root, Item& item) {
-  MR_AvlNode** link = &root;
-  while (*link != &item.node) {
-    if (*link == nullptr || keyOf(*link) == item.key) return 1;
-    link = item.key < keyOf(*link) ? &(*link)->left : &(*link)->right;
-  }
-  *link = item.node.right != nullptr ? item.node.right : item.node.left;
-  if (item.node.right != nullptr) MR_avl_first(item.node.right)->left = item.node.left;
-  return 0;
-}
-
-}  // namespace plain
 
 std::vector<Item> numbered(int count) {
   std::vector<Item> items;
@@ -147,37 +96,67 @@ int visit(MR_AvlNode* node, void* user) {
 
 }  // namespace
 
-TEST(Avl, RandomOperationsGiveTheDefinedTrees) {
+TEST(Avl, RandomOperationsFollowASetAndKeepTheTreeBalanced) {
   for (unsigned seed = 0; seed < 60; ++seed) {
     std::mt19937 random(seed);
-    std::vector<Item> ours = numbered(8 << seed % 5);
-    for (Item& item : ours) item.key /= 2;  // two of each key
-    std::vector<Item> twins = ours;
-    MR_AvlNode *root = nullptr, *plainRoot = nullptr;
-    for (std::size_t step = 0; step < 6 * ours.size(); ++step) {
-      const std::size_t i = random() % ours.size();
-      const bool inserting = step % 16 < 9, balancing = seed < 20 || random() % 2 == 0;
-      const auto change = inserting ? MR_avl_insert : balancing ? MR_avl_remove : MR_bt_remove;
-      const int result = (inserting ? plain::insert : plain::unlink)(plainRoot, twins[i]);
-      ASSERT_EQ(result, change(&root, &ours[i].node, compareItems));
-      if (result == 0 && change == MR_avl_remove) plain::balance(plainRoot);
-      if (result == 0 || inserting) {
-        ASSERT_EQ(shape(&twins[i].node), shape(&ours[i].node)) << "the given node";
+    std::vector<Item> items = numbered(8 << seed % 5);
+    for (Item& item : items) item.key /= 2;  // two of each key
+    std::map<int, const MR_AvlNode*> model;
+    MR_AvlNode* root = nullptr;
+    bool isBalanced = true;
+    for (std::size_t step = 0; step < 6 * items.size(); ++step) {
+      Item& item = items[random() % items.size()];
+      if (step % 16 < 9) {
+        const auto& [at, isNew] = model.emplace(item.key, &item.node);
+        ASSERT_EQ(isNew ? 0 : 1, MR_avl_insert(&root, &item.node, compareItems));
+        const int expected = at->second == &item.node ? checkedHeight(at->second) : 1;
+        EXPECT_EQ(expected, checkedHeight(&item.node)) << "not cleared";
+      } else {
+        const bool balances = seed < 20 || random() % 2 == 0;
+        const auto at = model.find(item.key);
+        const bool isIn = at != model.end() && at->second == &item.node;
+        const auto remove = balances ? MR_avl_remove : MR_bt_remove;
+        ASSERT_EQ(isIn ? 0 : 1, remove(&root, &item.node, compareItems));
+        if (isIn) model.erase(at), isBalanced = balances;
       }
-      ASSERT_EQ(shape(plainRoot), shape(root)) << "seed " << seed << ", step " << step;
-      if (step % 16 != 15) continue;
-      EXPECT_EQ(1, MR_avl_balance(&root));
-      plain::balance(plainRoot);
+      if (step % 16 == 15) isBalanced = MR_avl_balance(&root) == 1;
+      if (isBalanced) checkedHeight(root);
+      Stop never = {0};
+      MR_avl_inorder_user(root, visit, &never);
+      ASSERT_TRUE(std::ranges::equal(std::views::keys(model), never.keys)) << step;
     }
-    for (const Item& item : ours) {
+    for (const Item& item : items) {
+      const auto search = [&](auto how) -> const void* { return how(root, &item, compareItems); };
+      const auto at = model.find(item.key);
+      const bool found = at != model.end();
+      EXPECT_EQ(found ? at->second : nullptr, search(MR_avl_find));
+      EXPECT_EQ(found && at != --model.end() ? std::next(at)->second : nullptr,
+                search(MR_avl_next));
+      EXPECT_EQ(found && at != model.begin() ? std::prev(at)->second : nullptr,
+                search(MR_avl_prev));
       EXPECT_EQ(0, std::memcmp(&item.node.direction + 1, "ZZZZZ", 5))
           << "bytes behind the fields, where a record may go on, have changed";
     }
+    EXPECT_EQ(0, MR_avl_postorder(
+                     root, [](MR_AvlNode* node) { return std::memset(node, -1, sizeof *node), 0; }))
+        << "callbacks may free nodes";
   }
 }
 
+TEST(Avl, EachInsertionRotatesOnceAndARemovedNodeIsReplacedByItsRightSubtree) {
+  std::vector<Item> items = numbered(10);
+  MR_AvlNode* root = nullptr;
+  for (const std::size_t i : {5U, 2U, 8U, 1U, 4U, 3U, 9U, 7U, 6U, 0U}) {
+    MR_avl_insert(&root, &items[i].node, compareItems);
+  }
+  EXPECT_EQ("((((0-)1<)2<(3-))4<(((5>)6-(7<))8<(9-)))", shape(root));
+  MR_bt_remove(&root, root, compareItems);
+  EXPECT_EQ("((((((0-)1<)2<(3-))5>)6-(7<))8<(9-))", shape(root));
+  MR_avl_balance(&root);
+  EXPECT_EQ("((((0-)1<)2<(3-))5>((6-(7<))8<(9-)))", shape(root));
+}
+
 TEST(Avl, ChainsAreBalancedAndWalkedAsFarAsTold) {
-  static MR_AvlNode* root;
   std::vector<Item> items = numbered(300);         // more levels than fit without the heap
   std::vector<Item> deepItems = numbered(300000);  // too deep for the stack
   for (const std::size_t period : {1U, 2U, 1000000U}) {
@@ -186,8 +165,8 @@ TEST(Avl, ChainsAreBalancedAndWalkedAsFarAsTold) {
     Stop never = {0};
     EXPECT_EQ(0, MR_avl_inorder_user(deepRoot, visit, &never));
     EXPECT_TRUE(std::ranges::equal(deepItems, never.keys, {}, &Item::key));
-    EXPECT_LE(plain::measure(deepRoot), 26);
-    root = chained(items, period);
+    EXPECT_LE(checkedHeight(deepRoot), 26);
+    MR_AvlNode* root = chained(items, period);
     std::vector<int> keys;
     for (auto* at = root; at; at = at->left ? at->left : at->right) keys.push_back(keyOf(at));
     std::ranges::reverse(keys);
@@ -199,18 +178,9 @@ TEST(Avl, ChainsAreBalancedAndWalkedAsFarAsTold) {
       }
       std::ranges::sort(keys);
     }
-    for (const auto walk : {MR_avl_postorder, MR_avl_inorder}) {
-      EXPECT_EQ(0, walk(root,
-                        [](MR_AvlNode* node) {
-                          return MR_avl_find(root, node, compareItems) == node ? 0 : 1;
-                        }))
-          << "callbacks may search";
-    }
-    plain::balance(root);
-    const std::vector<int> balanced = shape(root);
-    root = chained(items, period);
+    EXPECT_EQ(7, MR_avl_inorder(root, [](MR_AvlNode*) { return 7; }));
     MR_avl_balance(&root);
-    EXPECT_EQ(balanced, shape(root));
+    checkedHeight(root);
   }
 }
 
@@ -232,39 +202,18 @@ TEST(Avl, StaysASearchTreeWhenThereIsNoMemoryToWalkIt) {
   EXPECT_TRUE(std::ranges::equal(items, never.keys, {}, &Item::key));
 }
 
-TEST(Avl, SearchesAndNeighboursAreThoseOfASortedSet) {
-  std::mt19937 random(1);
+TEST(Avl, MisuseIsRefused) {
   MR_AvlNode* root = nullptr;
   for (const auto end : {MR_avl_first, MR_avl_last, MR_avl_left, MR_avl_right}) {
     EXPECT_EQ(nullptr, end(root));
   }
-  std::vector<Item> items = numbered(400);
-  EXPECT_EQ(-1, MR_avl_insert(nullptr, &items[0].node, compareItems));
+  Item item(1);
+  EXPECT_EQ(-1, MR_avl_insert(nullptr, &item.node, compareItems));
   EXPECT_EQ(-1, MR_avl_insert(&root, nullptr, compareItems));
-  EXPECT_EQ(-1, MR_avl_insert(&root, &items[0].node, nullptr));
-  std::set<int> keys;
-  for (int step = 0; step < 5000; ++step) {  // balances are not kept up to date
-    Item& item = items[random() % (step < 1000 ? 4 : 400)];
-    const bool isNew = keys.insert(item.key).second;
-    EXPECT_EQ(0, (isNew ? MR_avl_insert : MR_bt_remove)(&root, &item.node, compareItems));
-    if (!isNew) keys.erase(item.key);
-  }
-  EXPECT_EQ(7, MR_avl_inorder(root, [](MR_AvlNode*) { return 7; }));
+  EXPECT_EQ(-1, MR_avl_insert(&root, &item.node, nullptr));
+  EXPECT_EQ(0, MR_avl_insert(&root, &item.node, compareItems));
   for (const auto search : {MR_avl_find, MR_avl_next, MR_avl_prev}) {
     EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, search(root, root, nullptr)), "compare != nullptr");
   }
   EXPECT_DEBUG_DEATH(EXPECT_EQ(1, MR_bt_remove(&root, root, nullptr)), "given");
-  const auto keyOrNone = [](const MR_AvlNode* node) { return node != nullptr ? keyOf(node) : -1; };
-  EXPECT_EQ(*keys.begin(), keyOrNone(MR_avl_first(root)));
-  EXPECT_EQ(*keys.rbegin(), keyOrNone(MR_avl_last(root)));
-  for (const Item& item : items) {
-    const auto search = [&](auto how) { return keyOrNone(how(root, &item, compareItems)); };
-    const auto at = keys.find(item.key);
-    const bool found = at != keys.end();
-    EXPECT_EQ(found ? item.key : -1, search(MR_avl_find));
-    EXPECT_EQ(found && at != --keys.end() ? *std::next(at) : -1, search(MR_avl_next));
-    EXPECT_EQ(found && at != keys.begin() ? *std::prev(at) : -1, search(MR_avl_prev));
-  }
-  const auto release = [](MR_AvlNode* node) { return std::memset(node, -1, sizeof *node), 0; };
-  EXPECT_EQ(0, MR_avl_postorder(root, release));
 }
