@@ -44,10 +44,6 @@ TEST(Angle, EachRepresentationLeadsToTheOthers) {
     EXPECT_NEAR(0.0, std::remainder(byCosSin.radians() - radians, 2 * kPi), 2 * kRounding);
   }
   EXPECT_EQ(720.0, Tangle(720.0).degrees());
-  double cosine = 0.0, sine = 0.0;
-  Tangle(60.0).getCosSin(cosine, sine);
-  EXPECT_NEAR(0.5, cosine, kRounding);
-  EXPECT_NEAR(std::sqrt(0.75), sine, kRounding);
 }
 
 TEST(Angle, ClampingSnapsCosineAndSine) {
@@ -64,7 +60,6 @@ TEST(Angle, ClampingSnapsCosineAndSine) {
 
 TEST(Plane, LinesMeetItAheadBehindOrNever) {
   const Tplane plane(T4dDblPoint(0, 0, 5, 2), T4dDblVector(0, 0, 2), 0.5);
-  EXPECT_EQ(1e-10, Tplane(T4dDblPoint(), T4dDblVector(1e-10, 0, 0), 0.5).a);
   T4dDblPoint out(9, 9, 9, 9);
   EXPECT_EQ(1, plane.intersection(T4dDblPoint(), T4dDblVector(1, 0, 9e-10), out));
   EXPECT_EQ(T4dDblPoint(9, 9, 9, 9), out);
@@ -146,11 +141,7 @@ TEST(Rotation, ShortQuaternionsAndAxesGiveTheIdentity) {
   EXPECT_FALSE(std::isfinite(quaternion(0, 0, 0, 0).inverse().w));
   EXPECT_EQ(quaternion(0, 0, 0, 0), (-TunitQuaternion()).log());
   EXPECT_EQ(quaternion(1, 1e-10, 0, 0), quaternion(9, 1e-10, 0, 0).exp());
-  TunitQuaternion stretched;
-  stretched.w = 2.0;
-  EXPECT_EQ(2.0, stretched.inverse().w);
   const Tquaternion i = quaternion(0, 1, 0, 0), k = quaternion(0, 0, 0, 1);
   EXPECT_TRUE(i.equivalent(k, std::sqrt(2.0)));
   EXPECT_FALSE(i.equivalent(k, 1.414));
-  EXPECT_TRUE(i.equivalent(i, -1.0));
 }
