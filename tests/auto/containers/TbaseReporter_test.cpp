@@ -5,7 +5,6 @@
 #include <tuple>
 
 #include <kilnbase/auto/containers/TbaseReporter.h>
-#include <kilnbase/auto/containers/TdebugTrace.h>
 
 #include "tests/support/Reports.h"
 
@@ -25,7 +24,6 @@ TEST(TbaseReporter, PutsTheOptionNameBeforeFixedTextsOrOnlyAsksAndWaits) {
   reports.asksToStop = true;
   EXPECT_EQ(1, reporter.quit());
   EXPECT_EQ(25U, reporter.sleep(25));
-  EXPECT_EQ(0, TdebugTrace(1, nullptr, nullptr).on());
   TbaseReporter::sPromptNoHist("%d", 2);
   const std::string tolerance = "user: an older na:  Iteration 4.  Tolerance achieved: ";
   EXPECT_THAT(reports.takeAll(),

