@@ -105,8 +105,6 @@ TEST(LinkList, BehavesLikeAVectorOfNodes) {
     EXPECT_EQ(any, MR_ll_nth(list.head, MR_ll_find_item_number(list.head, any)));
   }
   EXPECT_EQ(list.head, MR_ll_nth(list.head, -3));
-  EXPECT_EQ(nullptr, MR_ll_find(list.head, nullptr, compareKeys, 0));
-  EXPECT_EQ(0, MR_ll_present(list.head, nullptr));
 }
 
 TEST(LinkList, MergesChainsWithTheirCompanions) {

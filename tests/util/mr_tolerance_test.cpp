@@ -33,7 +33,6 @@ TEST(Tolerance, OneCurvatureToleranceIsSavedAndAnglesAreInRadians) {
   EXPECT_DOUBLE_EQ(0.6, get_curvature_tolerance());
   unscale_curvature_tolerance();
   EXPECT_EQ(0.2, get_curvature_tolerance());
-  set_curvature_tolerance(0.1);
   set_tol_topological_G1(0.5);
   EXPECT_NEAR(0.5, get_topological_G1(), 1e-15);
 }

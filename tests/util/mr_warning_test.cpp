@@ -10,14 +10,6 @@
 using kilntest::RecordingProgram;
 using testing::ElementsAre;
 
-template <class... Values>
-concept ListTakes = requires(const char** labels, Values... values) {
-  MR_warning(0, values..., 4);
-  MR_warning_buttons(1, labels, 0, values..., 4);
-};
-static_assert(ListTakes<const char*, int, char*, int, std::nullptr_t>);
-static_assert(!ListTakes<vxString::CString> && !ListTakes<const char*, int, std::string>);
-
 TEST(Warning, TheProgramIsToldEveryPartInOrder) {
   RecordingProgram program(1);
   EXPECT_EQ(0, MR_warning({"", {}, {""}, "more"}));

@@ -43,7 +43,6 @@ TEST_P(Kinds, DifferencesIntersectionsAndMergersTakeVisibleItems) {
   EXPECT_EQ(nullptr, DS_difference(a.get(), a.get(), &status_));
   EXPECT_EQ(nullptr, DS_intersect(a.get(), make().get(), &status_));
   EXPECT_EQ(MR_NO_ERROR, status_) << "having no items is no failure";
-  EXPECT_EQ(0, Owned(DS_difference(a.get(), b.get(), nullptr))->ordered);
   b->ordered = 0;
   EXPECT_EQ(0, Owned(DS_intersect(a.get(), b.get(), &status_))->ordered);
   a->comparator = b->comparator = nullptr;
@@ -82,10 +81,6 @@ TEST_P(Kinds, RemovalAndDestructionMeetItemsHiddenOrNot) {
   EXPECT_EQ(isSmall, std::exchange(mixed->filter, nullptr));
   EXPECT_EQ(Ds_fifo_comparator, mixed->comparator);
   EXPECT_THAT(contents(mixed), ElementsAre(2, 104));
-  void* memory = std::malloc(1);
-  EXPECT_EQ(1, DS_memory_free(static_cast<void*>(&memory)));
-  EXPECT_EQ(nullptr, memory);
-  EXPECT_EQ(1, DS_memory_free(nullptr));
 }
 
 TEST(Structures, SuppliedComparatorsTakeItemsForNumbersAndStrings) {
@@ -94,7 +89,6 @@ TEST(Structures, SuppliedComparatorsTakeItemsForNumbersAndStrings) {
   EXPECT_EQ(-1, Ds_default_comparator(&small, &large)) << "unsigned";
   EXPECT_EQ(-1, Ds_string_comparator(&text, &umlautText)) << "unsigned";
   EXPECT_EQ(0, Ds_string_comparator(&text, &none));
-  EXPECT_EQ(1, Ds_string_find(a, "a"));
 }
 
 TEST(Structures, PrintingShowsTheHeaderAndTheVisibleItems) {
@@ -108,9 +102,6 @@ TEST(Structures, PrintingShowsTheHeaderAndTheVisibleItems) {
                   StartsWith("debug 0: Filter = 0x"), StartsWith("debug 0: Comparator = 0x"),
                   "debug 0: Ordered = TRUE\n", "debug 0: Filtered Member list =\n", "debug 0: >>>",
                   StartsWith("debug 0: Item 0x"), "debug 0: 0x6\n", "debug 0: <<<"));
-  DS_print_structure(
-      s.get(), [](void*, void*) { return rptUser("my text"), 1; }, nullptr, nullptr);
-  EXPECT_EQ("user: my text", reports.takeAll().at(9));
 }
 
 // The only test that registers: the process has one registry of each sort.
@@ -147,7 +138,6 @@ TEST(Structures, AreOfTheRegisteredKindsAndOnceThereIsOneOfTheRegisteredFilters)
   };
   EXPECT_EQ(nullptr, DS_duplicate(s.get(), nullptr, nullptr, &status)) << "failed part way";
   EXPECT_EQ(MR_MEMORY_FAULT, status);
-  EXPECT_EQ(Ds_slist_get_methods(), makeStructure(DS_SLIST)->methods) << "built in";
   EXPECT_EQ(1, MR_deregister_item(&array, Ds_get_object_table(), nullptr));
 
   EXPECT_EQ(Ds_fifo_comparator, DS_set_comparator(s.get(), Ds_filo_comparator, &status));
