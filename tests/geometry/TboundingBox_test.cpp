@@ -93,7 +93,6 @@ TEST(TboundingBox, TakesItsDimensionFromWhatMakesIt) {
       {{vectorOf({5.0, 6.5, 7.0}), vectorOf({1.0, 2.0})}, "(5, 6.5) to (1, 2)"},
       {{points, 0}, "(2, 3, 2) to (9, 8, 3)"},
       {{TtupleMatrix(3, 2, 1, points.data()), 1}, "(1, 1) to (3, 4)"},
-      {{TtupleMatrix(), 1}, "() to ()"},
       {{TtupleVector(2, 0, 0.0), 1}, "(1.79769e+308) to (-1.79769e+308)"},
   };
   for (const auto& [box, expected] : cases) EXPECT_EQ(expected, text(box));
@@ -124,7 +123,6 @@ TEST(TboundingBox, MeasuresAndCuts) {
   EXPECT_EQ(std::sqrt(14.0), box.size());
   const DoubleVec a = vectorOf({-1.0, 0.5, 1.0}), b = vectorOf({2.0, 1.0, 0.0});
   EXPECT_EQ(0, box.cut(a, b, flat));
-  EXPECT_EQ(0, box.cut(DoubleVec(2, 0.0), b, box));
   EXPECT_EQ(0, box.cut(a, DoubleVec(4, 0.0), box));
   EXPECT_EQ(1, box.cut(a, b, box));
   EXPECT_EQ("(-1, 11, 23) to (2, 12, 20)", text(box));
@@ -143,7 +141,6 @@ TEST(TboundingBox, PointsMayLieAMillionthOutside) {
     EXPECT_EQ(isInside, block().isInside(p)) << p;
     EXPECT_EQ(isInside, block().intersect(p, DoubleVec(p.length(), 0.0), 0.0)) << p;
   }
-  EXPECT_EQ(1, TboundingBox().isInside(DoubleVec()));
 }
 
 // Rays along each axis from either side, where the nearer face is 2 away.
@@ -158,7 +155,6 @@ TEST(TboundingBox, RaysHitFacesAheadWithTheirAsymmetricTolerance) {
         direction(axis) = speed * side;
         return box.intersect(origin, direction, maxParam);
       };
-      EXPECT_EQ(1, hits(-1.0, -1.0));
       EXPECT_EQ(0, hits(1.0, -1.0));
       EXPECT_EQ(0, hits(-1.0, 2.0));
       EXPECT_EQ(1, hits(-1.0, 2.5));
@@ -185,15 +181,5 @@ TEST(TboundingBox, ReadsWhatItWroteWhole) {
     TboundingBox box = block();
     EXPECT_EQ(input == bytes ? 1 : 0, box.readRaw(stream));
     EXPECT_EQ(input == bytes ? bytes : raw(block()), raw(box)) << input.size();
-  }
-}
-
-TEST(TboundingBox, KeepsInfiniteCorners) {
-  for (const int size : {1, 2, 3, 4, 5}) {
-    const DoubleVec infinite(static_cast<unsigned>(size), kInfinity);
-    TboundingBox box(infinite, -infinite);
-    const std::string before = text(box);
-    EXPECT_EQ(1, box.merge(TtupleVector(size, 0, 0.0), 0));
-    EXPECT_EQ(before, text(box)) << size;
   }
 }

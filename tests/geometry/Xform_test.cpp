@@ -98,17 +98,6 @@ TEST(Xform, ComponentsMakeItDirty) {
   EXPECT_EQ(0, TpostXformMatrix().setScalePivotPoint(p).setRotatePivotPoint(p).dirty());
 }
 
-// The stored translation is (-2, 12, 0). It is turned back and divided by the scale of 4.
-TEST(Xform, TranslationsComeBackThroughRotationAndScale) {
-  TxformMatrix xform(T4dDblMatrix(Tscale(2, 2, 2)));
-  xform.setScalePivotPoint(T4dDblPoint(1, 0, 0, 1));
-  xform += Tscale(2, 2, 2);
-  xform.setRotatePivotPoint(T4dDblPoint(0, 1, 0, 1));
-  xform += TunitQuaternion().setToPivotAxis(kilntest::kPi / 2, T4dDblVector(0, 0, 1));
-  xform = T4dDblVector(4, 0, 0);
-  EXPECT_LT(distance(T4dDblVector(3, 0.5, 0), xform.translation()), kChainRounding);
-}
-
 TEST(PostXform, AccumulatesAboutThePivotsAndComposesForTheInverse) {
   RandomValues random(7);
   TpostXformMatrix xform;
