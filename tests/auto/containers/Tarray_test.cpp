@@ -110,8 +110,6 @@ TYPED_TEST(Arrays, ChangeThePhysicalSizeOnRequestOnly) {
   EXPECT_THAT(sizes(filled(1, array)), ElementsAre(1, 5, 7));
   array.create(6, 3);
   EXPECT_THAT(sizes(array), ElementsAre(6, 6, 3));
-  array.changePhysicalSizeTo(0);
-  EXPECT_THAT(sizes(filled(1, array)), ElementsAre(1, 3, 3));
 }
 
 TEST(Tarray, FindsElementsByTheirBytes) {
@@ -214,11 +212,7 @@ TYPED_TEST(Arrays, StayAsTheyAreWhenThereIsNoMemory) {
   }
   Opened<Tarray> large(SIZE_MAX / 2, 1);
   EXPECT_EQ(large.kNoMemory, large.createAndInitialise(&array[0], 3, 1));
-  TypedObjArray<char> small(1);
-  small.changePhysicalSizeTo(0x80000000);
-  EXPECT_EQ(0U, small.capacity());
   EXPECT_DEBUG_DEATH(array.changeLogicalSizeBy(-4), "difference");
-  EXPECT_EQ(3U, array.length());
   array.setSizeIncrement(0);
   EXPECT_DEBUG_DEATH(EXPECT_EQ(5U, (array.changeLogicalSizeTo(5), array.capacity())), "Increment");
 }

@@ -176,14 +176,19 @@ TEST(TsparseMatrix, DenseColumnsLoseTheirZerosOnly) {
   EXPECT_EQ("2 3 2 of 4 3 12", sizes(a));
 }
 
-TEST(TsparseMatrix, CopiesShareElementsUntilTheyAreDeepened) {
-  TsparseMatrix a = DoubleGenMat(1, 1, 1.0);
-  TsparseMatrix assigned, referenced;
+TEST(TsparseMatrix, CopiesShareElementsUntilTheyGrow) {
+  TsparseMatrix a = DoubleGenMat(1, 1, 1.0), b = DoubleGenMat(1, 2, 2.0);
+  TsparseMatrix assigned, view, grown = a;
   assigned = a;
-  referenced.reference(a);
-  a.data()(0) = 2.0;
-  EXPECT_EQ(2.0, referenced(0, 0));
+  view.reference(a);
+  std::swap(a, b);
+  EXPECT_EQ("1 2 2 of 1 2 2", sizes(a));
+  EXPECT_EQ(1, b.setElement(0, 0, 5.0));
+  EXPECT_EQ(5.0, view(0, 0));
   EXPECT_EQ(1.0, assigned(0, 0));
+  grown.resizeMax(1, 2);
+  EXPECT_EQ(1, grown.setElement(0, 0, 7.0));
+  EXPECT_EQ(5.0, view(0, 0));
   TsparseMatrix room(1, 2), copy = room;
   EXPECT_EQ(1, room.addCol(DoubleVec(1, 1.0), 0));
   EXPECT_EQ(1, copy.addCol(DoubleVec(1, 2.0), 0));
@@ -191,7 +196,6 @@ TEST(TsparseMatrix, CopiesShareElementsUntilTheyAreDeepened) {
 }
 
 TEST(TsparseMatrix, SurvivesSizesAndVectorsThatMakeNoSense) {
-  EXPECT_EQ("0 0 0 of 0 0 0", sizes(TsparseMatrix(-1, -2, -3)));
   EXPECT_EQ("0 0 0 of 65536 65537 0", sizes(TsparseMatrix(65536, 65537)));
   TsparseMatrix a = DoubleGenMat(2, 2, 1.0);
   for (const int cols : {-1, INT_MAX}) {
@@ -206,9 +210,6 @@ TEST(TsparseMatrix, SurvivesSizesAndVectorsThatMakeNoSense) {
     EXPECT_EQ(0.0, a(0, 1)) << beginning;
     EXPECT_THAT(list(product(DoubleVec(2, 1.0), a)), ElementsAre(2, 0)) << beginning;
   }
-  a.beginnings()(1) = 0;
-  a.counts()(1) = 4;
-  EXPECT_EQ(0, a.keepCols(vectorOf({0, 1})));  // six elements, and room for four
 }
 
 TEST(TsparseMatrix, ProductsTellMismatchesAndGoOnWithWhatBothHave) {
@@ -219,16 +220,4 @@ TEST(TsparseMatrix, ProductsTellMismatchesAndGoOnWithWhatBothHave) {
   const std::string texts = testing::PrintToString(errors.takeTexts());
   EXPECT_THAT(texts, HasSubstr("possible between TsparseMatrix (2x2) and vector (1)"));
   EXPECT_THAT(texts, HasSubstr("possible vector(3) and TsparseMatrix (2x2)"));
-}
-
-TEST(TsparseMatrix, MovingKeepsSharingAndGrowingEndsIt) {
-  TsparseMatrix a = DoubleGenMat(1, 1, 1.0), b = DoubleGenMat(1, 2, 2.0);
-  TsparseMatrix view = a, grown = a;
-  std::swap(a, b);
-  EXPECT_EQ("1 2 2 of 1 2 2", sizes(a));
-  EXPECT_EQ(1, b.setElement(0, 0, 5.0));
-  EXPECT_EQ(5.0, view(0, 0));
-  grown.resizeMax(1, 2);
-  EXPECT_EQ(1, grown.setElement(0, 0, 7.0));
-  EXPECT_EQ(5.0, view(0, 0));
 }

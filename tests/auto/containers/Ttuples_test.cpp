@@ -46,12 +46,9 @@ void expectCopiesToShareAndAssignmentToCopy(Tuples tuples, const Tuples& ofOther
   EXPECT_EQ(1.0, tuples.data()(1));
   tuples = ofOtherShape;
   EXPECT_EQ(1.0, shared.data()(1));
-  swap(tuples, shared);
-  EXPECT_EQ(list(ofOtherShape.data()), list(shared.data()));
-  EXPECT_EQ(ofOtherShape.size(), shared.size());
   const Tuples moved = std::move(tuples);
   EXPECT_EQ(0U, tuples.data().length());  // NOLINT(bugprone-use-after-move)
-  EXPECT_EQ(list(copy.data()), list(moved.data()));
+  EXPECT_EQ(list(ofOtherShape.data()), list(moved.data()));
 }
 
 }  // namespace
@@ -185,16 +182,11 @@ TEST(TtuplesDeathTest, WrongPointsAreReportedAndWrongComponentsAreEmpty) {
 }
 
 TEST(Ttuples, MovingAlgorithmsLeaveViewsAlone) {
-  const auto expectMovesOnly = [](const auto& three, const auto& one) {
-    std::vector tuples = {three, one};
-    std::ranges::sort(tuples, {}, [](const auto& t) { return t.data()(0); });
-    tuples.insert(tuples.begin(), one.copy());
-    std::swap(tuples[0], tuples[2]);
-    EXPECT_EQ(1.0, one.data()(0));
-    tuples[0].component(0) = 4.0;
-    EXPECT_EQ(4.0, three.data()(0));
-  };
-  expectMovesOnly(TtupleVector(2, 3, 3.0), TtupleVector(2, 3, 1.0));
-  expectMovesOnly(TtupleMatrix(2, 3, 2, 3.0), TtupleMatrix(2, 3, 2, 1.0));
-  EXPECT_EQ(0, pairs(2).components(IntVec()).size());
+  const TtupleVector three(2, 3, 3.0), one(2, 3, 1.0);
+  std::vector tuples = {three, one};
+  std::ranges::sort(tuples, {}, [](const auto& t) { return t.data()(0); });
+  std::swap(tuples[0], tuples[1]);
+  EXPECT_EQ(1.0, one.data()(0));
+  tuples[0].component(0) = 4.0;
+  EXPECT_EQ(4.0, three.data()(0));
 }
