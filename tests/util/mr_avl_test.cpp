@@ -208,12 +208,8 @@ TEST(Avl, MisuseIsRefused) {
     EXPECT_EQ(nullptr, end(root));
   }
   Item item(1);
-  EXPECT_EQ(-1, MR_avl_insert(nullptr, &item.node, compareItems));
-  EXPECT_EQ(-1, MR_avl_insert(&root, nullptr, compareItems));
   EXPECT_EQ(-1, MR_avl_insert(&root, &item.node, nullptr));
   EXPECT_EQ(0, MR_avl_insert(&root, &item.node, compareItems));
-  for (const auto search : {MR_avl_find, MR_avl_next, MR_avl_prev}) {
-    EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, search(root, root, nullptr)), "compare != nullptr");
-  }
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, MR_avl_find(root, root, nullptr)), "compare != nullptr");
   EXPECT_DEBUG_DEATH(EXPECT_EQ(1, MR_bt_remove(&root, root, nullptr)), "given");
 }
