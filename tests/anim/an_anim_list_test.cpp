@@ -138,6 +138,7 @@ TEST_P(Items, InNodesAreComparedAndSortedInTheirPlaces) {
   EXPECT_EQ(0, An_compareItem(&ascending[1].record, &ascending[2].record));
   EXPECT_EQ(1, An_compareItem(nullptr, &ascending[4].record));
   EXPECT_EQ(0, An_sort_item_list(&nodes_, 1));
+  EXPECT_EQ(0, An_add_to_item_list(5, nullptr, 0, &nodes_));
   for (const int i : {1, 3, 0, 1, 2}) An_add_to_item_list(i, &objects[i], 0, &nodes_);
   const MR_LinkNode* const head = nodes_.head;
   EXPECT_EQ(1, An_sort_item_list(&nodes_, 0));

@@ -109,6 +109,13 @@ TEST(TboundingBox, IsAValueThatKeepsItsDimension) {
   EXPECT_EQ(kInfinity, box.size2());
   EXPECT_EQ("(1, 1) to (1, 1)", text(copy));
   EXPECT_EQ("(0, 0, 0) to (0, 0, 0)", text(solid));
+  for (const int size : {1, 5}) {
+    const DoubleVec infinite(static_cast<unsigned>(size), kInfinity);
+    TboundingBox inverted(infinite, -infinite);
+    const std::string before = text(inverted);
+    EXPECT_EQ(1, inverted.merge(TtupleVector(size, 0, 0.0), 0));
+    EXPECT_EQ(before, text(inverted));
+  }
   std::vector<TboundingBox> boxes = {TboundingBox(1), TboundingBox(2)};
   std::swap(boxes[0], boxes[1]);
   boxes.insert(boxes.begin(), 2, block());
@@ -123,6 +130,7 @@ TEST(TboundingBox, MeasuresAndCuts) {
   EXPECT_EQ(std::sqrt(14.0), box.size());
   const DoubleVec a = vectorOf({-1.0, 0.5, 1.0}), b = vectorOf({2.0, 1.0, 0.0});
   EXPECT_EQ(0, box.cut(a, b, flat));
+  EXPECT_EQ(0, box.cut(DoubleVec(2, 0.0), b, box));
   EXPECT_EQ(0, box.cut(a, DoubleVec(4, 0.0), box));
   EXPECT_EQ(1, box.cut(a, b, box));
   EXPECT_EQ("(-1, 11, 23) to (2, 12, 20)", text(box));
@@ -167,6 +175,7 @@ TEST(TboundingBox, RaysHitFacesAheadWithTheirAsymmetricTolerance) {
     }
   }
   EXPECT_EQ(0, box.intersect(DoubleVec(2, 5.0), DoubleVec(3, -1.0), -1.0));
+  EXPECT_EQ(0, box.intersect(DoubleVec(3, 5.0), DoubleVec(2, -1.0), -1.0));
   EXPECT_EQ(0, TboundingBox(2).intersect(DoubleVec(2, 1.0), DoubleVec(2, -1.0), -1.0));
 }
 

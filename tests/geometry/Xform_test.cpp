@@ -89,13 +89,31 @@ TEST(Xform, ActsAboutItsPivotsAndSettingThemMovesNothing) {
 }
 
 TEST(Xform, ComponentsMakeItDirty) {
-  EXPECT_EQ(1, (TxformMatrix() = T4dDblVector()).dirty());
-  EXPECT_EQ(1, (TxformMatrix() += Tscale()).dirty());
-  EXPECT_EQ(1, (TpostXformMatrix() += TunitQuaternion()).dirty());
+  const auto check = [](const auto& component) {
+    EXPECT_EQ(1, (TxformMatrix() = component).dirty());
+    EXPECT_EQ(1, (TxformMatrix() += component).dirty());
+    EXPECT_EQ(1, (TpostXformMatrix() = component).dirty());
+    EXPECT_EQ(1, (TpostXformMatrix() += component).dirty());
+  };
+  check(T4dDblVector());
+  check(Tscale());
+  check(TunitQuaternion());
   const T4dDblPoint p;
+  EXPECT_EQ(1, TxformMatrix().setScalePivotPoint(p).dirty());
   EXPECT_EQ(1, TxformMatrix().setRotatePivotPoint(p).dirty());
   EXPECT_EQ(0, (TxformMatrix().setScalePivotPoint(p) = T4dDblMatrix()).dirty());
   EXPECT_EQ(0, TpostXformMatrix().setScalePivotPoint(p).setRotatePivotPoint(p).dirty());
+}
+
+// The stored translation is (-2, 12, 0). It is turned back and divided by the scale of 4.
+TEST(Xform, TranslationsComeBackThroughRotationAndScale) {
+  TxformMatrix xform(T4dDblMatrix(Tscale(2, 2, 2)));
+  xform.setScalePivotPoint(T4dDblPoint(1, 0, 0, 1));
+  xform += Tscale(2, 2, 2);
+  xform.setRotatePivotPoint(T4dDblPoint(0, 1, 0, 1));
+  xform += TunitQuaternion().setToPivotAxis(kilntest::kPi / 2, T4dDblVector(0, 0, 1));
+  xform = T4dDblVector(4, 0, 0);
+  EXPECT_LT(distance(T4dDblVector(3, 0.5, 0), xform.translation()), kChainRounding);
 }
 
 TEST(PostXform, AccumulatesAboutThePivotsAndComposesForTheInverse) {

@@ -1,5 +1,6 @@
 #include <climits>
 #include <cstdio>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -32,6 +33,21 @@ TEST(DebugChannel, ModesWithoutAFileGoToTheStandardStreams) {
     EXPECT_EQ(mode == AA_TO_OUTPUT ? "" : "abc-1", GetCapturedStderr());
     EXPECT_EQ(mode, AA_get_print_out(nullptr));
   }
+}
+
+TEST(DebugChannel, AFileThatCouldNotBeOpenedIsStillToBeEmptied) {
+  const std::filesystem::path folder = testing::TempDir() + "folder to come";
+  const std::string file = (folder / "debug.txt").string();
+  AA_set_print_out(AA_TO_FILE, file.c_str());
+  CaptureStdout();
+  AA_debug_print("shown");
+  EXPECT_EQ("shown", GetCapturedStdout());
+  std::filesystem::create_directory(folder);
+  std::fputs("old\n", open(file, "w").get());
+  AA_debug_print("new\n");
+  AA_set_print_out(AA_TO_ERROR, nullptr);
+  EXPECT_EQ("new\n", contents(file));
+  std::filesystem::remove_all(folder);
 }
 
 TEST(DebugChannel, AFileIsEmptiedTheFirstTimeAndAStreamIsTheCallers) {

@@ -138,6 +138,7 @@ TEST(LinkList, CopiesAChainAndLeavesTheHeadsOfOtherLists) {
   copy.head = MR_ll_copy_and_append(list.head, tail.take(), sizeof(Record));
   EXPECT_THAT(copy.keys(), ElementsAre(1, 2, 4));
   EXPECT_EQ(cutOff, tail.head = MR_ll_copy_and_append(nullptr, cutOff, 24));
+  EXPECT_EQ(nullptr, MR_ll_copy_and_append(list.head, cutOff, 0));
   MR_LinkNode* const first = copy.head;
   MR_LinkList inner = {first->next->next};
   MR_ll_insert_sorted(&inner, newNode(3), compareKeys);

@@ -86,6 +86,7 @@ TEST(TnumberSequence, ExtraValuesAreThoseThatTheOtherLacks) {
   const std::tuple<List, List, double, List> cases[] = {
       {{0, 1, 1, 3}, {0, 0, 1, 1, 1, 2, 4}, 0, {0, 1, 2, 4}},
       {{1, 2, 3}, {1.25, 1.5, 2.5, 3.5}, 0.25, {1.5, 2.5, 3.5}},
+      {{-kInfinity, kInfinity}, {-kInfinity, kInfinity, kInfinity}, 1, {kInfinity}},
   };
   for (const auto& [a, b, tol, lacking] : cases) {
     EXPECT_EQ(lacking, list(TnumberSequence::extra(vec(a), vec(b), tol)));

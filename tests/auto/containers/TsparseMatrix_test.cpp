@@ -143,11 +143,13 @@ TEST(TsparseMatrix, AppendingGrowsToWhatIsNeededAndOnlyWhenAllowed) {
   EXPECT_EQ(0, a.setElement(1, 0, 3));
   EXPECT_EQ(1, a.setElement(2, 0, 3));
   EXPECT_EQ(3.0, a(2, 0));
+  EXPECT_EQ(0, append(a, {}, 1));
   EXPECT_EQ(0, a.addCol(IntVec(2, 0), DoubleVec(1, 0.0), 1));
   EXPECT_EQ(1, append(a, {{0, 1}, {1, 1}}, 0));
   EXPECT_EQ(0, append(a, {{0}, {1}}, 0));
   EXPECT_EQ(0, a.addCol(DoubleVec(3, 1.0), 0));
   EXPECT_EQ(0, a.add(a, 0));
+  EXPECT_EQ(0, a.add(DoubleGenMat(3, 1, 1.0), 0));
   EXPECT_EQ(1, append(a, {{0, 1, 2}, {1, 2, 3}}, 1));
   EXPECT_EQ("3 3 7 of 3 3 7", sizes(a));
   a.resizeMax(5, 1);
@@ -210,6 +212,9 @@ TEST(TsparseMatrix, SurvivesSizesAndVectorsThatMakeNoSense) {
     EXPECT_EQ(0.0, a(0, 1)) << beginning;
     EXPECT_THAT(list(product(DoubleVec(2, 1.0), a)), ElementsAre(2, 0)) << beginning;
   }
+  a.beginnings()(1) = 0;
+  a.counts()(1) = 4;
+  EXPECT_EQ(0, a.keepCols(vectorOf({0, 1})));  // six elements, and room for four
 }
 
 TEST(TsparseMatrix, ProductsTellMismatchesAndGoOnWithWhatBothHave) {

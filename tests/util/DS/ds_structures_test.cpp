@@ -43,6 +43,7 @@ TEST_P(Kinds, DifferencesIntersectionsAndMergersTakeVisibleItems) {
   EXPECT_EQ(nullptr, DS_difference(a.get(), a.get(), &status_));
   EXPECT_EQ(nullptr, DS_intersect(a.get(), make().get(), &status_));
   EXPECT_EQ(MR_NO_ERROR, status_) << "having no items is no failure";
+  EXPECT_EQ(0, Owned(DS_difference(a.get(), b.get(), nullptr))->ordered);
   b->ordered = 0;
   EXPECT_EQ(0, Owned(DS_intersect(a.get(), b.get(), &status_))->ordered);
   a->comparator = b->comparator = nullptr;
@@ -74,6 +75,9 @@ TEST_P(Kinds, RemovalAndDestructionMeetItemsHiddenOrNot) {
   EXPECT_EQ(nullptr, s);
   EXPECT_EQ(0, DS_destructor(&s, nullptr, nullptr, &status_));
   EXPECT_EQ(MR_ARGUMENT_ERROR, status_);
+  void* memory = std::malloc(1);
+  EXPECT_EQ(1, DS_memory_free(static_cast<void*>(&memory)));
+  EXPECT_EQ(nullptr, memory);
   const Owned mixed = make({1, 2, 0, 103, 104, 0}, Ds_fifo_comparator);
   mixed->filter = isSmall;
   EXPECT_EQ(1, DS_remove_nulls(mixed.get(), &status_));
