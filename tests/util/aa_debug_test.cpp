@@ -24,6 +24,7 @@ std::string contents(const std::string& file) {
 }  // namespace
 
 TEST(DebugChannel, ModesWithoutAFileGoToTheStandardStreams) {
+  const char* name = "not set";
   for (const int mode : std::initializer_list<int>{AA_TO_ERROR, 4, -1, AA_TO_OUTPUT}) {
     AA_set_print_out(mode, nullptr);
     CaptureStdout();
@@ -31,7 +32,8 @@ TEST(DebugChannel, ModesWithoutAFileGoToTheStandardStreams) {
     EXPECT_EQ(5, AA_debug_print("%s-%d", "abc", 1));
     EXPECT_EQ(mode == AA_TO_OUTPUT ? "abc-1" : "", GetCapturedStdout());
     EXPECT_EQ(mode == AA_TO_OUTPUT ? "" : "abc-1", GetCapturedStderr());
-    EXPECT_EQ(mode, AA_get_print_out(nullptr));
+    EXPECT_EQ(mode, AA_get_print_out(&name));
+    EXPECT_STREQ("not set", name);
   }
 }
 

@@ -104,16 +104,16 @@ TEST(Avl, RandomOperationsFollowASetAndKeepTheTreeBalanced) {
     std::map<int, const MR_AvlNode*> model;
     MR_AvlNode* root = nullptr;
     bool isBalanced = true;
-    for (std::size_t step = 0; step < 6 * items.size(); ++step) {
+    for (std::size_t step = 0; step < 6 * items.size() + 200; ++step) {
       Item& item = items[random() % items.size()];
-      if (step % 16 < 9) {
+      if (seed < 40 ? step % 16 < 9 : random() % 2 == 0) {
         const auto& [at, isNew] = model.emplace(item.key, &item.node);
         ASSERT_EQ(isNew ? 0 : 1, MR_avl_insert(&root, &item.node, compareItems));
         if (at->second != &item.node) {
           EXPECT_EQ(1, checkedHeight(&item.node)) << "not cleared";
         }
       } else {
-        const bool balances = seed < 20 || random() % 2 == 0;
+        const bool balances = seed < 20 || (seed < 40 && random() % 2 == 0);
         const auto at = model.find(item.key);
         const bool isIn = at != model.end() && at->second == &item.node;
         const auto remove = balances ? MR_avl_remove : MR_bt_remove;

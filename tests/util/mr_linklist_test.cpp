@@ -97,12 +97,15 @@ TEST(LinkList, BehavesLikeAVectorOfNodes) {
       std::free(there);
     }
     MR_LinkNode* const any = model.empty() ? nullptr : model.back();
-    MR_ll_insert(&list, any, any);  // changes nothing
+    MR_ll_insert(&list, any, any);  // this and the two calls that follow change nothing
     MR_ll_replace(&list, any, any);
+    MR_ll_merge(&list, nullptr);
     ASSERT_EQ(model, list.nodes()) << step;
     EXPECT_EQ(any, MR_ll_nth(list.head, MR_ll_find_item_number(list.head, any)));
   }
   EXPECT_EQ(list.head, MR_ll_nth(list.head, -3));
+  EXPECT_EQ(nullptr, MR_ll_find(list.head, nullptr, compareKeys, 0));
+  EXPECT_EQ(0, MR_ll_present(list.head, nullptr));
 }
 
 TEST(LinkList, MergesChainsWithTheirCompanions) {

@@ -87,6 +87,7 @@ TEST(TdblLinkedList, TheCursorStaysOnASentinelAndComesBackFromThere) {
   EXPECT_EQ(1, list.elementIndex());
   EXPECT_EQ(0, list.inList(headOf(list)));
   EXPECT_EQ(0, list.validate(&stranger, nullptr));
+  EXPECT_EQ(1, list.validate(nullptr, &stranger));
   Element* const first = list.append(new Item);
   Element* const last = list.append(new Item);
   EXPECT_EQ(tailOf(list), list.getElement(5));

@@ -109,4 +109,5 @@ TEST(TnumberSequence, MisuseIsCaughtInDebugBuildsAndHarmlessInOthers) {
   TnumberSequence s(0, 1, 3);
   EXPECT_DEBUG_DEATH(s.add(1.0, std::numeric_limits<int>::max()), "hasRoom");
   EXPECT_EQ(3, s.length());
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(1, TnumberSequence(3, -1, 3)(0)), "step");
 }

@@ -78,6 +78,7 @@ TEST_P(Kinds, RemovalAndDestructionMeetItemsHiddenOrNot) {
   void* memory = std::malloc(1);
   EXPECT_EQ(1, DS_memory_free(static_cast<void*>(&memory)));
   EXPECT_EQ(nullptr, memory);
+  EXPECT_EQ(1, DS_memory_free(nullptr));
   const Owned mixed = make({1, 2, 0, 103, 104, 0}, Ds_fifo_comparator);
   mixed->filter = isSmall;
   EXPECT_EQ(1, DS_remove_nulls(mixed.get(), &status_));
@@ -93,6 +94,7 @@ TEST(Structures, SuppliedComparatorsTakeItemsForNumbersAndStrings) {
   EXPECT_EQ(-1, Ds_default_comparator(&small, &large)) << "unsigned";
   EXPECT_EQ(-1, Ds_string_comparator(&text, &umlautText)) << "unsigned";
   EXPECT_EQ(0, Ds_string_comparator(&text, &none));
+  EXPECT_EQ(1, Ds_string_find(a, "a"));
 }
 
 TEST(Structures, PrintingShowsTheHeaderAndTheVisibleItems) {

@@ -187,5 +187,12 @@ TEST(BinaryTree, AsksOnItsWayDownWhateverTheOrderOfAdding) {
     questions = 0;
     for (std::intptr_t i = 1; i <= n; ++i) add(n + direction * i + 1);
     EXPECT_LT(questions, n * 30);
+    s->comparator = Ds_fifo_comparator;
+    add(1);
+    s->comparator = counting;
+    EXPECT_EQ(1, s->methods->sort(s.get(), nullptr));
+    questions = 0;
+    for (std::intptr_t i = 1; i <= 100; ++i) add(3 * n + i);
+    EXPECT_LT(questions, 100 * 30) << "sorting makes a tree quick again";
   }
 }

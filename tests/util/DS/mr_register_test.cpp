@@ -9,6 +9,8 @@ using namespace kilntest;
 TEST(Register, IdsAreUniqueAndValuesAreFoundByThem) {
   DS_Structure* registry = nullptr;
   StatusCode status = MR_NO_ERROR;
+  EXPECT_EQ(0, MR_register_item(1, item(1), nullptr, &status));
+  EXPECT_EQ(MR_ARGUMENT_ERROR, status);
   EXPECT_EQ(0, MR_register_item(-1, item(1), &registry, &status));
   EXPECT_EQ(MR_INVALID_FUNCTION, status);
   status = MR_NO_ERROR;
