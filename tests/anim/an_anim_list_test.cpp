@@ -86,12 +86,17 @@ TEST_P(Items, AreEqualByTypeAndDataAndFreedAsAChain) {
   EXPECT_EQ(1, AN_ds_item_equal(chain, chain->next));
   EXPECT_EQ(0, AN_ds_item_equal(chain, chain->next->next));
   EXPECT_EQ(0, AN_ds_item_equal(chain, &otherData));
+  EXPECT_EQ(0, AN_ds_item_equal(nullptr, nullptr));
   EXPECT_EQ(1, AN_item_free(&chain->next->next, nullptr));  // AN_item_free does not unlink
   EXPECT_EQ(1, AN_item_list_free(&chain, nullptr));
   EXPECT_EQ(nullptr, chain);
   kilntest::expectCodes({
       {"look for null", [&](auto code) { return !AN_is_item_in_item_list(nullptr, list_, code); }},
       {"add null", [&](auto code) { return AN_add_to_item_list(7, nullptr, list_, code) == 0; }},
+      {"add to null",
+       [](auto code) { return AN_add_to_item_list(7, objects, nullptr, code) == 0; }},
+      {"remove from null",
+       [](auto code) { return AN_remove_from_item_list(objects, nullptr, code) == 0; }},
       {"free null", [](auto code) { return AN_item_free(nullptr, code) == 0; }},
       {"free a null chain", [](auto code) { return AN_item_list_free(nullptr, code) == 0; }},
   });
@@ -139,6 +144,8 @@ TEST_P(Items, InNodesAreComparedAndSortedInTheirPlaces) {
   EXPECT_EQ(1, An_compareItem(nullptr, &ascending[4].record));
   EXPECT_EQ(0, An_sort_item_list(&nodes_, 1));
   EXPECT_EQ(0, An_add_to_item_list(5, nullptr, 0, &nodes_));
+  EXPECT_EQ(0, An_addUnique_to_item_list(5, objects, 0.0, nullptr));
+  EXPECT_EQ(0, An_sort_item_list(nullptr, 1));
   for (const int i : {1, 3, 0, 1, 2}) An_add_to_item_list(i, &objects[i], 0, &nodes_);
   const MR_LinkNode* const head = nodes_.head;
   EXPECT_EQ(1, An_sort_item_list(&nodes_, 0));

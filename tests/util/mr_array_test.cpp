@@ -44,4 +44,8 @@ TEST(Array, StaysAsItIsWhenItCannotGrow) {
   EXPECT_DEBUG_DEATH(MR_array_put(steady.get(), 2, &array), "growth");
   EXPECT_DEBUG_DEATH(MR_array_put(steady.get(), -1, &array), "i >= 0");
   EXPECT_EQ(2, steady->count);
+  MR_array_put(array.get(), 1, nullptr);
+  MR_array_put(nullptr, 0, &array);
+  MR_array_size(nullptr, 1);
+  EXPECT_EQ(nullptr, MR_array_get(nullptr, 0));
 }

@@ -31,6 +31,8 @@ TEST(DataList, NewNodesGoToTheirPlacesAndAreFound) {
   MR_ListNode* const c = MR_list_insert_sorted(&list, &letters[2], compareNodes);
   MR_list_prepend(&list, &letters[3]);
   std::free(MR_list_insert_sorted(&list, letters, nullptr));  // is not linked
+  EXPECT_EQ(nullptr, MR_list_append(&list, nullptr));
+  EXPECT_EQ(nullptr, MR_list_prepend(nullptr, letters));
   EXPECT_EQ("abcd", read(list));
   EXPECT_EQ(c, MR_list_find(list.head, &letters[2]));
   EXPECT_EQ(nullptr, MR_list_find(c, &letters[1]));

@@ -15,6 +15,7 @@ TEST(Pixels, ComponentsChangeTheirOrderAndKeepTheirBytes) {
     MR_SwapColourChannels(counts[i], 1, type, copied.data(), source.data());
     EXPECT_EQ(results[i], copied) << type;
     MR_SwapColourChannels(3, -2, type, inPlace.data(), nullptr);
+    MR_SwapColourChannels(1, 1, type, nullptr, source.data());
     MR_SwapColourChannels(1, counts[i], type, inPlace.data(), nullptr);
     EXPECT_EQ(results[i], inPlace) << type;
   }

@@ -27,6 +27,9 @@ TEST(Strings, LoseCharactersAtTheEndsOrEverywhere) {
     MR_string_strcpy_stripchar(copied, each.text, 'x');
     EXPECT_STREQ(each.all, copied);
   }
+  MR_string_strcpy_stripchar(nullptr, copied, 'x');
+  MR_string_strcpy_stripchar(copied, nullptr, 'x');
+  EXPECT_STREQ("", copied);
 }
 
 // Integers lose their zeros, too.

@@ -64,5 +64,7 @@ TEST(TautoArrayBase, ReservesNothingWithoutMemory) {
   TautoArrayBase::setIncrementSize(8192);
   EXPECT_EQ(0U, TautoArrayBase::currentUse());
   EXPECT_EQ(before, TautoArrayBase::bufferSize());
-  EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, Scratch(65536, 1).base()), "sizeFits");
+  for (const std::size_t size : {0, 65536}) {
+    EXPECT_DEBUG_DEATH(EXPECT_EQ(nullptr, Scratch(size, 1).base()), "sizeFits");
+  }
 }

@@ -46,8 +46,11 @@ TEST(TgroupDLLists, UsesTheListsThatItIsTold) {
   chosen = 0;
   EXPECT_THAT(list(group.usingIndices()), ElementsAre(3, 1, 3));
   EXPECT_EQ(7, other.totalActiveLength());
+  IntVec shared = group.usingIndices();
+  shared(1) = -1;
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(6, group.totalActiveLength()), "each");
   delete std::exchange(group.slot(3), nullptr);
-  EXPECT_DEBUG_DEATH(EXPECT_EQ(1, group.totalActiveLength()), "each");
+  EXPECT_DEBUG_DEATH(EXPECT_EQ(0, group.totalActiveLength()), "each");
   EXPECT_DEBUG_DEATH(EXPECT_EQ(0, Group(3, vectorOf({1, 3})).totalActiveLength()), "canUse");
 }
 
