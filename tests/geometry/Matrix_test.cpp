@@ -70,6 +70,7 @@ TEST(Scale, TinyValuesAndTolerancesBecomeOneTenThousandth) {
   EXPECT_EQ(0.0001, Tscale(1e6, 1, 1).inverse().x);
   EXPECT_EQ(1e-6, Tscale(1e6, 1, 1).invertIt().x);
   EXPECT_TRUE(Tscale().equivalent(Tscale(1, 1, 1.00005), 0.0));
+  EXPECT_FALSE(Tscale().equivalent(Tscale(1, 1.0002, 1), 0.0));
   EXPECT_TRUE(Tscale().equivalent(Tscale(1.25, 1, 1), 0.25));
   EXPECT_FALSE(Tscale().equivalent(Tscale(), -1.0));
   EXPECT_TRUE(Tscale(1, 1, 1 + 1e-10).proportionalScale());

@@ -31,10 +31,12 @@ TEST(Points, EquivalenceIsInclusiveForPointsAndStrictForVectors) {
   EXPECT_FALSE(T3dDblPoint(3, 0, 4).equivalent(T3dDblPoint(), 4.999));
   const T4dDblPoint twos(2, 2, 2, 2), ones(1, 1, 1, 1);
   EXPECT_TRUE(twos.equivalent(ones, 2.0));
+  EXPECT_FALSE(twos.equivalent(ones, 1.999));
   EXPECT_FALSE(ones.equivalent(ones, -1.0));
   const T4dDblVector v(3, 0, 4);
   EXPECT_FALSE(v.equivalent(T4dDblVector(), 5.0));
   EXPECT_TRUE(v.equivalent(T4dDblVector(), 5.001));
+  EXPECT_FALSE(v.unitLength(4.0));
 }
 
 TEST(Points, WeightsDivideOrMultiply) {
@@ -69,6 +71,7 @@ TEST(Vectors, ShortOnesAreNotNormalisedAndTheLaterOfEqualAxesDominates) {
   EXPECT_EQ(T4dDblVector(1e-9, 0, 0), T4dDblVector(1e-9, 0, 0).getNormal());
   EXPECT_LT(distance(T4dDblVector(1, 0, 0), T4dDblVector(1.001e-9, 0, 0).getNormal()), kRounding);
   EXPECT_TRUE(T4dDblVector(1, 0, 0).parallel(T4dDblVector(-2, 0, 0), 1e-6));
+  EXPECT_TRUE(T4dDblVector(1, 0, 0).parallel(T4dDblVector(3, 1e-7, 0), 1e-6));
   EXPECT_FALSE(T4dDblVector(1, 0, 0).parallel(T4dDblVector(3, 1e-5, 0), 1e-6));
   EXPECT_EQ(Taxis::Y, T4dDblVector(1, -1, 0).dominantAxis());
   EXPECT_EQ(Taxis::Z, T4dDblVector(-1, 0, 1).dominantAxis());
@@ -94,6 +97,7 @@ TEST(Vectors, RotateToTurnsOneDirectionIntoTheOther) {
   EXPECT_EQ(none, T4dDblVector().rotateTo(x));
   EXPECT_EQ(none, x.rotateTo(T4dDblVector(1, 3e-5, 0)));
   EXPECT_NE(none, x.rotateTo(T4dDblVector(1, 4e-5, 0)));
+  EXPECT_EQ(none, (3e-5 * x).rotateTo(-x));
   EXPECT_EQ(none, (1e3 * x).rotateTo(-9e-13 * x));
   // Directions are opposite only when the cosine is exactly -1.
   EXPECT_NE(none, x.rotateTo(T4dDblVector(-1, 1e-9, 0)));

@@ -60,6 +60,7 @@ TEST(Angle, ClampingSnapsCosineAndSine) {
 
 TEST(Plane, LinesMeetItAheadBehindOrNever) {
   const Tplane plane(T4dDblPoint(0, 0, 5, 2), T4dDblVector(0, 0, 2), 0.5);
+  EXPECT_EQ(1e-10, Tplane(T4dDblPoint(), T4dDblVector(1e-10, 0, 0), 0.5).a);
   T4dDblPoint out(9, 9, 9, 9);
   EXPECT_EQ(1, plane.intersection(T4dDblPoint(), T4dDblVector(1, 0, 9e-10), out));
   EXPECT_EQ(T4dDblPoint(9, 9, 9, 9), out);
@@ -144,4 +145,8 @@ TEST(Rotation, ShortQuaternionsAndAxesGiveTheIdentity) {
   const Tquaternion i = quaternion(0, 1, 0, 0), k = quaternion(0, 0, 0, 1);
   EXPECT_TRUE(i.equivalent(k, std::sqrt(2.0)));
   EXPECT_FALSE(i.equivalent(k, 1.414));
+  EXPECT_TRUE(i.equivalent(i, -1.0));
+  TunitQuaternion stretched;
+  stretched.w = 2.0;
+  EXPECT_EQ(2.0, stretched.inverse().w);
 }
