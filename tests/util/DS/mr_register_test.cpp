@@ -23,6 +23,7 @@ TEST(Register, IdsAreUniqueAndValuesAreFoundByThem) {
   EXPECT_EQ(MR_NO_ERROR, status);
   EXPECT_EQ(nullptr, MR_get_id_registration(9, registry, &status));
   EXPECT_EQ(MR_ITEM_NOT_FOUND, status);
+  EXPECT_EQ(1, MR_clear_registrations(registry, nullptr));
   Destroy()(registry);
 }
 
