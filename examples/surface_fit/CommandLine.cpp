@@ -2,12 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <cmath>
-#include <iostream>
 
 #include <kilnbase/util/mr_tolerance.h>
 #include <kilnbase/version.h>
 
 #include "examples/surface_fit/InputError.h"
+#include "tools/parseArguments.h"
 
 namespace surfacefit {
 
@@ -82,17 +82,7 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
       ->capture_default_str();
   addFitOptions(app, options,
                 app.add_option("--evaluate", options.net, "Evaluate this net.txt at the points"));
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    std::cout << app.help();
-    return std::nullopt;
-  } catch (const CLI::CallForVersion& version) {
-    std::cout << version.what() << "\n";
-    return std::nullopt;
-  } catch (const CLI::ParseError& error) {
-    throw InputError(std::string(error.what()) + "; see surface_fit --help");
-  }
+  if (!parseArguments<InputError>(app, argc, argv)) return std::nullopt;
   return options;
 }
 

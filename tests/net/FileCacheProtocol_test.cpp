@@ -59,6 +59,11 @@ std::string bytes(std::initializer_list<int> values) {
   return {values.begin(), values.end()};
 }
 
+void send(vxTCP::Socket& socket, const std::string& sent) {
+  EXPECT_EQ(socket.write(sent.data(), sent.size()).code(), 0);
+  EXPECT_EQ(socket.flush().code(), 0);
+}
+
 // One exchange: the client's call, its bytes, the daemon's call, and the daemon's bytes.
 struct Exchange {
   std::function<std::string(FileCacheProtocolClient&)> call;
@@ -112,8 +117,7 @@ TEST(FileCacheProtocol, ClientSendsAndReadsTheseBytes) {
     SocketPair pair;
     FileCacheProtocolClient client;
     client.setSocket(*pair.near);
-    pair.far->write(exchange.answer.data(), exchange.answer.size());
-    pair.far->flush();
+    send(*pair.far, exchange.answer);
     EXPECT_EQ(exchange.call(client), exchange.result) << exchange.daemonCall;
     EXPECT_EQ(readBytes(*pair.far, exchange.request.size()), exchange.request)
         << exchange.daemonCall;
@@ -126,8 +130,7 @@ TEST(FileCacheProtocol, DaemonReadsAndAnswersTheseBytes) {
     Daemon daemon;
     daemon.refuses = exchange.refuses;
     daemon.setSocket(*pair.near);
-    pair.far->write(exchange.request.data(), exchange.request.size());
-    pair.far->flush();
+    send(*pair.far, exchange.request);
     daemon.readRequest();
     EXPECT_EQ(daemon.calls, exchange.daemonCall);
     EXPECT_EQ(readBytes(*pair.far, exchange.answer.size()), exchange.answer) << exchange.daemonCall;
@@ -173,8 +176,7 @@ TEST(FileCacheProtocol, AnUnknownRequestIsPassedOver) {
   daemon.setSocket(*pair.near);
   for (const int code : {5, -1, std::numeric_limits<int>::max()}) pair.far->write(&code, 4);
   const std::string next = exchanges().back().request;
-  pair.far->write(next.data(), next.size());
-  pair.far->flush();
+  send(*pair.far, next);
   for (int i = 0; i < 3; ++i) {
     daemon.readRequest();
     EXPECT_EQ(daemon.calls, "");
@@ -199,8 +201,7 @@ TEST(FileCacheProtocol, ACodeOfZeroIsNoErrorWhateverTheMessage) {
   FileCacheProtocolClient client;
   client.setSocket(*pair.near);
   const std::string answer = bytes({0, 0, 0, 0, 2, 0, 0, 0, 'n', 'o'});
-  pair.far->write(answer.data(), answer.size());
-  pair.far->flush();
+  send(*pair.far, answer);
   EXPECT_EQ(text(client.initialize("d", 0, 0)), "0 ");
 }
 
@@ -210,8 +211,7 @@ TEST(FileCacheProtocol, LengthsBeyondTheLimitEndTheConnection) {
     Daemon daemon;
     daemon.setSocket(*pair.near);
     const std::string request = bytes({4, 0, 0, 0}) + length + "abcd";
-    pair.far->write(request.data(), request.size());
-    pair.far->flush();
+    send(*pair.far, request);
     try {
       daemon.readRequest();
       FAIL() << "no exception";

@@ -1,10 +1,10 @@
 #include "tools/tracelog/CommandLine.h"
 
 #include <CLI/CLI.hpp>
-#include <iostream>
 
 #include <kilnbase/version.h>
 
+#include "tools/parseArguments.h"
 #include "tools/tracelog/Ring.h"
 
 namespace tracelog {
@@ -76,17 +76,7 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
       ->option_text("DAYS")
       ->check(CLI::Range(1, 36500))
       ->excludes(follow, subsystem, grep);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    std::cout << app.help();
-    return std::nullopt;
-  } catch (const CLI::CallForVersion& version) {
-    std::cout << version.what() << "\n";
-    return std::nullopt;
-  } catch (const CLI::ParseError& error) {
-    throw InputError(std::string(error.what()) + "; see tracelog --help");
-  }
+  if (!parseArguments<InputError>(app, argc, argv)) return std::nullopt;
   return options;
 }
 
