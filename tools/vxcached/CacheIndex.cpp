@@ -1,0 +1,224 @@
+#include "tools/vxcached/CacheIndex.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vxcached {
+
+using vxOS::FileFacts;
+
+void CacheIndex::restoreEntry(Entry entry) {
+  lastGeneration_ = std::max(lastGeneration_, entry.generation);
+  if (const auto known = slots_.find(entry.generation); known != slots_.end()) erase(known->second);
+  if (const auto older = current_.find(entry.key); older != current_.end()) erase(*older->second);
+  insert(std::move(entry));
+}
+
+void CacheIndex::restoreAccess(std::uint64_t generation, std::int64_t accessTime) {
+  const auto known = slots_.find(generation);
+  if (known == slots_.end()) return;
+  known->second.entry.accessTime = accessTime;
+  touch(known->second);
+}
+
+void CacheIndex::restoreRemoval(std::uint64_t generation) {
+  if (const auto known = slots_.find(generation); known != slots_.end()) erase(known->second);
+}
+
+void CacheIndex::finishRestore() {
+  std::vector<Slot*> missing;
+  for (auto& [generation, slot] : slots_) {
+    if (!isThere(slot)) missing.push_back(&slot);
+  }
+  for (Slot* slot : missing) erase(*slot);
+}
+
+void CacheIndex::setLimits(const Limits& limits) {
+  limits_ = limits;
+  evict();
+}
+
+const Entry* CacheIndex::acquire(Client& client, const std::string& key) {
+  Slot* slot = find(key);
+  if (slot == nullptr) return nullptr;
+  hold(client, *slot);
+  touch(*slot);
+  return &slot->entry;
+}
+
+bool CacheIndex::add(Client& client, const std::string& key, const std::string& name,
+                     std::int64_t now) {
+  if (key.empty() || key.size() > kMostKeyBytes) return false;
+  const FileFacts facts = store_.query(name);
+  bool isForeign = false;
+  Slot* slot = facts.isOwnFile ? reusable(key, name, facts, isForeign) : nullptr;
+  if (!facts.isOwnFile || isForeign) return false;
+  if (slot != nullptr) {
+    if (!refresh(*slot, facts, now)) return false;
+  } else {
+    Entry entry{key, name, facts, now, lastGeneration_ + 1};
+    if (!store_.saveEntry(entry)) return false;
+    ++lastGeneration_;
+    if (const auto older = current_.find(key); older != current_.end()) retire(*older->second);
+    slot = &insert(std::move(entry));
+  }
+  hold(client, *slot);
+  evict();
+  return true;
+}
+
+bool CacheIndex::release(Client& client, const std::string& key, bool remove) {
+  const auto held = client.holds_.find(key);
+  if (held == client.holds_.end()) return false;
+  auto& [slot, count] = held->second.front();
+  Slot& oldest = *slot;
+  if (--count == 0) held->second.erase(held->second.begin());
+  if (held->second.empty()) client.holds_.erase(held);
+  if (remove && oldest.isCurrent) {
+    store_.saveRemoval(oldest.entry);
+    retire(oldest);
+  }
+  dropHold(oldest);
+  evict();
+  return true;
+}
+
+void CacheIndex::setAccessed(const std::string& key, std::int64_t now) {
+  Slot* slot = find(key);
+  if (slot == nullptr) return;
+  slot->entry.accessTime = now;
+  touch(*slot);
+  store_.saveAccess(slot->entry);
+}
+
+void CacheIndex::releaseAll(Client& client) {
+  for (auto& [key, generations] : std::exchange(client.holds_, {})) {
+    for (const Client::Hold& each : generations) {
+      for (std::size_t i = 0; i < each.count; ++i) dropHold(*each.slot);
+    }
+  }
+  evict();
+}
+
+std::vector<CacheIndex::Listed> CacheIndex::list() const {
+  std::vector<const Slot*> ordered;
+  for (const auto& [generation, slot] : slots_) ordered.push_back(&slot);
+  std::ranges::sort(ordered, {}, &Slot::order);
+  std::vector<Listed> listed;
+  for (const Slot* slot : ordered) listed.push_back({slot->entry, slot->holds, slot->isCurrent});
+  return listed;
+}
+
+// The entry of the key when its file is the one that was added.
+CacheIndex::Slot* CacheIndex::find(const std::string& key) {
+  const auto found = current_.find(key);
+  if (found == current_.end()) return nullptr;
+  if (isThere(*found->second)) return found->second;
+  forget(*found->second);
+  return nullptr;
+}
+
+CacheIndex::Slot& CacheIndex::insert(Entry entry) {
+  const std::uint64_t generation = entry.generation;
+  Slot& slot = slots_.insert_or_assign(generation, Slot{std::move(entry), ++clock_}).first->second;
+  current_[slot.entry.key] = &slot;
+  byIdentity_[slot.entry.facts.identity] = &slot;
+  bytes_ += slot.entry.facts.size;
+  idle_[slot.order] = &slot;
+  return slot;
+}
+
+// The slot that has the file already, when it is the entry of this key. `isForeign` tells that the
+// file belongs to another key, or to a removed entry that a client still holds. A slot whose file
+// has changed has lost the file.
+CacheIndex::Slot* CacheIndex::reusable(const std::string& key, const std::string& name,
+                                       const FileFacts& facts, bool& isForeign) {
+  const auto owner = byIdentity_.find(facts.identity);
+  if (owner == byIdentity_.end()) return nullptr;
+  Slot& slot = *owner->second;
+  if (slot.isCurrent && slot.entry.key == key && slot.entry.name == name) return &slot;
+  isForeign = isThere(slot);
+  if (!isForeign) forget(slot);
+  return nullptr;
+}
+
+// Adds the file of an entry once more, which may have a new content.
+bool CacheIndex::refresh(Slot& slot, const FileFacts& facts, std::int64_t now) {
+  Entry entry = slot.entry;
+  entry.facts = facts;
+  entry.accessTime = now;
+  if (!store_.saveEntry(entry)) return false;
+  bytes_ += facts.size - slot.entry.facts.size;
+  slot.entry = std::move(entry);
+  touch(slot);
+  return true;
+}
+
+void CacheIndex::touch(Slot& slot) {
+  const bool wasIdle = idle_.erase(slot.order) != 0;
+  slot.order = ++clock_;
+  if (wasIdle) idle_[slot.order] = &slot;
+}
+
+void CacheIndex::hold(Client& client, Slot& slot) {
+  if (slot.holds++ == 0) idle_.erase(slot.order);
+  auto& generations = client.holds_[slot.entry.key];
+  if (generations.empty() || generations.back().slot != &slot) generations.push_back({&slot, 0});
+  ++generations.back().count;
+}
+
+void CacheIndex::dropHold(Slot& slot) {
+  if (--slot.holds > 0) return;
+  if (slot.isCurrent)
+    idle_[slot.order] = &slot;
+  else
+    retire(slot);
+}
+
+// Takes an entry from its key. The file goes when nobody holds it and nobody has changed it.
+void CacheIndex::retire(Slot& slot) {
+  if (slot.isCurrent) {
+    slot.isCurrent = false;
+    current_.erase(slot.entry.key);
+  }
+  if (slot.holds > 0) return;
+  if (isThere(slot)) store_.remove(slot.entry.name);
+  erase(slot);
+}
+
+// Gives up an entry whose file has changed or is gone.
+void CacheIndex::forget(Slot& slot) {
+  if (slot.isCurrent) store_.saveRemoval(slot.entry);
+  if (const auto owner = byIdentity_.find(slot.entry.facts.identity);
+      owner != byIdentity_.end() && owner->second == &slot)
+    byIdentity_.erase(owner);
+  retire(slot);
+}
+
+void CacheIndex::erase(Slot& slot) {
+  idle_.erase(slot.order);
+  if (slot.isCurrent) current_.erase(slot.entry.key);
+  if (const auto owner = byIdentity_.find(slot.entry.facts.identity);
+      owner != byIdentity_.end() && owner->second == &slot)
+    byIdentity_.erase(owner);
+  bytes_ -= slot.entry.facts.size;
+  slots_.erase(slot.entry.generation);
+}
+
+bool CacheIndex::isOverLimit() const {
+  return (limits_.files > 0 && slots_.size() > static_cast<std::uint64_t>(limits_.files)) ||
+         (limits_.bytes > 0 && bytes_ > static_cast<std::uint64_t>(limits_.bytes));
+}
+
+// Kept entries are those that somebody holds. A file goes before the entry does: when the daemon is
+// killed in between, the next one finds an entry without a file and drops it.
+void CacheIndex::evict() {
+  while (isOverLimit() && !idle_.empty()) {
+    Slot& oldest = *idle_.begin()->second;
+    const Entry entry = oldest.entry;
+    retire(oldest);
+    store_.saveRemoval(entry);
+  }
+}
+
+}  // namespace vxcached

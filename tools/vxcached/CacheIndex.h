@@ -1,0 +1,139 @@
+// Which files the cache holds, who holds them, and which go when room is needed.
+//
+// An entry is a key with a file. Each `add` of a key begins a new generation of the key; a file of
+// an older generation stays as long as a client holds it. Nothing here waits for a client, and the
+// disk is reached through an `EntryStore` only.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <vx/Directory.h>
+
+namespace vxcached {
+
+struct Entry {
+  std::string key;
+  std::string name;  ///< Of the file, in the cache directory.
+  vxOS::FileFacts facts;
+  std::int64_t accessTime = 0;  ///< In seconds since 1970-01-01 UTC.
+  std::uint64_t generation = 0;
+};
+
+/// What the index needs of the disk. What a function of the name `save...` has saved is known to
+/// the next daemon, also when this one is killed.
+class EntryStore {
+ public:
+  virtual ~EntryStore() = default;
+  virtual vxOS::FileFacts query(const std::string& name) = 0;
+  virtual void remove(const std::string& name) = 0;
+  /// A generation that is known already is saved anew. False when that fails.
+  virtual bool saveEntry(const Entry& entry) = 0;
+  virtual void saveAccess(const Entry& entry) = 0;
+  virtual void saveRemoval(const Entry& entry) = 0;
+};
+
+struct Limits {
+  std::int64_t files = 0;  ///< 0 and less: no limit.
+  std::int64_t bytes = 0;  ///< The same.
+};
+
+class CacheIndex {
+  struct Slot;
+
+ public:
+  static constexpr std::size_t kMostKeyBytes = 65536;
+
+  /// What one client holds. Belongs to one index and is empty when it is destroyed.
+  class Client {
+    friend class CacheIndex;
+    struct Hold {
+      Slot* slot;
+      std::size_t count;
+    };
+    std::unordered_map<std::string, std::vector<Hold>> holds_;  // the oldest generation first
+  };
+
+  /// An entry as `list` tells it.
+  struct Listed {
+    Entry entry;
+    std::size_t holds;
+    bool isCurrent;  ///< False when the file goes with its last hold.
+  };
+
+  explicit CacheIndex(EntryStore& store) : store_(store) {}
+  CacheIndex(const CacheIndex&) = delete;
+  CacheIndex& operator=(const CacheIndex&) = delete;
+
+  /// Takes over what is saved, in the order in which it was saved.
+  void restoreEntry(Entry entry);
+  void restoreAccess(std::uint64_t generation, std::int64_t accessTime);
+  void restoreRemoval(std::uint64_t generation);
+  /// Ends the restoring: entries whose files are gone or changed are dropped.
+  void finishRestore();
+
+  void setLimits(const Limits& limits);
+  const Limits& limits() const { return limits_; }
+
+  /// Holds the entry of the key; null when there is none. Counts as an access for the order in
+  /// which entries go, but leaves the access time.
+  const Entry* acquire(Client& client, const std::string& key);
+  /// Makes the file the entry of the key and holds the entry. False when the key is empty or too
+  /// long, when the file is not the user's own or belongs to another key, and when the entry cannot
+  /// be saved.
+  bool add(Client& client, const std::string& key, const std::string& name, std::int64_t now);
+  /// Gives one hold back, of the oldest generation of the key that the client holds. With `remove`
+  /// that generation goes, its file when nobody holds it any more. False when the client holds
+  /// nothing of the key.
+  bool release(Client& client, const std::string& key, bool remove);
+  void setAccessed(const std::string& key, std::int64_t now);
+  void releaseAll(Client& client);
+
+  /// Whether a file is in use here.
+  bool owns(const vxOS::FileFacts& facts) const { return byIdentity_.contains(facts.identity); }
+  /// Files, those of older generations included.
+  std::size_t size() const { return slots_.size(); }
+  std::uint64_t bytes() const { return bytes_; }
+  /// In the order in which the entries go when room is needed.
+  std::vector<Listed> list() const;
+
+ private:
+  struct Slot {
+    Entry entry;
+    std::uint64_t order;
+    std::size_t holds = 0;
+    bool isCurrent = true;
+  };
+
+  bool isThere(const Slot& slot) { return store_.query(slot.entry.name) == slot.entry.facts; }
+  Slot* find(const std::string& key);
+  Slot& insert(Entry entry);
+  Slot* reusable(const std::string& key, const std::string& name, const vxOS::FileFacts& facts,
+                 bool& isForeign);
+  bool refresh(Slot& slot, const vxOS::FileFacts& facts, std::int64_t now);
+  void touch(Slot& slot);
+  void hold(Client& client, Slot& slot);
+  void dropHold(Slot& slot);
+  void retire(Slot& slot);
+  void forget(Slot& slot);
+  void erase(Slot& slot);
+  bool isOverLimit() const;
+  void evict();
+
+  EntryStore& store_;
+  Limits limits_;
+  std::unordered_map<std::uint64_t, Slot> slots_;  // by generation
+  std::unordered_map<std::string, Slot*> current_;
+  std::unordered_map<std::uint64_t, Slot*> byIdentity_;
+  std::map<std::uint64_t, Slot*> idle_;  // current and held by nobody, the oldest access first
+  std::uint64_t bytes_ = 0;
+  std::uint64_t clock_ = 0;
+  std::uint64_t lastGeneration_ = 0;
+};
+
+}  // namespace vxcached

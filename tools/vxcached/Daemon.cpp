@@ -1,0 +1,196 @@
+#include "tools/vxcached/Daemon.h"
+
+#include <cstdlib>
+#include <system_error>
+#include <utility>
+
+#include <vx/Filename.h>
+#include <vx/Process.h>
+#include <vx/SysInfo.h>
+
+#include "tools/vxcached/Services.h"
+
+namespace vxcached {
+
+using vxKilnBase::FileCacheProtocol;
+using vxString::CString;
+using vxTCP::Address;
+using vxTCP::Server;
+using vxTCP::Socket;
+using vxUtil::Error;
+using vxUtil::Interval;
+
+namespace {
+
+constexpr int kErrorCode = 1;
+const Interval kConnectLimit(5.0);
+const Interval kTick(0.25);
+const Interval kLastLook(0.1);
+constexpr std::chrono::seconds kTakingTime(5);
+constexpr std::chrono::milliseconds kPause(20);
+constexpr std::chrono::hours kClearingPause(1);
+constexpr std::size_t kMostPortBytes = 16;
+
+Error connectTo(int port, std::unique_ptr<Socket>& socket) {
+  auto made = std::make_unique<Socket>(Address::localhost(port));
+  if (Error error = made->connect(kConnectLimit)) return error;
+  if (!made->peerIsSameUser()) return {kErrorCode, "the other end belongs to another user"};
+  socket = std::move(made);
+  return {};
+}
+
+// Passes on to the daemon behind the socket. The result is false when that connection fails.
+bool passOn(std::unique_ptr<Socket> socket, const Opening& opening,
+            std::unique_ptr<FileCacheProtocol>& service, Error& error) {
+  try {
+    auto remote = std::make_unique<RemoteService>(std::move(socket), opening.directory);
+    error = remote->initialize(opening.directory, opening.n, opening.m);
+    if (!error) service = std::move(remote);
+    return true;
+  } catch (const Error& failure) {
+    error = failure;
+    return false;
+  }
+}
+
+// Starts a process for a directory, which finds out whether it serves the directory itself.
+Error startOther(const Opening& opening, std::unique_ptr<FileCacheProtocol>& service) {
+  Server server(Server::kAnyPort, 1);
+  server.setLoopbackOnly();
+  if (Error error = server.listen()) return error;
+  const CString port = CString::format("%d", server.getPort());
+  const vx::vector<CString> command = {APP_getBinaryPath("vxcached"), "--port", port};
+  auto& processes = vxOS::ProcessManager::getInstance();
+  if (Error error = processes.startAsync(command, vxOS::Filename())) return error;
+  std::unique_ptr<Socket> socket;
+  if (Error error = server.accept(socket, kConnectLimit)) return error;
+  if (!socket || !socket->peerIsSameUser())
+    return {kErrorCode, "cannot start a daemon for this folder"};
+  Error error;
+  passOn(std::move(socket), opening, service, error);
+  return error;
+}
+
+}  // namespace
+
+Daemon::~Daemon() {
+  for (Thread& each : sessions_) each.session.interrupt();
+  for (Thread& each : sessions_) each.thread.join();
+}
+
+Error Daemon::start(int port) {
+  server_.setLoopbackOnly();
+  if (Error error = server_.listen()) return error;
+  std::unique_ptr<Socket> socket;
+  if (Error error = connectTo(port, socket)) return error;
+  addSession(std::move(socket), true);
+  return {};
+}
+
+void Daemon::run() {
+  do {
+    std::unique_ptr<Socket> socket;
+    if (server_.accept(socket, kTick)) std::this_thread::sleep_for(kPause);
+    if (socket) addSession(std::move(socket), false);
+    dropFinishedSessions();
+    keepDirectory();
+  } while (!mustStop_ && !(isIdle() && mayEnd()));
+  log_.write(mustStop_ ? "ends as it is told" : "ends without clients");
+}
+
+Error Daemon::open(const Opening& opening, bool isStarter, Service& service) {
+  std::unique_lock guard(opening_);
+  if (cache_ == nullptr) {
+    return isStarter ? openFirst(opening, service)
+                     : Error(kErrorCode, "this daemon serves no folder");
+  }
+  guard.unlock();
+  if (cache_->isAt(opening.directory)) {
+    service = std::make_unique<LocalService>(*cache_, opening.directory);
+    return service->initialize(opening.directory, opening.n, opening.m);
+  }
+  if (!vxOS::Filename(opening.directory).isAbsolute())
+    return {kErrorCode, "\"" + opening.directory +
+                            "\" is not the folder of this daemon; give the complete path"};
+  return startOther(opening, service);
+}
+
+// Takes the directory, or finds the daemon that has it. That one may be about to start or to end.
+Error Daemon::openFirst(const Opening& opening, Service& service) {
+  const auto end = Clock::now() + kTakingTime;
+  Error error;
+  while (!tryFirst(opening, service, error)) {
+    if (mustStop_ || Clock::now() >= end) break;
+    std::this_thread::sleep_for(kPause);
+  }
+  return error;
+}
+
+// False when a later attempt may have another result.
+bool Daemon::tryFirst(const Opening& opening, Service& service, Error& error) {
+  auto cache = std::make_unique<Cache>(log_);
+  bool isTaken = false;
+  error = cache->lock(opening.directory, isTaken);
+  if (error) return true;
+  if (isTaken) {
+    std::unique_ptr<Socket> socket;
+    const int port = std::atoi(cache->directory().read(kDaemonLockName, kMostPortBytes).c_str());
+    error = connectTo(port, socket);
+    return !error && passOn(std::move(socket), opening, service, error);
+  }
+  error = cache->open(server_.getPort());
+  if (error) return true;
+  cache_ = std::move(cache);
+  openCache_ = cache_.get();
+  log_.write("serves \"" + opening.directory + "\"");
+  service = std::make_unique<LocalService>(*cache_, opening.directory);
+  error = service->initialize(opening.directory, opening.n, opening.m);
+  return true;
+}
+
+void Daemon::addSession(std::unique_ptr<Socket> socket, bool isStarter) {
+  std::list<Thread> made;
+  Thread& added = made.emplace_back(*this, log_, std::move(socket), isStarter);
+  try {
+    added.thread = std::thread([&added] { added.session.run(); });
+    sessions_.splice(sessions_.end(), made);
+  } catch (const std::system_error& error) {
+    log_.write(CString("cannot serve a client: ") + error.what());
+  }
+}
+
+void Daemon::dropFinishedSessions() {
+  if (sessions_.empty()) return;
+  sessions_.remove_if([](Thread& each) {
+    if (!each.session.isDone()) return false;
+    each.thread.join();
+    return true;
+  });
+  lastClient_ = Clock::now();
+}
+
+void Daemon::keepDirectory() {
+  Cache* cache = openCache_;
+  if (cache == nullptr) return;
+  cache->keepPortFile();
+  if (Clock::now() < nextClearing_) return;
+  cache->clearAway();
+  nextClearing_ = Clock::now() + kClearingPause;
+}
+
+bool Daemon::isIdle() const {
+  return sessions_.empty() && (openCache_ == nullptr || Clock::now() - lastClient_ >= idleTime_);
+}
+
+// A client that has read the port before the file went is still served.
+bool Daemon::mayEnd() {
+  Cache* cache = openCache_;
+  if (cache == nullptr) return true;
+  cache->removePortFile();
+  std::unique_ptr<Socket> socket;
+  server_.accept(socket, kLastLook);
+  if (socket) addSession(std::move(socket), false);
+  return sessions_.empty();
+}
+
+}  // namespace vxcached

@@ -1,0 +1,52 @@
+#include "tools/vxcached/Program.h"
+
+#include <atomic>
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <stdexcept>
+
+#include <vx/Error.h>
+#include <vx/Report.h>
+
+#include "tools/vxcached/CommandLine.h"
+#include "tools/vxcached/Daemon.h"
+#include "tools/vxcached/Log.h"
+
+namespace vxcached {
+
+namespace {
+
+using vxString::CString;
+
+std::atomic<bool> mustStop = false;
+static_assert(std::atomic<bool>::is_always_lock_free);  // a signal handler may set it
+
+void require(const vxUtil::Error& error) {
+  if (error) throw std::runtime_error(error.message().c_str());
+}
+
+void serve(const Options& options) {
+  Log log;
+  if (!options.log.empty()) require(log.open(options.log.c_str()));
+  Daemon daemon(log, options.idleSeconds, mustStop);
+  require(daemon.start(options.port));
+  daemon.run();
+}
+
+}  // namespace
+
+int runProgram(int argc, const char* const* argv) {
+  std::signal(SIGTERM, [](int) { mustStop = true; });
+  std::signal(SIGINT, [](int) { mustStop = true; });
+  try {
+    if (const auto options = parseCommandLine(argc, argv)) serve(*options);
+    if (!std::cout.flush()) throw std::runtime_error("cannot write to standard output");
+    return 0;
+  } catch (const std::exception& error) {
+    rptError("vxcached: %s\n", error.what());
+  }
+  return 2;
+}
+
+}  // namespace vxcached

@@ -1,0 +1,62 @@
+// What answers the requests of one client: the cache of this process, or the daemon of another
+// process to which the requests are passed on.
+#pragma once
+
+#include <memory>
+
+#include <kilnbase/net/FileCacheProtocol.h>
+#include <vx/Tcp.h>
+
+#include "tools/vxcached/Cache.h"
+
+namespace vxcached {
+
+/// Answers from the cache, which outlives the service. What the client holds is released at the
+/// end.
+class LocalService : public vxKilnBase::FileCacheProtocol {
+ public:
+  /// `directory` is how the client names the cache's directory; paths are answered in this form.
+  LocalService(Cache& cache, const vxString::CString& directory)
+      : cache_(cache), directory_(directory) {}
+  LocalService(const LocalService&) = delete;
+  LocalService& operator=(const LocalService&) = delete;
+  ~LocalService() override { cache_.releaseAll(client_); }
+
+  vxUtil::Error initialize(const vxString::CString& directory, int n, std::int64_t m) override;
+  bool acquire(const vxString::CString& key, vxString::CString& path,
+               std::int64_t& accessTime) override;
+  bool add(const vxString::CString& key, const vxString::CString& path) override;
+  bool release(const vxString::CString& key, bool remove) override;
+  void setAccessed(const vxString::CString& key) override;
+
+ private:
+  bool isHere(const vxString::CString& folder) const;
+
+  Cache& cache_;
+  Cache::Client client_;
+  vxString::CString directory_;
+};
+
+/// Passes requests on. A failure of the connection is thrown as a `vxUtil::Error`, so that the
+/// client's connection ends as well.
+class RemoteService : public vxKilnBase::FileCacheProtocol {
+ public:
+  /// `directory` is how the client names the cache's directory. A relative name is passed on as the
+  /// complete one, because the other daemon may run in another folder.
+  RemoteService(std::unique_ptr<vxTCP::Socket> socket, const vxString::CString& directory);
+
+  vxUtil::Error initialize(const vxString::CString& directory, int n, std::int64_t m) override;
+  bool acquire(const vxString::CString& key, vxString::CString& path,
+               std::int64_t& accessTime) override;
+  bool add(const vxString::CString& key, const vxString::CString& path) override;
+  bool release(const vxString::CString& key, bool remove) override;
+  void setAccessed(const vxString::CString& key) override;
+
+ private:
+  std::unique_ptr<vxTCP::Socket> socket_;
+  vxKilnBase::FileCacheProtocolClient client_;
+  vxString::CString directory_;
+  vxString::CString complete_;
+};
+
+}  // namespace vxcached

@@ -1,0 +1,65 @@
+#include "tools/vxcached/Session.h"
+
+#include <exception>
+
+#include "tools/vxcached/Daemon.h"
+
+namespace vxcached {
+
+using vxString::CString;
+using vxUtil::Error;
+using vxUtil::Interval;
+
+namespace {
+
+const Interval kRequestLimit(60.0);
+
+}  // namespace
+
+void Session::run() noexcept {
+  try {
+    serve();
+  } catch (const Error& error) {
+    log_.write("a client is gone: " + error.message());
+  } catch (const std::exception& error) {
+    log_.write(CString("a client is dropped: ") + error.what());
+  }
+  service_.reset();
+  interrupt();
+  isDone_ = true;
+}
+
+void Session::serve() {
+  if (!socket_->peerIsSameUser()) return log_.write("refuses a process of another user");
+  setSocket(*socket_);
+  while (socket_->waitForInput()) {
+    socket_->limitExchange(kRequestLimit);
+    readRequest();
+  }
+}
+
+Error Session::initialize(const CString& directory, int n, std::int64_t m) {
+  if (service_) return service_->initialize(directory, n, m);
+  const Error error = daemon_.open({directory, n, m}, isStarter_, service_);
+  log_.write("a client opens \"" + directory +
+             "\": " + (error ? error.message() : CString("welcome")));
+  return error;
+}
+
+bool Session::acquire(const CString& key, CString& path, std::int64_t& accessTime) {
+  return service_ && service_->acquire(key, path, accessTime);
+}
+
+bool Session::add(const CString& key, const CString& path) {
+  return service_ && service_->add(key, path);
+}
+
+bool Session::release(const CString& key, bool remove) {
+  return service_ && service_->release(key, remove);
+}
+
+void Session::setAccessed(const CString& key) {
+  if (service_) service_->setAccessed(key);
+}
+
+}  // namespace vxcached

@@ -1,0 +1,41 @@
+#include <vx/Directory.h>
+#include <vx/File.h>
+#include <vx/Uuid.h>
+#include <vx/detail/paths.h>
+#include <vx/os/Directory.h>
+#include <vx/os/File.h>
+
+namespace vxOS {
+
+using vxString::CString;
+using vxUtil::Error;
+
+namespace {
+
+constexpr std::string_view kTemporaryStart = "@new-";
+
+}  // namespace
+
+Error Directory::make(const CString& path) {
+  if (detail::holdsZero(path.view())) return {1, "the path holds a zero byte"};
+  const std::string_view own = detail::withoutSeparators(path.view());
+  const std::size_t name = own.find_last_of(detail::kSeparators) + 1;
+  const CString parent(own.substr(0, name));
+  if (!parent.isEmpty()) {
+    if (Error error = File::makeDirectoryAll(parent)) return error;
+  }
+  if (const int error = directory::makePrivate(path); error != 0)
+    return {error, "cannot make the folder \"" + path + "\": " + file::errorText(error)};
+  return {};
+}
+
+bool Directory::isTemporary(std::string_view name) {
+  return name.starts_with(kTemporaryStart);
+}
+
+// A name that nobody has.
+CString Directory::temporaryName() {
+  return CString(kTemporaryStart) + Uuid::generate().asString();
+}
+
+}  // namespace vxOS

@@ -1,0 +1,227 @@
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <string>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <vx/Directory.h>
+#include <vx/detail/paths.h>
+#include <vx/os/Directory.h>
+#include <vx/os/File.h>
+#include <vx/os/posix/Path.h>
+
+namespace vxOS {
+
+namespace {
+
+using vxString::CString;
+using vxUtil::Error;
+
+constexpr mode_t kOwnFile = 0600;
+constexpr mode_t kOwnFolder = 0700;
+constexpr mode_t kGroupOrOthersWrite = S_IWGRP | S_IWOTH;
+
+int descriptor(std::intptr_t handle) {
+  return static_cast<int>(handle);
+}
+
+// A descriptor that is closed.
+class Owned {
+ public:
+  explicit Owned(int file) : file_(file) {}
+  ~Owned() {
+    if (file_ != -1) ::close(file_);
+  }
+  Owned(const Owned&) = delete;
+  Owned& operator=(const Owned&) = delete;
+
+  int get() const { return file_; }
+  int release() { return std::exchange(file_, -1); }
+  explicit operator bool() const { return file_ != -1; }
+
+ private:
+  int file_;
+};
+
+Error failure(const char* action, const CString& path) {
+  const int error = errno;
+  return {error, CString("cannot ") + action + " \"" + path + "\": " + file::errorText(error)};
+}
+
+bool isOwnFile(const struct stat& facts) {
+  return S_ISREG(facts.st_mode) && facts.st_nlink == 1 && facts.st_uid == geteuid();
+}
+
+bool writeAll(int file, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(file, bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) return false;
+    if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+CString readAll(int file, std::size_t most) {
+  struct stat facts;
+  if (fstat(file, &facts) != 0 || !S_ISREG(facts.st_mode)) return {};
+  std::string text(std::min(most, static_cast<std::size_t>(facts.st_size)), '\0');
+  std::size_t size = 0;
+  ssize_t count = 0;
+  while (size < text.size() &&
+         (count = pread(file, &text[size], text.size() - size, static_cast<off_t>(size))) > 0)
+    size += static_cast<std::size_t>(count);
+  return CString(std::string_view(text).substr(0, size));
+}
+
+// A sticky folder lets nobody rename what belongs to somebody else.
+bool everybodyMayRename(const struct stat& parent) {
+  return (parent.st_mode & S_IWOTH) != 0 && (parent.st_mode & S_ISVTX) == 0;
+}
+
+// Whether the folder or one above can be renamed by everybody.
+bool isMovable(int folder) {
+  struct stat facts, above;
+  Owned parent(openat(folder, "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (fstat(folder, &facts) != 0 || !parent || fstat(parent.get(), &above) != 0) return true;
+  if (facts.st_ino == above.st_ino && facts.st_dev == above.st_dev) return false;
+  return everybodyMayRename(above) || isMovable(parent.get());
+}
+
+}  // namespace
+
+int directory::makePrivate(const CString& path) {
+  return mkdir(systemPath(path).c_str(), kOwnFolder) == 0 || errno == EEXIST ? 0 : errno;
+}
+
+Directory::~Directory() {
+  if (isOpen()) ::close(descriptor(handle_));
+}
+
+Error Directory::open(const CString& path) {
+  if (detail::holdsZero(path.view())) return {1, "the path holds a zero byte"};
+  const int opened = ::open(systemPath(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (opened == -1) return failure("open the folder", path);
+  *this = Directory();
+  handle_ = opened;
+  path_ = path;
+  return {};
+}
+
+Error Directory::requirePrivate() const {
+  const auto refusal = [this](const char* why) {
+    return Error(1, "the folder \"" + path_ + "\" " + why);
+  };
+  struct stat facts, link;
+  const CString name(detail::withoutSeparators(path_.view()));
+  if (fstat(descriptor(handle_), &facts) != 0) return failure("look at", path_);
+  if (facts.st_uid != geteuid()) return refusal("belongs to another user");
+  if ((facts.st_mode & kGroupOrOthersWrite) != 0) return refusal("can be written by other users");
+  if (lstat(systemPath(name).c_str(), &link) == 0 && link.st_uid != geteuid() && link.st_uid != 0)
+    return refusal("is a link of another user");
+  if (isMovable(descriptor(handle_)))
+    return refusal("lies in a folder where other users can rename it");
+  return {};
+}
+
+bool Directory::isAt(const CString& path) const {
+  struct stat own, other;
+  return !detail::holdsZero(path.view()) && fstat(descriptor(handle_), &own) == 0 &&
+         stat(systemPath(path).c_str(), &other) == 0 && own.st_ino == other.st_ino &&
+         own.st_dev == other.st_dev;
+}
+
+vx::vector<CString> Directory::names() const {
+  vx::vector<CString> found;
+  Owned copy(openat(descriptor(handle_), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const std::unique_ptr<DIR, int (*)(DIR*)> stream(copy ? fdopendir(copy.get()) : nullptr,
+                                                   &closedir);
+  if (stream == nullptr) return found;
+  copy.release();
+  while (const dirent* entry = readdir(stream.get())) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") found.emplace_back(name);
+  }
+  return found;
+}
+
+FileFacts Directory::query(const CString& name) const {
+  struct stat facts;
+  if (fstatat(descriptor(handle_), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) != 0) return {};
+  return {isOwnFile(facts), static_cast<std::uint64_t>(facts.st_size),
+          facts.st_mtim.tv_sec * std::int64_t{1'000'000'000} + facts.st_mtim.tv_nsec, facts.st_ino};
+}
+
+CString Directory::read(const CString& name, std::size_t most) const {
+  const int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  const Owned file(openat(descriptor(handle_), name.c_str(), flags));
+  return file ? readAll(file.get(), most) : CString();
+}
+
+Error Directory::replace(const CString& name, std::string_view content) const {
+  const CString written = temporaryName();
+  const int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+  const int folder = descriptor(handle_);
+  Error error;
+  {
+    const Owned file(openat(folder, written.c_str(), flags, kOwnFile));
+    if (!file) return failure("write", name);
+    if (!writeAll(file.get(), content)) error = failure("write", name);
+  }
+  if (!error && renameat(folder, written.c_str(), folder, name.c_str()) != 0)
+    error = failure("write", name);
+  if (error) remove(written);
+  return error;
+}
+
+bool Directory::remove(const CString& name) const {
+  return unlinkat(descriptor(handle_), name.c_str(), 0) == 0;
+}
+
+Error DirectoryFile::open(const Directory& directory, const CString& name) {
+  const int flags = O_RDWR | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  Owned file(openat(descriptor(directory.handle_), name.c_str(), flags, kOwnFile));
+  struct stat facts;
+  if (!file || fstat(file.get(), &facts) != 0) return failure("open", name);
+  if (!isOwnFile(facts)) return {1, "\"" + name + "\" is no file of this user's own"};
+  close();
+  handle_ = file.release();
+  size_ = static_cast<std::uint64_t>(facts.st_size);
+  return {};
+}
+
+void DirectoryFile::close() noexcept {
+  if (const auto handle = std::exchange(handle_, Directory::kNone); handle != Directory::kNone)
+    ::close(descriptor(handle));
+}
+
+bool DirectoryFile::tryLock(const Directory& directory) {
+  const int folder = descriptor(directory.handle_);
+  if (flock(folder, LOCK_EX | LOCK_NB) != 0) return false;
+  if (flock(descriptor(handle_), LOCK_EX | LOCK_NB) == 0) return true;
+  flock(folder, LOCK_UN);
+  return false;
+}
+
+CString DirectoryFile::read() const {
+  return readAll(descriptor(handle_), static_cast<std::size_t>(size_));
+}
+
+bool DirectoryFile::append(std::string_view bytes) {
+  if (!writeAll(descriptor(handle_), bytes)) {
+    if (!truncate(size_)) close();  // nothing may follow a torn end
+    return false;
+  }
+  size_ += bytes.size();
+  return true;
+}
+
+bool DirectoryFile::truncate(std::uint64_t size) {
+  if (ftruncate(descriptor(handle_), static_cast<off_t>(size)) != 0) return false;
+  size_ = size;
+  return true;
+}
+
+}  // namespace vxOS
