@@ -6,6 +6,8 @@
 #include <kilnbase/net/FileCacheProtocol.h>
 #include <vx/Filename.h>
 
+#include "tools/vxcached/Listing.h"
+
 namespace vxcached {
 
 using vxKilnBase::FileCacheProtocol;
@@ -154,6 +156,11 @@ void Cache::clearAway(const CString& name, std::int64_t before) {
   if (!facts.isOwnFile || facts.modified > before || index_.owns(facts)) return;
   log_.write("clears away " + name);
   directory_.remove(name);
+}
+
+std::string Cache::listing() {
+  const std::lock_guard guard(mutex_);
+  return vxcached::listing(index_.list(), index_.limits(), now());
 }
 
 FileFacts Cache::query(const std::string& name) {

@@ -18,8 +18,12 @@ and learns the directory from the application's first request. Further applicati
 by the file "@lockfile.lck" in the directory. Only processes of the same user are served.)";
 
 constexpr const char* kFooter = R"(
-Exit code: 0 at the end of the daemon, which comes with SIGTERM or when no client has been there for
-the idle time; 2 when the daemon cannot start.)";
+With --list a line for each file of the cache goes to standard output, first the one that goes first
+when room is needed: size, seconds since the last access, clients' holds, the file's name, the key.
+A file with "-" for the seconds goes when its last hold is given back.
+
+Exit code: 0 at the end of the daemon, which comes with SIGTERM, --stop or when no client has been
+there for the idle time; 2 when the daemon cannot start, or when no daemon answers --list or --stop.)";
 
 }  // namespace
 
@@ -29,9 +33,12 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
   app.footer(kFooter);
   app.get_formatter()->column_width(32);
   app.set_version_flag("--version", "vxcached " KILNBASE_VERSION_STRING, "Tell the version");
-  app.add_option("--port", options.port, "Port of this machine where the first client waits")
-      ->check(CLI::Range(1, 65535))
-      ->required();
+  CLI::Option_group* action = app.add_option_group("action");
+  action->add_option("--port", options.port, "Port of this machine where the first client waits")
+      ->check(CLI::Range(1, 65535));
+  action->add_option("--list", options.list, "Tell entries and limits of this directory's daemon");
+  action->add_option("--stop", options.stop, "End the daemon of this directory");
+  action->require_option(1);
   app.add_option("--idle-timeout", options.idleSeconds, "Seconds to live without clients")
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();

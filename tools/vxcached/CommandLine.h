@@ -7,7 +7,9 @@
 namespace vxcached {
 
 struct Options {
-  int port = 0;                ///< Where the first client waits; 0: there is none.
+  int port = 0;                ///< Where the first client waits; 0: `list` or `stop` is given.
+  std::string list;            ///< The directory to tell about.
+  std::string stop;            ///< The directory whose daemon ends.
   double idleSeconds = 600.0;  ///< How long the daemon lives without clients.
   std::string log;             ///< Empty: no log.
 };

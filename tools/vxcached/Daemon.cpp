@@ -94,8 +94,8 @@ void Daemon::run() {
     if (socket) addSession(std::move(socket), false);
     dropFinishedSessions();
     keepDirectory();
-  } while (!mustStop_ && !(isIdle() && mayEnd()));
-  log_.write(mustStop_ ? "ends as it is told" : "ends without clients");
+  } while (!mustEnd() && !(isIdle() && mayEnd()));
+  log_.write(mustEnd() ? "ends as it is told" : "ends without clients");
 }
 
 Error Daemon::open(const Opening& opening, bool isStarter, Service& service) {
@@ -120,7 +120,7 @@ Error Daemon::openFirst(const Opening& opening, Service& service) {
   const auto end = Clock::now() + kTakingTime;
   Error error;
   while (!tryFirst(opening, service, error)) {
-    if (mustStop_ || Clock::now() >= end) break;
+    if (mustEnd() || Clock::now() >= end) break;
     std::this_thread::sleep_for(kPause);
   }
   return error;
@@ -141,6 +141,7 @@ bool Daemon::tryFirst(const Opening& opening, Service& service, Error& error) {
   error = cache->open(server_.getPort());
   if (error) return true;
   cache_ = std::move(cache);
+  control_ = std::make_unique<Control>(*cache_, log_, [this] { isStopped_ = true; });
   openCache_ = cache_.get();
   log_.write("serves \"" + opening.directory + "\"");
   service = std::make_unique<LocalService>(*cache_, opening.directory);

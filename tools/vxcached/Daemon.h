@@ -17,6 +17,7 @@
 #include <vx/Tcp.h>
 
 #include "tools/vxcached/Cache.h"
+#include "tools/vxcached/Control.h"
 #include "tools/vxcached/Log.h"
 #include "tools/vxcached/Session.h"
 
@@ -62,6 +63,7 @@ class Daemon {
   void addSession(std::unique_ptr<vxTCP::Socket> socket, bool isStarter);
   void dropFinishedSessions();
   void keepDirectory();
+  bool mustEnd() const { return mustStop_ || isStopped_; }
   bool isIdle() const;
   bool mayEnd();
 
@@ -72,6 +74,8 @@ class Daemon {
   std::mutex opening_;
   std::unique_ptr<Cache> cache_;
   std::atomic<Cache*> openCache_ = nullptr;  // `cache_`, once it is open
+  std::atomic<bool> isStopped_ = false;
+  std::unique_ptr<Control> control_;
   std::list<Thread> sessions_;
   Clock::time_point lastClient_ = Clock::now();
   Clock::time_point nextClearing_ = Clock::now();

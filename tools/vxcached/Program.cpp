@@ -10,6 +10,7 @@
 #include <vx/Report.h>
 
 #include "tools/vxcached/CommandLine.h"
+#include "tools/vxcached/Control.h"
 #include "tools/vxcached/Daemon.h"
 #include "tools/vxcached/Log.h"
 
@@ -34,13 +35,25 @@ void serve(const Options& options) {
   daemon.run();
 }
 
+void run(const Options& options) {
+  CString text;
+  if (!options.list.empty()) {
+    require(listCache(options.list.c_str(), text));
+    std::cout << text.view();
+  } else if (!options.stop.empty()) {
+    require(stopDaemon(options.stop.c_str()));
+  } else {
+    serve(options);
+  }
+}
+
 }  // namespace
 
 int runProgram(int argc, const char* const* argv) {
   std::signal(SIGTERM, [](int) { mustStop = true; });
   std::signal(SIGINT, [](int) { mustStop = true; });
   try {
-    if (const auto options = parseCommandLine(argc, argv)) serve(*options);
+    if (const auto options = parseCommandLine(argc, argv)) run(*options);
     if (!std::cout.flush()) throw std::runtime_error("cannot write to standard output");
     return 0;
   } catch (const std::exception& error) {

@@ -11,6 +11,7 @@
 #include <vx/detail/paths.h>
 #include <vx/os/Directory.h>
 #include <vx/os/File.h>
+#include <vx/os/posix/Owned.h>
 #include <vx/os/posix/Path.h>
 
 namespace vxOS {
@@ -27,24 +28,6 @@ constexpr mode_t kGroupOrOthersWrite = S_IWGRP | S_IWOTH;
 int descriptor(std::intptr_t handle) {
   return static_cast<int>(handle);
 }
-
-// A descriptor that is closed.
-class Owned {
- public:
-  explicit Owned(int file) : file_(file) {}
-  ~Owned() {
-    if (file_ != -1) ::close(file_);
-  }
-  Owned(const Owned&) = delete;
-  Owned& operator=(const Owned&) = delete;
-
-  int get() const { return file_; }
-  int release() { return std::exchange(file_, -1); }
-  explicit operator bool() const { return file_ != -1; }
-
- private:
-  int file_;
-};
 
 Error failure(const char* action, const CString& path) {
   const int error = errno;
