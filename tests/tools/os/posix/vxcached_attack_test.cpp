@@ -1,0 +1,129 @@
+// What another user of the machine, or links in the directory, could try.
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+#include <vx/Filename.h>
+
+#include "tests/tools/CacheDaemon.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using kilntest::CacheDaemon;
+using kilntest::TemporaryFolder;
+using kilntest::text;
+using vxString::CString;
+
+mode_t modeOf(const fs::path& path) {
+  struct stat facts = {};
+  EXPECT_EQ(lstat(path.c_str(), &facts), 0) << path;
+  return facts.st_mode & 0777;
+}
+
+TEST(VxcachedAttack, LinksAreNoFiles) {
+  TemporaryFolder folder, other;
+  CacheDaemon daemon(folder.path(), 0, 0);
+  const fs::path outside = other.write("secret", "secret");
+  fs::create_symlink(outside, folder.path() / "symbolic");
+  fs::create_symlink(other.path(), folder.path() / "folder");
+  fs::create_hard_link(outside, folder.path() / "hard");
+  mkfifo((folder.path() / "pipe").c_str(), 0600);
+  for (const char* name : {"symbolic", "hard", "pipe", "folder/secret"}) {
+    EXPECT_FALSE(daemon.client().protocol.add("key", text(folder.path() / name))) << name;
+  }
+  // A file that becomes a link after it was added is not there, and the link's target stays.
+  ASSERT_TRUE(daemon.client().add(folder.path(), "key", "content"));
+  CString path;
+  std::int64_t accessTime = 0;
+  ASSERT_TRUE(daemon.client().protocol.acquire("key", path, accessTime));
+  fs::remove(path.c_str());
+  fs::create_symlink(outside, path.c_str());
+  EXPECT_FALSE(daemon.client().protocol.acquire("key", path, accessTime));
+  daemon.dropClient();
+  daemon.process().terminate();
+  EXPECT_EQ(daemon.process().wait(), 0);
+  EXPECT_EQ(kilntest::readFile(outside), "secret");
+}
+
+TEST(VxcachedAttack, TheDaemonsFilesArePrivateAndNoLinks) {
+  TemporaryFolder folder, other;
+  const fs::path made = folder.path() / "a" / "made";
+  const fs::path target = other.write("target", "target");
+  {
+    CacheDaemon daemon(made, 0, 0);
+    EXPECT_EQ(modeOf(made), 0700U);
+    for (const char* name : {"@daemon.lck", "@lockfile.lck", "@index.dat", "@daemon.sock"})
+      EXPECT_EQ(modeOf(made / name), 0600U) << name;
+  }
+  for (const char* name : {"@daemon.lck", "@index.dat"}) {
+    fs::remove(made / name);
+    fs::create_symlink(target, made / name);
+    CacheDaemon daemon;
+    EXPECT_NE(daemon.client().protocol.initialize(text(made), 0, 0).code(), 0) << name;
+    fs::remove(made / name);
+  }
+  fs::remove(made / "@lockfile.lck");
+  fs::create_symlink(target, made / "@lockfile.lck");
+  CacheDaemon daemon(made, 0, 0);
+  EXPECT_GT(kilntest::portIn(made), 0);
+  EXPECT_EQ(kilntest::readFile(target), "target");
+}
+
+TEST(VxcachedAttack, RefusesDirectoriesThatOthersCanChange) {
+  TemporaryFolder folder;
+  const fs::path cache = folder.path() / "cache";
+  fs::create_directory(cache);
+  const auto message = [](const fs::path& path) {
+    CacheDaemon daemon;
+    return std::string(daemon.client().protocol.initialize(text(path), 0, 0).message().c_str());
+  };
+  for (const mode_t mode : {0770U, 0707U, 0777U, 01777U}) {
+    chmod(cache.c_str(), mode);
+    EXPECT_NE(message(cache).find("can be written by other users"), std::string::npos) << mode;
+  }
+  chmod(cache.c_str(), 0755);
+  chmod(folder.path().c_str(), 0777);
+  EXPECT_NE(message(cache).find("other users can rename it"), std::string::npos);
+  chmod(folder.path().c_str(), 01777);
+  EXPECT_EQ(message(cache), "");
+  if (geteuid() == 0) {
+    ASSERT_EQ(lchown(cache.c_str(), 1, 1), 0);
+    EXPECT_NE(message(cache).find("belongs to another user"), std::string::npos);
+    fs::create_directory(folder.path() / "own");
+    fs::create_symlink(folder.path() / "own", folder.path() / "link");
+    EXPECT_EQ(message(folder.path() / "link"), "");
+    ASSERT_EQ(lchown((folder.path() / "link").c_str(), 1, 1), 0);
+    EXPECT_NE(message(folder.path() / "link").find("link of another user"), std::string::npos);
+  }
+}
+
+TEST(VxcachedAttack, EndsCleanlyOnSigtermWithClients) {
+  TemporaryFolder folder;
+  CacheDaemon daemon(folder.path(), 0, 0);
+  kilntest::CacheClient second(kilntest::portIn(folder.path()));
+  EXPECT_EQ(second.protocol.initialize(text(folder.path()), 0, 0).code(), 0);
+  EXPECT_TRUE(daemon.client().add(folder.path(), "key", "content"));
+  daemon.process().terminate();
+  EXPECT_EQ(daemon.process().wait(), 0);
+  EXPECT_FALSE(fs::exists(folder.path() / "@lockfile.lck"));
+  EXPECT_FALSE(fs::exists(folder.path() / "@daemon.sock"));
+  EXPECT_EQ(second.content("key"), "");
+}
+
+// Two daemons must not serve one directory, even when somebody deletes the locked file.
+TEST(VxcachedAttack, TheLockSurvivesItsFile) {
+  TemporaryFolder folder;
+  CacheDaemon first(folder.path(), 0, 0);
+  const std::string port = kilntest::readFile(folder.path() / "@daemon.lck");
+  fs::remove(folder.path() / "@daemon.lck");
+  std::ofstream(folder.path() / "@daemon.lck") << port;
+  CacheDaemon second(folder.path(), 0, 0);
+  EXPECT_TRUE(second.client().add(folder.path(), "key", "content"));
+  EXPECT_EQ(first.client().content("key"), "content");
+}
+
+}  // namespace
