@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <map>
+#include <memory>
 #include <random>
 #include <set>
 #include <string>
@@ -129,11 +130,9 @@ TEST(VxcachedKill, LosesNothingThatWasAnswered) {
     for (Worker& each : workers) each.check(daemon.client());
     std::vector<std::thread> threads;
     for (Worker& each : workers) {
-      threads.emplace_back([&each, &folder] {
-        CacheClient client(portIn(folder.path()));
-        client.protocol.initialize(text(folder.path()), 0, 0);
-        each.run(client);
-      });
+      const auto client = std::make_shared<CacheClient>(portIn(folder.path()));
+      ASSERT_EQ(client->protocol.initialize(text(folder.path()), 0, 0).code(), 0);
+      threads.emplace_back([&each, client] { each.run(*client); });
     }
     std::this_thread::sleep_for(std::chrono::microseconds(1000 + random() % 20000));
     daemon.process().kill();

@@ -98,7 +98,7 @@ TEST_F(VxcachedTest, EndsWithoutClientsAndWhenTold) {
   EXPECT_FALSE(stopped.client().isAlive());
   EXPECT_EQ(runCacheProgram({"--list", folder.path().string()}, output), 2);
   EXPECT_EQ(runCacheProgram({"--port", "0"}, output), 2);
-  EXPECT_NE(folder.names().find(" @daemon.lck @index.dat "), std::string::npos) << folder.names();
+  EXPECT_NE(folder.names().find("@daemon.lck @index.dat "), std::string::npos) << folder.names();
 }
 
 TEST_F(VxcachedTest, TakesOnlyFilesOfItsDirectory) {

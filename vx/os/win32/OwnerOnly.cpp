@@ -5,10 +5,6 @@
 
 namespace vxOS {
 
-namespace {
-
-// The information begins with a TOKEN_USER and holds the identifier that it points to. Null when
-// the system refuses.
 std::unique_ptr<std::byte[]> currentUser() {
   HANDLE opened = nullptr;
   OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened);
@@ -19,6 +15,8 @@ std::unique_ptr<std::byte[]> currentUser() {
   if (GetTokenInformation(token.get(), TokenUser, user.get(), size, &size) == 0) return nullptr;
   return user;
 }
+
+namespace {
 
 // The list that gives the user all rights. Null when the system refuses.
 std::unique_ptr<std::byte[]> userList() {
