@@ -74,13 +74,13 @@ std::wstring pathIn(const Directory& directory, const CString& name) {
 }
 
 // The system finds a file by other names than its own as well: short ones, those in another case or
-// with blanks and full stops at the end, and those with a stream.
-bool isListedAs(const std::wstring& path, const CString& name) {
-  WIN32_FIND_DATAW found;
-  const HANDLE search = FindFirstFileW(path.c_str(), &found);
-  if (search == INVALID_HANDLE_VALUE) return false;
-  FindClose(search);
-  return IString(found.cFileName).asMultibyte() == name;
+// with blanks and full stops at the end, and those with a stream (':').
+bool isNamed(HANDLE file, const CString& name) {
+  std::wstring path(32768, L'\0');
+  path.resize(GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()),
+                                        FILE_NAME_NORMALIZED | VOLUME_NAME_DOS));
+  const std::wstring own = path.substr(path.find_last_of(L'\\') + 1);
+  return IString(own.c_str()).asMultibyte() == name && !name.contains(":");
 }
 
 bool writeAll(HANDLE file, std::string_view bytes) {
@@ -213,12 +213,10 @@ vx::vector<CString> Directory::names() const {
 }
 
 FileFacts Directory::query(const CString& name) const {
-  const std::wstring path = pathIn(*this, name);
-  if (!isListedAs(path, name)) return {};
-  const Handle file(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, kAllSharing, nullptr,
-                                OPEN_EXISTING, kAsItIs, nullptr));
+  const Handle file(CreateFileW(pathIn(*this, name).c_str(), FILE_READ_ATTRIBUTES, kAllSharing,
+                                nullptr, OPEN_EXISTING, kAsItIs, nullptr));
   BY_HANDLE_FILE_INFORMATION facts;
-  if (!file || !vxOS::query(file.get(), facts)) return {};
+  if (!file || !vxOS::query(file.get(), facts) || !isNamed(file.get(), name)) return {};
   return {isOwnFile(facts), joined(facts.nFileSizeHigh, facts.nFileSizeLow),
           unixNanoseconds(facts.ftLastWriteTime),
           joined(facts.nFileIndexHigh, facts.nFileIndexLow)};
