@@ -134,7 +134,8 @@ TEST(VxcachedKill, LosesNothingThatWasAnswered) {
       ASSERT_EQ(client->protocol.initialize(text(folder.path()), 0, 0).code(), 0);
       threads.emplace_back([&each, client] { each.run(*client); });
     }
-    std::this_thread::sleep_for(std::chrono::microseconds(1000 + random() % 20000));
+    std::this_thread::sleep_for(
+        std::chrono::microseconds((1000 + random() % 20000) * KILNTEST_SHARE));
     daemon.process().kill();
     for (std::thread& each : threads) each.join();
   }
