@@ -144,6 +144,7 @@ int runProgram(int argc, const char* const* argv) {
   addStructures(suite);
   addBoxes(suite);
   addSparse(suite);
+  addCache(suite);
   addUndo(suite);
   addTrace(suite);
   std::vector<std::string> notes = {addEigen(suite), addBoost(suite), addGlib(suite),
