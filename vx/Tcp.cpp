@@ -37,6 +37,8 @@ class Deadline {
     const double rest = std::chrono::duration<double, std::milli>(*end_ - Clock::now()).count();
     return static_cast<int>(std::clamp(std::ceil(rest), 0.0, kLongestWait));
   }
+  /// Whether there is time for a wait of so many milliseconds.
+  bool allows(int wanted) const { return !end_ || milliseconds() >= wanted; }
   /// The rest, but at most `longest` milliseconds; -1 for `longest` stands for no such limit.
   int slice(int longest) const {
     const int rest = milliseconds();
@@ -145,6 +147,13 @@ struct Socket::Connection {
   bool waitFor(os::Event event, const Deadline& deadline) const {
     return waitUntil(socket.get(), event, deadline, interrupted);
   }
+  /// Receives what is there or comes soon. An answer that comes soon is thus received by one call
+  /// of the system.
+  os::Result receiveSoon(std::byte* data, std::size_t size, std::size_t& received,
+                         const Deadline& deadline) const {
+    const bool maySoon = !interrupted && deadline.allows(os::kSoon);
+    return (maySoon ? os::receiveSoon : os::receive)(socket.get(), data, size, received);
+  }
   Error closedByPeer() { return fail({kClosed, "the peer has closed the connection"}); }
 
   Error connectTo(const os::Endpoint& peer, const Deadline& deadline);
@@ -152,7 +161,7 @@ struct Socket::Connection {
   Error receiveSome(std::byte* data, std::size_t size, std::size_t& received,
                     const Deadline& deadline);
   Error readAll(std::byte* data, std::size_t size, const Deadline& deadline);
-  Error readText(std::string& text, std::size_t size, const Deadline& deadline);
+  Error readText(CString& text, std::size_t size, const Deadline& deadline);
   std::size_t takeBuffered(std::byte* data, std::size_t size);
 
   Address address;
@@ -207,9 +216,10 @@ Error Socket::Connection::sendGathered(os::Piece more, const Deadline& deadline)
 Error Socket::Connection::receiveSome(std::byte* data, std::size_t size, std::size_t& received,
                                       const Deadline& deadline) {
   if (gatheredBytes > 0 && sendGathered({}, deadline)) return failure;
-  os::Result result;
-  while ((result = os::receive(socket.get(), data, size, received)) == os::Result::kWait) {
+  os::Result result = receiveSoon(data, size, received, deadline);
+  while (result == os::Result::kWait) {
     if (!waitFor(os::Event::kRead, deadline)) return fail(timedOut());
+    result = os::receive(socket.get(), data, size, received);
   }
   if (result == os::Result::kFailed) return fail(systemError("cannot receive"));
   return received == 0 ? closedByPeer() : Error();
@@ -240,12 +250,20 @@ Error Socket::Connection::readAll(std::byte* data, std::size_t size, const Deadl
 }
 
 // Memory is taken as the bytes arrive, so that a length alone costs none.
-Error Socket::Connection::readText(std::string& text, std::size_t size, const Deadline& deadline) {
-  while (!failure && text.size() < size) {
-    const std::size_t start = text.size();
-    text.resize(start + std::min(size - start, std::max(kBufferBytes, start)));
-    readAll(reinterpret_cast<std::byte*>(text.data() + start), text.size() - start, deadline);
+Error Socket::Connection::readText(CString& text, std::size_t size, const Deadline& deadline) {
+  if (size <= bufferedEnd - bufferedStart) {
+    const std::byte* start = buffered.data() + bufferedStart;
+    text = CString(std::string_view(reinterpret_cast<const char*>(start), size));
+    bufferedStart += size;
+    return {};
   }
+  std::string bytes;
+  while (!failure && bytes.size() < size) {
+    const std::size_t start = bytes.size();
+    bytes.resize(start + std::min(size - start, std::max(kBufferBytes, start)));
+    readAll(reinterpret_cast<std::byte*>(bytes.data() + start), bytes.size() - start, deadline);
+  }
+  if (!failure) text = CString(std::string_view(bytes));
   return failure;
 }
 
@@ -340,11 +358,9 @@ Error Socket::read(CString& text) {
   const Deadline deadline = own.limit();
   std::array<unsigned char, kLengthBytes> length;
   own.readAll(reinterpret_cast<std::byte*>(length.data()), length.size(), deadline);
-  std::string bytes;
   if (!own.failure && littleEndian(length) > kMaxTextBytes)
     own.fail({kTooLong, "the peer sends a text that is too long"});
-  if (!own.failure) own.readText(bytes, littleEndian(length), deadline);
-  if (!own.failure) text = CString(std::string_view(bytes));
+  if (!own.failure) own.readText(text, littleEndian(length), deadline);
   return outcome(own.failure, own.throws);
 }
 
@@ -352,7 +368,13 @@ bool Socket::waitForInput(Interval limit) {
   Connection& own = *connection_;
   if (!own.state() && own.bufferedStart < own.bufferedEnd) return true;
   if (own.state() || own.sendGathered({}, own.limit())) return false;
-  return own.waitFor(os::Event::kRead, Deadline(limit));
+  const Deadline deadline(limit);
+  own.bufferedStart = own.bufferedEnd = 0;
+  // The end and a failure are told again to the next call that reads.
+  if (own.receiveSoon(own.buffered.data(), own.buffered.size(), own.bufferedEnd, deadline) !=
+      os::Result::kWait)
+    return !own.interrupted;
+  return own.waitFor(os::Event::kRead, deadline);
 }
 
 void Socket::interrupt() noexcept {

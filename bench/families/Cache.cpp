@@ -66,8 +66,7 @@ class CacheFolder {
   CString path() const { return path_.c_str(); }
   void open(FileCache& cache) const { require(cache.initialize(path(), 0, 0)); }
   void stop() const {
-    vxOS::ProcessManager::getInstance().startSync(
-        {APP_getBinaryPath("vxcached"), "--stop", path_.c_str()});
+    vxOS::ProcessManager::getInstance().startSync({program_, "--stop", path_.c_str()});
   }
   int port() const {
     int port = 0;
@@ -82,6 +81,8 @@ class CacheFolder {
 
  private:
   fs::path path_;
+  // Known beforehand: at the end of the program the library may not know the folder any more.
+  CString program_ = APP_getBinaryPath("vxcached");
 };
 
 // Keeps this process, and those that it starts, on the processor where it is.

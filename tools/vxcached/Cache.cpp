@@ -92,12 +92,14 @@ void Cache::setLimits(const Limits& limits) {
   index_.setLimits(limits);
 }
 
-std::string Cache::acquire(Client& client, std::string_view key, std::int64_t& accessTime) {
+bool Cache::acquire(Client& client, std::string_view key, const CString& start, CString& path,
+                    std::int64_t& accessTime) {
   const std::lock_guard guard(mutex_);
-  const Entry* entry = index_.acquire(client, std::string(key));
-  if (entry == nullptr) return {};
+  const Entry* entry = index_.acquire(client, key);
+  if (entry == nullptr) return false;
+  path = start + CString(std::string_view(entry->name));
   accessTime = entry->accessTime;
-  return entry->name;
+  return true;
 }
 
 bool Cache::add(Client& client, std::string_view key, const CString& name) {
@@ -110,12 +112,12 @@ bool Cache::add(Client& client, std::string_view key, const CString& name) {
 
 bool Cache::release(Client& client, std::string_view key, bool remove) {
   const std::lock_guard guard(mutex_);
-  return index_.release(client, std::string(key), remove);
+  return index_.release(client, key, remove);
 }
 
 void Cache::setAccessed(std::string_view key) {
   const std::lock_guard guard(mutex_);
-  index_.setAccessed(std::string(key), now());
+  index_.setAccessed(key, now());
   rewriteWhenWorth();
 }
 

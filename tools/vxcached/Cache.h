@@ -47,8 +47,9 @@ class Cache : EntryStore {
   bool isAt(const vxString::CString& path) const { return directory_.isAt(path); }
 
   void setLimits(const Limits& limits);
-  /// The name of the key's file; empty when there is no such entry.
-  std::string acquire(Client& client, std::string_view key, std::int64_t& accessTime);
+  /// False when there is no entry of the key; else `path` is `start` and the name of the file.
+  bool acquire(Client& client, std::string_view key, const vxString::CString& start,
+               vxString::CString& path, std::int64_t& accessTime);
   bool add(Client& client, std::string_view key, const vxString::CString& name);
   bool release(Client& client, std::string_view key, bool remove);
   void setAccessed(std::string_view key);

@@ -38,7 +38,7 @@ void CacheIndex::setLimits(const Limits& limits) {
   evict();
 }
 
-const Entry* CacheIndex::acquire(Client& client, const std::string& key) {
+const Entry* CacheIndex::acquire(Client& client, std::string_view key) {
   Slot* slot = find(key);
   if (slot == nullptr) return nullptr;
   hold(client, *slot);
@@ -67,7 +67,7 @@ bool CacheIndex::add(Client& client, const std::string& key, const std::string& 
   return true;
 }
 
-bool CacheIndex::release(Client& client, const std::string& key, bool remove) {
+bool CacheIndex::release(Client& client, std::string_view key, bool remove) {
   const auto held = client.holds_.find(key);
   if (held == client.holds_.end()) return false;
   auto& [slot, count] = held->second.front();
@@ -83,7 +83,7 @@ bool CacheIndex::release(Client& client, const std::string& key, bool remove) {
   return true;
 }
 
-void CacheIndex::setAccessed(const std::string& key, std::int64_t now) {
+void CacheIndex::setAccessed(std::string_view key, std::int64_t now) {
   Slot* slot = find(key);
   if (slot == nullptr) return;
   slot->entry.accessTime = now;
@@ -110,7 +110,7 @@ std::vector<CacheIndex::Listed> CacheIndex::list() const {
 }
 
 // The entry of the key when its file is the one that was added.
-CacheIndex::Slot* CacheIndex::find(const std::string& key) {
+CacheIndex::Slot* CacheIndex::find(std::string_view key) {
   const auto found = current_.find(key);
   if (found == current_.end()) return nullptr;
   if (isThere(*found->second)) return found->second;
@@ -155,9 +155,10 @@ bool CacheIndex::refresh(Slot& slot, const FileFacts& facts, std::int64_t now) {
 }
 
 void CacheIndex::touch(Slot& slot) {
-  const bool wasIdle = idle_.erase(slot.order) != 0;
+  const bool isIdle = slot.holds == 0 && slot.isCurrent;
+  if (isIdle) idle_.erase(slot.order);
   slot.order = ++clock_;
-  if (wasIdle) idle_[slot.order] = &slot;
+  if (isIdle) idle_[slot.order] = &slot;
 }
 
 void CacheIndex::hold(Client& client, Slot& slot) {

@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -43,6 +44,16 @@ struct Limits {
   std::int64_t bytes = 0;  ///< The same.
 };
 
+/// A map from texts that finds a view without making a text of it.
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const {
+    return std::hash<std::string_view>()(text);
+  }
+};
+template <class Value>
+using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
+
 class CacheIndex {
   struct Slot;
 
@@ -56,7 +67,7 @@ class CacheIndex {
       Slot* slot;
       std::size_t count;
     };
-    std::unordered_map<std::string, std::vector<Hold>> holds_;  // the oldest generation first
+    TextMap<std::vector<Hold>> holds_;  // the oldest generation first
   };
 
   /// An entry as `list` tells it.
@@ -82,7 +93,7 @@ class CacheIndex {
 
   /// Holds the entry of the key; null when there is none. Counts as an access for the order in
   /// which entries go, but leaves the access time.
-  const Entry* acquire(Client& client, const std::string& key);
+  const Entry* acquire(Client& client, std::string_view key);
   /// Makes the file the entry of the key and holds the entry. False when the key is empty or too
   /// long, when the file is not the user's own or belongs to another key, and when the entry cannot
   /// be saved.
@@ -90,8 +101,8 @@ class CacheIndex {
   /// Gives one hold back, of the oldest generation of the key that the client holds. With `remove`
   /// that generation goes, its file when nobody holds it any more. False when the client holds
   /// nothing of the key.
-  bool release(Client& client, const std::string& key, bool remove);
-  void setAccessed(const std::string& key, std::int64_t now);
+  bool release(Client& client, std::string_view key, bool remove);
+  void setAccessed(std::string_view key, std::int64_t now);
   void releaseAll(Client& client);
 
   /// Whether a file is in use here.
@@ -111,7 +122,7 @@ class CacheIndex {
   };
 
   bool isThere(const Slot& slot) { return store_.query(slot.entry.name) == slot.entry.facts; }
-  Slot* find(const std::string& key);
+  Slot* find(std::string_view key);
   Slot& insert(Entry entry);
   Slot* reusable(const std::string& key, const std::string& name, const vxOS::FileFacts& facts,
                  bool& isForeign);
@@ -128,7 +139,7 @@ class CacheIndex {
   EntryStore& store_;
   Limits limits_;
   std::unordered_map<std::uint64_t, Slot> slots_;  // by generation
-  std::unordered_map<std::string, Slot*> current_;
+  TextMap<Slot*> current_;
   std::unordered_map<std::uint64_t, Slot*> byIdentity_;
   std::map<std::uint64_t, Slot*> idle_;  // current and held by nobody, the oldest access first
   std::uint64_t bytes_ = 0;

@@ -29,16 +29,15 @@ CString folderOf(const CString& directory) {
 Error LocalService::initialize(const CString& directory, int n, std::int64_t m) {
   if (!cache_.isAt(directory)) return {1, "the connection is for another folder already"};
   directory_ = directory;
+  const CString example = Filename::join(directory, "x");
+  start_ = example.substring(0, example.length() - 1);
   cache_.setLimits({n, m});
   cache_.keepPortFile();
   return {};
 }
 
 bool LocalService::acquire(const CString& key, CString& path, std::int64_t& accessTime) {
-  const std::string name = cache_.acquire(client_, key.view(), accessTime);
-  if (name.empty()) return false;
-  path = Filename::join(directory_, CString(std::string_view(name)));
-  return true;
+  return cache_.acquire(client_, key.view(), start_, path, accessTime);
 }
 
 // A relative path may mean another folder to the client than to the daemon.

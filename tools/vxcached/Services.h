@@ -35,6 +35,7 @@ class LocalService : public vxKilnBase::FileCacheProtocol {
   Cache& cache_;
   Cache::Client client_;
   vxString::CString directory_;
+  vxString::CString start_;  // of paths
 };
 
 /// Passes requests on. A failure of the connection is thrown as a `vxUtil::Error`, so that the

@@ -1,4 +1,5 @@
-// Sockets, on each operating system. Nothing here waits, but for `wait` and `resolve`.
+// Sockets, on each operating system. Nothing here waits, but for `wait`, `receiveSoon` and
+// `resolve`.
 #pragma once
 
 #include <array>
@@ -61,6 +62,10 @@ bool wait(Handle socket, Event event, int milliseconds);
 Result send(Handle socket, Piece first, Piece second, std::size_t& sent);
 /// Receives at most `size` bytes; 0 received with `kDone` is the end of the connection.
 Result receive(Handle socket, std::byte* data, std::size_t size, std::size_t& received);
+/// As `receive`, but may wait for the first byte for at most `kSoon` milliseconds. `shutdown` ends
+/// the wait.
+Result receiveSoon(Handle socket, std::byte* data, std::size_t size, std::size_t& received);
+constexpr int kSoon = 200;
 
 /// Takes the port of the endpoint for listening.
 Result listen(Handle socket, const Endpoint& endpoint, int pending);

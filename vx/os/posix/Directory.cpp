@@ -34,8 +34,14 @@ Error failure(const char* action, const CString& path) {
   return {error, CString("cannot ") + action + " \"" + path + "\": " + file::errorText(error)};
 }
 
+// The user stays the same; asking the system each time would cost as much as looking at a file.
+uid_t currentUser() {
+  static const uid_t kUser = geteuid();
+  return kUser;
+}
+
 bool isOwnFile(const struct stat& facts) {
-  return S_ISREG(facts.st_mode) && facts.st_nlink == 1 && facts.st_uid == geteuid();
+  return S_ISREG(facts.st_mode) && facts.st_nlink == 1 && facts.st_uid == currentUser();
 }
 
 bool writeAll(int file, std::string_view bytes) {

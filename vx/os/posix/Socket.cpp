@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <memory>
 #include <netdb.h>
 #include <netinet/in.h>
@@ -46,6 +47,19 @@ Result resultOf(ssize_t outcome) {
   if (outcome >= 0) return Result::kDone;
   const bool waits = errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
   return waits ? Result::kWait : Result::kFailed;
+}
+
+Result receive(Handle socket, std::byte* data, std::size_t size, std::size_t& received, int flags) {
+  const ssize_t count = recv(descriptor(socket), data, size, flags);
+  received = count > 0 ? static_cast<std::size_t>(count) : 0;
+  return resultOf(count);
+}
+
+// Of a connection only `receiveSoon` waits.
+void prepareConnection(Handle socket) {
+  const timeval soon = {0, kSoon * 1000};
+  setsockopt(descriptor(socket), SOL_SOCKET, SO_RCVTIMEO, &soon, sizeof soon);
+  fcntl(descriptor(socket), F_SETFL, fcntl(descriptor(socket), F_GETFL) & ~O_NONBLOCK);
 }
 
 void addEndpoints(vx::vector<Endpoint>& endpoints, const char* host, int port, int family) {
@@ -92,15 +106,17 @@ void shutdown(Handle socket) noexcept {
 
 Result startConnect(Handle socket, const Endpoint& peer) {
   const auto length = static_cast<socklen_t>(peer.length);
-  if (::connect(descriptor(socket), address(peer), length) == 0) return Result::kDone;
+  if (::connect(descriptor(socket), address(peer), length) == 0) return finishConnect(socket);
   return errno == EINPROGRESS || errno == EINTR ? Result::kWait : Result::kFailed;
 }
 
 Result finishConnect(Handle socket) {
   int error = 0;
   socklen_t size = sizeof error;
-  if (getsockopt(descriptor(socket), SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0)
+  if (getsockopt(descriptor(socket), SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0) {
+    prepareConnection(socket);
     return Result::kDone;
+  }
   if (error != 0) errno = error;
   return Result::kFailed;
 }
@@ -120,15 +136,17 @@ Result send(Handle socket, Piece first, Piece second, std::size_t& sent) {
   msghdr message = {};
   message.msg_iov = pieces;
   message.msg_iovlen = 2;
-  const ssize_t count = sendmsg(descriptor(socket), &message, MSG_NOSIGNAL);
+  const ssize_t count = sendmsg(descriptor(socket), &message, MSG_NOSIGNAL | MSG_DONTWAIT);
   sent = count > 0 ? static_cast<std::size_t>(count) : 0;
   return resultOf(count);
 }
 
 Result receive(Handle socket, std::byte* data, std::size_t size, std::size_t& received) {
-  const ssize_t count = recv(descriptor(socket), data, size, 0);
-  received = count > 0 ? static_cast<std::size_t>(count) : 0;
-  return resultOf(count);
+  return receive(socket, data, size, received, MSG_DONTWAIT);
+}
+
+Result receiveSoon(Handle socket, std::byte* data, std::size_t size, std::size_t& received) {
+  return receive(socket, data, size, received, 0);
 }
 
 // A port whose last connections have ended a moment ago can be taken again; a port that somebody
@@ -154,9 +172,12 @@ int port(Handle socket) {
 }
 
 Result accept(Handle listener, Handle& connection) {
-  const int made = accept4(descriptor(listener), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+  const int made = accept4(descriptor(listener), nullptr, nullptr, SOCK_CLOEXEC);
   connection = made;
-  if (made >= 0) setOption(made, IPPROTO_TCP, TCP_NODELAY);
+  if (made >= 0) {
+    setOption(made, IPPROTO_TCP, TCP_NODELAY);
+    prepareConnection(made);
+  }
   // A connection that ended before it was accepted, or that the network lost, is nobody's failure.
   const bool wasLost = made < 0 && (errno == ECONNABORTED || errno == EPROTO || errno == ENETDOWN ||
                                     errno == EHOSTUNREACH || errno == ENETUNREACH);

@@ -150,6 +150,10 @@ Result receive(Handle socket, std::byte* data, std::size_t size, std::size_t& re
   return count >= 0 ? Result::kDone : failure();
 }
 
+Result receiveSoon(Handle socket, std::byte* data, std::size_t size, std::size_t& received) {
+  return receive(socket, data, size, received);
+}
+
 // No other process may take over the port.
 Result listen(Handle socket, const Endpoint& endpoint, int pending) {
   setOption(socket, SOL_SOCKET, SO_EXCLUSIVEADDRUSE, 1);
