@@ -179,8 +179,11 @@ void Daemon::keepDirectory() {
   nextClearing_ = Clock::now() + kClearingPause;
 }
 
+// Without a directory there is nothing to wait for, also when somebody has deleted the directory.
 bool Daemon::isIdle() const {
-  return sessions_.empty() && (openCache_ == nullptr || Clock::now() - lastClient_ >= idleTime_);
+  const Cache* cache = openCache_;
+  return sessions_.empty() && (cache == nullptr || Clock::now() - lastClient_ >= idleTime_ ||
+                               !cache->isAt(cache->directory().path()));
 }
 
 // A client that has read the port before the file went is still served.

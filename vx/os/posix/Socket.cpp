@@ -57,7 +57,7 @@ Result receive(Handle socket, std::byte* data, std::size_t size, std::size_t& re
 
 // Of a connection only `receiveSoon` waits.
 void prepareConnection(Handle socket) {
-  const timeval soon = {0, kSoon * 1000};
+  const timeval soon = {0, kSoon * 1000L};
   setsockopt(descriptor(socket), SOL_SOCKET, SO_RCVTIMEO, &soon, sizeof soon);
   fcntl(descriptor(socket), F_SETFL, fcntl(descriptor(socket), F_GETFL) & ~O_NONBLOCK);
 }
