@@ -77,6 +77,21 @@ TEST_F(VxcachedTest, KeepsEntriesFromDaemonToDaemon) {
   EXPECT_EQ(entryFiles(folder.path()), 2U);  // the refused one stays
 }
 
+TEST_F(VxcachedTest, ARemovedEntryStaysRemovedWhenTheDaemonIsKilled) {
+  {
+    CacheDaemon daemon(folder.path(), 0, 0);
+    EXPECT_TRUE(daemon.client().add(folder.path(), "a", "x"));
+    CacheClient second(portIn(folder.path()));
+    EXPECT_EQ(second.protocol.initialize(text(folder.path()), 0, 0).code(), 0);
+    CString path;
+    std::int64_t accessTime = 0;
+    EXPECT_TRUE(second.protocol.acquire("a", path, accessTime));
+    EXPECT_TRUE(daemon.client().protocol.release("a", true));
+  }
+  CacheDaemon next(folder.path(), 0, 0);
+  EXPECT_EQ(next.client().content("a"), "");
+}
+
 TEST_F(VxcachedTest, EndsWithoutClientsAndWhenTold) {
   CacheDaemon idle({"--idle-timeout", "0"});
   EXPECT_EQ(idle.client().protocol.initialize(text(folder.path()), 0, 0).code(), 0);

@@ -18,7 +18,7 @@ using vxUtil::Error;
 
 namespace {
 
-constexpr std::int64_t kDaySeconds = 24 * 60 * 60;
+constexpr std::int64_t kDaySeconds = 86400;
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
 constexpr std::size_t kMostPortBytes = 127;
 constexpr char kOwnMark = '@';  // begins the names of the daemon's own files

@@ -102,9 +102,11 @@ void CacheIndex::releaseAll(Client& client) {
 
 std::vector<CacheIndex::Listed> CacheIndex::list() const {
   std::vector<const Slot*> ordered;
+  ordered.reserve(slots_.size());
   for (const auto& [generation, slot] : slots_) ordered.push_back(&slot);
   std::ranges::sort(ordered, {}, &Slot::order);
   std::vector<Listed> listed;
+  listed.reserve(ordered.size());
   for (const Slot* slot : ordered) listed.push_back({slot->entry, slot->holds, slot->isCurrent});
   return listed;
 }

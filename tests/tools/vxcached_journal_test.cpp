@@ -1,0 +1,112 @@
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tools/vxcached/Journal.h"
+
+namespace {
+
+using kilntest::TemporaryFolder;
+using vxcached::CacheIndex;
+using vxcached::Entry;
+using vxcached::Journal;
+using vxOS::FileFacts;
+
+// All files are there: the identity is the number in the name.
+class AllThere : public vxcached::EntryStore {
+ public:
+  FileFacts query(const std::string& name) override {
+    return {true, 1, -5, static_cast<std::uint64_t>(std::stoi(name))};
+  }
+  void remove(const std::string&) override {}
+  bool saveEntry(const Entry&) override { return true; }
+  void saveAccess(const Entry&) override {}
+  void saveRemoval(const Entry&) override {}
+};
+
+Entry entry(int number, const std::string& key) {
+  const auto identity = static_cast<std::uint64_t>(number);
+  return {key, std::to_string(number), {true, 1, -5, identity}, 10 * number, identity};
+}
+
+using Times = std::map<std::string, std::int64_t>;  // access times by key
+
+struct VxcachedJournal : testing::Test {
+  VxcachedJournal() { EXPECT_EQ(directory.open(folder.path().string().c_str()).code(), 0); }
+
+  // What a daemon finds; it can go on writing.
+  Times read() {
+    AllThere store;
+    CacheIndex index(store);
+    Journal journal;
+    EXPECT_EQ(journal.open(directory, index).code(), 0);
+    Times times;
+    for (const auto& each : index.list()) times[each.entry.key] = each.entry.accessTime;
+    EXPECT_TRUE(journal.appendRemoval(entry(99, "")));
+    return times;
+  }
+  std::string content() const { return kilntest::readFile(folder.path() / Journal::kFileName); }
+
+  TemporaryFolder folder;
+  vxOS::Directory directory;
+};
+
+TEST_F(VxcachedJournal, SurvivesCutsAndChangesOfEveryByte) {
+  std::vector<Times> states = {{}};
+  std::vector<std::size_t> ends;
+  {
+    AllThere store;
+    CacheIndex index(store);
+    Journal journal;
+    ASSERT_EQ(journal.open(directory, index).code(), 0);
+    const auto happened = [&](bool isWritten, const Times& state) {
+      EXPECT_TRUE(isWritten);
+      ends.push_back(content().size());
+      states.push_back(state);
+    };
+    ends.push_back(content().size());
+    happened(journal.appendEntry(entry(1, "a")), {{"a", 10}});
+    happened(journal.appendEntry(entry(2, std::string("b\0", 2))),
+             {{"a", 10}, {std::string("b\0", 2), 20}});
+    Entry accessed = entry(1, "a");
+    accessed.accessTime = 77;
+    happened(journal.appendAccess(accessed), {{"a", 77}, {std::string("b\0", 2), 20}});
+    happened(journal.appendRemoval(entry(2, "")), {{"a", 77}});
+    happened(journal.appendEntry(entry(3, "a")), {{"a", 30}});
+  }
+  const std::string whole = content();
+  const auto stateAt = [&](std::size_t bytes) {
+    std::size_t state = 0;
+    while (state + 1 < ends.size() && ends[state + 1] <= bytes) ++state;
+    return states[state];
+  };
+  for (std::size_t size = 0; size <= whole.size(); ++size) {
+    folder.write(Journal::kFileName, whole.substr(0, size));
+    EXPECT_EQ(read(), stateAt(size)) << size;
+    EXPECT_EQ(read(), stateAt(size)) << size;  // the torn end is gone
+  }
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    std::string changed = whole;
+    changed[at] = static_cast<char>(changed[at] ^ 0x41);
+    folder.write(Journal::kFileName, changed);
+    EXPECT_EQ(read(), stateAt(at < ends[0] ? 0 : at)) << at;
+  }
+}
+
+TEST_F(VxcachedJournal, WritesItselfAnewInTheOrderOfTheEntries) {
+  AllThere store;
+  CacheIndex index(store);
+  Journal journal;
+  ASSERT_EQ(journal.open(directory, index).code(), 0);
+  for (int i = 0; i < 10003; ++i) EXPECT_TRUE(journal.appendAccess(entry(1, "a")));
+  EXPECT_TRUE(journal.isWorthRewriting(1));
+  EXPECT_EQ(journal.rewrite({{entry(2, "b"), 0, true}, {entry(3, "c"), 1, false}}).code(), 0);
+  EXPECT_FALSE(journal.isWorthRewriting(1));
+  EXPECT_TRUE(journal.appendEntry(entry(1, "a")));
+  EXPECT_EQ(read(), (Times{{"a", 10}, {"b", 20}}));
+  EXPECT_EQ(folder.names(), "@index.dat ");
+}
+
+}  // namespace
