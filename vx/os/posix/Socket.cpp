@@ -131,12 +131,15 @@ bool wait(Handle socket, Event event, int milliseconds) {
 }
 
 Result send(Handle socket, Piece first, Piece second, std::size_t& sent) {
+  constexpr int kFlags = MSG_NOSIGNAL | MSG_DONTWAIT;
   iovec pieces[] = {{const_cast<std::byte*>(first.data), first.size},
                     {const_cast<std::byte*>(second.data), second.size}};
   msghdr message = {};
   message.msg_iov = pieces;
   message.msg_iovlen = 2;
-  const ssize_t count = sendmsg(descriptor(socket), &message, MSG_NOSIGNAL | MSG_DONTWAIT);
+  const ssize_t count = second.size == 0
+                            ? ::send(descriptor(socket), first.data, first.size, kFlags)
+                            : sendmsg(descriptor(socket), &message, kFlags);
   sent = count > 0 ? static_cast<std::size_t>(count) : 0;
   return resultOf(count);
 }
