@@ -33,16 +33,22 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
   app.footer(kFooter);
   app.get_formatter()->column_width(32);
   app.set_version_flag("--version", "vxcached " KILNBASE_VERSION_STRING, "Tell the version");
-  CLI::Option_group* action = app.add_option_group("action");
-  action->add_option("--port", options.port, "Port of this machine where the first client waits")
-      ->check(CLI::Range(1, 65535));
-  action->add_option("--list", options.list, "Tell entries and limits of this directory's daemon");
-  action->add_option("--stop", options.stop, "End the daemon of this directory");
-  action->require_option(1);
-  app.add_option("--idle-timeout", options.idleSeconds, "Seconds to live without clients")
+  app.get_formatter()->label("Excludes", "| not with");
+  auto* port = app.add_option("--port", options.port, "Port of this machine where a client waits")
+                   ->type_name("N")
+                   ->check(CLI::Range(1, 65535));
+  auto* list = app.add_option("--list", options.list, "Tell what the directory's daemon keeps")
+                   ->type_name("DIRECTORY")
+                   ->excludes(port);
+  app.add_option("--stop", options.stop, "End the directory's daemon")
+      ->type_name("DIRECTORY")
+      ->excludes(port)
+      ->excludes(list);
+  app.add_option("--idle-timeout", options.idleSeconds, "How long to live without clients")
+      ->type_name("SECONDS")
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
-  app.add_option("--log", options.log, "File to which a line for each event is added");
+  app.add_option("--log", options.log, "Add a line for each event to this file")->type_name("FILE");
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
@@ -54,6 +60,8 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
   } catch (const CLI::ParseError& error) {
     throw std::runtime_error(std::string(error.what()) + "; see vxcached --help");
   }
+  if (options.port == 0 && options.list.empty() && options.stop.empty())
+    throw std::runtime_error("give --port, --list or --stop; see vxcached --help");
   return options;
 }
 

@@ -1,6 +1,8 @@
 #include "tools/vxcached/Log.h"
 
 #include <ctime>
+#include <filesystem>
+#include <system_error>
 
 #include <vx/File.h>
 
@@ -11,7 +13,14 @@ using vxUtil::Error;
 
 Error Log::open(const CString& path) {
   file_.reset(vxOS::openFile(path.view(), "a"));
-  return file_ ? Error() : Error(1, "cannot write the log \"" + path + "\"");
+  if (!file_) return {1, "cannot write the log \"" + path + "\""};
+  // For this user alone, unless it is a device.
+  namespace fs = std::filesystem;
+  const fs::path file(reinterpret_cast<const char8_t*>(path.c_str()));
+  std::error_code ignored;
+  if (fs::is_regular_file(file, ignored))
+    fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write, ignored);
+  return {};
 }
 
 void Log::write(const CString& text) {
