@@ -29,6 +29,12 @@ Error Directory::make(const CString& path) {
   return {};
 }
 
+CString Directory::read(const CString& name, std::size_t most) const {
+  CString content;
+  read(name, most, content);
+  return content;
+}
+
 bool Directory::isTemporary(std::string_view name) {
   return name.starts_with(kTemporaryStart);
 }

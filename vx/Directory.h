@@ -60,7 +60,11 @@ class VX_API Directory {
   /// The facts of a file. `isOwnFile` is false also when there is no such file, and when the system
   /// knows the file by another name than this.
   FileFacts query(const vxString::CString& name) const;
-  /// The first `most` bytes of a file; empty when it cannot be read.
+  /// Reads the first `most` bytes of a regular file. What is no regular file is an error, and never
+  /// waited for.
+  vxUtil::Error read(const vxString::CString& name, std::size_t most,
+                     vxString::CString& content) const;
+  /// The same; empty when the file cannot be read.
   vxString::CString read(const vxString::CString& name, std::size_t most) const;
   /// Gives a file a new content, for this user alone: whoever looks finds the old content or the
   /// whole new one. The content is written into a file named by `isTemporary`, which stays when
@@ -86,23 +90,29 @@ class VX_API DirectoryFile {
   DirectoryFile() = default;
   ~DirectoryFile() { close(); }
   DirectoryFile(DirectoryFile&& other) noexcept
-      : handle_(std::exchange(other.handle_, Directory::kNone)), size_(other.size_) {}
+      : handle_(std::exchange(other.handle_, Directory::kNone)),
+        name_(std::move(other.name_)),
+        size_(other.size_) {}
   DirectoryFile& operator=(DirectoryFile&& other) noexcept {
     std::swap(handle_, other.handle_);
+    std::swap(name_, other.name_);
     std::swap(size_, other.size_);
     return *this;
   }
 
-  /// Opens the file and makes it when it is missing. An error also when there is something else
-  /// than a regular file of this user with one name.
+  /// Opens the file and makes it when it is missing; a file that is there becomes one for this user
+  /// alone. An error also when there is something else than a regular file of this user with one
+  /// name.
   vxUtil::Error open(const Directory& directory, const vxString::CString& name);
   void close() noexcept;
 
-  /// Takes the file's lock, which goes when file and directory are closed or the process ends.
-  /// False when somebody has the lock. The lock keeps nobody from reading. Where the system lets a
-  /// locked file be deleted, the directory is locked as well, so that a second file in the place of
-  /// the first gives no second lock.
-  bool tryLock(const Directory& directory);
+  /// Takes the file's lock, which goes when the file is closed or the process ends. `isTaken` tells
+  /// that somebody else has the lock or that the file has lost its place, which is no error. The
+  /// lock keeps nobody from reading. Nobody but this user can open the file and take the lock.
+  vxUtil::Error tryLock(const Directory& directory, bool& isTaken);
+  /// Whether the directory still has this file under its name. Where the system lets a locked file
+  /// be deleted, a second file in the place of the first has a lock of its own.
+  bool isInPlace(const Directory& directory) const;
 
   /// Everything that is in the file.
   vxString::CString read() const;
@@ -113,6 +123,7 @@ class VX_API DirectoryFile {
 
  private:
   std::intptr_t handle_ = Directory::kNone;
+  vxString::CString name_;
   std::uint64_t size_ = 0;
 };
 

@@ -1,4 +1,3 @@
-#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +10,7 @@
 
 #include <kilnbase/net/FileCache.h>
 #include <kilnbase/net/FileCacheProtocol.h>
+#include <vx/Directory.h>
 #include <vx/File.h>
 #include <vx/Filename.h>
 #include <vx/Process.h>
@@ -33,6 +33,7 @@ FileCacheItem::~FileCacheItem() = default;
 namespace {
 
 constexpr int kErrorCode = 1;
+constexpr std::size_t kMostLockFileBytes = 127;
 constexpr double kConnectSeconds = 5.0;
 constexpr double kStartSeconds = 5.0;
 constexpr const char* kManualStart = "MORLA_FILE_CACHE_MANUAL_START";
@@ -68,20 +69,22 @@ Error lockFileError(const char* what, const CString& path) {
   return {kErrorCode, CString::format("Cannot %s lockfile: %s", what, path.c_str())};
 }
 
-Error readPort(const CString& lockPath, int& port) {
-  std::array<char, 128> text = {};
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(vxOS::openFile(lockPath.view(), "r"),
-                                                             &std::fclose);
-  if (!file) return lockFileError("open", lockPath);
-  if (std::fread(text.data(), 1, text.size() - 1, file.get()) == 0)
-    return lockFileError("read", lockPath);
-  port = std::atoi(text.data());
+// What is no regular file, as a pipe without a writer, is not waited for.
+Error readPort(const CString& directory, const CString& lockPath, int& port) {
+  vxOS::Directory folder;
+  CString text;
+  if (folder.open(directory) ||
+      folder.read(FileCacheProtocol::LockFileName, kMostLockFileBytes, text))
+    return lockFileError("open", lockPath);
+  if (text.isEmpty()) return lockFileError("read", lockPath);
+  port = std::atoi(text.c_str());
   return {};
 }
 
-Error connectThrough(const CString& lockPath, std::unique_ptr<Socket>& socket) {
+Error connectThrough(const CString& directory, const CString& lockPath,
+                     std::unique_ptr<Socket>& socket) {
   int port = 0;
-  if (Error error = readPort(lockPath, port)) return error;
+  if (Error error = readPort(directory, lockPath, port)) return error;
   auto made = std::make_unique<Socket>(Address::localhost(port));
   if (Error error = made->connect(Interval(kConnectSeconds))) return error;
   if (!made->peerIsSameUser()) return {kErrorCode, "the cache server belongs to somebody else"};
@@ -155,7 +158,7 @@ Error FileCache::CacheImpl::connect() {
   vxOS::FileStatus lock;
   if (Error error = vxOS::File::query(lockPath, lock)) return error;
   if (lock.exists) {
-    if (!connectThrough(lockPath, socket)) return {};
+    if (!connectThrough(directory, lockPath, socket)) return {};
     vxOS::File::remove(lockPath);
   }
   return startAndConnect(socket);

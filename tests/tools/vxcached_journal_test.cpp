@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
@@ -92,6 +93,28 @@ TEST_F(VxcachedJournal, SurvivesCutsAndChangesOfEveryByte) {
     changed[at] = static_cast<char>(changed[at] ^ 0x41);
     folder.write(Journal::kFileName, changed);
     EXPECT_EQ(read(), stateAt(at < ends[0] ? 0 : at)) << at;
+  }
+}
+
+// Somebody has copied or forged the file.
+TEST_F(VxcachedJournal, EndsBeforeWhatNoDaemonWrites) {
+  std::vector<Entry> forged(10, entry(2, "b"));
+  const char* names[] = {"../2", "/2", "a\\2", ".", "..", "", "@index.dat"};
+  for (std::size_t i = 0; i < std::size(names); ++i) forged[i].name = names[i];
+  forged[7].key = "";
+  forged[8].key = std::string(65537, 'k');
+  forged[9].generation = 0;
+  forged.push_back(entry(2, "b"));
+  forged.back().generation = ~std::uint64_t{0};
+  for (const Entry& each : forged) {
+    folder.write(Journal::kFileName, "");
+    AllThere store;
+    CacheIndex index(store);
+    Journal journal;
+    ASSERT_EQ(journal.open(directory, index).code(), 0);
+    for (const Entry& written : {entry(1, "a"), each, entry(3, "c")})
+      EXPECT_TRUE(journal.appendEntry(written));
+    EXPECT_EQ(read(), (Times{{"a", 10}})) << each.name;
   }
 }
 

@@ -21,16 +21,9 @@ namespace {
 constexpr std::int64_t kDaySeconds = 86400;
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
 constexpr std::size_t kMostPortBytes = 127;
-constexpr char kOwnMark = '@';  // begins the names of the daemon's own files
 
 std::int64_t now() {
   return static_cast<std::int64_t>(std::time(nullptr));
-}
-
-// Whether a client's file may have this name.
-bool isEntryName(std::string_view name) {
-  return !name.empty() && name != "." && name != ".." && name.front() != kOwnMark &&
-         name.find('\0') == std::string_view::npos;
 }
 
 // Whether the name is one as vxOS::Uuid writes them.
@@ -58,6 +51,7 @@ Cache::~Cache() {
   if (port_ == 0) return;
   removePortFile();
   const std::lock_guard guard(mutex_);
+  if (!hasLock()) return;
   if (Error error = journal_.rewrite(index_.list())) log_.write(error.message());
   lock_.truncate(0);
 }
@@ -68,8 +62,7 @@ Error Cache::lock(const CString& path, bool& isTaken) {
   if (Error error = directory_.open(path)) return error;
   if (Error error = directory_.requirePrivate()) return error;
   if (Error error = lock_.open(directory_, kDaemonLockName)) return error;
-  isTaken = !lock_.tryLock(directory_);
-  return {};
+  return lock_.tryLock(directory_, isTaken);
 }
 
 Error Cache::open(int port) {
@@ -175,7 +168,7 @@ void Cache::remove(const std::string& name) {
 }
 
 bool Cache::saveEntry(const Entry& entry) {
-  return journal_.appendEntry(entry);
+  return hasLock() && journal_.appendEntry(entry);
 }
 
 void Cache::saveAccess(const Entry& entry) {
@@ -187,7 +180,7 @@ void Cache::saveRemoval(const Entry& entry) {
 }
 
 void Cache::rewriteWhenWorth() {
-  if (!journal_.isWorthRewriting(index_.size())) return;
+  if (!journal_.isWorthRewriting(index_.size()) || !hasLock()) return;
   if (Error error = journal_.rewrite(index_.list())) log_.write(error.message());
 }
 

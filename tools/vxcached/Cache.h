@@ -44,6 +44,9 @@ class Cache : EntryStore {
   vxUtil::Error open(int port);
 
   const vxOS::Directory& directory() const { return directory_; }
+  /// False when somebody has deleted the locked file: another daemon may have the directory then.
+  /// Nothing is accepted any more.
+  bool hasLock() const { return lock_.isInPlace(directory_); }
   bool isAt(const vxString::CString& path) const { return directory_.isAt(path); }
 
   void setLimits(const Limits& limits);

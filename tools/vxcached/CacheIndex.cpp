@@ -7,6 +7,12 @@ namespace vxcached {
 
 using vxOS::FileFacts;
 
+bool isEntryName(std::string_view name) {
+  constexpr std::string_view kSeparatorsAndZero("/\\\0", 3);
+  return !name.empty() && name != "." && name != ".." && name.front() != kOwnMark &&
+         name.find_first_of(kSeparatorsAndZero) == std::string_view::npos;
+}
+
 void CacheIndex::restoreEntry(Entry entry) {
   lastGeneration_ = std::max(lastGeneration_, entry.generation);
   if (const auto known = slots_.find(entry.generation); known != slots_.end()) erase(known->second);
@@ -48,7 +54,7 @@ const Entry* CacheIndex::acquire(Client& client, std::string_view key) {
 
 bool CacheIndex::add(Client& client, const std::string& key, const std::string& name,
                      std::int64_t now) {
-  if (key.empty() || key.size() > kMostKeyBytes) return false;
+  if (!isKey(key)) return false;
   const FileFacts facts = store_.query(name);
   bool isForeign = false;
   Slot* slot = facts.isOwnFile ? reusable(key, name, facts, isForeign) : nullptr;

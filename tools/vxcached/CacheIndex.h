@@ -26,6 +26,12 @@ struct Entry {
   std::uint64_t generation = 0;
 };
 
+/// Begins the names of the daemon's own files.
+inline constexpr char kOwnMark = '@';
+
+/// Whether a client's file may have this name.
+bool isEntryName(std::string_view name);
+
 /// What the index needs of the disk. What a function of the name `save...` has saved is known to
 /// the next daemon, also when this one is killed.
 class EntryStore {
@@ -59,6 +65,10 @@ class CacheIndex {
 
  public:
   static constexpr std::size_t kMostKeyBytes = 65536;
+  /// Generations count from 1; no daemon lives until this one.
+  static constexpr std::uint64_t kMostGeneration = std::uint64_t{1} << 62;
+
+  static bool isKey(std::string_view key) { return !key.empty() && key.size() <= kMostKeyBytes; }
 
   /// What one client holds. Belongs to one index and is empty when it is destroyed.
   class Client {

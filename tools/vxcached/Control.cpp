@@ -1,6 +1,7 @@
 #include "tools/vxcached/Control.h"
 
 #include <chrono>
+#include <cstdlib>
 #include <utility>
 
 namespace vxcached {
@@ -20,11 +21,16 @@ constexpr int kTickMilliseconds = 250;
 constexpr std::chrono::seconds kEndingTime(10);
 constexpr std::chrono::milliseconds kPause(20);
 
-Error ask(const CString& path, const CString& question, Directory& directory, CString& answer) {
-  if (Error error = directory.open(path)) return error;
+Error ask(const Directory& directory, const CString& question, CString& answer) {
   if (Error error = LocalChannel::ask(directory, kChannelName, question, answer))
-    return {kErrorCode, "no daemon of \"" + path + "\" answers: " + error.message()};
+    return {kErrorCode, "no daemon of \"" + directory.path() + "\" answers: " + error.message()};
   return {};
+}
+
+// The port of the daemon that has the lock; 0 when there is none.
+int portIn(const Directory& directory) {
+  constexpr std::size_t kMostBytes = 16;
+  return std::atoi(directory.read(kDaemonLockName, kMostBytes).c_str());
 }
 
 }  // namespace
@@ -55,23 +61,29 @@ CString Control::answer(const CString& question) {
 
 Error listCache(const CString& path, CString& text) {
   Directory directory;
-  return ask(path, kList, directory, text);
+  if (Error error = directory.open(path)) return error;
+  return ask(directory, kList, text);
 }
 
-// The daemon has ended when its lock is free.
+// The daemon has ended when its lock is free or another daemon has the lock.
 Error stopDaemon(const CString& path) {
   Directory directory;
+  if (Error error = directory.open(path)) return error;
+  const int port = portIn(directory);
   CString answer;
-  if (Error error = ask(path, kStop, directory, answer)) return error;
-  vxOS::DirectoryFile lock;
-  if (Error error = lock.open(directory, kDaemonLockName)) return error;
+  if (Error error = ask(directory, kStop, answer)) return error;
   const auto end = std::chrono::steady_clock::now() + kEndingTime;
-  while (!lock.tryLock(directory)) {
+  for (;;) {
+    vxOS::DirectoryFile lock;
+    bool isTaken = false;
+    if (Error error = lock.open(directory, kDaemonLockName)) return error;
+    if (Error error = lock.tryLock(directory, isTaken)) return error;
+    const int now = portIn(directory);
+    if (!isTaken || (now != 0 && now != port)) return {};
     if (std::chrono::steady_clock::now() >= end)
       return {kErrorCode, "the daemon of \"" + path + "\" does not end"};
     std::this_thread::sleep_for(kPause);
   }
-  return {};
 }
 
 }  // namespace vxcached

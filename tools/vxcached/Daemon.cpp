@@ -173,6 +173,11 @@ void Daemon::dropFinishedSessions() {
 void Daemon::keepDirectory() {
   Cache* cache = openCache_;
   if (cache == nullptr) return;
+  if (!cache->hasLock()) {
+    log_.write("the locked file is gone");
+    isStopped_ = true;
+    return;
+  }
   cache->keepPortFile();
   if (Clock::now() < nextClearing_) return;
   cache->clearAway();

@@ -93,14 +93,21 @@ Entry readEntry(Reader& reader, std::uint64_t generation) {
   return entry;
 }
 
+// Whether a daemon can have written the entry: the name of its file leads nowhere else.
+bool isPossible(const Entry& entry) {
+  return isEntryName(entry.name) && CacheIndex::isKey(entry.key);
+}
+
 // Repeats one change; false when the content is none.
 bool replay(std::string_view content, CacheIndex& index) {
   Reader reader{content};
   const auto kind = reader.number<std::uint8_t>();
   const auto generation = reader.number<std::uint64_t>();
+  if (generation == 0 || generation > CacheIndex::kMostGeneration) return false;
   if (kind == kEntry) {
     Entry entry = readEntry(reader, generation);
-    if (reader.isWhole) index.restoreEntry(std::move(entry));
+    if (!reader.isWhole || !isPossible(entry)) return false;
+    index.restoreEntry(std::move(entry));
   } else if (kind == kAccess) {
     const auto time = reader.number<std::int64_t>();
     if (reader.isWhole) index.restoreAccess(generation, time);

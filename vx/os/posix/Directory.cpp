@@ -143,10 +143,14 @@ FileFacts Directory::query(const CString& name) const {
           facts.st_mtim.tv_sec * std::int64_t{1'000'000'000} + facts.st_mtim.tv_nsec, facts.st_ino};
 }
 
-CString Directory::read(const CString& name, std::size_t most) const {
+Error Directory::read(const CString& name, std::size_t most, CString& content) const {
   const int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
   const Owned file(openat(descriptor(handle_), name.c_str(), flags));
-  return file ? readAll(file.get(), most) : CString();
+  struct stat facts;
+  if (!file || fstat(file.get(), &facts) != 0) return failure("read", name);
+  if (!S_ISREG(facts.st_mode)) return {1, "\"" + name + "\" is no regular file"};
+  content = readAll(file.get(), most);
+  return {};
 }
 
 Error Directory::replace(const CString& name, std::string_view content) const {
@@ -175,8 +179,11 @@ Error DirectoryFile::open(const Directory& directory, const CString& name) {
   struct stat facts;
   if (!file || fstat(file.get(), &facts) != 0) return failure("open", name);
   if (!isOwnFile(facts)) return {1, "\"" + name + "\" is no file of this user's own"};
+  if ((facts.st_mode & ~kOwnFile & 07777) != 0 && fchmod(file.get(), kOwnFile) != 0)
+    return failure("protect", name);
   close();
   handle_ = file.release();
+  name_ = name;
   size_ = static_cast<std::uint64_t>(facts.st_size);
   return {};
 }
@@ -186,12 +193,18 @@ void DirectoryFile::close() noexcept {
     ::close(descriptor(handle));
 }
 
-bool DirectoryFile::tryLock(const Directory& directory) {
-  const int folder = descriptor(directory.handle_);
-  if (flock(folder, LOCK_EX | LOCK_NB) != 0) return false;
-  if (flock(descriptor(handle_), LOCK_EX | LOCK_NB) == 0) return true;
-  flock(folder, LOCK_UN);
-  return false;
+// Not the directory is locked: everybody who may read the directory could hold that lock for ever.
+Error DirectoryFile::tryLock(const Directory& directory, bool& isTaken) {
+  const bool isLocked = flock(descriptor(handle_), LOCK_EX | LOCK_NB) == 0;
+  isTaken = isLocked ? !isInPlace(directory) : errno == EWOULDBLOCK;
+  return isLocked || isTaken ? Error() : failure("lock", name_);
+}
+
+bool DirectoryFile::isInPlace(const Directory& directory) const {
+  struct stat own, named;
+  return fstat(descriptor(handle_), &own) == 0 &&
+         fstatat(descriptor(directory.handle_), name_.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+         own.st_ino == named.st_ino && own.st_dev == named.st_dev;
 }
 
 CString DirectoryFile::read() const {

@@ -222,10 +222,13 @@ FileFacts Directory::query(const CString& name) const {
           joined(facts.nFileIndexHigh, facts.nFileIndexLow)};
 }
 
-CString Directory::read(const CString& name, std::size_t most) const {
+Error Directory::read(const CString& name, std::size_t most, CString& content) const {
   const Handle file(CreateFileW(pathIn(*this, name).c_str(), GENERIC_READ, kAllSharing, nullptr,
                                 OPEN_EXISTING, kAsItIs, nullptr));
-  return file ? readAll(file.get(), most) : CString();
+  BY_HANDLE_FILE_INFORMATION facts;
+  if (!file || !vxOS::query(file.get(), facts)) return failure("read", name);
+  content = readAll(file.get(), most);
+  return {};
 }
 
 Error Directory::replace(const CString& name, std::string_view content) const {
@@ -261,6 +264,7 @@ Error DirectoryFile::open(const Directory& directory, const CString& name) {
   if (!isOwnFile(facts)) return {1, "\"" + name + "\" is no file of this user's own"};
   close();
   handle_ = reinterpret_cast<std::intptr_t>(file.release());
+  name_ = name;
   size_ = joined(facts.nFileSizeHigh, facts.nFileSizeLow);
   return {};
 }
@@ -270,11 +274,20 @@ void DirectoryFile::close() noexcept {
     CloseHandle(system(handle));
 }
 
-bool DirectoryFile::tryLock(const Directory&) {
+Error DirectoryFile::tryLock(const Directory&, bool& isTaken) {
   OVERLAPPED place = {};
   place.OffsetHigh = kLockByteHigh;
-  return LockFileEx(system(handle_), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
-                    &place) != 0;
+  const bool isLocked =
+      LockFileEx(system(handle_), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
+                 &place) != 0;
+  const DWORD error = GetLastError();
+  isTaken = !isLocked && (error == ERROR_LOCK_VIOLATION || error == ERROR_IO_PENDING);
+  return isLocked || isTaken ? Error() : failure("lock", name_);
+}
+
+// Nobody can rename or delete a file that is open here.
+bool DirectoryFile::isInPlace(const Directory&) const {
+  return true;
 }
 
 CString DirectoryFile::read() const {

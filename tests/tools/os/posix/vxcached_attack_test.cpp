@@ -1,11 +1,14 @@
 // What another user of the machine, or links in the directory, could try.
+#include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
+#include <kilnbase/net/FileCache.h>
 #include <vx/Filename.h>
 
 #include "tests/tools/CacheDaemon.h"
@@ -114,16 +117,39 @@ TEST(VxcachedAttack, EndsCleanlyOnSigtermWithClients) {
   EXPECT_EQ(second.content("key"), "");
 }
 
-// Two daemons must not serve one directory, even when somebody deletes the locked file.
-TEST(VxcachedAttack, TheLockSurvivesItsFile) {
+// Two daemons must not serve one directory.
+TEST(VxcachedAttack, EndsWhenItsLockedFileIsGone) {
   TemporaryFolder folder;
   CacheDaemon first(folder.path(), 0, 0);
-  const std::string port = kilntest::readFile(folder.path() / "@daemon.lck");
+  EXPECT_TRUE(first.client().add(folder.path(), "early", "content"));
   fs::remove(folder.path() / "@daemon.lck");
-  std::ofstream(folder.path() / "@daemon.lck") << port;
+  EXPECT_FALSE(first.client().add(folder.path(), "late", "content"));
   CacheDaemon second(folder.path(), 0, 0);
   EXPECT_TRUE(second.client().add(folder.path(), "key", "content"));
-  EXPECT_EQ(first.client().content("key"), "content");
+  EXPECT_EQ(first.process().wait(), 0);
+  second.dropClient();
+  second.process().kill();
+  CacheDaemon third(folder.path(), 0, 0);
+  for (const char* key : {"early", "key"}) EXPECT_EQ(third.client().content(key), "content");
+}
+
+// Whoever may read the directory can lock the directory, and a lock file that others may read.
+TEST(VxcachedAttack, LocksOnlyWhatNobodyElseCanOpen) {
+  TemporaryFolder folder;
+  const int directory = open(folder.path().c_str(), O_RDONLY | O_DIRECTORY);
+  ASSERT_EQ(flock(directory, LOCK_EX), 0);
+  chmod(folder.write("@daemon.lck", "").c_str(), 0644);
+  CacheDaemon daemon(folder.path(), 0, 0);
+  EXPECT_EQ(modeOf(folder.path() / "@daemon.lck"), 0600U);
+  close(directory);
+}
+
+TEST(VxcachedAttack, APipeAsLockFileHoldsNobodyUp) {
+  TemporaryFolder folder;
+  ASSERT_EQ(mkfifo((folder.path() / "@lockfile.lck").c_str(), 0600), 0);
+  vxKilnBase::FileCache cache;
+  EXPECT_EQ(cache.initialize(text(folder.path()), 0, 0).message(), CString());
+  EXPECT_EQ(kilntest::runCacheProgram({"--stop", folder.path().string()}), 0);
 }
 
 }  // namespace
