@@ -185,6 +185,8 @@ TEST_F(VxcachedTest, OutlivesMessagesThatEndAnywhere) {
   for (const std::string& request : sent) {
     for (std::size_t size = 0; size <= request.size(); ++size) {
       CacheClient cut(portIn(folder.path()));
+      EXPECT_FALSE(cut.protocol.release("key", false));  // the daemon serves the client
+      EXPECT_TRUE(cut.isAlive());
       cut.socket().write(request.data(), size);
       cut.socket().flush();
     }
@@ -195,6 +197,8 @@ TEST_F(VxcachedTest, OutlivesMessagesThatEndAnywhere) {
   stuck.socket().flush();
   EXPECT_EQ(daemon.client().content("key"), "content");
   EXPECT_EQ(entryFiles(folder.path()), 1U);
+  EXPECT_EQ(runCacheProgram({"--stop", folder.path().string()}), 0);
+  EXPECT_EQ(daemon.process().wait(), 0);
 }
 
 TEST_F(VxcachedTest, KeepsWithinItsLimitsUnderLoad) {
