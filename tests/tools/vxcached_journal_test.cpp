@@ -29,7 +29,8 @@ class AllThere : public vxcached::EntryStore {
 
 Entry entry(int number, const std::string& key) {
   const auto identity = static_cast<std::uint64_t>(number);
-  return {key, std::to_string(number), {true, 1, -5, identity}, 10 * number, identity};
+  return {
+      key, std::to_string(number), {true, 1, -5, identity}, number * std::int64_t{10}, identity};
 }
 
 using Times = std::map<std::string, std::int64_t>;  // access times by key
