@@ -28,6 +28,8 @@ class VX_API LocalChannel {
   void serve(int milliseconds,
              const std::function<vxString::CString(const vxString::CString&)>& answer);
   void close() noexcept;
+  /// Ends the wait of `serve` from another thread, for good.
+  void interrupt() noexcept;
 
   /// Asks the process that has opened the channel.
   static vxUtil::Error ask(const Directory& directory, const vxString::CString& name,

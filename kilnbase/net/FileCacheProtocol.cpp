@@ -8,7 +8,6 @@ namespace vxKilnBase {
 
 using vxString::CString;
 using vxUtil::Error;
-using vxUtil::Interval;
 
 namespace {
 
@@ -19,8 +18,6 @@ enum RequestCode {
   kRelease = 3,
   kSetAccessed = 4,
 };
-
-constexpr double kExchangeSeconds = 10.0;
 
 template <class Integer>
 void sendLittleEndian(vxTCP::Socket& socket, Integer value) {
@@ -114,7 +111,7 @@ Error FileCacheProtocol::recvError() {
 }
 
 void FileCacheProtocolClient::request(int code) {
-  socket().limitExchange(Interval(kExchangeSeconds));
+  socket().limitExchange(limit_);
   sendInt(code);
 }
 

@@ -64,8 +64,8 @@ class KILNBASE_API FileCacheProtocol {
 };
 
 /// The application's half: each operation sends a request and waits for the answer. An operation
-/// takes at most 10 seconds; after a failure the connection is dead and all later operations fail
-/// at once.
+/// takes at most 10 seconds, or what `setLimit` chooses; after a failure the connection is dead and
+/// all later operations fail at once.
 class KILNBASE_API FileCacheProtocolClient : public FileCacheProtocol {
  public:
   /// The daemon's error, or that of the connection.
@@ -80,8 +80,14 @@ class KILNBASE_API FileCacheProtocolClient : public FileCacheProtocol {
   /// A failure of the connection is not told.
   void setAccessed(const vxString::CString& key) override;
 
+  static constexpr double kLimitSeconds = 10.0;
+  /// How long an operation may take from now on.
+  void setLimit(vxUtil::Interval limit) { limit_ = limit; }
+
  private:
   void request(int code);
+
+  vxUtil::Interval limit_{kLimitSeconds};
 };
 
 /// The daemon's half: reads requests and answers them by the operations, which the daemon supplies.

@@ -265,6 +265,18 @@ TEST_F(VxcachedTest, PutsItsLockFileBack) {
   EXPECT_EQ(fs::path(item->getPath().c_str()).parent_path(), folder.path());
 }
 
+TEST_F(VxcachedTest, APassedOnClientMaySpellItsFolderAnew) {
+  CacheDaemon daemon(folder.path(), 0, 0), passing(folder.path(), 0, 0);
+  for (CacheDaemon* each : {&daemon, &passing}) {
+    CacheClient& client = each->client();
+    const fs::path spelled = folder.path() / "." / "";
+    EXPECT_EQ(client.protocol.initialize(text(spelled), 0, 0).message(), CString());
+    EXPECT_TRUE(client.add(spelled, "key", "content"));
+    EXPECT_NE(client.protocol.initialize(text(folder.path().parent_path()), 0, 0).code(), 0);
+    EXPECT_EQ(client.content("key"), "content");
+  }
+}
+
 // The port of a dead daemon may be that of the daemon of another directory now.
 TEST_F(VxcachedTest, ServesClientsThatAnOutdatedLockFileLeadsToAnotherDaemon) {
   TemporaryFolder other;

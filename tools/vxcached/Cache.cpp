@@ -52,7 +52,7 @@ Cache::~Cache() {
   removePortFile();
   const std::lock_guard guard(mutex_);
   if (!hasLock()) return;
-  if (Error error = journal_.rewrite(index_.list())) log_.write(error.message());
+  if (Error error = journal_.rewrite(index_.list())) log_.writeOnce(error.message());
   lock_.truncate(0);
 }
 
@@ -128,8 +128,17 @@ std::string Cache::portText() const {
 void Cache::keepPortFile() {
   const std::lock_guard guard(mutex_);
   const CString name = FileCacheProtocol::LockFileName;
-  if (port_ == 0 || directory_.read(name, kMostPortBytes).view() == portText()) return;
-  if (Error error = directory_.replace(name, portText())) log_.write(error.message());
+  if (port_ == 0 || isRetired_ || directory_.read(name, kMostPortBytes).view() == portText())
+    return;
+  if (Error error = directory_.replace(name, portText())) log_.writeOnce(error.message());
+}
+
+void Cache::retire() {
+  {
+    const std::lock_guard guard(mutex_);
+    isRetired_ = true;
+  }
+  removePortFile();
 }
 
 void Cache::removePortFile() {
@@ -181,7 +190,7 @@ void Cache::saveRemoval(const Entry& entry) {
 
 void Cache::rewriteWhenWorth() {
   if (!journal_.isWorthRewriting(index_.size()) || !hasLock()) return;
-  if (Error error = journal_.rewrite(index_.list())) log_.write(error.message());
+  if (Error error = journal_.rewrite(index_.list())) log_.writeOnce(error.message());
 }
 
 }  // namespace vxcached

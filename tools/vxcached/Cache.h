@@ -62,6 +62,8 @@ class Cache : EntryStore {
   void keepPortFile();
   /// Removes that file when it is this daemon's.
   void removePortFile();
+  /// Removes the file for good.
+  void retire();
   /// Deletes old files that no entry names: those named by a UUID, and the daemon's temporaries.
   void clearAway();
   std::string listing();
@@ -84,6 +86,7 @@ class Cache : EntryStore {
   Journal journal_;
   CacheIndex index_;
   int port_ = 0;
+  bool isRetired_ = false;
 };
 
 }  // namespace vxcached

@@ -48,8 +48,13 @@ Control::Control(Cache& cache, Log& log, std::function<void()> stop)
   });
 }
 
-Control::~Control() {
+void Control::end() noexcept {
   isEnding_ = true;
+  channel_.interrupt();
+}
+
+Control::~Control() {
+  end();
   if (thread_.joinable()) thread_.join();
 }
 

@@ -19,7 +19,10 @@ class Control {
  public:
   /// `stop` ends the daemon. Without a channel the daemon goes on and says so in the log.
   Control(Cache& cache, Log& log, std::function<void()> stop);
+  /// Waits for the end of the answer that is being given.
   ~Control();
+  /// Answers nothing new.
+  void end() noexcept;
   Control(const Control&) = delete;
   Control& operator=(const Control&) = delete;
 

@@ -1,5 +1,6 @@
 #include "tools/vxcached/Daemon.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <system_error>
 #include <utility>
@@ -13,6 +14,7 @@
 namespace vxcached {
 
 using vxKilnBase::FileCacheProtocol;
+using vxKilnBase::FileCacheProtocolClient;
 using vxString::CString;
 using vxTCP::Address;
 using vxTCP::Server;
@@ -23,28 +25,37 @@ using vxUtil::Interval;
 namespace {
 
 constexpr int kErrorCode = 1;
-const Interval kConnectLimit(5.0);
 const Interval kTick(0.25);
 const Interval kLastLook(0.1);
-constexpr std::chrono::seconds kTakingTime(5);
+const Interval kNoTime(0.001);  // 0 stands for no limit
+constexpr int kMostWaiting = 128;
+constexpr std::chrono::seconds kOpeningTime(5);
 constexpr std::chrono::milliseconds kPause(20);
 constexpr std::chrono::hours kClearingPause(1);
 constexpr std::size_t kMostPortBytes = 16;
 
-Error connectTo(int port, std::unique_ptr<Socket>& socket) {
+// What is left until the end, but not nothing, which stands for no limit.
+Interval restUntil(Daemon::Clock::time_point end) {
+  const std::chrono::duration<double> rest = end - Daemon::Clock::now();
+  return Interval(std::max(rest.count(), 0.001));
+}
+
+Error connectTo(int port, Daemon::Clock::time_point end, std::unique_ptr<Socket>& socket) {
   auto made = std::make_unique<Socket>(Address::localhost(port));
-  if (Error error = made->connect(kConnectLimit)) return error;
+  if (Error error = made->connect(restUntil(end))) return error;
   if (!made->peerIsSameUser()) return {kErrorCode, "the other end belongs to another user"};
   socket = std::move(made);
   return {};
 }
 
 // Passes on to the daemon behind the socket. The result is false when that connection fails.
-bool passOn(std::unique_ptr<Socket> socket, const Opening& opening,
+bool passOn(std::unique_ptr<Socket> socket, const Opening& opening, Daemon::Clock::time_point end,
             std::unique_ptr<FileCacheProtocol>& service, Error& error) {
   try {
-    auto remote = std::make_unique<RemoteService>(std::move(socket), opening.directory);
+    auto remote = std::make_unique<RemoteService>(std::move(socket));
+    remote->setLimit(restUntil(end));
     error = remote->initialize(opening.directory, opening.n, opening.m);
+    remote->setLimit(Interval(FileCacheProtocolClient::kLimitSeconds));
     if (!error) service = std::move(remote);
     return true;
   } catch (const Error& failure) {
@@ -55,6 +66,7 @@ bool passOn(std::unique_ptr<Socket> socket, const Opening& opening,
 
 // Starts a process for a directory, which finds out whether it serves the directory itself.
 Error startOther(const Opening& opening, std::unique_ptr<FileCacheProtocol>& service) {
+  const auto end = Daemon::Clock::now() + kOpeningTime;
   Server server(Server::kAnyPort, 1);
   server.setLoopbackOnly();
   if (Error error = server.listen()) return error;
@@ -63,11 +75,11 @@ Error startOther(const Opening& opening, std::unique_ptr<FileCacheProtocol>& ser
   auto& processes = vxOS::ProcessManager::getInstance();
   if (Error error = processes.startAsync(command, vxOS::Filename())) return error;
   std::unique_ptr<Socket> socket;
-  if (Error error = server.accept(socket, kConnectLimit)) return error;
+  if (Error error = server.accept(socket, restUntil(end))) return error;
   if (!socket || !socket->peerIsSameUser())
     return {kErrorCode, "cannot start a daemon for this folder"};
   Error error;
-  passOn(std::move(socket), opening, service, error);
+  passOn(std::move(socket), opening, end, service, error);
   return error;
 }
 
@@ -79,23 +91,47 @@ Daemon::~Daemon() {
 }
 
 Error Daemon::start(int port) {
-  server_.setLoopbackOnly();
-  if (Error error = server_.listen()) return error;
+  server_.emplace(Server::kAnyPort, kMostWaiting);
+  server_->setLoopbackOnly();
+  if (Error error = server_->listen()) return error;
+  port_ = server_->getPort();
   std::unique_ptr<Socket> socket;
-  if (Error error = connectTo(port, socket)) return error;
+  if (Error error = connectTo(port, Clock::now() + kOpeningTime, socket)) return error;
   addSession(std::move(socket), true);
   return {};
 }
 
 void Daemon::run() {
   do {
-    std::unique_ptr<Socket> socket;
-    if (server_.accept(socket, kTick)) std::this_thread::sleep_for(kPause);
-    if (socket) addSession(std::move(socket), false);
+    acceptClients(kTick);
     dropFinishedSessions();
     keepDirectory();
   } while (!mustEnd() && !(isIdle() && mayEnd()));
   log_.write(mustEnd() ? "ends as it is told" : "ends without clients");
+  turnAway();
+}
+
+// Serves all who wait, the first of them for as long as `limit`. Processes of other users get no
+// thread and keep the daemon from nothing.
+void Daemon::acceptClients(Interval limit) {
+  for (int i = 0; i < kMostWaiting; ++i) {
+    std::unique_ptr<Socket> socket;
+    if (server_->accept(socket, i == 0 ? limit : kNoTime)) std::this_thread::sleep_for(kPause);
+    if (!socket) return;
+    if (socket->peerIsSameUser())
+      addSession(std::move(socket), false);
+    else
+      log_.writeOnce("refuses a process of another user");
+  }
+}
+
+// Clients that come from now on find no daemon and start one, which waits for the lock.
+void Daemon::turnAway() {
+  if (Cache* cache = openCache_) {
+    cache->retire();
+    control_->end();
+  }
+  server_.reset();
 }
 
 Error Daemon::open(const Opening& opening, bool isStarter, Service& service) {
@@ -117,9 +153,9 @@ Error Daemon::open(const Opening& opening, bool isStarter, Service& service) {
 
 // Takes the directory, or finds the daemon that has it. That one may be about to start or to end.
 Error Daemon::openFirst(const Opening& opening, Service& service) {
-  const auto end = Clock::now() + kTakingTime;
+  const auto end = Clock::now() + kOpeningTime;
   Error error;
-  while (!tryFirst(opening, service, error)) {
+  while (!tryFirst(opening, end, service, error)) {
     if (mustEnd() || Clock::now() >= end) break;
     std::this_thread::sleep_for(kPause);
   }
@@ -127,7 +163,8 @@ Error Daemon::openFirst(const Opening& opening, Service& service) {
 }
 
 // False when a later attempt may have another result.
-bool Daemon::tryFirst(const Opening& opening, Service& service, Error& error) {
+bool Daemon::tryFirst(const Opening& opening, Clock::time_point end, Service& service,
+                      Error& error) {
   auto cache = std::make_unique<Cache>(log_);
   bool isTaken = false;
   error = cache->lock(opening.directory, isTaken);
@@ -135,10 +172,10 @@ bool Daemon::tryFirst(const Opening& opening, Service& service, Error& error) {
   if (isTaken) {
     std::unique_ptr<Socket> socket;
     const int port = std::atoi(cache->directory().read(kDaemonLockName, kMostPortBytes).c_str());
-    error = connectTo(port, socket);
-    return !error && passOn(std::move(socket), opening, service, error);
+    error = connectTo(port, end, socket);
+    return !error && passOn(std::move(socket), opening, end, service, error);
   }
-  error = cache->open(server_.getPort());
+  error = cache->open(port_);
   if (error) return true;
   cache_ = std::move(cache);
   control_ = std::make_unique<Control>(*cache_, log_, [this] { isStopped_ = true; });
@@ -196,9 +233,7 @@ bool Daemon::mayEnd() {
   Cache* cache = openCache_;
   if (cache == nullptr) return true;
   cache->removePortFile();
-  std::unique_ptr<Socket> socket;
-  server_.accept(socket, kLastLook);
-  if (socket) addSession(std::move(socket), false);
+  acceptClients(kLastLook);
   return sessions_.empty();
 }
 

@@ -11,6 +11,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include <kilnbase/net/FileCacheProtocol.h>
@@ -32,6 +33,8 @@ struct Opening {
 
 class Daemon {
  public:
+  using Clock = std::chrono::steady_clock;
+
   /// `mustStop` is set to end the daemon.
   Daemon(Log& log, double idleSeconds, const std::atomic<bool>& mustStop)
       : log_(log), idleTime_(idleSeconds), mustStop_(mustStop) {}
@@ -49,7 +52,6 @@ class Daemon {
                      std::unique_ptr<vxKilnBase::FileCacheProtocol>& service);
 
  private:
-  using Clock = std::chrono::steady_clock;
   using Service = std::unique_ptr<vxKilnBase::FileCacheProtocol>;
   struct Thread {
     Thread(Daemon& daemon, Log& log, std::unique_ptr<vxTCP::Socket> socket, bool isStarter)
@@ -59,7 +61,10 @@ class Daemon {
   };
 
   vxUtil::Error openFirst(const Opening& opening, Service& service);
-  bool tryFirst(const Opening& opening, Service& service, vxUtil::Error& error);
+  bool tryFirst(const Opening& opening, Clock::time_point end, Service& service,
+                vxUtil::Error& error);
+  void acceptClients(vxUtil::Interval limit);
+  void turnAway();
   void addSession(std::unique_ptr<vxTCP::Socket> socket, bool isStarter);
   void dropFinishedSessions();
   void keepDirectory();
@@ -70,7 +75,8 @@ class Daemon {
   Log& log_;
   const std::chrono::duration<double> idleTime_;
   const std::atomic<bool>& mustStop_;
-  vxTCP::Server server_{vxTCP::Server::kAnyPort, 128};
+  std::optional<vxTCP::Server> server_;
+  int port_ = 0;
   std::mutex opening_;
   std::unique_ptr<Cache> cache_;
   std::atomic<Cache*> openCache_ = nullptr;  // `cache_`, once it is open

@@ -23,6 +23,14 @@ Error Log::open(const CString& path) {
   return {};
 }
 
+void Log::writeOnce(const CString& text) {
+  {
+    const std::lock_guard guard(mutex_);
+    if (!told_.insert(text).second) return;
+  }
+  write(text);
+}
+
 void Log::write(const CString& text) {
   const std::lock_guard guard(mutex_);
   if (!file_) return;

@@ -58,17 +58,19 @@ void LocalService::setAccessed(const CString& key) {
   cache_.setAccessed(key.view());
 }
 
-RemoteService::RemoteService(std::unique_ptr<vxTCP::Socket> socket, const CString& directory)
-    : socket_(std::move(socket)), directory_(directory), complete_(completePath(directory)) {
+RemoteService::RemoteService(std::unique_ptr<vxTCP::Socket> socket) : socket_(std::move(socket)) {
   client_.setSocket(*socket_);
 }
 
 // A connection that has failed tells so when it is flushed.
 Error RemoteService::initialize(const CString& directory, int n, std::int64_t m) {
-  if (directory != directory_) return {1, "the connection is for another folder already"};
-  Error error = client_.initialize(complete_, n, m);
+  const CString complete = completePath(directory);
+  Error error = client_.initialize(complete, n, m);
   socket_->flush();
-  return error;
+  if (error) return error;
+  directory_ = directory;
+  complete_ = complete;
+  return {};
 }
 
 bool RemoteService::acquire(const CString& key, CString& path, std::int64_t& accessTime) {

@@ -42,10 +42,13 @@ class LocalService : public vxKilnBase::FileCacheProtocol {
 /// client's connection ends as well.
 class RemoteService : public vxKilnBase::FileCacheProtocol {
  public:
+  explicit RemoteService(std::unique_ptr<vxTCP::Socket> socket);
+
+  /// How long the other daemon may take to answer from now on.
+  void setLimit(vxUtil::Interval limit) { client_.setLimit(limit); }
+
   /// `directory` is how the client names the cache's directory. A relative name is passed on as the
   /// complete one, because the other daemon may run in another folder.
-  RemoteService(std::unique_ptr<vxTCP::Socket> socket, const vxString::CString& directory);
-
   vxUtil::Error initialize(const vxString::CString& directory, int n, std::int64_t m) override;
   bool acquire(const vxString::CString& key, vxString::CString& path,
                std::int64_t& accessTime) override;
@@ -56,7 +59,7 @@ class RemoteService : public vxKilnBase::FileCacheProtocol {
  private:
   std::unique_ptr<vxTCP::Socket> socket_;
   vxKilnBase::FileCacheProtocolClient client_;
-  vxString::CString directory_;
+  vxString::CString directory_;  // as the client has named it last
   vxString::CString complete_;
 };
 

@@ -30,7 +30,6 @@ void Session::run() noexcept {
 }
 
 void Session::serve() {
-  if (!socket_->peerIsSameUser()) return log_.write("refuses a process of another user");
   setSocket(*socket_);
   while (socket_->waitForInput()) {
     socket_->limitExchange(kRequestLimit);

@@ -15,7 +15,8 @@ class Daemon;
 
 class Session : vxKilnBase::FileCacheProtocolServer {
  public:
-  /// The client of a starter is the one that has started this process; others have found its port.
+  /// The other end belongs to this user. The client of a starter is the one that has started this
+  /// process; others have found its port.
   Session(Daemon& daemon, Log& log, std::unique_ptr<vxTCP::Socket> socket, bool isStarter)
       : daemon_(daemon), log_(log), socket_(std::move(socket)), isStarter_(isStarter) {}
 

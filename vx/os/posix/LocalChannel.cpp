@@ -105,6 +105,10 @@ void LocalChannel::serve(int milliseconds, const std::function<CString(const CSt
     sendAll(asker.get(), answer(question).view());
 }
 
+void LocalChannel::interrupt() noexcept {
+  if (handle_ != Directory::kNone) shutdown(static_cast<int>(handle_), SHUT_RDWR);
+}
+
 void LocalChannel::close() noexcept {
   const auto handle = std::exchange(handle_, Directory::kNone);
   if (handle == Directory::kNone) return;

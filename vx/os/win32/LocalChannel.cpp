@@ -127,6 +127,11 @@ void LocalChannel::serve(int milliseconds, const std::function<CString(const CSt
   DisconnectNamedPipe(pipe);
 }
 
+// A wait that begins later ends by its own limit.
+void LocalChannel::interrupt() noexcept {
+  if (handle_ != Directory::kNone) CancelIoEx(system(handle_), nullptr);
+}
+
 void LocalChannel::close() noexcept {
   if (const auto handle = std::exchange(handle_, Directory::kNone); handle != Directory::kNone)
     CloseHandle(system(handle));
