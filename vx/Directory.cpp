@@ -1,5 +1,4 @@
 #include <vx/Directory.h>
-#include <vx/File.h>
 #include <vx/Uuid.h>
 #include <vx/detail/paths.h>
 #include <vx/os/Directory.h>
@@ -18,13 +17,14 @@ constexpr std::string_view kTemporaryStart = "@new-";
 
 Error Directory::make(const CString& path) {
   if (detail::holdsZero(path.view())) return {1, "the path holds a zero byte"};
+  int error = directory::makePrivate(path);
   const std::string_view own = detail::withoutSeparators(path.view());
   const std::size_t name = own.find_last_of(detail::kSeparators) + 1;
-  const CString parent(own.substr(0, name));
-  if (!parent.isEmpty()) {
-    if (Error error = File::makeDirectoryAll(parent)) return error;
+  if (error != 0 && name > 0 && name < own.size()) {
+    if (Error above = make(CString(own.substr(0, name)))) return above;
+    error = directory::makePrivate(path);
   }
-  if (const int error = directory::makePrivate(path); error != 0)
+  if (error != 0)
     return {error, "cannot make the folder \"" + path + "\": " + file::errorText(error)};
   return {};
 }

@@ -49,8 +49,8 @@ class VX_API Directory {
   const vxString::CString& path() const { return path_; }
 
   /// An error that tells how another user could change what is in the directory: the directory
-  /// belongs to somebody else, others may write in it, everybody may rename it, or a link of
-  /// somebody else leads to it.
+  /// belongs to somebody else, others may write in it, a folder above belongs to somebody else or
+  /// lets everybody rename what it holds, or a link of somebody else leads to the directory.
   vxUtil::Error requirePrivate() const;
   /// Whether `path` leads to this directory now.
   bool isAt(const vxString::CString& path) const;
@@ -60,6 +60,9 @@ class VX_API Directory {
   /// The facts of a file. `isOwnFile` is false also when there is no such file, and when the system
   /// knows the file by another name than this.
   FileFacts query(const vxString::CString& name) const;
+  /// When the content or the attributes of a file have changed last, as its name, in nanoseconds
+  /// since 1970-01-01 UTC. A copy may keep the time of the content, but not this one.
+  std::int64_t lastChange(const vxString::CString& name) const;
   /// Reads the first `most` bytes of a regular file. What is no regular file is an error, and never
   /// waited for.
   vxUtil::Error read(const vxString::CString& name, std::size_t most,
@@ -105,6 +108,7 @@ class VX_API DirectoryFile {
   /// name.
   vxUtil::Error open(const Directory& directory, const vxString::CString& name);
   void close() noexcept;
+  bool isOpen() const { return handle_ != Directory::kNone; }
 
   /// Takes the file's lock, which goes when the file is closed or the process ends. `isTaken` tells
   /// that somebody else has the lock or that the file has lost its place, which is no error. The

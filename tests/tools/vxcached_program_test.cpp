@@ -1,4 +1,5 @@
 #include <barrier>
+#include <ctime>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <set>
@@ -13,6 +14,7 @@
 #include "tests/support/Environment.h"
 #include "tests/support/SocketPair.h"
 #include "tests/tools/CacheDaemon.h"
+#include "tools/vxcached/Cache.h"
 
 namespace {
 
@@ -103,10 +105,12 @@ TEST_F(VxcachedTest, EndsWithoutClientsAndWhenTold) {
 
   CacheDaemon stopped(folder.path(), 7, 0);
   EXPECT_EQ(stopped.client().content("a"), "first");
+  EXPECT_TRUE(stopped.client().add(folder.path(), "\xC3\x9B\xC2\x9B\x9B\x1B", ""));
   TemporaryFolder other;
   const std::string output = (other.path() / "list").string();
   EXPECT_EQ(runCacheProgram({"--list", folder.path().string()}, output), 0);
-  EXPECT_EQ(readFile(output).find("files: 1 of 7, bytes: 5 of no limit"), 0U) << readFile(output);
+  EXPECT_EQ(readFile(output).find("files: 2 of 7, bytes: 5 of no limit"), 0U) << readFile(output);
+  EXPECT_NE(readFile(output).find("  \xC3\x9B\\xC2\\x9B\\x9B\\x1B"), std::string::npos);
   EXPECT_EQ(runCacheProgram({"--stop", folder.path().string()}), 0);
   EXPECT_EQ(stopped.process().wait(), 0);
   EXPECT_EQ(stopped.client().content("a"), "");
@@ -303,19 +307,24 @@ TEST_F(VxcachedTest, ClearsAwayWhatNobodyNames) {
     CacheDaemon daemon(folder.path(), 0, 0);
     EXPECT_TRUE(daemon.client().add(folder.path(), "a", "x"));
   }
-  const std::string old = uuid(), recent = uuid();
-  for (const std::string& name : {old, std::string("@new-1"), std::string("old"), "X" + uuid()})
-    folder.write(name, "x");
-  for (const auto& entry : fs::directory_iterator(folder.path()))
-    fs::last_write_time(entry.path(), fs::file_time_type::clock::now() - 25h);
-  folder.write(recent, "x");
-  CacheDaemon daemon(folder.path(), 0, 0);
-  EXPECT_TRUE(eventually([&] { return !fs::exists(folder.path() / "@new-1"); }));
-  EXPECT_TRUE(eventually([&] { return !fs::exists(folder.path() / old); }));
-  EXPECT_TRUE(fs::exists(folder.path() / "old"));
-  EXPECT_TRUE(fs::exists(folder.path() / recent));
-  // The entry's file was changed and is a day old: it has lost its entry, and is cleared away.
-  EXPECT_EQ(daemon.client().content("a"), "");
+  const std::string unnamed = uuid(), other = "X" + uuid();
+  for (const std::string& name : {unnamed, std::string("@new-1"), other}) {
+    // Copied with the time of the original: the copy is new.
+    fs::last_write_time(folder.write(name, "x"), fs::file_time_type::clock::now() - 25h);
+  }
+  vxcached::Log log;
+  vxcached::Cache cache(log);
+  bool isTaken = true;
+  ASSERT_EQ(cache.lock(text(folder.path()), isTaken).message(), CString());
+  ASSERT_EQ(cache.open(1).message(), CString());
+  const std::int64_t now = std::time(nullptr);
+  for (const bool isOld : {false, true}) {
+    cache.clearAway(isOld ? now + 86460 : now);
+    for (const std::string& name : {unnamed, std::string("@new-1")})
+      EXPECT_EQ(fs::exists(folder.path() / name), !isOld) << name;
+    EXPECT_TRUE(fs::exists(folder.path() / other));
+    EXPECT_EQ(entryFiles(folder.path()), isOld ? 2U : 3U);
+  }
 }
 
 TEST_F(VxcachedTest, CanBeStartedByHand) {

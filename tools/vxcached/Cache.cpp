@@ -60,14 +60,15 @@ Error Cache::lock(const CString& path, bool& isTaken) {
   isTaken = false;
   if (Error error = Directory::make(path)) return error;
   if (Error error = directory_.open(path)) return error;
-  if (Error error = directory_.requirePrivate()) return error;
+  if (Error error = requirePrivate()) return error;
   if (Error error = lock_.open(directory_, kDaemonLockName)) return error;
   return lock_.tryLock(directory_, isTaken);
 }
 
 Error Cache::open(int port) {
-  lock_.truncate(0);
-  lock_.append(CString::format("%d\n", port).view());
+  if (!lock_.truncate(0) || !lock_.append(CString::format("%d\n", port).view()))
+    return {1, "cannot write \"" + CString(kDaemonLockName) + "\" in the folder \"" +
+                   directory_.path() + "\""};
   {
     const std::lock_guard guard(mutex_);
     if (Error error = journal_.open(directory_, index_)) {
@@ -147,8 +148,8 @@ void Cache::removePortFile() {
   if (directory_.read(name, kMostPortBytes).view() == portText()) directory_.remove(name);
 }
 
-void Cache::clearAway() {
-  const std::int64_t before = (now() - kDaySeconds) * kNanoseconds;
+void Cache::clearAway(std::int64_t now) {
+  const std::int64_t before = (now - kDaySeconds) * kNanoseconds;
   for (const CString& name : directory_.names()) {
     if (isUuid(name.view()) || Directory::isTemporary(name.view())) clearAway(name, before);
   }
@@ -157,7 +158,7 @@ void Cache::clearAway() {
 void Cache::clearAway(const CString& name, std::int64_t before) {
   const std::lock_guard guard(mutex_);
   const FileFacts facts = directory_.query(name);
-  if (!facts.isOwnFile || facts.modified > before || index_.owns(facts)) return;
+  if (!facts.isOwnFile || index_.owns(facts) || directory_.lastChange(name) > before) return;
   log_.write("clears away " + name);
   directory_.remove(name);
 }
@@ -182,6 +183,11 @@ bool Cache::saveEntry(const Entry& entry) {
 
 void Cache::saveAccess(const Entry& entry) {
   journal_.appendAccess(entry);
+}
+
+void Cache::saveRest() {
+  const std::lock_guard guard(mutex_);
+  if (hasLock()) journal_.appendRest();
 }
 
 void Cache::saveRemoval(const Entry& entry) {

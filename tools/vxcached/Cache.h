@@ -48,6 +48,8 @@ class Cache : EntryStore {
   /// Nothing is accepted any more.
   bool hasLock() const { return lock_.isInPlace(directory_); }
   bool isAt(const vxString::CString& path) const { return directory_.isAt(path); }
+  /// An error that tells how another user could change what is in the directory.
+  vxUtil::Error requirePrivate() const { return directory_.requirePrivate(); }
 
   void setLimits(const Limits& limits);
   /// False when there is no entry of the key; else `path` is `start` and the name of the file.
@@ -64,8 +66,11 @@ class Cache : EntryStore {
   void removePortFile();
   /// Removes the file for good.
   void retire();
-  /// Deletes old files that no entry names: those named by a UUID, and the daemon's temporaries.
-  void clearAway();
+  /// Deletes files that no entry names and that are a day old at the time `now`, in seconds since
+  /// 1970-01-01 UTC: those named by a UUID, and the daemon's temporaries.
+  void clearAway(std::int64_t now);
+  /// Saves the removals for which the disk had no room.
+  void saveRest();
   std::string listing();
 
  private:

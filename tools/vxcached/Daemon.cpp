@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 #include <system_error>
 #include <utility>
 
@@ -156,7 +157,8 @@ Error Daemon::openFirst(const Opening& opening, Service& service) {
   const auto end = Clock::now() + kOpeningTime;
   Error error;
   while (!tryFirst(opening, end, service, error)) {
-    if (mustEnd() || Clock::now() >= end) break;
+    if (mustEnd() || Clock::now() >= end)
+      return {kErrorCode, "the daemon of \"" + opening.directory + "\" does not answer"};
     std::this_thread::sleep_for(kPause);
   }
   return error;
@@ -216,8 +218,9 @@ void Daemon::keepDirectory() {
     return;
   }
   cache->keepPortFile();
+  cache->saveRest();
   if (Clock::now() < nextClearing_) return;
-  cache->clearAway();
+  cache->clearAway(static_cast<std::int64_t>(std::time(nullptr)));
   nextClearing_ = Clock::now() + kClearingPause;
 }
 

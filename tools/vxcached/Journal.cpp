@@ -1,5 +1,6 @@
 #include "tools/vxcached/Journal.h"
 
+#include <algorithm>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -143,6 +144,7 @@ Error Journal::open(const vxOS::Directory& directory, CacheIndex& index) {
     } while ((content = nextRecord(reader)) && replay(*content, index) && ++records_ > 0);
   }
   index.finishRestore();
+  whole_ = std::max(whole, kHead.size());
   const bool isReady =
       (whole == text.length() || file_.truncate(whole)) && (whole > 0 || file_.append(kHead));
   return isReady ? Error()
@@ -150,9 +152,17 @@ Error Journal::open(const vxOS::Directory& directory, CacheIndex& index) {
 }
 
 bool Journal::append(const std::string& record) {
-  if (!file_.append(record)) return false;
+  const std::string bytes = rest_ + record;
+  if (!reopen() || !file_.append(bytes)) return false;
+  whole_ += bytes.size();
+  rest_.clear();
   ++records_;
   return true;
+}
+
+// A file that was closed after a failure may have a torn end.
+bool Journal::reopen() {
+  return file_.isOpen() || (!file_.open(*directory_, kFileName) && file_.truncate(whole_));
 }
 
 bool Journal::appendEntry(const Entry& entry) {
@@ -166,7 +176,10 @@ bool Journal::appendAccess(const Entry& entry) {
 }
 
 bool Journal::appendRemoval(const Entry& entry) {
-  return append(record(content(kRemoval, entry)));
+  const std::string removal = record(content(kRemoval, entry));
+  const bool isAppended = append(removal);
+  if (!isAppended) rest_ += removal;
+  return isAppended;
 }
 
 Error Journal::rewrite(const std::vector<CacheIndex::Listed>& entries) {
@@ -179,9 +192,13 @@ Error Journal::rewrite(const std::vector<CacheIndex::Listed>& entries) {
   }
   file_.close();
   Error error = directory_->replace(kFileName, bytes);
-  if (!error) records_ = records;
+  if (!error) {
+    records_ = records;
+    whole_ = bytes.size();
+    rest_.clear();
+  }
   slack_ = kSlack + (error ? records_ : 0);  // not tried again at once
-  if (Error reopened = file_.open(*directory_, kFileName)) error = reopened;
+  if (!error && !reopen()) error = Error(1, "cannot open the index again");
   return error;
 }
 

@@ -23,10 +23,13 @@ class Journal {
   /// no journal begins anew. `directory` outlives the journal.
   vxUtil::Error open(const vxOS::Directory& directory, CacheIndex& index);
 
-  /// Append a change. False when that fails; the journal is then as before.
+  /// Append a change. False when that fails; the journal is then as before. A removal that cannot
+  /// be appended is kept in memory, and appended before the next change.
   bool appendEntry(const Entry& entry);
   bool appendAccess(const Entry& entry);
   bool appendRemoval(const Entry& entry);
+  /// Appends the removals that are kept in memory.
+  bool appendRest() { return rest_.empty() || append({}); }
 
   /// Writes the journal anew, with the current entries alone and in their order. On failure the old
   /// journal stays.
@@ -38,9 +41,12 @@ class Journal {
   static constexpr std::size_t kSlack = 10000;
 
   bool append(const std::string& record);
+  bool reopen();
 
   const vxOS::Directory* directory_ = nullptr;
   vxOS::DirectoryFile file_;
+  std::string rest_;         // records of removals
+  std::uint64_t whole_ = 0;  // bytes of whole records in the file
   std::size_t records_ = 0;
   std::size_t slack_ = kSlack;
 };

@@ -1,5 +1,6 @@
 #include "tools/vxcached/Listing.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include <vx/String.h>
@@ -14,15 +15,33 @@ std::string limitText(std::int64_t limit) {
   return limit > 0 ? std::to_string(limit) : "no limit";
 }
 
+// How many bytes at the start of the text are a character of UTF-8 that a terminal shows; 0 for a
+// control character (U+0000 to U+001F, U+007F to U+009F) and for what is no UTF-8.
+std::size_t shownBytes(std::string_view text) {
+  const auto lead = static_cast<unsigned char>(text[0]);
+  if (lead < 0x80) return lead < 0x20 || lead == 0x7F ? 0 : 1;
+  const std::size_t size = lead < 0xC2   ? 0
+                           : lead < 0xE0 ? 2
+                           : lead < 0xF0 ? 3
+                           : lead < 0xF5 ? 4
+                                         : 0;
+  if (size == 0 || size > text.size()) return 0;
+  const auto isFollower = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
+  const bool isWhole = std::ranges::all_of(text.substr(1, size - 1), isFollower);
+  const bool isControl = lead == 0xC2 && static_cast<unsigned char>(text[1]) < 0xA0;
+  return isWhole && !isControl ? size : 0;
+}
+
 // A key is any bytes, and a terminal would obey some of them.
 std::string printable(std::string_view text) {
   std::string escaped;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7F || c == '\\')
-      escaped += CString::format("\\x%02X", byte).view();
+  while (!text.empty()) {
+    const std::size_t shown = text[0] == '\\' ? 0 : shownBytes(text);
+    if (shown == 0)
+      escaped += CString::format("\\x%02X", static_cast<unsigned char>(text[0])).view();
     else
-      escaped += c;
+      escaped += text.substr(0, shown);
+    text.remove_prefix(std::max<std::size_t>(shown, 1));
   }
   return escaped;
 }

@@ -28,6 +28,7 @@ CString folderOf(const CString& directory) {
 
 Error LocalService::initialize(const CString& directory, int n, std::int64_t m) {
   if (!cache_.isAt(directory)) return {1, "the connection is for another folder already"};
+  if (Error error = cache_.requirePrivate()) return error;
   directory_ = directory;
   const CString example = Filename::join(directory, "x");
   start_ = example.substring(0, example.length() - 1);

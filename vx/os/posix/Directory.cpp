@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
@@ -44,6 +45,10 @@ bool isOwnFile(const struct stat& facts) {
   return S_ISREG(facts.st_mode) && facts.st_nlink == 1 && facts.st_uid == currentUser();
 }
 
+std::int64_t nanoseconds(const timespec& time) {
+  return time.tv_sec * std::int64_t{1'000'000'000} + time.tv_nsec;
+}
+
 bool writeAll(int file, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(file, bytes.data(), bytes.size());
@@ -65,18 +70,38 @@ CString readAll(int file, std::size_t most) {
   return CString(std::string_view(text).substr(0, size));
 }
 
-// A sticky folder lets nobody rename what belongs to somebody else.
-bool everybodyMayRename(const struct stat& parent) {
-  return (parent.st_mode & S_IWOTH) != 0 && (parent.st_mode & S_ISVTX) == 0;
+// How another user could lead to another place what is below this folder or behind this link; null
+// when nobody else can. A sticky folder lets nobody rename what belongs to somebody else.
+const char* flawOf(const struct stat& facts) {
+  if (facts.st_uid != 0 && facts.st_uid != currentUser())
+    return S_ISLNK(facts.st_mode) ? "is reached by a link of another user"
+                                  : "lies in a folder that belongs to another user";
+  const bool isOpenToAll = S_ISDIR(facts.st_mode) && (facts.st_mode & S_IWOTH) != 0;
+  return isOpenToAll && (facts.st_mode & S_ISVTX) == 0
+             ? "lies in a folder where other users can rename it"
+             : nullptr;
 }
 
-// Whether the folder or one above can be renamed by everybody.
-bool isMovable(int folder) {
+// The flaw of the folders above an open one, up to the root.
+const char* flawAbove(int folder) {
   struct stat facts, above;
   Owned parent(openat(folder, "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (fstat(folder, &facts) != 0 || !parent || fstat(parent.get(), &above) != 0) return true;
-  if (facts.st_ino == above.st_ino && facts.st_dev == above.st_dev) return false;
-  return everybodyMayRename(above) || isMovable(parent.get());
+  if (fstat(folder, &facts) != 0 || !parent || fstat(parent.get(), &above) != 0)
+    return "lies in a folder that cannot be looked at";
+  if (facts.st_ino == above.st_ino && facts.st_dev == above.st_dev) return nullptr;
+  const char* flaw = flawOf(above);
+  return flaw != nullptr ? flaw : flawAbove(parent.get());
+}
+
+// The flaw of the links and folders that the path names.
+const char* flawAlong(std::string_view path) {
+  for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+    struct stat facts;
+    if (lstat(systemPath(CString(path.substr(0, end))).c_str(), &facts) != 0)
+      return "lies in a folder that cannot be looked at";
+    if (const char* flaw = flawOf(facts)) return flaw;
+    if (end == std::string_view::npos) return nullptr;
+  }
 }
 
 }  // namespace
@@ -103,15 +128,12 @@ Error Directory::requirePrivate() const {
   const auto refusal = [this](const char* why) {
     return Error(1, "the folder \"" + path_ + "\" " + why);
   };
-  struct stat facts, link;
-  const CString name(detail::withoutSeparators(path_.view()));
+  struct stat facts;
   if (fstat(descriptor(handle_), &facts) != 0) return failure("look at", path_);
   if (facts.st_uid != geteuid()) return refusal("belongs to another user");
   if ((facts.st_mode & kGroupOrOthersWrite) != 0) return refusal("can be written by other users");
-  if (lstat(systemPath(name).c_str(), &link) == 0 && link.st_uid != geteuid() && link.st_uid != 0)
-    return refusal("is a link of another user");
-  if (isMovable(descriptor(handle_)))
-    return refusal("lies in a folder where other users can rename it");
+  if (const char* flaw = flawAbove(descriptor(handle_))) return refusal(flaw);
+  if (const char* flaw = flawAlong(detail::withoutSeparators(path_.view()))) return refusal(flaw);
   return {};
 }
 
@@ -136,11 +158,17 @@ vx::vector<CString> Directory::names() const {
   return found;
 }
 
+std::int64_t Directory::lastChange(const CString& name) const {
+  struct stat facts;
+  if (fstatat(descriptor(handle_), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) != 0) return 0;
+  return std::max(nanoseconds(facts.st_mtim), nanoseconds(facts.st_ctim));
+}
+
 FileFacts Directory::query(const CString& name) const {
   struct stat facts;
   if (fstatat(descriptor(handle_), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) != 0) return {};
-  return {isOwnFile(facts), static_cast<std::uint64_t>(facts.st_size),
-          facts.st_mtim.tv_sec * std::int64_t{1'000'000'000} + facts.st_mtim.tv_nsec, facts.st_ino};
+  return {isOwnFile(facts), static_cast<std::uint64_t>(facts.st_size), nanoseconds(facts.st_mtim),
+          facts.st_ino};
 }
 
 Error Directory::read(const CString& name, std::size_t most, CString& content) const {

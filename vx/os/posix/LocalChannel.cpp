@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <poll.h>
 #include <string>
@@ -20,7 +21,9 @@ namespace {
 using vxString::CString;
 using vxUtil::Error;
 
-constexpr timeval kAnswerLimit = {5, 0};
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kAskingTime(5);  // for question and answer together
 constexpr std::size_t kMostQuestionBytes = 4096;
 constexpr std::size_t kMostAnswerBytes = std::size_t{1} << 30;
 
@@ -43,9 +46,13 @@ const sockaddr* system(const sockaddr_un& address) {
   return reinterpret_cast<const sockaddr*>(&address);
 }
 
-void limitWaits(int socket) {
-  setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &kAnswerLimit, sizeof kAnswerLimit);
-  setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &kAnswerLimit, sizeof kAnswerLimit);
+// The next wait of the socket ends at `end`; false when that has passed.
+bool limitWait(int socket, Clock::time_point end) {
+  const auto rest = std::chrono::duration_cast<std::chrono::microseconds>(end - Clock::now());
+  if (rest.count() <= 0) return false;
+  const timeval limit = {rest.count() / 1'000'000, rest.count() % 1'000'000};
+  return setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit) == 0 &&
+         setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit) == 0;
 }
 
 bool peerIsSameUser(int socket) {
@@ -54,8 +61,9 @@ bool peerIsSameUser(int socket) {
   return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid();
 }
 
-bool sendAll(int socket, std::string_view bytes) {
+bool sendAll(int socket, std::string_view bytes, Clock::time_point end) {
   while (!bytes.empty()) {
+    if (!limitWait(socket, end)) return false;
     const ssize_t sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
     if (sent < 0 && errno != EINTR) return false;
     if (sent > 0) bytes.remove_prefix(static_cast<std::size_t>(sent));
@@ -63,10 +71,11 @@ bool sendAll(int socket, std::string_view bytes) {
   return shutdown(socket, SHUT_WR) == 0;
 }
 
-bool receiveAll(int socket, std::size_t most, CString& text) {
+bool receiveAll(int socket, std::size_t most, Clock::time_point end, CString& text) {
   std::string bytes;
   char piece[4096];
   for (;;) {
+    if (!limitWait(socket, end)) return false;
     const ssize_t count = recv(socket, piece, sizeof piece, 0);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0 || bytes.size() > most) return false;
@@ -99,10 +108,10 @@ void LocalChannel::serve(int milliseconds, const std::function<CString(const CSt
   if (poll(&watched, 1, milliseconds) <= 0) return;
   const Owned asker(accept4(watched.fd, nullptr, nullptr, SOCK_CLOEXEC));
   if (!asker || !peerIsSameUser(asker.get())) return;
-  limitWaits(asker.get());
+  const auto end = Clock::now() + kAskingTime;
   CString question;
-  if (receiveAll(asker.get(), kMostQuestionBytes, question))
-    sendAll(asker.get(), answer(question).view());
+  if (receiveAll(asker.get(), kMostQuestionBytes, end, question))
+    sendAll(asker.get(), answer(question).view(), end);
 }
 
 void LocalChannel::interrupt() noexcept {
@@ -120,13 +129,14 @@ Error LocalChannel::ask(const Directory& directory, const CString& name, const C
                         CString& answer) {
   const Owned socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!socket) return failure("make a socket");
-  limitWaits(socket.get());
+  const auto end = Clock::now() + kAskingTime;
+  if (!limitWait(socket.get(), end)) return failure("limit the wait");
   const sockaddr_un address = addressOf(directory.handle_, name);
   if (connect(socket.get(), system(address), sizeof address) != 0)
     return failure("reach the process that serves the folder");
   if (!peerIsSameUser(socket.get())) return {1, "the folder is served by another user"};
-  if (!sendAll(socket.get(), question.view()) ||
-      !receiveAll(socket.get(), kMostAnswerBytes, answer))
+  if (!sendAll(socket.get(), question.view(), end) ||
+      !receiveAll(socket.get(), kMostAnswerBytes, end, answer))
     return failure("get an answer");
   return {};
 }

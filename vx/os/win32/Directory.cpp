@@ -56,9 +56,13 @@ bool isOwnFile(const BY_HANDLE_FILE_INFORMATION& facts) {
 }
 
 // The system counts steps of 100 ns since 1601-01-01.
-std::int64_t unixNanoseconds(const FILETIME& time) {
-  const auto steps = static_cast<std::int64_t>(joined(time.dwHighDateTime, time.dwLowDateTime));
+std::int64_t unixNanoseconds(std::int64_t steps) {
   return (steps - 116'444'736'000'000'000) * 100;
+}
+
+std::int64_t unixNanoseconds(const FILETIME& time) {
+  return unixNanoseconds(
+      static_cast<std::int64_t>(joined(time.dwHighDateTime, time.dwLowDateTime)));
 }
 
 bool isSameFile(HANDLE a, HANDLE b) {
@@ -220,6 +224,15 @@ FileFacts Directory::query(const CString& name) const {
   return {isOwnFile(facts), joined(facts.nFileSizeHigh, facts.nFileSizeLow),
           unixNanoseconds(facts.ftLastWriteTime),
           joined(facts.nFileIndexHigh, facts.nFileIndexLow)};
+}
+
+std::int64_t Directory::lastChange(const CString& name) const {
+  const Handle file(CreateFileW(pathIn(*this, name).c_str(), FILE_READ_ATTRIBUTES, kAllSharing,
+                                nullptr, OPEN_EXISTING, kAsItIs, nullptr));
+  FILE_BASIC_INFO facts;
+  if (!file || GetFileInformationByHandleEx(file.get(), FileBasicInfo, &facts, sizeof facts) == 0)
+    return 0;
+  return unixNanoseconds(std::max(facts.LastWriteTime.QuadPart, facts.ChangeTime.QuadPart));
 }
 
 Error Directory::read(const CString& name, std::size_t most, CString& content) const {

@@ -18,6 +18,8 @@ using vxString::CString;
 using vxUtil::Error;
 
 constexpr DWORD kAnswerMilliseconds = 5000;
+constexpr ULONGLONG kAskMilliseconds = 10000;
+constexpr std::size_t kMostAnswerBytes = std::size_t{1} << 30;
 constexpr DWORD kBufferBytes = 65536;
 constexpr int kLengthDigits = 16;
 
@@ -97,6 +99,21 @@ bool isWhole(const std::string& bytes) {
              std::strtoull(bytes.substr(0, kLengthDigits).c_str(), nullptr, 16);
 }
 
+// The process at the other end learns who asks, but cannot act as the asker.
+constexpr DWORD kAskerFlags =
+    FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
+
+bool serverIsSameUser(HANDLE pipe) {
+  ULONG server = 0;
+  if (GetNamedPipeServerProcessId(pipe, &server) == 0) return false;
+  const Handle process(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, server));
+  const auto there = process ? userOf(process.get()) : nullptr;
+  const auto here = currentUser();
+  return there != nullptr && here != nullptr &&
+         EqualSid(reinterpret_cast<const TOKEN_USER*>(there.get())->User.Sid,
+                  reinterpret_cast<const TOKEN_USER*>(here.get())->User.Sid) != 0;
+}
+
 }  // namespace
 
 Error LocalChannel::listen(const Directory& directory, const CString& name) {
@@ -142,12 +159,16 @@ Error LocalChannel::ask(const Directory& directory, const CString& name, const C
   const std::wstring path = pipeOf(directory.handle_, name);
   WaitNamedPipeW(path.c_str(), kAnswerMilliseconds);
   const Handle pipe(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr));
+                                OPEN_EXISTING, kAskerFlags, nullptr));
   if (!pipe) return failure("reach the process that serves the folder");
+  if (!serverIsSameUser(pipe.get())) return {1, "the folder is served by another user"};
+  const ULONGLONG end = GetTickCount64() + kAskMilliseconds;
   if (!send(pipe.get(), question.view())) return failure("ask");
   std::string bytes;
   while (!isWhole(bytes)) {
     if (!receive(pipe.get(), bytes)) return failure("get an answer");
+    if (bytes.size() > kMostAnswerBytes || GetTickCount64() > end)
+      return {1, "the process that serves the folder does not end its answer"};
   }
   answer = CString(std::string_view(bytes).substr(kLengthDigits));
   return {};

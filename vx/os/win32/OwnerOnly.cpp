@@ -5,15 +5,19 @@
 
 namespace vxOS {
 
-std::unique_ptr<std::byte[]> currentUser() {
+std::unique_ptr<std::byte[]> userOf(HANDLE process) {
   HANDLE opened = nullptr;
-  OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened);
+  OpenProcessToken(process, TOKEN_QUERY, &opened);
   const Handle token(opened);
   DWORD size = 0;
   GetTokenInformation(token.get(), TokenUser, nullptr, 0, &size);
   auto user = std::make_unique<std::byte[]>(size);
   if (GetTokenInformation(token.get(), TokenUser, user.get(), size, &size) == 0) return nullptr;
   return user;
+}
+
+std::unique_ptr<std::byte[]> currentUser() {
+  return userOf(GetCurrentProcess());
 }
 
 namespace {

@@ -7,8 +7,9 @@
 
 namespace vxOS {
 
-/// Who the user of this process is: a TOKEN_USER and the identifier that it points to. Null when
-/// the system refuses.
+/// Who the user of a process is: a TOKEN_USER and the identifier that it points to. Null when the
+/// system refuses.
+std::unique_ptr<std::byte[]> userOf(HANDLE process);
 std::unique_ptr<std::byte[]> currentUser();
 
 /// The list of who has access: the user of this process, and nobody by inheritance from the folder.

@@ -59,6 +59,7 @@ TEST(VxcachedAttack, TheDaemonsFilesArePrivateAndNoLinks) {
   {
     CacheDaemon daemon(made, 0, 0);
     EXPECT_EQ(modeOf(made), 0700U);
+    EXPECT_EQ(modeOf(made.parent_path()), 0700U);
     for (const char* name : {"@daemon.lck", "@lockfile.lck", "@index.dat", "@daemon.sock"})
       EXPECT_EQ(modeOf(made / name), 0600U) << name;
   }
@@ -101,6 +102,11 @@ TEST(VxcachedAttack, RefusesDirectoriesThatOthersCanChange) {
     EXPECT_EQ(message(folder.path() / "link"), "");
     ASSERT_EQ(lchown((folder.path() / "link").c_str(), 1, 1), 0);
     EXPECT_NE(message(folder.path() / "link").find("link of another user"), std::string::npos);
+    EXPECT_NE(message(folder.path() / "link" / "below").find("link of another user"),
+              std::string::npos);
+    ASSERT_EQ(lchown(folder.path().c_str(), 1, 1), 0);
+    EXPECT_NE(message(folder.path() / "own").find("folder that belongs to another user"),
+              std::string::npos);
   }
 }
 
