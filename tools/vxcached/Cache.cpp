@@ -173,6 +173,7 @@ FileFacts Cache::query(const std::string& name) {
 }
 
 void Cache::remove(const std::string& name) {
+  if (!hasLock()) return;
   log_.write("deletes " + CString(std::string_view(name)));
   directory_.remove(CString(std::string_view(name)));
 }
@@ -182,7 +183,7 @@ bool Cache::saveEntry(const Entry& entry) {
 }
 
 void Cache::saveAccess(const Entry& entry) {
-  journal_.appendAccess(entry);
+  if (hasLock()) journal_.appendAccess(entry);
 }
 
 void Cache::saveRest() {
@@ -191,7 +192,7 @@ void Cache::saveRest() {
 }
 
 void Cache::saveRemoval(const Entry& entry) {
-  journal_.appendRemoval(entry);
+  if (hasLock()) journal_.appendRemoval(entry);
 }
 
 void Cache::rewriteWhenWorth() {

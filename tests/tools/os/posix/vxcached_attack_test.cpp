@@ -1,9 +1,11 @@
 // What another user of the machine, or links in the directory, could try.
+#include <csignal>
 #include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -12,6 +14,7 @@
 #include <vx/Filename.h>
 
 #include "tests/tools/CacheDaemon.h"
+#include "tools/vxcached/Cache.h"
 
 namespace {
 
@@ -148,6 +151,32 @@ TEST(VxcachedAttack, LocksOnlyWhatNobodyElseCanOpen) {
   CacheDaemon daemon(folder.path(), 0, 0);
   EXPECT_EQ(modeOf(folder.path() / "@daemon.lck"), 0600U);
   close(directory);
+}
+
+TEST(VxcachedAttack, ARemovalThatTheDiskHasNoRoomForIsSavedLater) {
+  TemporaryFolder folder;
+  vxcached::Log log;
+  vxcached::Cache cache(log);
+  vxcached::Cache::Client client;
+  bool isTaken = true;
+  ASSERT_EQ(cache.lock(text(folder.path()), isTaken).message(), CString());
+  ASSERT_EQ(cache.open(1).message(), CString());
+  for (const char* name : {"a", "b"}) folder.write(name, "x");
+  ASSERT_TRUE(cache.add(client, "a", "a"));
+  const fs::path index = folder.path() / "@index.dat";
+  const std::uintmax_t before = fs::file_size(index);
+  rlimit limit;
+  getrlimit(RLIMIT_FSIZE, &limit);
+  const rlimit full = {before, limit.rlim_max};
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &full);
+  EXPECT_TRUE(cache.release(client, "a", true));
+  EXPECT_FALSE(cache.add(client, "b", "b"));
+  setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(fs::file_size(index), before);
+  cache.saveRest();
+  EXPECT_EQ(fs::file_size(index), before + 4 + 8 + 1 + 8);
 }
 
 TEST(VxcachedAttack, APipeAsLockFileHoldsNobodyUp) {
