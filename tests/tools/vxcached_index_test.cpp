@@ -248,8 +248,6 @@ TEST_F(IndexTest, TakesOneFileForOneKey) {
   EXPECT_FALSE(add("b", "link"));
   EXPECT_FALSE(add("b", "missing"));
   EXPECT_FALSE(add("", "x"));
-  EXPECT_TRUE(add("a", "x"));  // once more
-  EXPECT_EQ(index.size(), 1U);
   store.write("y", 1);
   store.isFull = true;
   EXPECT_FALSE(add("a", "y"));
@@ -257,9 +255,32 @@ TEST_F(IndexTest, TakesOneFileForOneKey) {
   store.isFull = false;
   // A removed file that somebody still holds belongs to nobody else.
   index.release(client, "a", true);
-  EXPECT_FALSE(add("a", "x"));
+  EXPECT_FALSE(add("b", "x"));
   index.releaseAll(client);
   EXPECT_EQ(namesOf(store), (std::vector<std::string>{"link", "y"}));
+}
+
+TEST_F(IndexTest, AFileAddedAgainBelongsToTheNewerGeneration) {
+  index.setLimits({1, 10});
+  store.write("x", 6);
+  EXPECT_TRUE(add("a", "x"));
+  EXPECT_TRUE(add("a", "x"));
+  EXPECT_EQ(index.bytes(), 6U);
+  EXPECT_TRUE(index.release(client, "a", true));  // the older one
+  EXPECT_TRUE(has("a"));
+  EXPECT_TRUE(index.release(client, "a", false));
+  EXPECT_TRUE(has("a"));
+
+  EXPECT_NE(index.acquire(client, "a"), nullptr);
+  EXPECT_NE(index.acquire(other, "a"), nullptr);
+  EXPECT_TRUE(index.release(client, "a", true));
+  EXPECT_FALSE(index.acquire(client, "a"));
+  EXPECT_TRUE(add("a", "x"));  // not deleted yet, as `other` holds it
+  EXPECT_TRUE(index.release(other, "a", true));
+  EXPECT_TRUE(has("a"));
+  EXPECT_TRUE(index.release(client, "a", true));
+  EXPECT_EQ(namesOf(store), std::vector<std::string>{});
+  EXPECT_EQ(index.bytes(), 0U);
 }
 
 TEST_F(IndexTest, AChangedFileIsNotThereAndStays) {

@@ -17,6 +17,7 @@ void CacheIndex::restoreEntry(Entry entry) {
   lastGeneration_ = std::max(lastGeneration_, entry.generation);
   if (const auto known = slots_.find(entry.generation); known != slots_.end()) erase(known->second);
   if (const auto older = current_.find(entry.key); older != current_.end()) erase(*older->second);
+  loseOwner(entry.facts);
   insert(std::move(entry));
 }
 
@@ -56,19 +57,13 @@ bool CacheIndex::add(Client& client, const std::string& key, const std::string& 
                      std::int64_t now) {
   if (!isKey(key)) return false;
   const FileFacts facts = store_.query(name);
-  bool isForeign = false;
-  Slot* slot = facts.isOwnFile ? reusable(key, name, facts, isForeign) : nullptr;
-  if (!facts.isOwnFile || isForeign) return false;
-  if (slot != nullptr) {
-    if (!refresh(*slot, facts, now)) return false;
-  } else {
-    Entry entry{key, name, facts, now, lastGeneration_ + 1};
-    if (!store_.saveEntry(entry)) return false;
-    ++lastGeneration_;
-    if (const auto older = current_.find(key); older != current_.end()) retire(*older->second);
-    slot = &insert(std::move(entry));
-  }
-  hold(client, *slot);
+  if (!facts.isOwnFile || isForeign(key, name, facts)) return false;
+  Entry entry{key, name, facts, now, lastGeneration_ + 1};
+  if (!store_.saveEntry(entry)) return false;
+  ++lastGeneration_;
+  loseOwner(facts);
+  if (const auto older = current_.find(key); older != current_.end()) retire(*older->second);
+  hold(client, insert(std::move(entry)));
   evict();
   return true;
 }
@@ -136,30 +131,32 @@ CacheIndex::Slot& CacheIndex::insert(Entry entry) {
   return slot;
 }
 
-// The slot that has the file already, when it is the entry of this key. `isForeign` tells that the
-// file belongs to another key, or to a removed entry that a client still holds. A slot whose file
-// has changed has lost the file.
-CacheIndex::Slot* CacheIndex::reusable(const std::string& key, const std::string& name,
-                                       const FileFacts& facts, bool& isForeign) {
-  const auto owner = byIdentity_.find(facts.identity);
-  if (owner == byIdentity_.end()) return nullptr;
-  Slot& slot = *owner->second;
-  if (slot.isCurrent && slot.entry.key == key && slot.entry.name == name) return &slot;
-  isForeign = isThere(slot);
-  if (!isForeign) forget(slot);
-  return nullptr;
+CacheIndex::Slot* CacheIndex::owner(const FileFacts& facts) {
+  const auto found = byIdentity_.find(facts.identity);
+  return found == byIdentity_.end() ? nullptr : found->second;
 }
 
-// Adds the file of an entry once more, which may have a new content.
-bool CacheIndex::refresh(Slot& slot, const FileFacts& facts, std::int64_t now) {
-  Entry entry = slot.entry;
-  entry.facts = facts;
-  entry.accessTime = now;
-  if (!store_.saveEntry(entry)) return false;
-  bytes_ += facts.size - slot.entry.facts.size;
-  slot.entry = std::move(entry);
-  touch(slot);
-  return true;
+// Whether the file belongs to another key. A slot whose file has changed has lost the file.
+bool CacheIndex::isForeign(const std::string& key, const std::string& name,
+                           const FileFacts& facts) {
+  Slot* slot = owner(facts);
+  if (slot == nullptr) return false;
+  if (slot->entry.key == key && slot->entry.name == name) return false;
+  if (isThere(*slot)) return true;
+  forget(*slot);
+  return false;
+}
+
+bool CacheIndex::isThere(const Slot& slot) {
+  return owner(slot.entry.facts) == &slot && store_.query(slot.entry.name) == slot.entry.facts;
+}
+
+// The file is another generation's from now on, or nobody's.
+void CacheIndex::loseFile(Slot& slot) {
+  if (owner(slot.entry.facts) != &slot) return;
+  byIdentity_.erase(slot.entry.facts.identity);
+  bytes_ -= slot.entry.facts.size;
+  slot.entry.facts = {};
 }
 
 void CacheIndex::touch(Slot& slot) {
@@ -184,6 +181,10 @@ void CacheIndex::dropHold(Slot& slot) {
     retire(slot);
 }
 
+void CacheIndex::loseOwner(const FileFacts& facts) {
+  if (Slot* slot = owner(facts)) loseFile(*slot);
+}
+
 // Takes an entry from its key. The file goes when nobody holds it and nobody has changed it.
 void CacheIndex::retire(Slot& slot) {
   if (slot.isCurrent) {
@@ -198,24 +199,19 @@ void CacheIndex::retire(Slot& slot) {
 // Gives up an entry whose file has changed or is gone.
 void CacheIndex::forget(Slot& slot) {
   if (slot.isCurrent) store_.saveRemoval(slot.entry);
-  if (const auto owner = byIdentity_.find(slot.entry.facts.identity);
-      owner != byIdentity_.end() && owner->second == &slot)
-    byIdentity_.erase(owner);
+  loseFile(slot);
   retire(slot);
 }
 
 void CacheIndex::erase(Slot& slot) {
   idle_.erase(slot.order);
   if (slot.isCurrent) current_.erase(slot.entry.key);
-  if (const auto owner = byIdentity_.find(slot.entry.facts.identity);
-      owner != byIdentity_.end() && owner->second == &slot)
-    byIdentity_.erase(owner);
-  bytes_ -= slot.entry.facts.size;
+  loseFile(slot);
   slots_.erase(slot.entry.generation);
 }
 
 bool CacheIndex::isOverLimit() const {
-  return (limits_.files > 0 && slots_.size() > static_cast<std::uint64_t>(limits_.files)) ||
+  return (limits_.files > 0 && byIdentity_.size() > static_cast<std::uint64_t>(limits_.files)) ||
          (limits_.bytes > 0 && bytes_ > static_cast<std::uint64_t>(limits_.bytes));
 }
 

@@ -1,8 +1,9 @@
 // Which files the cache holds, who holds them, and which go when room is needed.
 //
 // An entry is a key with a file. Each `add` of a key begins a new generation of the key; a file of
-// an older generation stays as long as a client holds it. Nothing here waits for a client, and the
-// disk is reached through an `EntryStore` only.
+// an older generation stays as long as a client holds it. A file that is added to its key again
+// passes to the new generation, and the older one has no file any more. Nothing here waits for a
+// client, and the disk is reached through an `EntryStore` only.
 #pragma once
 
 #include <cstddef>
@@ -39,7 +40,7 @@ class EntryStore {
   virtual ~EntryStore() = default;
   virtual vxOS::FileFacts query(const std::string& name) = 0;
   virtual void remove(const std::string& name) = 0;
-  /// A generation that is known already is saved anew. False when that fails.
+  /// False when that fails.
   virtual bool saveEntry(const Entry& entry) = 0;
   virtual void saveAccess(const Entry& entry) = 0;
   virtual void saveRemoval(const Entry& entry) = 0;
@@ -117,7 +118,7 @@ class CacheIndex {
 
   /// Whether a file is in use here.
   bool owns(const vxOS::FileFacts& facts) const { return byIdentity_.contains(facts.identity); }
-  /// Files, those of older generations included.
+  /// Entries, those of older generations included.
   std::size_t size() const { return slots_.size(); }
   std::uint64_t bytes() const { return bytes_; }
   /// In the order in which the entries go when room is needed.
@@ -131,12 +132,13 @@ class CacheIndex {
     bool isCurrent = true;
   };
 
-  bool isThere(const Slot& slot) { return store_.query(slot.entry.name) == slot.entry.facts; }
+  bool isThere(const Slot& slot);
   Slot* find(std::string_view key);
   Slot& insert(Entry entry);
-  Slot* reusable(const std::string& key, const std::string& name, const vxOS::FileFacts& facts,
-                 bool& isForeign);
-  bool refresh(Slot& slot, const vxOS::FileFacts& facts, std::int64_t now);
+  Slot* owner(const vxOS::FileFacts& facts);
+  bool isForeign(const std::string& key, const std::string& name, const vxOS::FileFacts& facts);
+  void loseFile(Slot& slot);
+  void loseOwner(const vxOS::FileFacts& facts);
   void touch(Slot& slot);
   void hold(Client& client, Slot& slot);
   void dropHold(Slot& slot);
@@ -150,7 +152,7 @@ class CacheIndex {
   Limits limits_;
   std::unordered_map<std::uint64_t, Slot> slots_;  // by generation
   TextMap<Slot*> current_;
-  std::unordered_map<std::uint64_t, Slot*> byIdentity_;
+  std::unordered_map<std::uint64_t, Slot*> byIdentity_;  // every slot that has a file
   std::map<std::uint64_t, Slot*> idle_;  // current and held by nobody, the oldest access first
   std::uint64_t bytes_ = 0;
   std::uint64_t clock_ = 0;
