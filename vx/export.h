@@ -15,7 +15,7 @@
 #define VX_API __attribute__((visibility("default")))
 #endif
 
-#if defined(_WIN32)
+#if defined(VX_STATIC) || defined(_WIN32)
 #define VX_LOCAL
 #else
 #define VX_LOCAL __attribute__((visibility("hidden")))
