@@ -92,7 +92,7 @@ Daemon::~Daemon() {
 }
 
 Error Daemon::start(int port) {
-  server_.emplace(Server::kAnyPort, kMostWaiting);
+  server_ = std::make_unique<Server>(Server::kAnyPort, kMostWaiting);
   server_->setLoopbackOnly();
   if (Error error = server_->listen()) return error;
   port_ = server_->getPort();

@@ -11,7 +11,6 @@
 #include <list>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <thread>
 
 #include <kilnbase/net/FileCacheProtocol.h>
@@ -75,7 +74,7 @@ class Daemon {
   Log& log_;
   const std::chrono::duration<double> idleTime_;
   const std::atomic<bool>& mustStop_;
-  std::optional<vxTCP::Server> server_;
+  std::unique_ptr<vxTCP::Server> server_;
   int port_ = 0;
   std::mutex opening_;
   std::unique_ptr<Cache> cache_;
