@@ -49,8 +49,8 @@ class VX_API Directory {
   const vxString::CString& path() const { return path_; }
 
   /// An error that tells how another user could change what is in the directory: the directory
-  /// belongs to somebody else, others may write in it, a folder above belongs to somebody else or
-  /// lets everybody rename what it holds, or a link of somebody else leads to the directory.
+  /// belongs to somebody else, others may write in it, a folder above lets everybody rename what it
+  /// holds, or a link of somebody else leads to the directory.
   vxUtil::Error requirePrivate() const;
   /// Whether `path` leads to this directory now.
   bool isAt(const vxString::CString& path) const;

@@ -303,4 +303,22 @@ TEST_F(IndexTest, AChangedFileIsNotThereAndStays) {
   EXPECT_EQ(index.size(), 2U);
 }
 
+TEST_F(IndexTest, WhatIsMissingTakesNoRoom) {
+  for (const char* key : {"a", "b", "c"}) {
+    store.write(key, 10);
+    EXPECT_TRUE(add(key, key));
+  }
+  index.releaseAll(client);
+  index.setLimits({3, 30});
+  store.files.erase("c");
+  store.write("d", 10);
+  EXPECT_TRUE(add("d", "d"));
+  EXPECT_EQ(namesOf(store), (std::vector<std::string>{"a", "b", "d"}));
+  EXPECT_TRUE(has("a"));
+  // A file that its holder has changed goes when he says so.
+  store.files["d"].size = 20;
+  EXPECT_TRUE(index.release(client, "d", true));
+  EXPECT_EQ(namesOf(store), (std::vector<std::string>{"a", "b"}));
+}
+
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "tests/support/TemporaryFolder.h"
 #include "tools/vxcached/Journal.h"
+#include "tools/vxcached/OwnFiles.h"
 
 namespace {
 
@@ -13,6 +14,7 @@ using kilntest::TemporaryFolder;
 using vxcached::CacheIndex;
 using vxcached::Entry;
 using vxcached::Journal;
+using vxcached::kIndexName;
 using vxOS::FileFacts;
 
 // All files are there: the identity is the number in the name.
@@ -49,7 +51,7 @@ struct VxcachedJournal : testing::Test {
     EXPECT_TRUE(journal.appendRemoval(entry(99, "")));
     return times;
   }
-  std::string content() const { return kilntest::readFile(folder.path() / Journal::kFileName); }
+  std::string content() const { return kilntest::readFile(folder.path() / kIndexName); }
 
   TemporaryFolder folder;
   vxOS::Directory directory;
@@ -85,14 +87,14 @@ TEST_F(VxcachedJournal, SurvivesCutsAndChangesOfEveryByte) {
     return states[state];
   };
   for (std::size_t size = 0; size <= whole.size(); ++size) {
-    folder.write(Journal::kFileName, whole.substr(0, size));
+    folder.write(kIndexName, whole.substr(0, size));
     EXPECT_EQ(read(), stateAt(size)) << size;
     EXPECT_EQ(read(), stateAt(size)) << size;  // the torn end is gone
   }
   for (std::size_t at = 0; at < whole.size(); ++at) {
     std::string changed = whole;
     changed[at] = static_cast<char>(changed[at] ^ 0x41);
-    folder.write(Journal::kFileName, changed);
+    folder.write(kIndexName, changed);
     EXPECT_EQ(read(), stateAt(at < ends[0] ? 0 : at)) << at;
   }
 }
@@ -108,7 +110,7 @@ TEST_F(VxcachedJournal, EndsBeforeWhatNoDaemonWrites) {
   forged.push_back(entry(2, "b"));
   forged.back().generation = ~std::uint64_t{0};
   for (const Entry& each : forged) {
-    folder.write(Journal::kFileName, "");
+    folder.write(kIndexName, "");
     AllThere store;
     CacheIndex index(store);
     Journal journal;

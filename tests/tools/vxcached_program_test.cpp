@@ -135,7 +135,7 @@ TEST_F(VxcachedTest, TakesOnlyFilesOfItsDirectory) {
        {outside, own + "/../" + fs::path(outside).parent_path().filename().string() + "/x",
         own + "/sub/file", own + "/sub", own + "/", own + "/.", own + "/..", own, std::string(),
         std::string("file"), own + "/missing", own + "/@daemon.lck", own + "/@index.dat",
-        own + "/@lockfile.lck", own + "/@own"}) {
+        own + "/@lockfile.lck", own + "/@new-1"}) {
     EXPECT_FALSE(isAdded(path)) << path;
   }
   EXPECT_FALSE(daemon.client().protocol.add("key", CString(std::string_view("a\0b", 3))));
@@ -307,24 +307,33 @@ TEST_F(VxcachedTest, ClearsAwayWhatNobodyNames) {
     CacheDaemon daemon(folder.path(), 0, 0);
     EXPECT_TRUE(daemon.client().add(folder.path(), "a", "x"));
   }
-  const std::string unnamed = uuid(), other = "X" + uuid();
-  for (const std::string& name : {unnamed, std::string("@new-1"), other}) {
-    // Copied with the time of the original: the copy is new.
+  const std::string unnamed = uuid(), temporary = "@new-1", foreign = "X" + uuid(), late = uuid();
+  const auto writeOld = [this](const std::string& name) {
     fs::last_write_time(folder.write(name, "x"), fs::file_time_type::clock::now() - 25h);
-  }
+  };
+  const auto exists = [this](const std::string& name) { return fs::exists(folder.path() / name); };
+  for (const std::string& name : {unnamed, temporary, foreign}) writeOld(name);
+  const std::string fresh = uuid();
+  folder.write(fresh, "x");
+  std::this_thread::sleep_for(20ms);  // the step of the file system's clock
   vxcached::Log log;
   vxcached::Cache cache(log);
   bool isTaken = true;
   ASSERT_EQ(cache.lock(text(folder.path()), isTaken).message(), CString());
   ASSERT_EQ(cache.open(1).message(), CString());
+  std::this_thread::sleep_for(20ms);
+  writeOld(late);  // as a copy that keeps the time of its original
   const std::int64_t now = std::time(nullptr);
-  for (const bool isOld : {false, true}) {
-    cache.clearAway(isOld ? now + 86460 : now);
-    for (const std::string& name : {unnamed, std::string("@new-1")})
-      EXPECT_EQ(fs::exists(folder.path() / name), !isOld) << name;
-    EXPECT_TRUE(fs::exists(folder.path() / other));
-    EXPECT_EQ(entryFiles(folder.path()), isOld ? 2U : 3U);
-  }
+  cache.clearAway(now);
+  EXPECT_FALSE(exists(unnamed));
+  EXPECT_FALSE(exists(temporary));
+  EXPECT_TRUE(exists(fresh));
+  EXPECT_TRUE(exists(late));
+  cache.clearAway(now + 86460);
+  EXPECT_FALSE(exists(fresh));
+  EXPECT_FALSE(exists(late));
+  EXPECT_TRUE(exists(foreign));
+  EXPECT_EQ(entryFiles(folder.path()), 2U);  // with that of the entry
 }
 
 TEST_F(VxcachedTest, CanBeStartedByHand) {

@@ -1,12 +1,14 @@
 #include "tools/vxcached/Cache.h"
 
 #include <algorithm>
+#include <chrono>
 #include <ctime>
 
 #include <kilnbase/net/FileCacheProtocol.h>
 #include <vx/Filename.h>
 
 #include "tools/vxcached/Listing.h"
+#include "tools/vxcached/OwnFiles.h"
 
 namespace vxcached {
 
@@ -76,6 +78,8 @@ Error Cache::open(int port) {
       return error;
     }
     port_ = port;
+    const auto start = std::chrono::system_clock::now().time_since_epoch();
+    start_ = std::chrono::duration_cast<std::chrono::nanoseconds>(start).count();
   }
   keepPortFile();
   return {};
@@ -158,13 +162,15 @@ void Cache::clearAway(std::int64_t now) {
 void Cache::clearAway(const CString& name, std::int64_t before) {
   const std::lock_guard guard(mutex_);
   const FileFacts facts = directory_.query(name);
-  if (!facts.isOwnFile || index_.owns(facts) || directory_.lastChange(name) > before) return;
+  if (!facts.isOwnFile || index_.owns(facts) || facts.modified > before) return;
+  if (directory_.lastChange(name) > std::max(before, start_)) return;
   log_.write("clears away " + name);
   directory_.remove(name);
 }
 
 std::string Cache::listing() {
   const std::lock_guard guard(mutex_);
+  index_.forgetMissing(index_.size());
   return vxcached::listing(index_.list(), index_.limits(), now());
 }
 

@@ -18,9 +18,6 @@
 
 namespace vxcached {
 
-/// The file that is locked as long as a daemon serves the directory, and that holds its port.
-inline constexpr const char* kDaemonLockName = "@daemon.lck";
-
 /// A path taken apart at its last separator.
 struct SplitPath {
   explicit SplitPath(std::string_view path);
@@ -67,7 +64,8 @@ class Cache : EntryStore {
   /// Removes the file for good.
   void retire();
   /// Deletes files that no entry names and that are a day old at the time `now`, in seconds since
-  /// 1970-01-01 UTC: those named by a UUID, and the daemon's temporaries.
+  /// 1970-01-01 UTC: those named by a UUID, and the daemon's temporaries. A file that came after
+  /// the daemon's start may be about to be added, how old its content may be.
   void clearAway(std::int64_t now);
   /// Saves the removals for which the disk had no room.
   void saveRest();
@@ -91,6 +89,7 @@ class Cache : EntryStore {
   Journal journal_;
   CacheIndex index_;
   int port_ = 0;
+  std::int64_t start_ = 0;  // in nanoseconds since 1970-01-01 UTC
   bool isRetired_ = false;
 };
 

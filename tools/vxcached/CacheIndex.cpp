@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "tools/vxcached/OwnFiles.h"
+
 namespace vxcached {
 
 using vxOS::FileFacts;
 
 bool isEntryName(std::string_view name) {
   constexpr std::string_view kSeparatorsAndZero("/\\\0", 3);
-  return !name.empty() && name != "." && name != ".." && name.front() != kOwnMark &&
+  return !name.empty() && name != "." && name != ".." && !isOwnName(name) &&
          name.find_first_of(kSeparatorsAndZero) == std::string_view::npos;
 }
 
@@ -73,7 +75,10 @@ bool CacheIndex::release(Client& client, std::string_view key, bool remove) {
   if (held == client.holds_.end()) return false;
   auto& [slot, count] = held->second.front();
   Slot& oldest = *slot;
-  if (--count == 0) held->second.erase(held->second.begin());
+  if (--count == 0) {
+    held->second.erase(held->second.begin());
+    --oldest.holders;
+  }
   if (held->second.empty()) client.holds_.erase(held);
   if (remove && oldest.isCurrent) {
     store_.saveRemoval(oldest.entry);
@@ -95,6 +100,7 @@ void CacheIndex::setAccessed(std::string_view key, std::int64_t now) {
 void CacheIndex::releaseAll(Client& client) {
   for (auto& [key, generations] : std::exchange(client.holds_, {})) {
     for (const Client::Hold& each : generations) {
+      --each.slot->holders;
       for (std::size_t i = 0; i < each.count; ++i) dropHold(*each.slot);
     }
   }
@@ -108,7 +114,7 @@ std::vector<CacheIndex::Listed> CacheIndex::list() const {
   std::ranges::sort(ordered, {}, &Slot::order);
   std::vector<Listed> listed;
   listed.reserve(ordered.size());
-  for (const Slot* slot : ordered) listed.push_back({slot->entry, slot->holds, slot->isCurrent});
+  for (const Slot* slot : ordered) listed.push_back({slot->entry, slot->holders, slot->isCurrent});
   return listed;
 }
 
@@ -151,6 +157,13 @@ bool CacheIndex::isThere(const Slot& slot) {
   return owner(slot.entry.facts) == &slot && store_.query(slot.entry.name) == slot.entry.facts;
 }
 
+// Whether the name still leads to the file that was added, whatever is in it.
+bool CacheIndex::hasFile(const Slot& slot) {
+  const FileFacts found = store_.query(slot.entry.name);
+  return owner(slot.entry.facts) == &slot && found.isOwnFile &&
+         found.identity == slot.entry.facts.identity;
+}
+
 // The file is another generation's from now on, or nobody's.
 void CacheIndex::loseFile(Slot& slot) {
   if (owner(slot.entry.facts) != &slot) return;
@@ -169,7 +182,10 @@ void CacheIndex::touch(Slot& slot) {
 void CacheIndex::hold(Client& client, Slot& slot) {
   if (slot.holds++ == 0) idle_.erase(slot.order);
   auto& generations = client.holds_[slot.entry.key];
-  if (generations.empty() || generations.back().slot != &slot) generations.push_back({&slot, 0});
+  if (generations.empty() || generations.back().slot != &slot) {
+    generations.push_back({&slot, 0});
+    ++slot.holders;
+  }
   ++generations.back().count;
 }
 
@@ -185,14 +201,15 @@ void CacheIndex::loseOwner(const FileFacts& facts) {
   if (Slot* slot = owner(facts)) loseFile(*slot);
 }
 
-// Takes an entry from its key. The file goes when nobody holds it and nobody has changed it.
+// Takes an entry from its key. The file goes when nobody holds it, also when its holder has changed
+// what is in it.
 void CacheIndex::retire(Slot& slot) {
   if (slot.isCurrent) {
     slot.isCurrent = false;
     current_.erase(slot.entry.key);
   }
   if (slot.holds > 0) return;
-  if (isThere(slot)) store_.remove(slot.entry.name);
+  if (hasFile(slot)) store_.remove(slot.entry.name);
   erase(slot);
 }
 
@@ -215,9 +232,20 @@ bool CacheIndex::isOverLimit() const {
          (limits_.bytes > 0 && bytes_ > static_cast<std::uint64_t>(limits_.bytes));
 }
 
+void CacheIndex::forgetMissing(std::size_t most) {
+  for (std::size_t rest = std::min(most, slots_.size()); rest > 0 && !slots_.empty(); --rest) {
+    auto next = slots_.upper_bound(lastLooked_);
+    if (next == slots_.end()) next = slots_.begin();
+    lastLooked_ = next->first;
+    if (!isThere(next->second)) forget(next->second);
+  }
+}
+
 // Kept entries are those that somebody holds. A file goes before the entry does: when the daemon is
 // killed in between, the next one finds an entry without a file and drops it.
 void CacheIndex::evict() {
+  constexpr std::size_t kMostLooks = 1000;  // all, in most caches; some 0.5 ms
+  if (isOverLimit()) forgetMissing(kMostLooks);
   while (isOverLimit() && !idle_.empty()) {
     Slot& oldest = *idle_.begin()->second;
     const Entry entry = oldest.entry;

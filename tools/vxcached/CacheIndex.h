@@ -27,9 +27,6 @@ struct Entry {
   std::uint64_t generation = 0;
 };
 
-/// Begins the names of the daemon's own files.
-inline constexpr char kOwnMark = '@';
-
 /// Whether a client's file may have this name.
 bool isEntryName(std::string_view name);
 
@@ -84,8 +81,8 @@ class CacheIndex {
   /// An entry as `list` tells it.
   struct Listed {
     Entry entry;
-    std::size_t holds;
-    bool isCurrent;  ///< False when the file goes with its last hold.
+    std::size_t holders;  ///< Clients that hold the entry.
+    bool isCurrent;       ///< False when the file goes with its last hold.
   };
 
   explicit CacheIndex(EntryStore& store) : store_(store) {}
@@ -116,6 +113,10 @@ class CacheIndex {
   void setAccessed(std::string_view key, std::int64_t now);
   void releaseAll(Client& client);
 
+  /// Gives up entries whose files somebody has deleted or changed, so that they take no room. Looks
+  /// at no more than `most` entries, and at the next ones the next time.
+  void forgetMissing(std::size_t most);
+
   /// Whether a file is in use here.
   bool owns(const vxOS::FileFacts& facts) const { return byIdentity_.contains(facts.identity); }
   /// Entries, those of older generations included.
@@ -129,10 +130,12 @@ class CacheIndex {
     Entry entry;
     std::uint64_t order;
     std::size_t holds = 0;
+    std::size_t holders = 0;
     bool isCurrent = true;
   };
 
   bool isThere(const Slot& slot);
+  bool hasFile(const Slot& slot);
   Slot* find(std::string_view key);
   Slot& insert(Entry entry);
   Slot* owner(const vxOS::FileFacts& facts);
@@ -150,13 +153,14 @@ class CacheIndex {
 
   EntryStore& store_;
   Limits limits_;
-  std::unordered_map<std::uint64_t, Slot> slots_;  // by generation
+  std::map<std::uint64_t, Slot> slots_;  // by generation
   TextMap<Slot*> current_;
   std::unordered_map<std::uint64_t, Slot*> byIdentity_;  // every slot that has a file
   std::map<std::uint64_t, Slot*> idle_;  // current and held by nobody, the oldest access first
   std::uint64_t bytes_ = 0;
   std::uint64_t clock_ = 0;
   std::uint64_t lastGeneration_ = 0;
+  std::uint64_t lastLooked_ = 0;  // the generation at which `forgetMissing` has stopped
 };
 
 }  // namespace vxcached

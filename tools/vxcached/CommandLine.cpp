@@ -19,7 +19,7 @@ by the file "@lockfile.lck" in the directory. Only processes of the same user ar
 
 constexpr const char* kFooter = R"(
 With --list a line for each file of the cache goes to standard output, first the one that goes first
-when room is needed: size, seconds since the last access, clients' holds, the file's name, the key.
+when room is needed: size, seconds since the last access, how many clients hold it, the file's name, the key.
 A file with "-" for the seconds goes when its last hold is given back.
 
 Exit code: 0 at the end of the daemon, which comes with SIGTERM, --stop or when no client has been

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "tools/vxcached/OwnFiles.h"
+
 namespace vxcached {
 
 using vxOS::Directory;
@@ -13,7 +15,6 @@ using vxUtil::Error;
 
 namespace {
 
-constexpr const char* kChannelName = "@daemon.sock";
 constexpr const char* kList = "list";
 constexpr const char* kStop = "stop";
 constexpr int kErrorCode = 1;

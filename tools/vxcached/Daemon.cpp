@@ -10,11 +10,10 @@
 #include <vx/Process.h>
 #include <vx/SysInfo.h>
 
-#include "tools/vxcached/Services.h"
+#include "tools/vxcached/OwnFiles.h"
 
 namespace vxcached {
 
-using vxKilnBase::FileCacheProtocol;
 using vxKilnBase::FileCacheProtocolClient;
 using vxString::CString;
 using vxTCP::Address;
@@ -44,14 +43,15 @@ Interval restUntil(Daemon::Clock::time_point end) {
 Error connectTo(int port, Daemon::Clock::time_point end, std::unique_ptr<Socket>& socket) {
   auto made = std::make_unique<Socket>(Address::localhost(port));
   if (Error error = made->connect(restUntil(end))) return error;
-  if (!made->peerIsSameUser()) return {kErrorCode, "the other end belongs to another user"};
+  if (!made->peerIsSameUser())
+    return {kErrorCode, "the other end is gone, or belongs to another user"};
   socket = std::move(made);
   return {};
 }
 
 // Passes on to the daemon behind the socket. The result is false when that connection fails.
 bool passOn(std::unique_ptr<Socket> socket, const Opening& opening, Daemon::Clock::time_point end,
-            std::unique_ptr<FileCacheProtocol>& service, Error& error) {
+            std::unique_ptr<Service>& service, Error& error) {
   try {
     auto remote = std::make_unique<RemoteService>(std::move(socket));
     remote->setLimit(restUntil(end));
@@ -66,7 +66,7 @@ bool passOn(std::unique_ptr<Socket> socket, const Opening& opening, Daemon::Cloc
 }
 
 // Starts a process for a directory, which finds out whether it serves the directory itself.
-Error startOther(const Opening& opening, std::unique_ptr<FileCacheProtocol>& service) {
+Error startOther(const Opening& opening, std::unique_ptr<Service>& service) {
   const auto end = Daemon::Clock::now() + kOpeningTime;
   Server server(Server::kAnyPort, 1);
   server.setLoopbackOnly();
@@ -135,7 +135,10 @@ void Daemon::turnAway() {
   server_.reset();
 }
 
-Error Daemon::open(const Opening& opening, bool isStarter, Service& service) {
+Error Daemon::open(const Opening& opening, bool isStarter, std::unique_ptr<Service>& service) {
+  constexpr std::size_t kMostPathBytes = 32768;  // no system has longer ones
+  if (opening.directory.length() > kMostPathBytes)
+    return {kErrorCode, "the name of the folder is too long"};
   std::unique_lock guard(opening_);
   if (cache_ == nullptr) {
     return isStarter ? openFirst(opening, service)
@@ -153,7 +156,7 @@ Error Daemon::open(const Opening& opening, bool isStarter, Service& service) {
 }
 
 // Takes the directory, or finds the daemon that has it. That one may be about to start or to end.
-Error Daemon::openFirst(const Opening& opening, Service& service) {
+Error Daemon::openFirst(const Opening& opening, std::unique_ptr<Service>& service) {
   const auto end = Clock::now() + kOpeningTime;
   Error error;
   while (!tryFirst(opening, end, service, error)) {
@@ -165,8 +168,8 @@ Error Daemon::openFirst(const Opening& opening, Service& service) {
 }
 
 // False when a later attempt may have another result.
-bool Daemon::tryFirst(const Opening& opening, Clock::time_point end, Service& service,
-                      Error& error) {
+bool Daemon::tryFirst(const Opening& opening, Clock::time_point end,
+                      std::unique_ptr<Service>& service, Error& error) {
   auto cache = std::make_unique<Cache>(log_);
   bool isTaken = false;
   error = cache->lock(opening.directory, isTaken);

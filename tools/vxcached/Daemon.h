@@ -13,12 +13,12 @@
 #include <mutex>
 #include <thread>
 
-#include <kilnbase/net/FileCacheProtocol.h>
 #include <vx/Tcp.h>
 
 #include "tools/vxcached/Cache.h"
 #include "tools/vxcached/Control.h"
 #include "tools/vxcached/Log.h"
+#include "tools/vxcached/Services.h"
 #include "tools/vxcached/Session.h"
 
 namespace vxcached {
@@ -47,11 +47,9 @@ class Daemon {
 
   /// Finds the service for a client and opens the directory there. Called by the threads of the
   /// clients.
-  vxUtil::Error open(const Opening& opening, bool isStarter,
-                     std::unique_ptr<vxKilnBase::FileCacheProtocol>& service);
+  vxUtil::Error open(const Opening& opening, bool isStarter, std::unique_ptr<Service>& service);
 
  private:
-  using Service = std::unique_ptr<vxKilnBase::FileCacheProtocol>;
   struct Thread {
     Thread(Daemon& daemon, Log& log, std::unique_ptr<vxTCP::Socket> socket, bool isStarter)
         : session(daemon, log, std::move(socket), isStarter) {}
@@ -59,8 +57,8 @@ class Daemon {
     std::thread thread;
   };
 
-  vxUtil::Error openFirst(const Opening& opening, Service& service);
-  bool tryFirst(const Opening& opening, Clock::time_point end, Service& service,
+  vxUtil::Error openFirst(const Opening& opening, std::unique_ptr<Service>& service);
+  bool tryFirst(const Opening& opening, Clock::time_point end, std::unique_ptr<Service>& service,
                 vxUtil::Error& error);
   void acceptClients(vxUtil::Interval limit);
   void turnAway();

@@ -5,6 +5,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "tools/vxcached/OwnFiles.h"
+
 namespace vxcached {
 
 using vxString::CString;
@@ -133,7 +135,7 @@ std::optional<std::string_view> nextRecord(Reader& reader) {
 
 Error Journal::open(const vxOS::Directory& directory, CacheIndex& index) {
   directory_ = &directory;
-  if (Error error = file_.open(directory, kFileName)) return error;
+  if (Error error = file_.open(directory, kIndexName)) return error;
   const CString text = file_.read();
   Reader reader{text.view()};
   std::size_t whole = 0;
@@ -162,7 +164,7 @@ bool Journal::append(const std::string& record) {
 
 // A file that was closed after a failure may have a torn end.
 bool Journal::reopen() {
-  return file_.isOpen() || (!file_.open(*directory_, kFileName) && file_.truncate(whole_));
+  return file_.isOpen() || (!file_.open(*directory_, kIndexName) && file_.truncate(whole_));
 }
 
 bool Journal::appendEntry(const Entry& entry) {
@@ -185,13 +187,13 @@ bool Journal::appendRemoval(const Entry& entry) {
 Error Journal::rewrite(const std::vector<CacheIndex::Listed>& entries) {
   std::string bytes(kHead);
   std::size_t records = 0;
-  for (const auto& [entry, holds, isCurrent] : entries) {
+  for (const auto& [entry, holders, isCurrent] : entries) {
     if (!isCurrent) continue;
     bytes += entryRecord(entry);
     ++records;
   }
   file_.close();
-  Error error = directory_->replace(kFileName, bytes);
+  Error error = directory_->replace(kIndexName, bytes);
   if (!error) {
     records_ = records;
     whole_ = bytes.size();

@@ -17,8 +17,6 @@ namespace vxcached {
 
 class Journal {
  public:
-  static constexpr const char* kFileName = "@index.dat";
-
   /// Opens the file, which is made when it is missing, and restores `index` from it. A file that is
   /// no journal begins anew. `directory` outlives the journal.
   vxUtil::Error open(const vxOS::Directory& directory, CacheIndex& index);

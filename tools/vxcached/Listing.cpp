@@ -47,11 +47,11 @@ std::string printable(std::string_view text) {
 }
 
 std::string line(const CacheIndex::Listed& listed, std::int64_t now) {
-  const auto& [entry, holds, isCurrent] = listed;
+  const auto& [entry, holders, isCurrent] = listed;
   const std::string age = isCurrent ? std::to_string(now - entry.accessTime) : "-";
   const CString numbers =
-      CString::format("%14llu %10s %5llu  ", static_cast<unsigned long long>(entry.facts.size),
-                      age.c_str(), static_cast<unsigned long long>(holds));
+      CString::format("%14llu %10s %7llu  ", static_cast<unsigned long long>(entry.facts.size),
+                      age.c_str(), static_cast<unsigned long long>(holders));
   return std::string(numbers.view()) + printable(entry.name) + "  " + printable(entry.key) + "\n";
 }
 
@@ -63,7 +63,7 @@ std::string listing(const std::vector<CacheIndex::Listed>& entries, const Limits
   for (const auto& each : entries) bytes += each.entry.facts.size;
   std::string text = "files: " + std::to_string(entries.size()) + " of " + limitText(limits.files) +
                      ", bytes: " + std::to_string(bytes) + " of " + limitText(limits.bytes) + "\n";
-  if (!entries.empty()) text += "         bytes        age holds  file  key\n";
+  if (!entries.empty()) text += "         bytes        age holders  file  key\n";
   for (const auto& each : entries) text += line(each, now);
   return text;
 }

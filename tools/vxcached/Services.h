@@ -11,9 +11,15 @@
 
 namespace vxcached {
 
+class Service : public vxKilnBase::FileCacheProtocol {
+ public:
+  /// Ends a wait for another process, from another thread, for good.
+  virtual void interrupt() noexcept {}
+};
+
 /// Answers from the cache, which outlives the service. What the client holds is released at the
 /// end.
-class LocalService : public vxKilnBase::FileCacheProtocol {
+class LocalService : public Service {
  public:
   /// `directory` is how the client names the cache's directory; paths are answered in this form.
   LocalService(Cache& cache, const vxString::CString& directory)
@@ -40,12 +46,13 @@ class LocalService : public vxKilnBase::FileCacheProtocol {
 
 /// Passes requests on. A failure of the connection is thrown as a `vxUtil::Error`, so that the
 /// client's connection ends as well.
-class RemoteService : public vxKilnBase::FileCacheProtocol {
+class RemoteService : public Service {
  public:
   explicit RemoteService(std::unique_ptr<vxTCP::Socket> socket);
 
   /// How long the other daemon may take to answer from now on.
   void setLimit(vxUtil::Interval limit) { client_.setLimit(limit); }
+  void interrupt() noexcept override { socket_->interrupt(); }
 
   /// `directory` is how the client names the cache's directory. A relative name is passed on as the
   /// complete one, because the other daemon may run in another folder.

@@ -16,6 +16,17 @@ const Interval kRequestLimit(60.0);
 
 }  // namespace
 
+Session::Session(Daemon& daemon, Log& log, std::unique_ptr<vxTCP::Socket> socket, bool isStarter)
+    : daemon_(daemon), log_(log), socket_(std::move(socket)), isStarter_(isStarter) {}
+
+Session::~Session() = default;
+
+void Session::interrupt() noexcept {
+  socket_->interrupt();
+  const std::lock_guard guard(serviceMutex_);
+  if (service_) service_->interrupt();
+}
+
 void Session::run() noexcept {
   try {
     serve();
@@ -24,7 +35,10 @@ void Session::run() noexcept {
   } catch (const std::exception& error) {
     log_.write(CString("a client is dropped: ") + error.what());
   }
-  service_.reset();
+  {
+    const std::lock_guard guard(serviceMutex_);
+    service_.reset();
+  }
   interrupt();
   isDone_ = true;
 }
@@ -39,7 +53,12 @@ void Session::serve() {
 
 Error Session::initialize(const CString& directory, int n, std::int64_t m) {
   if (service_) return service_->initialize(directory, n, m);
-  const Error error = daemon_.open({directory, n, m}, isStarter_, service_);
+  std::unique_ptr<Service> found;
+  const Error error = daemon_.open({directory, n, m}, isStarter_, found);
+  {
+    const std::lock_guard guard(serviceMutex_);
+    service_ = std::move(found);
+  }
   log_.write("a client opens \"" + directory +
              "\": " + (error ? error.message() : CString("welcome")));
   return error;

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 
 #include <kilnbase/net/FileCacheProtocol.h>
 #include <vx/Tcp.h>
@@ -12,18 +13,19 @@
 namespace vxcached {
 
 class Daemon;
+class Service;
 
 class Session : vxKilnBase::FileCacheProtocolServer {
  public:
   /// The other end belongs to this user. The client of a starter is the one that has started this
   /// process; others have found its port.
-  Session(Daemon& daemon, Log& log, std::unique_ptr<vxTCP::Socket> socket, bool isStarter)
-      : daemon_(daemon), log_(log), socket_(std::move(socket)), isStarter_(isStarter) {}
+  Session(Daemon& daemon, Log& log, std::unique_ptr<vxTCP::Socket> socket, bool isStarter);
+  ~Session();
 
   /// Serves the client until the connection ends, fails or is interrupted. A client may say nothing
   /// for as long as it likes between two requests.
   void run() noexcept;
-  void interrupt() noexcept { socket_->interrupt(); }
+  void interrupt() noexcept;
   bool isDone() const { return isDone_; }
 
  private:
@@ -40,7 +42,8 @@ class Session : vxKilnBase::FileCacheProtocolServer {
   Log& log_;
   std::unique_ptr<vxTCP::Socket> socket_;
   const bool isStarter_;
-  std::unique_ptr<vxKilnBase::FileCacheProtocol> service_;  // null until `initialize` succeeds
+  std::mutex serviceMutex_;           // taken to set `service_` and to interrupt
+  std::unique_ptr<Service> service_;  // null until `initialize` succeeds
   std::atomic<bool> isDone_ = false;
 };
 

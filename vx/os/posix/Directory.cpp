@@ -70,12 +70,13 @@ CString readAll(int file, std::size_t most) {
   return CString(std::string_view(text).substr(0, size));
 }
 
-// How another user could lead to another place what is below this folder or behind this link; null
-// when nobody else can. A sticky folder lets nobody rename what belongs to somebody else.
+// How any other user could lead to another place what is below this folder or behind this link;
+// null when nobody can. A sticky folder lets nobody rename what belongs to somebody else. The owner
+// of a folder above can, and is trusted by whoever puts something there: a tree of another user
+// that is shown to a container, say.
 const char* flawOf(const struct stat& facts) {
-  if (facts.st_uid != 0 && facts.st_uid != currentUser())
-    return S_ISLNK(facts.st_mode) ? "is reached by a link of another user"
-                                  : "lies in a folder that belongs to another user";
+  if (S_ISLNK(facts.st_mode) && facts.st_uid != 0 && facts.st_uid != currentUser())
+    return "is reached by a link of another user";
   const bool isOpenToAll = S_ISDIR(facts.st_mode) && (facts.st_mode & S_IWOTH) != 0;
   return isOpenToAll && (facts.st_mode & S_ISVTX) == 0
              ? "lies in a folder where other users can rename it"

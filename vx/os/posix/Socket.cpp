@@ -1,5 +1,6 @@
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -271,13 +272,13 @@ bool peerIsSameUser(Handle socket) {
       getpeername(descriptor(socket), reinterpret_cast<sockaddr*>(&peer), &peerLength) != 0)
     return false;
   const End here(own), there(peer);
-  constexpr int kTries = 1000;
-  for (int i = 0; i < kTries; ++i) {
-    const Owner owner = ownerOf(there, here);
-    if (owner != Owner::kNotYet) return owner == Owner::kUs;
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+  Owner owner = ownerOf(there, here);
+  while (owner == Owner::kNotYet && std::chrono::steady_clock::now() < end) {
     usleep(1000);
+    owner = ownerOf(there, here);
   }
-  return false;
+  return owner == Owner::kUs;
 }
 
 }  // namespace vxOS::socket
