@@ -20,7 +20,7 @@ class Session : vxKilnBase::FileCacheProtocolServer {
   /// The other end belongs to this user. The client of a starter is the one that has started this
   /// process; others have found its port.
   Session(Daemon& daemon, Log& log, std::unique_ptr<vxTCP::Socket> socket, bool isStarter);
-  ~Session();
+  ~Session() override;
 
   /// Serves the client until the connection ends, fails or is interrupted. A client may say nothing
   /// for as long as it likes between two requests.
