@@ -1,10 +1,11 @@
 #include "tools/vxcached/CommandLine.h"
 
 #include <CLI/CLI.hpp>
-#include <iostream>
 #include <stdexcept>
 
 #include <kilnbase/version.h>
+
+#include "tools/parseArguments.h"
 
 namespace vxcached {
 
@@ -23,7 +24,12 @@ when room is needed: size, seconds since the last access, how many clients hold 
 A file with "-" for the seconds goes when its last hold is given back.
 
 Exit code: 0 at the end of the daemon, which comes with SIGTERM, --stop or when no client has been
-there for the idle time; 2 when the daemon cannot start, or when no daemon answers --list or --stop.)";
+there for the idle time; 2 when the daemon cannot start, or when no daemon answers --list or --stop.
+
+Examples:
+  vxcached --list ~/project/cache
+  vxcached --stop ~/project/cache
+  vxcached --port 40123 --log /tmp/cache.log   (with MORLA_FILE_CACHE_MANUAL_START in the application))";
 
 }  // namespace
 
@@ -49,17 +55,7 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
   app.add_option("--log", options.log, "Add a line for each event to this file")->type_name("FILE");
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    std::cout << app.help();
-    return std::nullopt;
-  } catch (const CLI::CallForVersion& version) {
-    std::cout << version.what() << "\n";
-    return std::nullopt;
-  } catch (const CLI::ParseError& error) {
-    throw std::runtime_error(std::string(error.what()) + "; see vxcached --help");
-  }
+  if (!parseArguments<std::runtime_error>(app, argc, argv)) return std::nullopt;
   if (options.port == 0 && options.list.empty() && options.stop.empty())
     throw std::runtime_error("give --port, --list or --stop; see vxcached --help");
   return options;
