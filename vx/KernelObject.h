@@ -6,12 +6,11 @@
 //
 // An object is always whole and stays as it was made: what is made of numbers that make no object
 // throws a `vxUtil::Error` that tells why. What all splines keep:
-//
-//     1 <= degree <= kMaxDegree
-//     poles >= degree + 1
-//     knots = poles + degree + 1, finite, knots[i] <= knots[i + 1], knots[i] < knots[i + degree +
-//     1] knots[degree] < knots[poles]: the parameters lie between these two weights: none, or one a
-//     pole, finite and above 0
+// - 1 <= degree <= kMaxDegree, and poles >= degree + 1;
+// - knots = poles + degree + 1, all finite; knots[i] <= knots[i + 1]; no more than degree + 1 knots
+//   are equal, so knots[i] < knots[i + degree + 1];
+// - the parameters lie between knots[degree] and knots[poles], and these two differ;
+// - weights: none, or one a pole, finite and above 0.
 //
 // Poles may be any numbers, NaN and infinity as well. A pole of a rational spline has its place in
 // space and is not multiplied by its weight. The format of files is told in docs/mesh-format.md.
@@ -37,6 +36,7 @@ enum Id {
 
 constexpr int kMaxDegree = 31;
 
+/// One of the objects below.
 class VX_API Object {
  public:
   virtual ~Object();
@@ -44,9 +44,16 @@ class VX_API Object {
   virtual int id() const = 0;
 
  protected:
-  Object() = default;
   Object(const Object&) = default;
   Object& operator=(const Object&) = default;
+
+ private:
+  friend class Curve;
+  friend class Surface;
+  friend class TrimmedSurface;
+  friend class Shell;
+  friend class ForeignObject;
+  Object() = default;
 };
 
 /// A B-spline curve in space (`vxLinear::Point`) or in the plane of a surface's parameters
@@ -69,8 +76,8 @@ class VX_API SplineCurve {
   double start() const { return knots_[static_cast<std::size_t>(degree_)]; }
   /// The last parameter.
   double end() const { return knots_[poles_.size()]; }
-  /// The point at a parameter, by de Boor's algorithm. Parameters before the start count as the
-  /// start, those beyond the end as the end. O(degree² + log poles).
+  /// The point at a parameter, by the recursion of Cox and de Boor. Parameters before the start
+  /// count as the start, those beyond the end as the end. O(degree² + log poles).
   Pole at(double t) const;
 
   friend bool operator==(const SplineCurve&, const SplineCurve&) = default;
@@ -88,8 +95,7 @@ using ParameterCurve = SplineCurve<vxLinear::Point2>;
 class VX_API Curve : public Object, public SplineCurve<vxLinear::Point> {
  public:
   using SplineCurve::SplineCurve;
-  ~Curve() override;
-  int id() const override { return kCurve; }
+  int id() const override;
 };
 
 /// A tensor-product B-spline surface. The pole of row i (along u) and column j (along v) is
@@ -112,8 +118,7 @@ class VX_API Surface : public Object {
   /// Throws `vxUtil::Error`.
   Surface(Direction u, Direction v, vx::vector<vxLinear::Point> poles,
           vx::vector<double> weights = {});
-  ~Surface() override;
-  int id() const override { return kSurface; }
+  int id() const override;
 
   const Direction& u() const { return u_; }
   const Direction& v() const { return v_; }
@@ -148,8 +153,7 @@ class VX_API TrimmedSurface : public Object {
 
   /// Throws `vxUtil::Error` when a loop has no curve.
   TrimmedSurface(Surface surface, vx::vector<Loop> loops);
-  ~TrimmedSurface() override;
-  int id() const override { return kTrimmedSurface; }
+  int id() const override;
 
   const Surface& surface() const { return surface_; }
   const vx::vector<Loop>& loops() const { return loops_; }
@@ -167,8 +171,7 @@ class VX_API TrimmedSurface : public Object {
 class VX_API Shell : public Object {
  public:
   explicit Shell(vx::vector<TrimmedSurface> faces);
-  ~Shell() override;
-  int id() const override { return kShell; }
+  int id() const override;
 
   const vx::vector<TrimmedSurface>& faces() const { return faces_; }
 
@@ -183,8 +186,7 @@ class VX_API ForeignObject : public Object {
  public:
   /// Throws `vxUtil::Error` when `id` is below 0 or one of `Id`.
   ForeignObject(int id, vx::vector<std::byte> bytes);
-  ~ForeignObject() override;
-  int id() const override { return id_; }
+  int id() const override;
 
   const vx::vector<std::byte>& bytes() const { return bytes_; }
 

@@ -23,7 +23,7 @@ namespace vxKilnBase {
 class KILNBASE_API KilnDebugDrawFrame {
  public:
   /// The numbers of the lists.
-  enum DataType {
+  enum DataType : int {
     kPoints = 0,
     kLines = 1,
     kLabels = 2,

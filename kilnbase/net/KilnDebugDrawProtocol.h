@@ -50,7 +50,8 @@ class KILNBASE_API KilnDebugDrawProtocol {
 
   /// Sends a frame and waits for the acknowledgement. Before anything is sent the kernel objects
   /// and the meshes are written into files in the folder for temporary files, which the receiver
-  /// deletes. On failure the result is false, and the files are deleted here.
+  /// deletes. On failure the result is false, and the files are deleted here. When they cannot be
+  /// written nothing is sent, and the connection stays.
   bool sendFrame(const KilnDebugDrawFrame& frame);
 
   /// Waits until there is something to receive, or the end of the connection. False when the limit

@@ -5,19 +5,31 @@
 
 namespace vxOS {
 
-std::unique_ptr<std::byte[]> userOf(HANDLE process) {
+namespace {
+
+std::unique_ptr<std::byte[]> informationOf(HANDLE process, TOKEN_INFORMATION_CLASS kind) {
   HANDLE opened = nullptr;
   OpenProcessToken(process, TOKEN_QUERY, &opened);
   const Handle token(opened);
   DWORD size = 0;
-  GetTokenInformation(token.get(), TokenUser, nullptr, 0, &size);
-  auto user = std::make_unique<std::byte[]>(size);
-  if (GetTokenInformation(token.get(), TokenUser, user.get(), size, &size) == 0) return nullptr;
-  return user;
+  GetTokenInformation(token.get(), kind, nullptr, 0, &size);
+  auto information = std::make_unique<std::byte[]>(size);
+  if (GetTokenInformation(token.get(), kind, information.get(), size, &size) == 0) return nullptr;
+  return information;
+}
+
+}  // namespace
+
+std::unique_ptr<std::byte[]> userOf(HANDLE process) {
+  return informationOf(process, TokenUser);
 }
 
 std::unique_ptr<std::byte[]> currentUser() {
   return userOf(GetCurrentProcess());
+}
+
+std::unique_ptr<std::byte[]> ownerOfNewFiles() {
+  return informationOf(GetCurrentProcess(), TokenOwner);
 }
 
 namespace {

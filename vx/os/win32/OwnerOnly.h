@@ -11,6 +11,9 @@ namespace vxOS {
 /// system refuses.
 std::unique_ptr<std::byte[]> userOf(HANDLE process);
 std::unique_ptr<std::byte[]> currentUser();
+/// To whom the files belong that this process makes: the user, or the administrators. A TOKEN_OWNER
+/// and the identifier that it points to; null when the system refuses.
+std::unique_ptr<std::byte[]> ownerOfNewFiles();
 
 /// The list of who has access: the user of this process, and nobody by inheritance from the folder.
 class OwnerOnly {

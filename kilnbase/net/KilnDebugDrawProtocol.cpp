@@ -1,0 +1,395 @@
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include <kilnbase/net/KilnDebugDrawProtocol.h>
+#include <vx/File.h>
+#include <vx/OwnFile.h>
+
+namespace vxKilnBase {
+
+using vxLinear::ParamLine;
+using vxLinear::Point;
+using vxString::CString;
+using vxUtil::Error;
+using vxUtil::Interval;
+
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "numbers go over the wire as they are");
+
+using Frame = KilnDebugDrawFrame;
+
+enum Tag : int {
+  kNameTag = 0,
+  kMarksTag = 1,
+  kPointTag = 2,
+  kLineTag = 3,
+  kLabelTag = 4,
+  kObjectsTag = 5,
+  kCompactMeshTag = 6,
+  kTopoMeshTag = 7,
+  kEndTag = 8,
+  kAcknowledgement = 9,
+};
+
+constexpr double kFirstTimeoutSeconds = 10.0;
+
+void require(const Error& error) {
+  if (error) throw error;
+}
+
+// The temporary files of one frame. They are deleted with this object unless the receiver has
+// taken them over.
+class TemporaryFiles {
+ public:
+  TemporaryFiles() = default;
+  TemporaryFiles(const TemporaryFiles&) = delete;
+  TemporaryFiles& operator=(const TemporaryFiles&) = delete;
+  ~TemporaryFiles() {
+    for (const CString& path : paths_) vxOS::File::remove(path);
+  }
+
+  /// Makes a file of what `write` writes.
+  template <class Write>
+  void add(Write write);
+  const vx::vector<CString>& paths() const { return paths_; }
+  void giveAway() { paths_.clear(); }
+
+ private:
+  vx::vector<CString> paths_;
+};
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using OpenFile = std::unique_ptr<std::FILE, FileCloser>;
+
+template <class Write>
+void TemporaryFiles::add(Write write) {
+  paths_.emplace_back();
+  paths_.back() = vxOS::createTmpFilename();
+  OpenFile file(vxOS::openFile(paths_.back().view(), "wb"));
+  if (!file) throw Error(1, "cannot make a temporary file");
+  write(file.get());
+  if (std::fclose(file.release()) != 0) throw Error(1, "cannot write a temporary file");
+}
+
+void writeObjects(const Frame& frame, std::FILE* file) {
+  bool isEmpty = true;
+  for (const auto* list : {&frame.curves, &frame.surfaces, &frame.trimmedSurfaces, &frame.shells}) {
+    for (const vxgk::Object* object : *list) {
+      require(vxgk_write(file, object));
+      isEmpty = false;
+    }
+  }
+  if (!isEmpty) require(vxgk_write(file, nullptr));
+}
+
+// The file of the kernel objects, then one a mesh.
+void writeFiles(const Frame& frame, TemporaryFiles& files) {
+  const auto writeMeshes = [&files](const auto& meshes) {
+    for (const auto* mesh : meshes)
+      files.add([mesh](std::FILE* file) { require(vxGeom::meshWrite(*mesh, file)); });
+  };
+  files.add([&frame](std::FILE* file) { writeObjects(frame, file); });
+  writeMeshes(frame.compactMeshes);
+  writeMeshes(frame.topoMeshes);
+}
+
+// Writes values one after the other, without anything between.
+template <class... Values>
+void send(vxTCP::Socket& socket, const Values&... values) {
+  std::array<std::byte, (sizeof(Values) + ...)> bytes;
+  std::size_t end = 0;
+  const auto append = [&bytes, &end](const auto& value) {
+    std::memcpy(&bytes[end], &value, sizeof value);
+    end += sizeof value;
+  };
+  (append(values), ...);
+  socket.write(bytes.data(), bytes.size());
+}
+
+void sendText(vxTCP::Socket& socket, Tag tag, const CString& text) {
+  send(socket, tag);
+  socket.write(text);
+}
+
+void sendRecords(vxTCP::Socket& socket, const Frame& frame) {
+  sendText(socket, kNameTag, frame.name);
+  send(socket, kMarksTag, static_cast<int>(frame.marks.size()));
+  for (const Frame::Mark& mark : frame.marks) send(socket, mark.type, mark.index);
+  for (const Point& point : frame.points) send(socket, kPointTag, point);
+  for (const ParamLine& line : frame.lines)
+    send(socket, kLineTag, line.origin(), line.origin() + line.direction());
+  for (const Frame::Label& label : frame.labels) {
+    send(socket, kLabelTag, label.at);
+    socket.write(label.text);
+  }
+}
+
+void sendPaths(vxTCP::Socket& socket, const Frame& frame, const vx::vector<CString>& paths) {
+  const std::size_t compact = frame.compactMeshes.size();
+  for (std::size_t i = 0; i < paths.size(); ++i)
+    sendText(socket,
+             i == 0         ? kObjectsTag
+             : i <= compact ? kCompactMeshTag
+                            : kTopoMeshTag,
+             paths[i]);
+}
+
+// Receives the records of one frame.
+class FrameReceiver {
+ public:
+  FrameReceiver(vxTCP::Socket& socket, Frame& frame, std::uint64_t limit)
+      : socket_(socket), frame_(frame), rest_(limit) {}
+
+  /// Receives a record; false for the end of the frame.
+  bool receive();
+
+ private:
+  template <class Value>
+  Value value() {
+    Value received;
+    spend(sizeof received);
+    socket_.read(&received, sizeof received);
+    return received;
+  }
+  CString text();
+  void marks();
+  void line();
+  void label();
+  void objects();
+  void file(vxgk::Object* object);
+  template <class Mesh>
+  void mesh(vx::list<Mesh*>& meshes);
+  void open(vxOS::OwnFile& file);
+  void spend(std::uint64_t bytes);
+
+  vxTCP::Socket& socket_;
+  Frame& frame_;
+  std::uint64_t rest_;  // how many bytes the frame may still have
+};
+
+bool FrameReceiver::receive() {
+  const int tag = value<int>();
+  if (tag < 0) throw Error(1, "the peer sends no frame");
+  switch (tag) {
+    case kNameTag:
+      frame_.name = text();
+      break;
+    case kMarksTag:
+      marks();
+      break;
+    case kPointTag:
+      frame_.points.push_back(value<Point>());
+      break;
+    case kLineTag:
+      line();
+      break;
+    case kLabelTag:
+      label();
+      break;
+    case kObjectsTag:
+      objects();
+      break;
+    case kCompactMeshTag:
+      mesh(frame_.compactMeshes);
+      break;
+    case kTopoMeshTag:
+      mesh(frame_.topoMeshes);
+      break;
+    default:
+      break;
+  }
+  return tag != kEndTag;
+}
+
+void FrameReceiver::spend(std::uint64_t bytes) {
+  if (bytes > rest_) throw Error(1, "the peer sends a frame that is too long");
+  rest_ -= bytes;
+}
+
+CString FrameReceiver::text() {
+  CString received;
+  socket_.read(received);
+  spend(sizeof(int) + received.length());
+  return received;
+}
+
+void FrameReceiver::marks() {
+  const int count = value<int>();
+  if (count < 0) throw Error(1, "the peer sends fewer than no marks");
+  for (int i = 0; i < count; ++i) {
+    const auto [type, index] = value<std::array<int, 2>>();
+    frame_.marks.push_back({type, index});
+  }
+}
+
+void FrameReceiver::line() {
+  const auto [origin, end] = value<std::array<Point, 2>>();
+  frame_.lines.emplace_back(origin, end - origin);
+}
+
+void FrameReceiver::label() {
+  const auto at = value<Point>();
+  frame_.labels.push_back({at, text()});
+}
+
+void FrameReceiver::open(vxOS::OwnFile& file) {
+  require(file.open(text()));
+  spend(file.size());
+}
+
+void FrameReceiver::objects() {
+  vxOS::OwnFile file;
+  open(file);
+  Error error;
+  while (vxgk::Object* object = vxgk_read(file.stream(), error)) this->file(object);
+  require(error);
+  require(file.remove());
+}
+
+// Puts an object into the list of its kind.
+void FrameReceiver::file(vxgk::Object* object) {
+  std::unique_ptr<vxgk::Object, void (*)(vxgk::Object*)> owned(object, vxgk_delete);
+  const auto append = [&owned](vx::list<vxgk::Object*>& list) {
+    list.push_back(owned.get());
+    owned.release();
+  };
+  switch (vxgk_id_object(object)) {
+    case vxgk::kCurve:
+      return append(frame_.curves);
+    case vxgk::kSurface:
+      return append(frame_.surfaces);
+    case vxgk::kTrimmedSurface:
+      return append(frame_.trimmedSurfaces);
+    case vxgk::kShell:
+      return append(frame_.shells);
+    default:
+      return;
+  }
+}
+
+template <class Mesh>
+void FrameReceiver::mesh(vx::list<Mesh*>& meshes) {
+  vxOS::OwnFile file;
+  open(file);
+  auto mesh = std::make_unique<Mesh>();
+  require(vxGeom::meshRead(*mesh, file.stream()));
+  require(file.remove());
+  meshes.push_back(mesh.get());
+  mesh.release();
+}
+
+}  // namespace
+
+// What there is while there is a connection: the socket, in throwing mode.
+class KilnDebugDrawProtocol::Impl {
+ public:
+  bool hold(std::unique_ptr<vxTCP::Socket> socket);
+  /// Whether `work` with the socket has succeeded. The connection ends when it throws.
+  template <class Work>
+  bool exchange(Work work) noexcept;
+
+  std::unique_ptr<vxTCP::Socket> socket;
+  Interval timeout = Interval(kFirstTimeoutSeconds);
+  std::uint64_t frameLimit = std::numeric_limits<std::uint64_t>::max();
+};
+
+bool KilnDebugDrawProtocol::Impl::hold(std::unique_ptr<vxTCP::Socket> made) {
+  socket = std::move(made);
+  if (!socket) return false;
+  socket->setThrowMode(true);
+  socket->setTimeout(timeout);
+  return true;
+}
+
+template <class Work>
+bool KilnDebugDrawProtocol::Impl::exchange(Work work) noexcept {
+  if (!socket) return false;
+  try {
+    work(*socket);
+    return true;
+  } catch (...) {
+    socket->interrupt();
+    return false;
+  }
+}
+
+KilnDebugDrawProtocol::KilnDebugDrawProtocol() : impl_(new Impl) {}
+
+KilnDebugDrawProtocol::~KilnDebugDrawProtocol() {
+  if (owns_) delete impl_;
+}
+
+bool KilnDebugDrawProtocol::connect(const char* host, int port) {
+  impl_->socket.reset();
+  auto socket = std::make_unique<vxTCP::Socket>(vxTCP::Address(host, port));
+  if (socket->connect(impl_->timeout)) return false;
+  return impl_->hold(std::move(socket));
+}
+
+bool KilnDebugDrawProtocol::listen(int port) {
+  impl_->socket.reset();
+  vxTCP::Server server(port, 1);
+  std::unique_ptr<vxTCP::Socket> socket;
+  if (server.listen() || server.accept(socket)) return false;
+  return impl_->hold(std::move(socket));
+}
+
+void KilnDebugDrawProtocol::setSocket(std::unique_ptr<vxTCP::Socket> socket) {
+  impl_->hold(std::move(socket));
+}
+
+void KilnDebugDrawProtocol::setTimeout(Interval limit) {
+  impl_->timeout = limit;
+  if (impl_->socket) impl_->socket->setTimeout(limit);
+}
+
+void KilnDebugDrawProtocol::setFrameLimit(std::uint64_t bytes) {
+  impl_->frameLimit = bytes;
+}
+
+bool KilnDebugDrawProtocol::sendFrame(const KilnDebugDrawFrame& frame) {
+  if (!impl_->socket) return false;
+  TemporaryFiles files;
+  try {
+    writeFiles(frame, files);
+  } catch (...) {
+    return false;
+  }
+  return impl_->exchange([&](vxTCP::Socket& socket) {
+    sendRecords(socket, frame);
+    sendPaths(socket, frame, files.paths());
+    send(socket, kEndTag);
+    int acknowledgement;
+    socket.read(&acknowledgement, sizeof acknowledgement);
+    files.giveAway();
+  });
+}
+
+bool KilnDebugDrawProtocol::waitForFrame(Interval limit) {
+  return impl_->socket && impl_->socket->waitForInput(limit);
+}
+
+bool KilnDebugDrawProtocol::recvFrame(KilnDebugDrawFrame& frame) {
+  return impl_->exchange([&](vxTCP::Socket& socket) {
+    FrameReceiver receiver(socket, frame, impl_->frameLimit);
+    socket.waitForInput();
+    while (receiver.receive()) {
+    }
+    send(socket, kAcknowledgement);
+    socket.flush();
+  });
+}
+
+void KilnDebugDrawProtocol::interrupt() noexcept {
+  if (impl_->socket) impl_->socket->interrupt();
+}
+
+}  // namespace vxKilnBase
