@@ -1,10 +1,12 @@
 // Points, vectors and lines of space.
 #pragma once
 
+#include <vx/export.h>
+
 namespace vxLinear {
 
 /// A direction with a length, or the way from one point to another.
-struct Vector {
+struct VX_API Vector {
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;
@@ -12,7 +14,7 @@ struct Vector {
   friend bool operator==(const Vector&, const Vector&) = default;
 };
 
-struct Point {
+struct VX_API Point {
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;
@@ -28,7 +30,7 @@ struct Point {
 };
 
 /// A point of the plane, such as the parameters of a point on a surface.
-struct Point2 {
+struct VX_API Point2 {
   double u = 0.0;
   double v = 0.0;
 
@@ -39,7 +41,7 @@ struct Point2 {
 ///
 ///     const vxLinear::ParamLine line({1.0, 0.0, 0.0}, {0.0, 2.0, 0.0});
 ///     const vxLinear::Point p = line.at(0.5);  // (1, 1, 0)
-class ParamLine {
+class VX_API ParamLine {
  public:
   ParamLine() = default;
   ParamLine(const Point& origin, const Vector& direction)
