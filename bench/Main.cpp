@@ -147,6 +147,7 @@ int runProgram(int argc, const char* const* argv) {
   addCache(suite);
   addUndo(suite);
   addTrace(suite);
+  addDrawLink(suite);
   std::vector<std::string> notes = {addEigen(suite), addBoost(suite), addGlib(suite),
                                     addSpdlog(suite)};
   std::ranges::move(addGeometry(suite), std::back_inserter(notes));

@@ -24,6 +24,7 @@ void addSparse(Suite& suite);
 void addUndo(Suite& suite);
 void addTrace(Suite& suite);
 void addCache(Suite& suite);
+void addDrawLink(Suite& suite);
 
 /// Adds Eigen to the above that it has, or says that it is missing: the line for the table's head.
 std::string addEigen(Suite& suite);

@@ -68,8 +68,9 @@ void writeRecord(std::FILE* file, const Magic& magic, std::int32_t kind,
   Header header = {{}, kind, 0, content.size(), 0};
   std::copy_n(magic, sizeof header.magic, header.magic);
   header.checksum = checksumOf(header, content);
+  const bool hasContent = !content.empty();
   if (std::fwrite(&header, sizeof header, 1, file) != 1 ||
-      std::fwrite(content.data(), 1, content.size(), file) != content.size())
+      (hasContent && std::fwrite(content.data(), content.size(), 1, file) != 1))
     fail("cannot write the file");
 }
 
