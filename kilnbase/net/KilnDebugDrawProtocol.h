@@ -31,7 +31,8 @@ class KILNBASE_API KilnDebugDrawProtocol {
   /// Ends the connection.
   ~KilnDebugDrawProtocol();
 
-  /// Connects to a peer that listens. Ends the connection before. False on any failure.
+  /// Connects to a peer that listens, within the limit of `setTimeout`. Ends the connection before.
+  /// False on any failure.
   bool connect(const char* host, int port);
   /// Waits for one peer to connect to a port, on all networks of this machine and without a limit.
   /// The port is free again afterwards. Ends the connection before. False on any failure.

@@ -70,7 +70,7 @@ inline std::string written(const std::function<void(std::FILE*)>& write) {
 
 // Calls `read` with a file of these bytes.
 inline void withFile(const std::string& bytes, const std::function<void(std::FILE*)>& read) {
-  const TemporaryFolder folder;
+  static const TemporaryFolder folder;
   read(open(folder.write("file", bytes), "rb").get());
 }
 
