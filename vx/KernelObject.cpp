@@ -15,7 +15,6 @@ using vx::detail::RecordReader;
 using vx::detail::RecordWriter;
 using vxLinear::Point;
 using vxLinear::Point2;
-using vxUtil::Error;
 
 constexpr vx::detail::Magic kMagic = "VXGKOBJ1";
 constexpr std::int32_t kEndOfObjects = -1;

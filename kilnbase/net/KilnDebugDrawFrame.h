@@ -19,7 +19,7 @@ namespace vxKilnBase {
 ///     frame.labels.push_back({{1.0, 2.0, 3.0}, "start"});
 ///
 /// Objects and meshes are not owned: copies of a frame share them, and only `clear(true)` deletes
-/// them.
+/// them. A null pointer in a list counts as an element, but is not sent.
 class KILNBASE_API KilnDebugDrawFrame {
  public:
   /// The numbers of the lists.

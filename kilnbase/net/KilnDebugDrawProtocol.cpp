@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <memory>
+#include <optional>
 #include <utility>
 
 #include <kilnbase/net/KilnDebugDrawProtocol.h>
@@ -48,25 +50,23 @@ void require(const Error& error) {
   if (error) throw error;
 }
 
-// The temporary files of one frame. They are deleted with this object unless the receiver has
-// taken them over.
-class TemporaryFiles {
- public:
-  TemporaryFiles() = default;
-  TemporaryFiles(const TemporaryFiles&) = delete;
-  TemporaryFiles& operator=(const TemporaryFiles&) = delete;
-  ~TemporaryFiles() {
-    for (const CString& path : paths_) vxOS::File::remove(path);
+// The end stands behind objects only, so that the file of none is empty.
+void writeObjects(const Frame& frame, std::FILE* file) {
+  const vxgk::Object* last = nullptr;
+  for (const auto* list : {&frame.curves, &frame.surfaces, &frame.trimmedSurfaces, &frame.shells}) {
+    for (const vxgk::Object* object : *list) {
+      if (object == nullptr) continue;
+      require(vxgk_write(file, object));
+      last = object;
+    }
   }
+  if (last != nullptr) require(vxgk_write(file, nullptr));
+}
 
-  /// Makes a file of what `write` writes.
-  template <class Write>
-  void add(Write write);
-  const vx::vector<CString>& paths() const { return paths_; }
-  void giveAway() { paths_.clear(); }
-
- private:
-  vx::vector<CString> paths_;
+// A temporary file and the tag of its record.
+struct TemporaryFile {
+  Tag tag;
+  CString path;
 };
 
 struct FileCloser {
@@ -74,36 +74,56 @@ struct FileCloser {
 };
 using OpenFile = std::unique_ptr<std::FILE, FileCloser>;
 
+// The temporary files of one frame. They are deleted with this object unless the receiver has
+// taken them over.
+class TemporaryFiles {
+ public:
+  /// Writes the kernel objects into one file, and each mesh into one.
+  explicit TemporaryFiles(const Frame& frame);
+  TemporaryFiles(const TemporaryFiles&) = delete;
+  TemporaryFiles& operator=(const TemporaryFiles&) = delete;
+  ~TemporaryFiles();
+
+  const vx::vector<TemporaryFile>& get() const { return files_; }
+  void giveAway() { files_.clear(); }
+
+ private:
+  TemporaryFiles() = default;
+  template <class Write>
+  void add(Tag tag, Write write);
+  template <class Mesh>
+  void addMeshes(Tag tag, const vx::list<Mesh*>& meshes);
+
+  vx::vector<TemporaryFile> files_;
+};
+
+// Whatever is thrown, the files that are there already are deleted: the object exists by then.
+TemporaryFiles::TemporaryFiles(const Frame& frame) : TemporaryFiles() {
+  add(kObjectsTag, [&frame](std::FILE* file) { writeObjects(frame, file); });
+  addMeshes(kCompactMeshTag, frame.compactMeshes);
+  addMeshes(kTopoMeshTag, frame.topoMeshes);
+}
+
+TemporaryFiles::~TemporaryFiles() {
+  for (const TemporaryFile& file : files_) vxOS::File::remove(file.path);
+}
+
 template <class Write>
-void TemporaryFiles::add(Write write) {
-  paths_.emplace_back();
-  paths_.back() = vxOS::createTmpFilename();
-  OpenFile file(vxOS::openFile(paths_.back().view(), "wb"));
+void TemporaryFiles::add(Tag tag, Write write) {
+  TemporaryFile& made = files_.emplace_back();
+  made = {tag, vxOS::createTmpFilename()};
+  OpenFile file(vxOS::openFile(made.path.view(), "wb"));
   if (!file) throw Error(1, "cannot make a temporary file");
   write(file.get());
   if (std::fclose(file.release()) != 0) throw Error(1, "cannot write a temporary file");
 }
 
-void writeObjects(const Frame& frame, std::FILE* file) {
-  bool isEmpty = true;
-  for (const auto* list : {&frame.curves, &frame.surfaces, &frame.trimmedSurfaces, &frame.shells}) {
-    for (const vxgk::Object* object : *list) {
-      require(vxgk_write(file, object));
-      isEmpty = false;
-    }
+template <class Mesh>
+void TemporaryFiles::addMeshes(Tag tag, const vx::list<Mesh*>& meshes) {
+  for (const Mesh* mesh : meshes) {
+    if (mesh != nullptr)
+      add(tag, [mesh](std::FILE* file) { require(vxGeom::meshWrite(*mesh, file)); });
   }
-  if (!isEmpty) require(vxgk_write(file, nullptr));
-}
-
-// The file of the kernel objects, then one a mesh.
-void writeFiles(const Frame& frame, TemporaryFiles& files) {
-  const auto writeMeshes = [&files](const auto& meshes) {
-    for (const auto* mesh : meshes)
-      files.add([mesh](std::FILE* file) { require(vxGeom::meshWrite(*mesh, file)); });
-  };
-  files.add([&frame](std::FILE* file) { writeObjects(frame, file); });
-  writeMeshes(frame.compactMeshes);
-  writeMeshes(frame.topoMeshes);
 }
 
 // Gathers the records of a frame and sends them in large pieces: a point costs no call.
@@ -157,11 +177,10 @@ void sendRecords(FrameSender& sender, const Frame& frame) {
   }
 }
 
-void sendPaths(FrameSender& sender, const Frame& frame, const vx::vector<CString>& paths) {
-  const std::size_t compact = frame.compactMeshes.size();
-  for (std::size_t i = 0; i < paths.size(); ++i) {
-    sender.put(i == 0 ? kObjectsTag : i <= compact ? kCompactMeshTag : kTopoMeshTag);
-    sender.put(paths[i]);
+void sendPaths(FrameSender& sender, const vx::vector<TemporaryFile>& files) {
+  for (const TemporaryFile& file : files) {
+    sender.put(file.tag);
+    sender.put(file.path);
   }
 }
 
@@ -281,8 +300,8 @@ void FrameReceiver::objects() {
 void FrameReceiver::file(vxgk::Object* object) {
   std::unique_ptr<vxgk::Object, void (*)(vxgk::Object*)> owned(object, vxgk_delete);
   const auto append = [&owned](vx::list<vxgk::Object*>& list) {
-    list.push_back(owned.get());
-    owned.release();
+    list.push_back(nullptr);
+    list.back() = owned.release();
   };
   switch (vxgk_id_object(object)) {
     case vxgk::kCurve:
@@ -305,8 +324,8 @@ void FrameReceiver::mesh(vx::list<Mesh*>& meshes) {
   auto mesh = std::make_unique<Mesh>();
   require(vxGeom::meshRead(*mesh, file.stream()));
   require(file.remove());
-  meshes.push_back(mesh.get());
-  mesh.release();
+  meshes.push_back(nullptr);
+  meshes.back() = mesh.release();
 }
 
 }  // namespace
@@ -380,21 +399,21 @@ void KilnDebugDrawProtocol::setFrameLimit(std::uint64_t bytes) {
 
 bool KilnDebugDrawProtocol::sendFrame(const KilnDebugDrawFrame& frame) {
   if (!impl_->socket) return false;
-  TemporaryFiles files;
+  std::optional<TemporaryFiles> files;
   try {
-    writeFiles(frame, files);
+    files.emplace(frame);
   } catch (...) {
     return false;
   }
   return impl_->exchange([&](vxTCP::Socket& socket) {
     FrameSender sender(socket);
     sendRecords(sender, frame);
-    sendPaths(sender, frame, files.paths());
+    sendPaths(sender, files->get());
     sender.put(kEndTag);
     sender.send();
     int acknowledgement;
     socket.read(&acknowledgement, sizeof acknowledgement);
-    files.giveAway();
+    files->giveAway();
   });
 }
 

@@ -142,7 +142,10 @@ TEST_F(KilnDebugDrawProtocolTest, SendsTheseBytes) {
 }
 
 TEST_F(KilnDebugDrawProtocolTest, EmptyFrameHasAnEmptyFile) {
-  std::thread sender([&] { EXPECT_TRUE(protocol.sendFrame(Frame())); });
+  Frame frame;
+  frame.curves.push_back(nullptr);
+  frame.topoMeshes.push_back(nullptr);
+  std::thread sender([&] { EXPECT_TRUE(protocol.sendFrame(frame)); });
   EXPECT_EQ(readBytes(*peer, 20), wire(0, 0, 1, 0, 5));
   const std::string path = readText();
   EXPECT_TRUE(std::filesystem::is_empty(path));
