@@ -1,6 +1,7 @@
 #include <atomic>
 #include <climits>
 #include <gtest/gtest.h>
+#include <map>
 #include <thread>
 
 #include <kilnbase/net/KilnDebugDrawProtocol.h>
@@ -35,6 +36,20 @@ std::string text(const std::string& characters) {
 
 const std::string kEnd = wire(8);
 
+// The records of a frame up to its files.
+std::string plainRecords() {
+  return wire(0) + text("n\xc3\xa4me") + wire(1, 2, 0, 1, -2, 3) + wire(2, Point{1, 2, 3}) +
+         wire(2, Point{4, 5, -0.0}) + wire(3, Point{1, 1, 1}, Point{1, 3, -3}) +
+         wire(4, Point{7, 8, 9}) + text("</script>") + wire(4, Point{0, 0, 0}) + text("");
+}
+
+// The files of a frame and their tags.
+std::vector<std::pair<int, std::string>> files() {
+  return {{5, fileOf(kilntest::objects())},
+          {6, fileOf(kilntest::compactMesh())},
+          {7, fileOf(kilntest::topoMesh())}};
+}
+
 // A protocol, its peer as a plain socket, and a folder of temporary files.
 class KilnDebugDrawProtocolTest : public ::testing::Test {
  protected:
@@ -44,24 +59,30 @@ class KilnDebugDrawProtocolTest : public ::testing::Test {
   }
   ~KilnDebugDrawProtocolTest() override { received.clear(true); }
 
-  void connect() {
+  void connect(Interval limit = kLong) {
     kilntest::SocketPair pair;
     peer = std::move(pair.far);
-    protocol.setTimeout(kLong);
+    protocol.setTimeout(limit);
     protocol.setSocket(std::move(pair.near));
   }
   void send(const std::string& bytes) {
     peer->write(bytes.data(), bytes.size());
     peer->flush();
   }
-  std::string readText() {
-    CString read;
-    EXPECT_EQ(peer->read(read).code(), 0);
-    return read.c_str();
+  // The content of the file whose path comes next.
+  std::string readNamedFile() {
+    CString path;
+    EXPECT_EQ(peer->read(path).code(), 0);
+    return kilntest::readFile(path.c_str());
   }
-  // The path of a file with these bytes, as a text on the wire.
-  std::string file(const std::string& name, const std::string& bytes) {
-    return text(folder.write(name, bytes).string());
+  // The record of a file with these bytes.
+  std::string record(int tag, const std::string& bytes) {
+    return wire(tag) + text(folder.write(std::to_string(tag), bytes).string());
+  }
+  std::string wholeFrame() {
+    std::string bytes = plainRecords();
+    for (const auto& [tag, content] : files()) bytes += record(tag, content);
+    return bytes + kEnd;
   }
   // Whether a frame of these bytes, and then nothing more, is received.
   bool receives(const std::string& bytes) {
@@ -70,9 +91,10 @@ class KilnDebugDrawProtocolTest : public ::testing::Test {
     if (!bytes.ends_with(kEnd)) peer.reset();
     return protocol.recvFrame(received);
   }
-  bool peerSeesTheEnd() {
+  void expectRefused(const std::string& bytes) {
     char byte;
-    return peer->read(&byte, 1).code() != 0;
+    EXPECT_FALSE(receives(bytes + kEnd)) << ::testing::PrintToString(bytes);
+    EXPECT_NE(peer->read(&byte, 1).code(), 0);
   }
 
   kilntest::KeptEnvironment kept{"TMPDIR"};
@@ -82,79 +104,45 @@ class KilnDebugDrawProtocolTest : public ::testing::Test {
   Frame received;
 };
 
-// All kinds of objects and meshes, which it owns.
-struct FullFrame : Frame {
-  FullFrame() {
-    name = "n\xc3\xa4me";
-    marks = {{0, 1}, {-2, 3}};
-    points = {{1, 2, 3}, {4, 5, -0.0}};
-    lines.push_back({{1, 1, 1}, {0, 2, -4}});
-    labels = {{{7, 8, 9}, "</script>"}, {{0, 0, 0}, ""}};
-    auto made = kilntest::objects();
-    curves.push_back(made[0].release());
-    surfaces.push_back(made[1].release());
-    trimmedSurfaces.push_back(made[2].release());
-    shells.push_back(made[3].release());
-    compactMeshes.push_back(new vxGeom::CompactMesh(kilntest::compactMesh()));
-    topoMeshes.push_back(new vxGeom::TopoMesh(kilntest::topoMesh()));
-  }
-  FullFrame(const FullFrame&) = delete;
-  FullFrame& operator=(const FullFrame&) = delete;
-  ~FullFrame() { clear(true); }
-};
-
-// The records of `FullFrame` up to its files.
-std::string plainRecords() {
-  return wire(0) + text("n\xc3\xa4me") + wire(1, 2, 0, 1, -2, 3) + wire(2, Point{1, 2, 3}) +
-         wire(2, Point{4, 5, -0.0}) + wire(3, Point{1, 1, 1}, Point{1, 3, -3}) +
-         wire(4, Point{7, 8, 9}) + text("</script>") + wire(4, Point{0, 0, 0}) + text("");
-}
-
-void expectEqual(const Frame& frame, const Frame& expected) {
-  EXPECT_EQ(frame.name, expected.name);
-  EXPECT_EQ(frame.marks, expected.marks);
-  EXPECT_EQ(frame.points, expected.points);
-  EXPECT_EQ(frame.lines, expected.lines);
-  EXPECT_EQ(frame.labels, expected.labels);
-  for (int type = 0; type < 9; ++type) {
-    const auto list = static_cast<Frame::DataType>(type);
-    EXPECT_EQ(frame.getListSize(list), expected.getListSize(list)) << type;
-  }
-}
-
-TEST_F(KilnDebugDrawProtocolTest, SendsTheseBytes) {
-  const FullFrame frame;
-  std::atomic<int> sent = -1;
-  std::thread sender([&] { sent = protocol.sendFrame(frame) ? 1 : 0; });
+TEST_F(KilnDebugDrawProtocolTest, ReceivesAndSendsTheseBytes) {
+  EXPECT_TRUE(receives(wholeFrame()));
+  EXPECT_EQ(readBytes(*peer, 4), wire(9));
+  EXPECT_EQ(folder.names(), "");
+  EXPECT_EQ(received.marks.back(), (Frame::Mark{-2, 3}));
+  EXPECT_EQ(received.lines.front(), vxLinear::ParamLine({1, 1, 1}, {0, 2, -4}));
+  EXPECT_EQ(dynamic_cast<vxgk::Curve&>(*received.curves.front()), kilntest::quarter());
+  EXPECT_EQ(*received.topoMeshes.front(), kilntest::topoMesh());
+  std::atomic<bool> isSent = false;
+  std::thread sender([&] {
+    EXPECT_TRUE(protocol.sendFrame(received));
+    isSent = true;
+  });
   EXPECT_EQ(readBytes(*peer, plainRecords().size()), plainRecords());
-  EXPECT_EQ(readBytes(*peer, 4), wire(5));
-  EXPECT_EQ(kilntest::readFile(readText()), fileOf(kilntest::objects()));
-  EXPECT_EQ(readBytes(*peer, 4), wire(6));
-  EXPECT_EQ(kilntest::readFile(readText()), fileOf(kilntest::compactMesh()));
-  EXPECT_EQ(readBytes(*peer, 4), wire(7));
-  EXPECT_EQ(kilntest::readFile(readText()), fileOf(kilntest::topoMesh()));
+  for (const auto& [tag, content] : files()) {
+    EXPECT_EQ(readBytes(*peer, 4), wire(tag));
+    EXPECT_EQ(readNamedFile(), content) << tag;
+  }
   EXPECT_EQ(readBytes(*peer, 4), kEnd);
   EXPECT_FALSE(peer->waitForInput(Interval(0.05)));
-  EXPECT_EQ(sent, -1);
+  EXPECT_FALSE(isSent);
   send(wire(77));
   sender.join();
-  EXPECT_EQ(sent, 1);
 }
 
-TEST_F(KilnDebugDrawProtocolTest, EmptyFrameHasAnEmptyFile) {
+TEST_F(KilnDebugDrawProtocolTest, FileOfNoObjectsIsEmpty) {
   Frame frame;
   frame.curves.push_back(nullptr);
   frame.topoMeshes.push_back(nullptr);
   std::thread sender([&] { EXPECT_TRUE(protocol.sendFrame(frame)); });
   EXPECT_EQ(readBytes(*peer, 20), wire(0, 0, 1, 0, 5));
-  const std::string path = readText();
-  EXPECT_TRUE(std::filesystem::is_empty(path));
+  EXPECT_EQ(readNamedFile(), "");
   EXPECT_EQ(readBytes(*peer, 4), kEnd);
+  EXPECT_EQ(folder.names().size(), 15U);
   send(wire(9));
   sender.join();
-  EXPECT_TRUE(receives(wire(0, 0, 1, 0, 5) + text(path) + kEnd));
+  EXPECT_TRUE(receives(record(5, "") + kEnd));
   EXPECT_EQ(readBytes(*peer, 4), wire(9));
-  EXPECT_EQ(folder.names(), "");
+  EXPECT_FALSE(std::filesystem::exists(folder.path() / "5"));
 }
 
 TEST_F(KilnDebugDrawProtocolTest, FramesTravelBothWaysBetweenTwoProtocols) {
@@ -163,7 +151,8 @@ TEST_F(KilnDebugDrawProtocolTest, FramesTravelBothWaysBetweenTwoProtocols) {
   const int port = server->getPort();
   EXPECT_FALSE(KilnDebugDrawProtocol().listen(port));
   server.reset();
-  const FullFrame frame;
+  Frame frame;
+  frame.name = "there and back";
   std::thread other([&] {
     KilnDebugDrawProtocol listening;
     Frame got;
@@ -173,19 +162,14 @@ TEST_F(KilnDebugDrawProtocolTest, FramesTravelBothWaysBetweenTwoProtocols) {
     EXPECT_TRUE(listening.recvFrame(got));
     EXPECT_TRUE(listening.sendFrame(got));
     EXPECT_FALSE(listening.recvFrame(got));
-    got.clear(true);
   });
   while (!protocol.connect("127.0.0.1", port)) std::this_thread::yield();
   EXPECT_FALSE(protocol.waitForFrame(Interval(0.01)));
   EXPECT_TRUE(protocol.sendFrame(frame));
   EXPECT_TRUE(protocol.recvFrame(received));
-  expectEqual(received, frame);
-  EXPECT_EQ(dynamic_cast<vxgk::Curve&>(*received.curves.front()), kilntest::quarter());
-  EXPECT_EQ(*received.topoMeshes.front(), kilntest::topoMesh());
+  EXPECT_EQ(received.name, frame.name);
   protocol.setSocket(nullptr);
   other.join();
-  EXPECT_FALSE(protocol.sendFrame(frame));
-  EXPECT_FALSE(protocol.recvFrame(received));
   EXPECT_EQ(folder.names(), "");
 }
 
@@ -193,83 +177,63 @@ TEST_F(KilnDebugDrawProtocolTest, ReceivedFramesAreAppendedAndUnknownPartsSkippe
   auto objects = kilntest::objects();
   objects.insert(objects.begin(),
                  std::make_unique<vxgk::ForeignObject>(12, std::vector(3, std::byte{})));
-  received.points.push_back({});
-  EXPECT_TRUE(receives(wire(9, 10, INT_MAX) + plainRecords() + wire(5) +
-                       file("a", fileOf(objects)) + wire(5) +
-                       file("b", fileOf(kilntest::objects())) + kEnd));
-  EXPECT_EQ(readBytes(*peer, 4), wire(9));
-  EXPECT_EQ(folder.names(), "");
-  EXPECT_EQ(received.points, (std::list<Point>{{}, {1, 2, 3}, {4, 5, -0.0}}));
-  for (const auto* list :
-       {&received.curves, &received.surfaces, &received.trimmedSurfaces, &received.shells})
-    EXPECT_EQ(list->size(), 2U);
+  for (int i = 1; i <= 2; ++i) {
+    EXPECT_TRUE(
+        receives(wire(9, 10, INT_MAX) + plainRecords() + record(5, fileOf(objects)) + kEnd));
+    EXPECT_EQ(received.getListSize(Frame::kPoints), 2 * i);
+    for (const auto list :
+         {Frame::kCurves, Frame::kSurfaces, Frame::kTrimmedSurfaces, Frame::kShells})
+      EXPECT_EQ(received.getListSize(list), i) << list;
+  }
 }
 
 TEST_F(KilnDebugDrawProtocolTest, CutAtEveryByteFailsAndKeepsWhatCame) {
-  const auto whole = [this] {
-    return plainRecords() + wire(6) + file("a", fileOf(kilntest::compactMesh())) + wire(7) +
-           file("b", fileOf(kilntest::topoMesh())) + wire(5) +
-           file("c", fileOf(kilntest::objects())) + kEnd;
-  };
-  const std::size_t size = whole().size();
+  const std::size_t size = wholeFrame().size();
   for (std::size_t cut = 0; cut < size; ++cut) {
     received.clear(true);
-    received.marks.clear();
-    EXPECT_FALSE(receives(whole().substr(0, cut))) << cut;
+    EXPECT_FALSE(receives(wholeFrame().substr(0, cut))) << cut;
     EXPECT_EQ(received.points.size(), (cut >= 65U ? 1U : 0U) + (cut >= 93U ? 1U : 0U)) << cut;
   }
-  expectEqual(received, FullFrame());
-  EXPECT_FALSE(received.shells.empty());
+  EXPECT_EQ(received.topoMeshes.size(), 1U);
 }
 
 TEST_F(KilnDebugDrawProtocolTest, LyingFramesEndTheConnection) {
-  const std::string label = wire(4, Point{});
   for (const std::string& bytes :
-       {wire(-1), wire(INT_MIN), wire(0, -1), wire(0, INT_MAX), wire(1, -1), label + wire(-2),
-        wire(5, -1), wire(5) + text(""), wire(6) + text(std::string("a\0b", 3))}) {
-    EXPECT_FALSE(receives(bytes + kEnd)) << ::testing::PrintToString(bytes);
-    EXPECT_TRUE(peerSeesTheEnd());
-  }
+       {wire(-1), wire(INT_MIN), wire(0, -1), wire(0, INT_MAX), wire(1, -1), wire(4, Point{}, -2),
+        wire(5, -1), wire(5) + text(""), wire(6) + text(std::string("a\0b", 3)),
+        wire(5) + text(folder.path().string())})
+    expectRefused(bytes);
   protocol.setFrameLimit(1000);
   EXPECT_TRUE(receives(wire(0) + text(std::string(988, 'x')) + kEnd));
-  EXPECT_FALSE(receives(wire(0) + text(std::string(989, 'x')) + kEnd));
-  EXPECT_FALSE(receives(
-      wire(6) + file("file", fileOf(kilntest::compactMesh()) + std::string(999, 'x')) + kEnd));
-  EXPECT_FALSE(receives(wire(1, INT_MAX) + std::string(2000, '\0') + kEnd));
+  expectRefused(wire(0) + text(std::string(989, 'x')));
+  expectRefused(record(5, fileOf(kilntest::objects())));
+  expectRefused(wire(1, INT_MAX) + std::string(2000, '\0'));
 }
 
 TEST_F(KilnDebugDrawProtocolTest, FilesThatAreNotWhatTheyShouldBeStay) {
-  const std::string objects = fileOf(kilntest::objects()),
-                    compact = fileOf(kilntest::compactMesh()), topo = fileOf(kilntest::topoMesh());
-  const std::vector<std::pair<int, std::string>> files = {
-      {5, "text"},
-      {5, compact},
-      {5, objects.substr(0, objects.size() - 32)},
-      {5, objects + "x"},
-      {6, ""},
-      {6, topo},
-      {6, objects},
-      {6, compact + "x"},
-      {7, ""},
-      {7, compact},
-      {7, topo.substr(0, topo.size() - 1)}};
-  for (const auto& [tag, bytes] : files) {
-    EXPECT_FALSE(receives(wire(tag) + file("file", bytes) + kEnd)) << tag << " " << bytes.size();
-    EXPECT_TRUE(peerSeesTheEnd());
-    EXPECT_EQ(kilntest::readFile(folder.path() / "file"), bytes);
+  const std::string objects = files()[0].second, compact = files()[1].second,
+                    topo = files()[2].second;
+  const std::map<int, std::vector<std::string>> wrong = {
+      {5, {"text", compact, objects.substr(0, objects.size() - 32), objects + "x"}},
+      {6, {"", topo, objects, compact + "x"}},
+      {7, {"", compact, topo.substr(0, topo.size() - 1)}}};
+  for (const auto& [tag, contents] : wrong) {
+    for (const std::string& bytes : contents) {
+      expectRefused(record(tag, bytes));
+      EXPECT_EQ(kilntest::readFile(folder.path() / std::to_string(tag)), bytes) << tag;
+    }
   }
-  EXPECT_FALSE(receives(wire(5) + text(folder.path().string()) + kEnd));
   EXPECT_EQ(received.getListSize(Frame::kCompactMeshes), 0);
 }
 
 TEST_F(KilnDebugDrawProtocolTest, FailingSenderRemovesItsFiles) {
-  const FullFrame frame;
+  EXPECT_TRUE(receives(wholeFrame()));
   peer.reset();
-  EXPECT_FALSE(protocol.sendFrame(frame));
+  EXPECT_FALSE(protocol.sendFrame(received));
   EXPECT_EQ(folder.names(), "");
   connect();
   kilntest::setEnvironment("TMPDIR", (folder.path() / "none").string());
-  EXPECT_FALSE(protocol.sendFrame(frame));
+  EXPECT_FALSE(protocol.sendFrame(received));
   EXPECT_FALSE(peer->waitForInput(Interval(0.01)));
 }
 
@@ -277,17 +241,16 @@ TEST_F(KilnDebugDrawProtocolTest, StalledPeerEndsTheConnection) {
   Frame large;
   large.points.resize(1'000'000);
   for (const Frame& frame : {Frame(), large}) {
-    connect();
-    protocol.setTimeout(Interval(0.05));
+    connect(Interval(0.05));
     EXPECT_FALSE(protocol.sendFrame(frame));
     EXPECT_EQ(folder.names(), "");
     EXPECT_FALSE(protocol.sendFrame(Frame()));
   }
-  connect();
-  protocol.setTimeout(Interval(0.05));
+  connect(Interval(0.05));
   send(wire(0, 3));
   EXPECT_FALSE(protocol.recvFrame(received));
-  EXPECT_TRUE(peerSeesTheEnd());
+  char byte;
+  EXPECT_EQ(peer->read(&byte, 1).code(), vxTCP::kClosed);
 }
 
 TEST_F(KilnDebugDrawProtocolTest, InterruptEndsAWait) {

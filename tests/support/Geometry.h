@@ -55,23 +55,21 @@ inline std::vector<std::unique_ptr<vxgk::Object>> objects() {
   return made;
 }
 
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
-inline File open(const std::filesystem::path& path, const char* mode) {
-  return {vxOS::openFile(path.string(), mode), std::fclose};
-}
-
 // What `write` writes into a file.
 inline std::string written(const std::function<void(std::FILE*)>& write) {
   const TemporaryFolder folder;
-  write(open(folder.path() / "file", "wb").get());
+  std::FILE* file = vxOS::openFile((folder.path() / "file").string(), "wb");
+  write(file);
+  std::fclose(file);
   return readFile(folder.path() / "file");
 }
 
 // Calls `read` with a file of these bytes.
 inline void withFile(const std::string& bytes, const std::function<void(std::FILE*)>& read) {
   static const TemporaryFolder folder;
-  read(open(folder.write("file", bytes), "rb").get());
+  std::FILE* file = vxOS::openFile(folder.write("file", bytes).string(), "rb");
+  read(file);
+  std::fclose(file);
 }
 
 template <class Mesh>

@@ -19,82 +19,60 @@ using vxUtil::Error;
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-struct ReadObjects {
-  std::vector<std::unique_ptr<vxgk::Object>> objects;
+using Objects = std::vector<std::unique_ptr<vxgk::Object>>;
+
+Error read(const std::string& bytes, Objects& objects) {
   Error error;
-};
-
-ReadObjects readObjects(const std::string& bytes) {
-  ReadObjects result;
   kilntest::withFile(bytes, [&](std::FILE* file) {
-    while (vxgk::Object* object = vxgk_read(file, result.error))
-      result.objects.emplace_back(object);
+    while (vxgk::Object* object = vxgk_read(file, error)) objects.emplace_back(object);
   });
-  return result;
-}
-
-TEST(KernelObject, ComesBackFromAFile) {
-  auto sent = kilntest::objects();
-  sent.push_back(std::make_unique<vxgk::ForeignObject>(5, std::vector(9, std::byte{3})));
-  const auto [received, error] = readObjects(fileOf(sent));
-  EXPECT_EQ(error.code(), 0) << error.message().c_str();
-  std::vector<int> ids;
-  for (const auto& object : received) ids.push_back(vxgk_id_object(object.get()));
-  ASSERT_EQ(ids, (std::vector<int>{11, 20, 27, 28, 5}));
-  EXPECT_EQ(dynamic_cast<const Curve&>(*received[0]), kilntest::quarter());
-  EXPECT_EQ(dynamic_cast<const Surface&>(*received[1]), kilntest::surface());
-  EXPECT_EQ(dynamic_cast<const vxgk::TrimmedSurface&>(*received[2]), kilntest::trimmedSurface());
-  EXPECT_EQ(dynamic_cast<const vxgk::Shell&>(*received[3]).faces(),
-            (std::vector{kilntest::trimmedSurface(), kilntest::trimmedSurface()}));
-  EXPECT_EQ(dynamic_cast<const vxgk::ForeignObject&>(*received[4]).bytes(),
-            std::vector(9, std::byte{3}));
-  EXPECT_EQ(fileOf(received), fileOf(sent));
+  return error;
 }
 
 // A file of no bytes holds no objects.
-TEST(KernelObject, DamageAndTruncationAreToldAtEveryByte) {
-  EXPECT_EQ(readObjects("").error.code(), 0);
-  const std::string file = fileOf(kilntest::objects());
-  for (const std::string& other : kilntest::damaged(file)) {
-    const ReadObjects result = readObjects(other);
-    EXPECT_EQ(result.error.code() != 0, !other.empty()) << other.size();
-    EXPECT_LE(result.objects.size(), 4U);
-  }
-  std::vector<std::unique_ptr<vxgk::Object>> shell;
+TEST(KernelObject, ComesBackFromAFileAndDamageIsToldAtEveryByte) {
+  Objects sent = kilntest::objects(), received, others, shell;
+  sent.push_back(std::make_unique<vxgk::ForeignObject>(5, std::vector(9, std::byte{3})));
+  EXPECT_EQ(read(fileOf(sent), received).code(), 0);
+  EXPECT_EQ(fileOf(received), fileOf(sent));
+  EXPECT_EQ(vxgk_id_object(received[4].get()), 5);
+  EXPECT_EQ(dynamic_cast<const Curve&>(*received[0]), kilntest::quarter());
+  EXPECT_EQ(dynamic_cast<const vxgk::Shell&>(*received[3]).faces(),
+            (std::vector{kilntest::trimmedSurface(), kilntest::trimmedSurface()}));
+  for (const std::string& file : kilntest::damaged(fileOf(sent)))
+    EXPECT_EQ(read(file, others).code() != 0, !file.empty()) << file.size();
   shell.push_back(std::make_unique<vxgk::Shell>(std::vector{kilntest::trimmedSurface()}));
   for (const std::uint64_t faces : {std::uint64_t{0}, std::uint64_t{2}, ~std::uint64_t{0}})
-    EXPECT_NE(readObjects(kilntest::forged(fileOf(shell), 32, faces)).error.code(), 0) << faces;
+    EXPECT_NE(read(kilntest::forged(fileOf(shell), 32, faces), others).code(), 0) << faces;
 }
 
 TEST(KernelObject, NumbersThatMakeNoSplineThrow) {
   const std::vector<double> knots = {0, 0, 0, 1, 1, 1};
-  const std::vector<Point> poles(3);
   struct Case {
     int degree;
     std::vector<double> knots;
-    std::vector<Point> poles;
+    std::size_t poles;
     std::vector<double> weights;
   };
   const std::vector<Case> cases = {
-      {0, {0, 1, 2, 3}, poles, {}},
-      {vxgk::kMaxDegree + 1, std::vector<double>(66, 0.0), std::vector<Point>(33), {}},
-      {-1, {}, {}, {}},
-      {2, {}, {}, {}},
-      {2, {0, 0, 1, 1, 1}, {{}, {}}, {}},
-      {2, knots, std::vector<Point>(4), {}},
-      {2, {0, 0, 0, 1, kInfinity, kInfinity}, poles, {}},
-      {2, {0, 0, 0, 1, 1, std::nan("")}, poles, {}},
-      {2, {0, 0, 1, 0.5, 1, 1}, poles, {}},
-      {2, {0, 0, 0, 0, 1, 1}, poles, {}},
-      {1, {0, 1, 1, 2}, {{}, {}}, {}},
-      {2, knots, poles, {1, 1}},
-      {2, knots, poles, {1, 0, 1}},
-      {2, knots, poles, {1, kInfinity, 1}},
+      {0, {0, 1, 2, 3}, 3, {}},
+      {vxgk::kMaxDegree + 1, std::vector<double>(66, 0.0), 33, {}},
+      {2, {}, 0, {}},
+      {2, {0, 0, 1, 1, 1}, 2, {}},
+      {2, knots, 4, {}},
+      {2, {0, 0, 0, 1, kInfinity, kInfinity}, 3, {}},
+      {2, {0, 0, 1, 0.5, 1, 1}, 3, {}},
+      {2, {0, 0, 0, 0, 1, 1}, 3, {}},
+      {1, {0, 1, 1, 2}, 2, {}},
+      {2, knots, 3, {1, 1}},
+      {2, knots, 3, {1, 0, 1}},
+      {2, knots, 3, {1, kInfinity, 1}},
   };
+  const auto poles = [](std::size_t count) { return std::vector<Point>(count); };
   for (const Case& c : cases)
-    EXPECT_THROW(Curve(c.degree, c.knots, c.poles, c.weights), Error) << &c - cases.data();
-  EXPECT_THROW(Surface({1, {0, 0, 1, 1}}, {2, knots}, poles), Error);
-  EXPECT_THROW(Surface({1, {0}}, {2, knots}, poles), Error);
+    EXPECT_THROW(Curve(c.degree, c.knots, poles(c.poles), c.weights), Error) << &c - cases.data();
+  EXPECT_THROW(Surface({1, {0, 0, 1, 1}}, {2, knots}, poles(3)), Error);
+  EXPECT_THROW(Surface({1, {0}}, {2, knots}, poles(3)), Error);
   EXPECT_THROW(vxgk::TrimmedSurface(kilntest::surface(), {{}}), Error);
   for (const int id : {-1, 11, 20, 27, 28}) EXPECT_THROW(vxgk::ForeignObject(id, {}), Error) << id;
 }
@@ -139,10 +117,8 @@ TEST(KernelObject, SurfaceIsACurveOfCurves) {
   const Surface surface = kilntest::surface();
   for (const double u : {0.0, 0.25, 1.0}) {
     for (const double v : {0.0, 0.375, 1.0}) {
-      const double z = 4 * v * (1 - v) * 2 / (1 + 2 * v * (1 - v));
-      const double y = (4 * v * (1 - v) + 2 * v * v) / (1 + 2 * v * (1 - v));
+      const double z = 8 * v * (1 - v) / (1 + 2 * v * (1 - v));
       EXPECT_NEAR(surface.at(u, v).x, u, 4 * kEpsilon);
-      EXPECT_NEAR(surface.at(u, v).y, y, 4 * kEpsilon);
       EXPECT_NEAR(surface.at(u, v).z, z, 4 * kEpsilon);
     }
   }
