@@ -137,9 +137,9 @@ TEST_F(KilnDebugDrawProtocolTest, FileOfNoObjectsIsEmpty) {
   EXPECT_EQ(readBytes(*peer, 20), wire(0, 0, 1, 0, 5));
   EXPECT_EQ(readNamedFile(), "");
   EXPECT_EQ(readBytes(*peer, 4), kEnd);
-  EXPECT_EQ(folder.names().size(), 15U);
   send(wire(9));
   sender.join();
+  EXPECT_EQ(folder.names().size(), 15U);
   EXPECT_TRUE(receives(record(5, "") + kEnd));
   EXPECT_EQ(readBytes(*peer, 4), wire(9));
   EXPECT_FALSE(std::filesystem::exists(folder.path() / "5"));
