@@ -350,8 +350,7 @@ Error Socket::flush() {
 
 Error Socket::read(void* data, std::size_t bytes) {
   Connection& own = *connection_;
-  if (bytes <= own.bufferedEnd - own.bufferedStart &&
-      !own.state()) {  // without asking for the time
+  if (bytes <= own.bufferedEnd - own.bufferedStart && !own.state()) {  // needs no clock
     own.takeBuffered(static_cast<std::byte*>(data), bytes);
     return {};
   }
