@@ -1,0 +1,283 @@
+// The stage: the renderer, what stands on it, and when it is drawn. Nothing is drawn without a
+// reason; after the camera has come to rest, curves and surfaces are made as fine as the view asks.
+
+import { ColorManagement, Group, Scene, WebGLRenderer } from 'three';
+import { Camera } from './camera.js';
+import { Grid } from './grid.js';
+import { CurveLayer } from './layers/curves.js';
+import { LabelLayer, LineLayer, PointLayer } from './layers/simple.js';
+import { MeshLayer } from './layers/meshes.js';
+import { SurfaceLayer } from './layers/surfaces.js';
+import { shared } from './materials.js';
+import { placedMarks } from './marks.js';
+import { Box, distance, dot } from './numbers.js';
+import { Picker } from './pick.js';
+import { countOf, types } from './types.js';
+
+ColorManagement.enabled = false;
+
+/** The chord error of curves and surfaces, in pixels. */
+const chordPixels = 0.25;
+/** What is off the screen may be coarser by this factor. */
+const offScreenFactor = 8;
+const restMilliseconds = 90;
+/** Work between two pictures ends after this time. */
+const sliceMilliseconds = 24;
+/** Pictures that take longer than this while the camera moves are drawn with fewer pixels. */
+const slowMilliseconds = 70;
+
+const layerClasses = {
+  points: PointLayer,
+  lines: LineLayer,
+  labels: LabelLayer,
+  curves: CurveLayer,
+  surfaces: SurfaceLayer,
+  trimmedSurfaces: SurfaceLayer,
+  shells: SurfaceLayer,
+  compactMeshes: MeshLayer,
+  topoMeshes: MeshLayer,
+};
+
+/** One frame on the stage: a layer for each list that is not empty. */
+export class FrameView {
+  /** @param {import('./format.js').Frame} frame */
+  constructor(frame) {
+    this.frame = frame;
+    this.group = new Group();
+    this.box = new Box();
+    this.layers = [];
+    for (const type of types) {
+      if (countOf(frame, type.key) === 0) continue;
+      const layer = new layerClasses[type.key](type, frame);
+      this.layers.push(layer);
+      this.group.add(layer.group);
+      this.box.addBox(layer.box);
+    }
+    this.marks = placedMarks(frame);
+  }
+
+  get skipped() {
+    return this.layers.reduce((sum, layer) => sum + layer.skipped, 0);
+  }
+
+  dispose() {
+    for (const layer of this.layers) layer.dispose();
+  }
+}
+
+export class Stage {
+  /** @param {HTMLCanvasElement} canvas @param {() => void} afterDraw */
+  constructor(canvas, afterDraw) {
+    this.canvas = canvas;
+    this.afterDraw = afterDraw;
+    this.renderer = new WebGLRenderer({ canvas, antialias: true, alpha: true, preserveDrawingBuffer: false });
+    this.renderer.setClearColor(0x000000, 0);
+    this.scene = new Scene();
+    this.scene.matrixWorldAutoUpdate = true;
+    this.camera = new Camera();
+    this.grid = new Grid();
+    this.scene.add(this.grid.object);
+    this.views = [];
+    this.clip = null;
+    this.pictures = 0;
+    this.ratio = 1;
+    this.lastMove = 0;
+    this.refining = null;
+  }
+
+  // What is shown.
+
+  /** @param {FrameView[]} views */
+  setViews(views) {
+    for (const view of this.views) this.scene.remove(view.group);
+    this.views = views;
+    for (const view of views) this.scene.add(view.group);
+    this.refreshBall();
+    this.refineSoon(0);
+  }
+
+  get box() {
+    const box = new Box();
+    for (const view of this.views) {
+      for (const layer of view.layers) if (layer.style?.visible) box.addBox(layer.box);
+    }
+    return box;
+  }
+
+  refreshBall() {
+    const box = new Box();
+    for (const view of this.views) box.addBox(view.box);
+    this.camera.sceneCentre = box.centre;
+    this.camera.sceneRadius = box.radius || 1;
+    this.sceneBox = box;
+  }
+
+  get layers() {
+    return this.views.flatMap((view) => view.layers);
+  }
+
+  get drawn() {
+    const sum = { points: 0, segments: 0, triangles: 0 };
+    for (const layer of this.layers) {
+      if (!layer.style?.visible) continue;
+      for (const [key, value] of Object.entries(layer.drawn)) sum[key] += value;
+    }
+    return sum;
+  }
+
+  setTheme(theme) {
+    this.theme = theme;
+    this.grid.setTheme(theme);
+    this.invalidate();
+  }
+
+  // When to draw.
+
+  /** Asks for a picture. */
+  invalidate() {
+    if (this.requested) return;
+    this.requested = requestAnimationFrame((now) => {
+      this.requested = 0;
+      this.draw(now);
+    });
+  }
+
+  /** Tells that the camera moved: a quick picture now, a fine one when it rests. */
+  moved() {
+    this.lastMove = performance.now();
+    this.moving = true;
+    this.invalidate();
+    this.refineSoon(restMilliseconds);
+  }
+
+  refineSoon(delay) {
+    clearTimeout(this.restTimer);
+    this.refining = null;
+    this.restTimer = setTimeout(() => this.rest(), delay);
+    this.resting = true;
+  }
+
+  rest() {
+    this.resting = false;
+    this.moving = false;
+    this.slowPictures = 0;
+    this.lastPicture = 0;
+    this.refining = this.refineSteps(this.fineness());
+    this.invalidate();
+  }
+
+  /** Whether a finer picture is still to come. */
+  get busy() {
+    return Boolean(this.resting || this.refining || this.requested);
+  }
+
+  *refineSteps(view) {
+    for (const layer of this.layers) {
+      if (layer.style?.visible) yield* layer.refine(view);
+    }
+  }
+
+  /** What the view asks of curves and surfaces. */
+  fineness() {
+    const { camera } = this;
+    const onScreen = camera.ballOnScreen();
+    const { eye } = camera;
+    const chord = (centre, radius) => {
+      const size = camera.pixelSize(Math.max(distance(centre, eye) - radius, camera.distance * 0.02));
+      return chordPixels * size * (onScreen(centre, radius) ? 1 : offScreenFactor);
+    };
+    return { target: [...camera.target], pixelSize: camera.pixelSize(), chord };
+  }
+
+  /** Refines for a while. */
+  work() {
+    const end = performance.now() + sliceMilliseconds;
+    while (this.refining && performance.now() < end) {
+      if (this.refining.next().done) this.refining = null;
+    }
+    if (this.refining) this.invalidate();
+  }
+
+  draw(now) {
+    if (this.refining) this.work();
+    this.adaptRatio(now);
+    this.render();
+    this.afterDraw();
+  }
+
+  /** Fewer pixels while the camera moves and pictures are slow. */
+  adaptRatio(now) {
+    if (this.moving && this.lastPicture && now - this.lastPicture > slowMilliseconds) {
+      this.slowPictures = (this.slowPictures ?? 0) + 1;
+    }
+    this.lastPicture = this.moving ? now : 0;
+    const ratio = this.moving && this.slowPictures > 1 ? 0.5 : 1;
+    if (ratio !== this.ratio) {
+      this.ratio = ratio;
+      this.resize();
+    }
+  }
+
+  /** Takes the size of the canvas's place on the page. */
+  resize() {
+    const { clientWidth: width, clientHeight: height } = this.canvas.parentElement;
+    Object.assign(this.camera, { width: Math.max(1, width), height: Math.max(1, height) });
+    this.renderer.setPixelRatio(Math.min(devicePixelRatio, 2) * this.ratio);
+    this.renderer.setSize(width, height, false);
+    shared.viewport.value.set(Math.max(1, width), Math.max(1, height));
+    shared.pixelRatio.value = this.renderer.getPixelRatio();
+  }
+
+  render() {
+    const { camera } = this;
+    const three = camera.forThree();
+    const parallel = camera.parallel ? 1 : 0;
+    for (const layer of this.layers) {
+      layer.place(camera.target);
+      for (const { object } of layer.parts) {
+        const { uniforms } = object.material;
+        if (uniforms.parallel) uniforms.parallel.value = parallel;
+      }
+    }
+    this.placeClip();
+    this.grid.place(camera, this.sceneBox ?? new Box());
+    this.renderer.render(this.scene, three);
+    ++this.pictures;
+  }
+
+  // The clipping plane: kept is where normal . p <= offset.
+
+  /** @param {{normal: number[], offset: number} | null} clip */
+  setClip(clip) {
+    this.clip = clip;
+    this.invalidate();
+  }
+
+  placeClip() {
+    const { clip, camera } = this;
+    if (!clip) {
+      shared.clip.value.set(0, 0, 0, 1);
+      return;
+    }
+    const { right, up, back } = camera.axes();
+    const normal = [right, up, back].map((axis) => dot(clip.normal, axis));
+    const offset = clip.offset - dot(clip.normal, camera.target) - normal[2] * camera.distance;
+    shared.clip.value.set(...normal, offset);
+  }
+
+  keeps = (point) => !this.clip || dot(this.clip.normal, point) <= this.clip.offset;
+
+  /** What lies under a pixel, or null. */
+  pick(x, y, reach) {
+    const visible = this.layers.filter((layer) => layer.style?.visible && layer.group.parent.visible);
+    const ray = this.camera.ray(x, y);
+    return new Picker(reach, this.keeps).choose(ray, visible);
+  }
+
+  /** Draws now and waits until the pixels are there; for screenshots and measuring. */
+  drawNow() {
+    this.render();
+    const gl = this.renderer.getContext();
+    gl.readPixels(0, 0, 1, 1, gl.RGBA, gl.UNSIGNED_BYTE, new Uint8Array(4));
+  }
+}
