@@ -120,7 +120,7 @@ export class App {
     this.picks = [];
     this.hover = null;
     if (loaded || this.problems.has(number)) this.updateStage();
-    if (!this.fitted && this.stage.views.length > 0 && !this.stage.box.empty) {
+    if (!this.fitted && this.stage.corners.length > 0) {
       this.fitted = true;
       this.fit(false);
     }
@@ -224,6 +224,7 @@ export class App {
     for (const layer of view.layers) {
       const style = styles[layer.type.key];
       style.edges ??= layer.edgesAtFirst;
+      style.size ??= layer.sizeAtFirst;
       layer.applyStyle({ ...style }, this.stage.theme);
     }
   }
@@ -296,8 +297,7 @@ export class App {
   }
 
   fit(animate = true) {
-    const { box, sceneBox, camera } = this.stage;
-    this.turnTo(camera.fitting(box.empty ? sceneBox : box), animate);
+    this.turnTo(this.stage.camera.fitting(this.stage.corners), animate);
   }
 
   lookFrom(name) {
@@ -305,7 +305,7 @@ export class App {
     const { camera } = this.stage;
     const before = camera.pose;
     Object.assign(camera, { yaw, pitch });
-    const fitted = camera.fitting(this.stage.box.empty ? this.stage.sceneBox : this.stage.box);
+    const fitted = camera.fitting(this.stage.corners);
     camera.pose = before;
     this.turnTo({ yaw, pitch, ...fitted });
   }

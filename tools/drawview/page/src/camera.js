@@ -122,21 +122,39 @@ export class Camera {
     if (!this.parallel) this.distance -= shift;
   }
 
-  /** Where the camera stands so that a box fills the picture: target and distance. */
-  fitting(box) {
+  /** Where the camera stands so that points fill the picture: target and distance. */
+  fitting(points) {
+    if (points.length === 0) return this.pose;
     const { right, up, back } = this.axes();
-    const radius = box.radius || 1;
-    const centre = box.centre;
-    const slope = Math.tan(fieldOfView / 2);
-    const aspect = this.width / this.height;
-    let distance = radius * 1e-3;
-    for (const corner of box.empty ? [] : box.corners()) {
-      const offset = subtract(corner, centre);
-      const near = this.parallel ? 0 : dot(offset, back);
-      distance = Math.max(distance, Math.abs(dot(offset, right)) / (slope * aspect) + near);
-      distance = Math.max(distance, Math.abs(dot(offset, up)) / slope + near);
+    const slopeY = Math.tan(fieldOfView / 2);
+    const slopeX = (slopeY * this.width) / this.height;
+    const span = (axis) => {
+      const values = points.map((point) => dot(point, axis));
+      return [Math.min(...values), Math.max(...values)];
+    };
+    let sides = [right, up].map(span);
+    const depths = span(back);
+    let distance = 0;
+    for (let round = 0; round < 6; ++round) {
+      const middle = sides.map(([low, high]) => (low + high) / 2);
+      const front = points.map((point) => {
+        const near = this.parallel ? 0 : dot(point, back) - (depths[0] + depths[1]) / 2;
+        const [x, y] = [dot(point, right) - middle[0], dot(point, up) - middle[1]];
+        return { x, y, near, needs: Math.max(Math.abs(x) / slopeX, Math.abs(y) / slopeY) + near };
+      });
+      distance = Math.max(...front.map(({ needs }) => needs));
+      if (this.parallel || !(distance > 0)) break;
+      // Shifts the middle to where both sides of the picture have the same room.
+      const room = (key) => {
+        const seen = front.map((p) => p[key] / (distance - p.near || distance));
+        return ((Math.min(...seen) + Math.max(...seen)) / 2) * distance;
+      };
+      const shifts = [room('x'), room('y')];
+      sides = sides.map(([low, high], k) => [low + shifts[k], high + shifts[k]]);
     }
-    return { target: centre, distance: distance * 1.12 };
+    const middles = [...sides, depths].map(([low, high]) => (low + high) / 2);
+    const target = [right, up, back].reduce((sum, axis, k) => along(sum, axis, middles[k]), [0, 0, 0]);
+    return { target, distance: (distance || length(target) * 1e-3 || 1) * 1.1 };
   }
 
   get pose() {

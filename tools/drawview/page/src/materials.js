@@ -1,7 +1,8 @@
-// The shaders of everything that is drawn. All cut at the clipping plane, which is given in the
-// coordinates of the view: fragments with dot(clip.xyz, p) > clip.w are left out.
+// The shaders of everything that is drawn. With CLIP defined they cut at the clipping plane, which is
+// given in the coordinates of the view: fragments with dot(clip.xyz, p) > clip.w are left out.
+// Without CLIP nothing is discarded, so that hidden fragments are dropped before they are shaded.
 
-import { Color, DoubleSide, ShaderMaterial, Vector2, Vector4 } from 'three';
+import { Color, DoubleSide, NoBlending, ShaderMaterial, Vector2, Vector4 } from 'three';
 
 /** Uniforms that all materials of the page share. */
 export const shared = {
@@ -14,7 +15,19 @@ const clipVertex = /* glsl */ `varying vec3 vPlace;`;
 const clipFragment = /* glsl */ `
   uniform vec4 clip;
   varying vec3 vPlace;
-  void cut() { if (dot(clip.xyz, vPlace) > clip.w) discard; }`;
+  void cut() {
+    #ifdef CLIP
+      if (dot(clip.xyz, vPlace) > clip.w) discard;
+    #endif
+  }`;
+
+/** Switches the clipping plane of a material on or off. */
+export function setCut(material, on) {
+  if (Boolean(material.defines.CLIP) === on) return;
+  if (on) material.defines.CLIP = 1;
+  else delete material.defines.CLIP;
+  material.needsUpdate = true;
+}
 
 const surfaceVertex = /* glsl */ `
   ${clipVertex}
@@ -100,17 +113,31 @@ const pointFragment = /* glsl */ `
   ${clipFragment}
   void main() {
     cut();
-    vec2 p = 2.0 * gl_PointCoord - 1.0;
-    float r = dot(p, p);
-    if (size > 2.5 && r > 1.0) discard;
-    gl_FragColor = vec4(size > 4.5 ? color * mix(1.12, 0.68, r * r) : color, 1.0);
+    #ifdef ROUND
+      vec2 p = 2.0 * gl_PointCoord - 1.0;
+      float r = dot(p, p);
+      if (r > 1.0) discard;
+      gl_FragColor = vec4(size > 4.5 ? color * mix(1.12, 0.68, r * r) : color, 1.0);
+    #else
+      gl_FragColor = vec4(color, 1.0);
+    #endif
   }`;
 
-/** Round points of `size` pixels. */
+/** Sets the size of points in pixels: round ones, but for the smallest. */
+export function setPointSize(material, size) {
+  material.uniforms.size.value = size;
+  const round = size > 2.5;
+  if (Boolean(material.defines.ROUND) === round) return;
+  if (round) material.defines.ROUND = 1;
+  else delete material.defines.ROUND;
+  material.needsUpdate = true;
+}
+
 export function pointMaterial() {
   return new ShaderMaterial({
     vertexShader: pointVertex,
     fragmentShader: pointFragment,
+    defines: { ROUND: 1 },
     uniforms: {
       clip: shared.clip,
       pixelRatio: shared.pixelRatio,
@@ -173,6 +200,7 @@ export function lineMaterial(wide) {
   return new ShaderMaterial({
     vertexShader: wide ? wideVertex : plainVertex,
     fragmentShader: lineFragment,
+    defines: {},
     side: DoubleSide,
     transparent: true,
     uniforms: {
@@ -212,20 +240,43 @@ const gridFragment = /* glsl */ `
     vec2 strength = (1.0 - smoothstep(width - 0.5, width + 0.5, near)) * (1.0 - smoothstep(0.15, 0.5, slope));
     return max(strength.x, strength.y);
   }
-  float axis(float p) { return 1.0 - smoothstep(0.5, 1.5, abs(p) / max(fwidth(p), 1e-9)); }
+  float axis(float p) { return 1.0 - smoothstep(0.3, 1.2, abs(p) / max(fwidth(p), 1e-9)); }
   void main() {
     vec2 p = vGround / cell;
-    float fade = 1.0 - smoothstep(0.25, 1.0, length(vGround) / extent);
-    float strength = max(0.26 * lines(p, 0.5), 0.55 * lines(p / 10.0, 0.6));
+    float fade = 1.0 - smoothstep(0.12, 0.95, length(vGround) / extent);
+    float strength = max(0.13 * lines(p, 0.5), 0.30 * lines(p / 10.0, 0.5));
     vec4 ink = vec4(color, strength);
     float x = axis(vGround.y - axes.y);
     float y = axis(vGround.x - axes.x);
-    ink = mix(ink, vec4(axisX, 0.85), x);
-    ink = mix(ink, vec4(axisY, 0.85), y);
+    ink = mix(ink, vec4(axisX, 0.6), x);
+    ink = mix(ink, vec4(axisY, 0.6), y);
     ink.a *= fade;
     if (ink.a < 0.004) discard;
     gl_FragColor = ink;
   }`;
+
+const copyFragment = /* glsl */ `
+  uniform sampler2D picture;
+  varying vec2 vAt;
+  void main() { gl_FragColor = texture2D(picture, vAt); }`;
+const copyVertex = /* glsl */ `
+  varying vec2 vAt;
+  void main() {
+    vAt = 0.5 * position.xy + 0.5;
+    gl_Position = vec4(position.xy, 0.0, 1.0);
+  }`;
+
+/** Copies a texture to the whole target. */
+export function copyMaterial(texture) {
+  return new ShaderMaterial({
+    vertexShader: copyVertex,
+    fragmentShader: copyFragment,
+    depthTest: false,
+    depthWrite: false,
+    blending: NoBlending,
+    uniforms: { picture: { value: texture } },
+  });
+}
 
 /** The ground grid: lines every `cell`, stronger ones every ten, and the axes. */
 export function gridMaterial() {

@@ -1,14 +1,14 @@
 // The stage: the renderer, what stands on it, and when it is drawn. Nothing is drawn without a
 // reason; after the camera has come to rest, curves and surfaces are made as fine as the view asks.
 
-import { ColorManagement, Group, Scene, WebGLRenderer } from 'three';
+import { ColorManagement, Group, Mesh, PlaneGeometry, Scene, WebGLRenderer, WebGLRenderTarget } from 'three';
 import { Camera } from './camera.js';
 import { Grid } from './grid.js';
 import { CurveLayer } from './layers/curves.js';
 import { LabelLayer, LineLayer, PointLayer } from './layers/simple.js';
 import { MeshLayer } from './layers/meshes.js';
 import { SurfaceLayer } from './layers/surfaces.js';
-import { shared } from './materials.js';
+import { copyMaterial, setCut, shared } from './materials.js';
 import { placedMarks } from './marks.js';
 import { Box, distance, dot } from './numbers.js';
 import { Picker } from './pick.js';
@@ -25,6 +25,13 @@ const restMilliseconds = 90;
 const sliceMilliseconds = 24;
 /** Pictures that take longer than this while the camera moves are drawn with fewer pixels. */
 const slowMilliseconds = 70;
+/** Then this share of the points of large clouds is drawn. */
+const movingShare = 0.25;
+/** Pictures at rest that take longer than this are drawn without smoothing of borders. */
+const tooSlowMilliseconds = 250;
+/** Scenes of more triangles and points than this are not smoothed before they have been measured. */
+const smoothAtFirst = 300_000;
+const samples = 4;
 
 const layerClasses = {
   points: PointLayer,
@@ -70,7 +77,7 @@ export class Stage {
   constructor(canvas, afterDraw) {
     this.canvas = canvas;
     this.afterDraw = afterDraw;
-    this.renderer = new WebGLRenderer({ canvas, antialias: true, alpha: true, preserveDrawingBuffer: false });
+    this.renderer = new WebGLRenderer({ canvas, alpha: true });
     this.renderer.setClearColor(0x000000, 0);
     this.scene = new Scene();
     this.scene.matrixWorldAutoUpdate = true;
@@ -83,6 +90,12 @@ export class Stage {
     this.ratio = 1;
     this.lastMove = 0;
     this.refining = null;
+    this.slowPictures = 0;
+    this.cost = 0;
+    this.smoothAllowed = true;
+    this.target = new WebGLRenderTarget(1, 1, { samples });
+    this.copy = new Mesh(new PlaneGeometry(2, 2), copyMaterial(this.target.texture));
+    this.copy.frustumCulled = false;
   }
 
   // What is shown.
@@ -93,15 +106,16 @@ export class Stage {
     this.views = views;
     for (const view of views) this.scene.add(view.group);
     this.refreshBall();
+    const { points, triangles } = this.drawn;
+    this.smoothAllowed = points + triangles < smoothAtFirst;
     this.refineSoon(0);
   }
 
-  get box() {
-    const box = new Box();
-    for (const view of this.views) {
-      for (const layer of view.layers) if (layer.style?.visible) box.addBox(layer.box);
-    }
-    return box;
+  /** Corners of the boxes of what is visible; of everything when nothing is. */
+  get corners() {
+    const layers = this.layers.filter((layer) => layer.style?.visible);
+    const boxes = (layers.length > 0 ? layers : this.layers).flatMap((layer) => layer.boxes);
+    return boxes.filter((box) => !box.empty).flatMap((box) => box.corners());
   }
 
   refreshBall() {
@@ -200,22 +214,32 @@ export class Stage {
 
   draw(now) {
     if (this.refining) this.work();
-    this.adaptRatio(now);
+    this.adapt(now);
+    const begin = performance.now();
     this.render();
+    if (!this.moving && !this.refining) this.measure(begin);
     this.afterDraw();
   }
 
-  /** Fewer pixels while the camera moves and pictures are slow. */
-  adaptRatio(now) {
-    if (this.moving && this.lastPicture && now - this.lastPicture > slowMilliseconds) {
-      this.slowPictures = (this.slowPictures ?? 0) + 1;
-    }
+  /** Chooses the pixels of the next picture: fewer while the camera moves and pictures are slow. */
+  adapt(now) {
+    if (this.moving && this.lastPicture && now - this.lastPicture > slowMilliseconds) ++this.slowPictures;
     this.lastPicture = this.moving ? now : 0;
-    const ratio = this.moving && this.slowPictures > 1 ? 0.5 : 1;
+    const slow = this.moving && this.slowPictures > 1;
+    this.smooth = this.smoothAllowed && !(this.moving && this.cost > slowMilliseconds / 2);
+    for (const layer of this.layers) layer.thin(slow ? movingShare : 1);
+    const ratio = slow ? 0.5 : 1;
     if (ratio !== this.ratio) {
       this.ratio = ratio;
       this.resize();
     }
+  }
+
+  /** Learns what a picture of the scene costs, and gives up smoothing where it costs too much. */
+  measure(begin) {
+    this.finish();
+    this.cost = performance.now() - begin;
+    if (this.cost > tooSlowMilliseconds && this.smooth) this.smoothAllowed = false;
   }
 
   /** Takes the size of the canvas's place on the page. */
@@ -224,6 +248,7 @@ export class Stage {
     Object.assign(this.camera, { width: Math.max(1, width), height: Math.max(1, height) });
     this.renderer.setPixelRatio(Math.min(devicePixelRatio, 2) * this.ratio);
     this.renderer.setSize(width, height, false);
+    this.target.setSize(this.canvas.width, this.canvas.height);
     shared.viewport.value.set(Math.max(1, width), Math.max(1, height));
     shared.pixelRatio.value = this.renderer.getPixelRatio();
   }
@@ -236,13 +261,25 @@ export class Stage {
       layer.place(camera.target);
       for (const { object } of layer.parts) {
         const { uniforms } = object.material;
+        setCut(object.material, this.clip !== null);
         if (uniforms.parallel) uniforms.parallel.value = parallel;
       }
     }
     this.placeClip();
     this.grid.place(camera, this.sceneBox ?? new Box());
+    this.renderer.setRenderTarget(this.smooth ? this.target : null);
     this.renderer.render(this.scene, three);
+    if (this.smooth) {
+      this.renderer.setRenderTarget(null);
+      this.renderer.render(this.copy, three);
+    }
     ++this.pictures;
+  }
+
+  /** Waits until the pixels are there. */
+  finish() {
+    const gl = this.renderer.getContext();
+    gl.readPixels(0, 0, 1, 1, gl.RGBA, gl.UNSIGNED_BYTE, new Uint8Array(4));
   }
 
   // The clipping plane: kept is where normal . p <= offset.
@@ -277,7 +314,6 @@ export class Stage {
   /** Draws now and waits until the pixels are there; for screenshots and measuring. */
   drawNow() {
     this.render();
-    const gl = this.renderer.getContext();
-    gl.readPixels(0, 0, 1, 1, gl.RGBA, gl.UNSIGNED_BYTE, new Uint8Array(4));
+    this.finish();
   }
 }

@@ -6,10 +6,10 @@ const meshLook = { size: 1, opacity: 1, edges: null, normals: false };
 
 /**
  * `look` is the style at first: size in pixels (points and text: diameter and height; else the width
- * of lines); edges: null decides by the number of triangles.
+ * of lines); null is decided by how much there is.
  */
 export const types = [
-  { key: 'points', label: 'Points', look: { color: '#3d8bfd', size: 5 } },
+  { key: 'points', label: 'Points', look: { color: '#3d8bfd', size: null } },
   { key: 'lines', label: 'Lines', look: { color: '#16a394', size: 1.8 } },
   { key: 'labels', label: 'Labels', look: { color: '#8b93a1', size: 12 } },
   { key: 'curves', label: 'Curves', look: { color: '#f08c2e', size: 2.2, poles: false } },

@@ -5,12 +5,29 @@ import {
   BufferAttribute, BufferGeometry, Color, Group, InstancedBufferAttribute, InstancedBufferGeometry,
   LineSegments, Mesh, Points, Sphere, Vector3,
 } from 'three';
-import { lineMaterial, pointMaterial, surfaceMaterial } from '../materials.js';
+import { lineMaterial, pointMaterial, setPointSize, surfaceMaterial } from '../materials.js';
 import { Box, distance } from '../numbers.js';
 
 /** More lines than this are drawn one pixel wide. */
 const maxWideSegments = 150_000;
 const everything = new Sphere(new Vector3(), Infinity);
+
+/** More points than this are drawn in random order, so that some of them can stand for all. */
+const shuffledFrom = 100_000;
+
+/** Puts the points of an array into a random order, the same each time. */
+function shufflePoints(array) {
+  let state = 1;
+  for (let i = array.length / 3 - 1; i > 0; --i) {
+    state = (Math.imul(state, 1664525) + 1013904223) >>> 0;
+    const j = Math.floor((state / 2 ** 32) * (i + 1));
+    for (let k = 0; k < 3; ++k) {
+      const kept = array[3 * i + k];
+      array[3 * i + k] = array[3 * j + k];
+      array[3 * j + k] = kept;
+    }
+  }
+}
 
 /** The numbers of an array as offsets from an anchor. */
 export function offsetsFrom(array, anchor) {
@@ -57,6 +74,11 @@ export class Layer {
     this.style = null;
   }
 
+  /** Boxes that hold the layer: of its elements where they are few. */
+  get boxes() {
+    return [this.box];
+  }
+
   skip(index, reason) {
     ++this.skipped;
     if (this.faults.length < 20) this.faults.push({ index, reason });
@@ -76,7 +98,9 @@ export class Layer {
   /** Points, three numbers each. */
   addPoints(array, anchor, role) {
     const geometry = new BufferGeometry();
-    geometry.setAttribute('position', new BufferAttribute(offsetsFrom(array, anchor), 3));
+    const offsets = offsetsFrom(array, anchor);
+    if (offsets.length / 3 > shuffledFrom) shufflePoints(offsets);
+    geometry.setAttribute('position', new BufferAttribute(offsets, 3));
     geometry.boundingSphere = everything;
     return this.addPart(new Points(geometry, pointMaterial()), anchor, role);
   }
@@ -100,6 +124,15 @@ export class Layer {
     geometry.setIndex(new BufferAttribute(Uint32Array.from(triangles), 1));
     geometry.boundingSphere = everything;
     return this.addPart(new Mesh(geometry, surfaceMaterial(Boolean(normals))), anchor, role);
+  }
+
+  /** Draws `share` of the points of large clouds: fewer while the camera moves and pictures are slow. */
+  thin(share) {
+    for (const { object } of this.parts) {
+      if (!object.isPoints) continue;
+      const { count } = object.geometry.attributes.position;
+      object.geometry.setDrawRange(0, count > shuffledFrom ? Math.ceil(share * count) : count);
+    }
   }
 
   removeParts(keep = () => false) {
@@ -128,6 +161,10 @@ export class Layer {
 
   // Looks.
 
+  get edgeOpacity() {
+    return 0.8;
+  }
+
   applyStyle(style, theme) {
     this.style = style;
     this.theme = theme;
@@ -145,9 +182,8 @@ export class Layer {
     const { uniforms } = object.material;
     uniforms.color.value.copy(roleColor(role, base, theme));
     if (uniforms.backColor) uniforms.backColor.value.copy(backOf(base));
-    if (role === 'point') uniforms.size.value = style.size;
-    if (role === 'end') uniforms.size.value = style.size + 3;
-    if (role === 'pole') uniforms.size.value = 5;
+    const pointSizes = { point: style.size, end: style.size + 3, pole: 5 };
+    if (role in pointSizes) setPointSize(object.material, pointSizes[role]);
     if (role === 'line' || role === 'edge') uniforms.size.value = style.size;
     if (role === 'hull' || role === 'normal') uniforms.size.value = 1;
     if (role === 'face') {
@@ -157,7 +193,7 @@ export class Layer {
     }
     const shown = { edge: style.edges, normal: style.normals, hull: style.poles, pole: style.poles };
     object.visible = shown[role] ?? true;
-    if (role === 'edge') uniforms.opacity.value = object.isLineSegments ? 0.5 : 0.85;
+    if (role === 'edge') uniforms.opacity.value = this.edgeOpacity;
     if (role === 'hull') uniforms.opacity.value = 0.6;
   }
 

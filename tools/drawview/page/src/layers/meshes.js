@@ -108,6 +108,10 @@ export class MeshLayer extends Layer {
     return this.meshes.reduce((sum, mesh) => sum + mesh.triangles.length / 3, 0) <= edgesUpTo;
   }
 
+  get edgeOpacity() {
+    return 0.4;
+  }
+
   build(anchor) {
     this.anchor = anchor;
     for (const mesh of this.meshes) {

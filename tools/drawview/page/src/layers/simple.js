@@ -2,6 +2,7 @@
 
 import { drawable, pointAt } from '../numbers.js';
 import { nearSegment, nearPoint } from '../pick.js';
+import { setPointSize } from '../materials.js';
 import { Layer } from './layer.js';
 
 /** Copies the groups of `size` numbers that can be drawn, and their indices. */
@@ -30,6 +31,12 @@ export class PointLayer extends Layer {
     this.build(this.box.centre);
   }
 
+  /** The size of points when the style does not tell: smaller, the more there are. */
+  get sizeAtFirst() {
+    const count = this.indices.length;
+    return count > 200_000 ? 2 : count > 20_000 ? 3 : 5;
+  }
+
   build(anchor) {
     if (this.indices.length > 0) this.addPoints(this.values, anchor, 'point');
   }
@@ -55,7 +62,7 @@ export class LabelLayer extends PointLayer {
 
   stylePart(part) {
     super.stylePart(part);
-    part.object.material.uniforms.size.value = 5;
+    setPointSize(part.object.material, 5);
   }
 
   pick(ray, picker) {

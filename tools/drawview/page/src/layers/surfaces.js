@@ -141,6 +141,10 @@ export class SurfaceLayer extends Layer {
     this.box.addBox(entry.box);
   }
 
+  get boxes() {
+    return this.faces.length > 500 ? [this.box] : this.faces.map((face) => face.box);
+  }
+
   *refine(view) {
     for (const face of this.faces) {
       const coarse = this.isCoarse(face.anchor, view) && face.box.holds(view.target);

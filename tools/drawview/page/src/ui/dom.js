@@ -56,6 +56,6 @@ export function figure(value, digits = 10) {
 /** A count for reading: 1 204, 38.2 k, 1.04 M. */
 export function countText(value) {
   if (value < 10_000) return value.toLocaleString('en').replace(/,/g, '\u202f');
-  if (value < 1e6) return `${(value / 1e3).toPrecision(3)} k`;
+  if (value < 999_500) return `${(value / 1e3).toPrecision(3)} k`;
   return `${(value / 1e6).toPrecision(3)} M`;
 }
