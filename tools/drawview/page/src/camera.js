@@ -193,7 +193,8 @@ export class Camera {
       camera.fov = (fieldOfView * 180) / Math.PI;
       camera.aspect = aspect;
       camera.far = Math.max(depth + radius, this.distance * 8);
-      camera.near = Math.max(depth - radius, this.distance * 0.01, camera.far * 1e-7);
+      const nearest = Math.min(depth - radius, this.distance * 0.25);
+      camera.near = Math.max(nearest, this.distance * 0.01, camera.far * 1e-7);
     }
     camera.updateProjectionMatrix();
     camera.updateMatrixWorld(true);

@@ -138,7 +138,7 @@ export class Tree {
     const eye = tool(style.visible ? 'eye' : 'hidden', `Show ${type.label}`, () => set({ visible: !style.visible }), { 'aria-pressed': 'false' });
     const element = make('div', { className: `type${style.visible ? '' : ' off'}` },
       make('div', { className: 'row' }, eye, colour,
-        make('span', { className: 'name' }, type.label), this.skippedBadge(layer), more,
+        make('span', { className: 'name' }, type.label), more, this.skippedBadge(layer),
         make('span', { className: 'count' }, countText(countOf(view.frame, type.key)))),
       open ? this.optionsOf(number, type, style, set) : null);
     element.dataset.type = type.key;
