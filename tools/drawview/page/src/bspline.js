@@ -3,7 +3,7 @@
 
 import { maxCoordinate } from './numbers.js';
 
-const maxDegree = 30;
+const maxDegree = 31;
 
 /** What is wrong with a knot vector for `count` poles, or ''. */
 function knotFault(knots, degree, count) {

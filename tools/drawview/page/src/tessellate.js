@@ -69,7 +69,7 @@ export function curveParameters(curve, view) {
 // key is an integer, so that lines that several cells ask for are one line.
 const gridBits = 20;
 const gridSteps = 2 ** gridBits;
-const maxGridPoints = 250_000;
+const maxGridPoints = 120_000;
 /** A cell whose curvature asks for more steps than this is looked at in halves. */
 const maxStepsPerCell = 8;
 
@@ -91,7 +91,7 @@ function sampleCell(surface, u, v) {
   return { second, centre, radius: 1.3 * Math.max(...points.map((p) => distance(p, centre))) };
 }
 
-/** Steps in u and v, powers of two, for chord errors below `tolerance` in a cell. */
+/** Steps in u and v, powers of two, for chord errors of about `tolerance` in a cell, at most twice that. */
 function cellSteps(second, sizeU, sizeV, tolerance) {
   const steps = (size, value) => Math.sqrt((size * size * value) / (4 * tolerance));
   let stepsU = Math.max(1, steps(sizeU, second[0]));

@@ -28,18 +28,17 @@ function clampTo(surface, [u, v]) {
   return [clamp(u, surface.knotsU, surface.degreeU), clamp(v, surface.knotsV, surface.degreeV)];
 }
 
-/** The edges of closed polygons that are not level, lower end first. */
-function risingEdges(polygons) {
-  const edges = [];
-  for (const polygon of polygons) {
-    polygon.forEach((a, i) => {
+/** The edges of closed polygons, lower end first. */
+function edgesOf(polygons) {
+  return polygons.flatMap((polygon) =>
+    polygon.map((a, i) => {
       const b = polygon[(i + 1) % polygon.length];
-      if (a[1] < b[1]) edges.push([a, b]);
-      if (a[1] > b[1]) edges.push([b, a]);
-    });
-  }
-  return edges;
+      return a[1] <= b[1] ? [a, b] : [b, a];
+    }),
+  );
 }
+
+const isLevel = ([a, b]) => a[1] === b[1];
 
 /** Where an edge passes the height v; its ends exactly. */
 function crossing([a, b], v) {
@@ -118,12 +117,14 @@ class Trimmer {
     const touched = new Uint8Array(lines.length - 1);
     for (const edge of edges) {
       for (const [, v] of edge) if (v > bottom && v < top) heights.add(v);
-      const columns = [bottom, top].map((v) => columnOf(lines, crossing(edge, v)));
+      const ends = isLevel(edge) ? [edge[0][0], edge[1][0]] : [bottom, top].map((v) => crossing(edge, v));
+      const columns = ends.map((u) => columnOf(lines, u));
       touched.fill(1, Math.min(...columns), Math.max(...columns) + 1);
     }
     const cuts = [...heights].sort((a, b) => a - b);
-    this.strips(edges, cuts, touched);
-    this.wholeCells(edges, cuts, touched);
+    const rising = edges.filter((edge) => !isLevel(edge));
+    this.strips(rising, cuts, touched);
+    this.wholeCells(rising, cuts, touched);
   }
 
   /** The trapezoids of each strip, without the cells that no edge meets. */
@@ -191,7 +192,7 @@ class Trimmer {
  */
 export function trimSurface(surface, lines, polygons) {
   const trimmer = new Trimmer(surface, lines);
-  const edges = risingEdges(polygons);
+  const edges = edgesOf(polygons);
   for (let j = 0; j + 1 < lines.v.length; ++j) {
     const [bottom, top] = [lines.v[j], lines.v[j + 1]];
     const inRow = edges.filter(([a, b]) => a[1] < top && b[1] > bottom);

@@ -113,11 +113,11 @@ function perpendiculars(direction) {
   return [unit, cross(direction, unit)];
 }
 
-/** The faces of list element `index`, as [surface, loops or null]. */
+/** The faces of a list's element, as [surface, loops]; null for a whole surface. */
 function facesOf(type, element) {
   if (type.key === 'surfaces') return [[element, null]];
   const trimmed = type.key === 'shells' ? element : [element];
-  return trimmed.map(({ surface, loops }) => [surface, loops]);
+  return trimmed.map(({ surface, loops }) => [surface, loops.length > 0 ? loops : null]);
 }
 
 export class SurfaceLayer extends Layer {

@@ -47,6 +47,7 @@ export class TimeLine {
     this.slider.max = Math.max(0, entries.length - 1);
     this.slider.value = Math.max(0, at);
     fillSlider(this.slider);
+    if (entries.length === 0) this.slider.style.setProperty('--fill', '0%');
     const frame = app.views.get(app.current)?.frame;
     const entry = entries[at];
     this.name.textContent = entry ? entry.name || 'unnamed' : '';
