@@ -29,6 +29,7 @@ export class Browser {
       ],
     });
     self.counter = await self.browser.newPage();
+    await self.counter.evaluate(`window.imageOf = ${imageOf}`);
     return self;
   }
 
@@ -111,32 +112,39 @@ export class View {
     return this.press();
   }
 
-  /** A part of the page as it looks: rows of [red, green, blue]. */
-  async pixels(clip) {
-    const png = await this.page.screenshot({ encoding: 'base64', clip });
-    const { data, width } = await this.counter.evaluate(async (base64) => {
-      const picture = new Image();
-      picture.src = `data:image/png;base64,${base64}`;
-      await picture.decode();
-      const canvas = new OffscreenCanvas(picture.width, picture.height);
-      const context = canvas.getContext('2d');
-      context.drawImage(picture, 0, 0);
-      const image = context.getImageData(0, 0, picture.width, picture.height);
-      return { data: Array.from(new Uint8Array(image.data.buffer)), width: image.width };
-    }, png);
-    return { data, width };
+  screenshot(clip) {
+    return this.page.screenshot({ encoding: 'base64', clip });
   }
 
-  /** How many pixels of the picture differ clearly between now and after an action. */
-  async changed(action, clip) {
-    const before = await this.pixels(clip);
-    await action();
-    const after = await this.pixels(clip);
-    let count = 0;
-    for (let i = 0; i < before.data.length; i += 4) {
-      const apart = [0, 1, 2].some((k) => Math.abs(before.data[i + k] - after.data[i + k]) > 24);
-      if (apart) ++count;
-    }
-    return count;
+  /** A part of the page as it looks: rows of [red, green, blue, alpha]. */
+  async pixels(clip) {
+    return this.counter.evaluate(async (png) => {
+      const { data, width } = await window.imageOf(png);
+      return { data: Array.from(data), width };
+    }, await this.screenshot(clip));
   }
+
+  /** How many pixels differ clearly between now and after an action. */
+  async changed(action, clip) {
+    const before = await this.screenshot(clip);
+    await action();
+    return this.counter.evaluate(async (...pictures) => {
+      const [first, second] = await Promise.all(pictures.map((png) => window.imageOf(png)));
+      let count = 0;
+      for (let i = 0; i < first.data.length; i += 4) {
+        if ([0, 1, 2].some((k) => Math.abs(first.data[i + k] - second.data[i + k]) > 24)) ++count;
+      }
+      return count;
+    }, before, await this.screenshot(clip));
+  }
+}
+
+/** Runs in the page that looks at pictures: the pixels of a PNG file in base64. */
+async function imageOf(png) {
+  const picture = new Image();
+  picture.src = `data:image/png;base64,${png}`;
+  await picture.decode();
+  const context = new OffscreenCanvas(picture.width, picture.height).getContext('2d');
+  context.drawImage(picture, 0, 0);
+  return context.getImageData(0, 0, picture.width, picture.height);
 }

@@ -11,6 +11,8 @@ export function attachControls(element, app) {
   let travelled = 0;
   let hoverTimer = 0;
   let wheelTimer = 0;
+  /** What the wheel zooms to: the point that was under the pointer when the wheel began to turn. */
+  let zoomCentre = null;
 
   const place = (event) => {
     const area = element.getBoundingClientRect();
@@ -21,6 +23,7 @@ export function attachControls(element, app) {
   const focusUnder = ({ x, y }) => {
     const hit = stage.pick(x, y, 4);
     if (hit) camera.focusOn(hit.point);
+    return hit?.point ?? null;
   };
 
   const dragOne = (event, before, now) => {
@@ -55,6 +58,7 @@ export function attachControls(element, app) {
     const now = place(event);
     const before = pointers.get(event.pointerId);
     clearTimeout(hoverTimer);
+    wheelTimer = clearTimeout(wheelTimer) ?? 0;
     if (!before) {
       if (event.pointerType === 'mouse') {
         hoverTimer = setTimeout(() => app.hoverAt(now.x, now.y), hoverMilliseconds);
@@ -82,8 +86,9 @@ export function attachControls(element, app) {
     'wheel',
     (event) => {
       event.preventDefault();
-      const at = place(event);
-      if (!wheelTimer) focusUnder(at);
+      const pointer = place(event);
+      if (!wheelTimer) zoomCentre = focusUnder(pointer);
+      const at = zoomCentre ? camera.project(zoomCentre) : pointer;
       clearTimeout(wheelTimer);
       wheelTimer = setTimeout(() => (wheelTimer = 0), 250);
       const lines = event.deltaMode === 1 ? 30 : 1;

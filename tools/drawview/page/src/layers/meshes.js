@@ -1,7 +1,7 @@
 // The layers of triangle meshes: compact ones and topological ones, which know their edges.
 
 import { drawable, pointAt, subtract, cross, length } from '../numbers.js';
-import { TriangleIndex } from '../pick.js';
+import { nearPoint, TriangleIndex } from '../pick.js';
 import { Layer } from './layer.js';
 
 /** Edges are drawn at first when there are no more triangles than this. */
@@ -133,6 +133,18 @@ export class MeshLayer extends Layer {
     }
   }
 
+  /** The best vertex near a ray that meets no triangle. */
+  nearVertex(ray, picker) {
+    const hits = this.meshes.map(({ vertices, index }) =>
+      nearPoint(ray, vertices, picker.reach, picker, (i) => ({
+        index,
+        point: pointAt(vertices, i),
+        details: [['at', `vertex ${i}`]],
+      })),
+    );
+    return hits.reduce((a, b) => (a && (!b || a.rank <= b.rank) ? a : b), null);
+  }
+
   pick(ray, picker) {
     let best = null;
     for (const mesh of this.meshes) {
@@ -140,7 +152,7 @@ export class MeshLayer extends Layer {
       const hit = mesh.index3.hit(ray, picker);
       if (hit && (!best || hit.t < best.t)) best = { ...hit, mesh };
     }
-    if (!best) return null;
+    if (!best) return this.nearVertex(ray, picker);
     const { mesh, triangle, t } = best;
     const vertices = [0, 1, 2].map((k) => mesh.triangles[3 * triangle + k]);
     const names = vertices.map((vertex) => `vertex ${vertex}`);
