@@ -1,6 +1,6 @@
 // Opens pages in Chromium for the tests, and looks at their pixels.
 
-import { mkdtempSync, rmSync, writeFileSync, readFileSync } from 'node:fs';
+import { mkdtempSync, readdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
@@ -85,6 +85,20 @@ export class View {
     for (const key of keys) await this.page.keyboard.press(key);
     await new Promise((resolve) => setTimeout(resolve, 50));
     return this.until((state) => state !== null);
+  }
+
+  /** The file that the page saves after a key. */
+  async download(key) {
+    const folder = mkdtempSync(join(tmpdir(), 'drawview-download-'));
+    const session = await this.page.createCDPSession();
+    await session.send('Browser.setDownloadBehavior', { behavior: 'allow', downloadPath: folder, eventsEnabled: true });
+    const saved = new Promise((resolve) =>
+      session.on('Browser.downloadProgress', ({ state }) => state === 'completed' && resolve()));
+    await this.page.keyboard.press(key);
+    await saved;
+    const bytes = readFileSync(join(folder, readdirSync(folder)[0]));
+    rmSync(folder, { recursive: true });
+    return bytes;
   }
 
   text(selector) {

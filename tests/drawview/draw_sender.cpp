@@ -25,9 +25,8 @@ vxgk::Surface wave(double x0, double height) {
 
 // The parameters inside a square with corners at `low` and `high`.
 vxgk::TrimmedSurface::Loop square(double low, double high) {
-  return {vxgk::ParameterCurve(
-      1, {0, 0, 1, 2, 3, 4, 4},
-      {{low, low}, {high, low}, {high, high}, {low, high}, {low, low}})};
+  return {vxgk::ParameterCurve(1, {0, 0, 1, 2, 3, 4, 4},
+                               {{low, low}, {high, low}, {high, high}, {low, high}, {low, low}})};
 }
 
 vxKilnBase::KilnDebugDrawFrame makeFrame(const char* name, int number) {
@@ -36,7 +35,8 @@ vxKilnBase::KilnDebugDrawFrame makeFrame(const char* name, int number) {
   for (int i = 0; i <= number; ++i) frame.points.push_back({0.2 * i, -1.0, 0.0});
   frame.lines.push_back({{0, -2, 0}, {1, 0, 1}});
   frame.labels.push_back({{4, 4, 2}, name});
-  frame.curves.push_back(new vxgk::Curve(2, {0, 0, 0, 1, 1, 1}, {{0, -3, 0}, {3, -3, 3}, {6, -3, 0}}));
+  frame.curves.push_back(
+      new vxgk::Curve(2, {0, 0, 0, 1, 1, 1}, {{0, -3, 0}, {3, -3, 3}, {6, -3, 0}}));
   frame.surfaces.push_back(new vxgk::Surface(wave(0, 1)));
   const vxgk::TrimmedSurface trimmed(wave(5, 1), {square(0.1, 0.9), square(0.4, 0.6)});
   frame.trimmedSurfaces.push_back(new vxgk::TrimmedSurface(trimmed));
@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
     frame.clear(true);
     if (!isSent) return 1;
   }
-  std::cout << "sent" << std::endl;
+  std::cout << "sent\n" << std::flush;
   if (argc > 4 && std::string_view(argv[4]) == "wait") std::cin.get();
   return 0;
 }

@@ -4,7 +4,7 @@
 import { blendPoses, standardViews } from './camera.js';
 import { connect } from './connection.js';
 import { embeddedFrames, FrameStore } from './frames.js';
-import { distance } from './numbers.js';
+import { distance, dot } from './numbers.js';
 import { FrameView, Stage } from './stage.js';
 import { Styles } from './styles.js';
 
@@ -15,7 +15,7 @@ export class App {
     this.frames = new FrameStore();
     this.styles = new Styles();
     this.stage = new Stage(canvas, () => this.listeners.drawn.forEach((listen) => listen()));
-    this.listeners = { changed: [], drawn: [] };
+    this.listeners = { changed: [], drawn: [], hovered: [] };
     /** The number of the frame under the time line, or null. */
     this.current = null;
     this.following = true;
@@ -69,10 +69,10 @@ export class App {
     if (message.type === 'state') this.receiveState(message);
     if (message.type === 'sender') this.setConnection({ sender: message.connected });
     if (message.type === 'added') {
-      this.frames.remove(message.dropped ?? []);
-      for (const number of message.dropped ?? []) this.forget(number);
       this.frames.add(message.frame);
-      if (this.following || this.current === null) this.show(message.frame.number);
+      this.drop(message.dropped ?? []);
+      if (this.following) this.show(message.frame.number);
+      else if (this.current === null) this.show(this.frames.entries[0].number);
     }
     this.changed();
   }
@@ -90,6 +90,14 @@ export class App {
     } else {
       this.show(this.frames.find(this.current) ? this.current : this.frames.entries[0].number);
     }
+  }
+
+  /** Frames that the program has given up. */
+  drop(numbers) {
+    this.frames.remove(numbers);
+    const shown = numbers.filter((number) => this.views.has(number));
+    for (const number of numbers) this.forget(number);
+    if (shown.length > 0) this.updateStage();
   }
 
   forget(number) {
@@ -111,15 +119,23 @@ export class App {
     return (number === this.current || this.isPinned(number)) && !this.hidden.has(number);
   }
 
-  /** Makes a frame the one under the time line. */
-  async show(number) {
+  /** Makes a frame the one under the time line; of several asked for meanwhile, the last. */
+  show(number) {
     this.wanted = number;
-    const loaded = await this.load(number);
-    if (this.wanted !== number) return;
-    this.current = number;
+    this.showing ??= this.showWanted().finally(() => (this.showing = null));
+    return this.showing;
+  }
+
+  async showWanted() {
+    let number;
+    do {
+      number = this.wanted;
+      await this.load(number, () => number === this.wanted);
+    } while (number !== this.wanted);
+    this.current = this.frames.find(number) ? number : null;
     this.picks = [];
     this.hover = null;
-    if (loaded || this.problems.has(number)) this.updateStage();
+    this.updateStage();
     if (!this.fitted && this.stage.corners.length > 0) {
       this.fitted = true;
       this.fit(false);
@@ -127,12 +143,12 @@ export class App {
     this.loadNext(number);
   }
 
-  /** Loads a frame for the stage. @returns {Promise<boolean>} */
-  async load(number) {
+  /** Loads a frame for the stage, if it is still wanted then. @returns {Promise<boolean>} */
+  async load(number, isWanted = () => true) {
     if (this.views.has(number)) return true;
     try {
       const frame = await this.frames.get(number);
-      if (!this.views.has(number)) this.views.set(number, new FrameView(frame));
+      if (isWanted() && !this.views.has(number)) this.views.set(number, new FrameView(frame));
       this.problems.delete(number);
       return true;
     } catch (error) {
@@ -166,7 +182,7 @@ export class App {
   step(by) {
     const { entries } = this.frames;
     if (entries.length === 0) return Promise.resolve();
-    const at = Math.max(0, this.frames.indexOf(this.current));
+    const at = Math.max(0, this.frames.indexOf(this.wanted ?? this.current));
     const next = Math.min(entries.length - 1, Math.max(0, at + by));
     this.following = this.connection.kind === 'server' && !this.connection.replay && next === entries.length - 1 && by > 0;
     return this.show(entries[next].number);
@@ -175,7 +191,8 @@ export class App {
   /** Shows the frame at a position of the time line. */
   stepTo(index) {
     this.following = false;
-    return this.step(index - this.frames.indexOf(this.current));
+    const entry = this.frames.entries[index];
+    return entry ? this.show(entry.number) : Promise.resolve();
   }
 
   setFollowing(on) {
@@ -331,7 +348,7 @@ export class App {
   hoverAt(x, y) {
     const hit = this.stage.pick(x, y, 5);
     this.hover = hit && this.describe(hit);
-    this.changed();
+    this.listeners.hovered.forEach((listen) => listen());
   }
 
   describe({ layer, index, point, details = [] }) {
@@ -372,7 +389,7 @@ export class App {
       return;
     }
     const n = axis === 3 ? normal : [0, 1, 2].map((k) => (k === axis ? 1 : 0));
-    const heights = box.corners().map((corner) => corner.reduce((sum, x, k) => sum + x * n[k], 0));
+    const heights = box.corners().map((corner) => dot(corner, n));
     const [low, high] = [Math.min(...heights), Math.max(...heights)];
     const offset = low + (high - low) * position;
     const sign = flipped ? -1 : 1;
@@ -407,7 +424,7 @@ export class App {
       measured: this.measured,
       theme: this.theme,
       pictures: stage.pictures,
-      busy: stage.busy || Boolean(this.turning) || (this.wanted !== undefined && this.wanted !== this.current),
+      busy: stage.busy || Boolean(this.turning) || Boolean(this.showing),
     };
   }
 }

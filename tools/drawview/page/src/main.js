@@ -28,13 +28,14 @@ function start() {
       resize();
     },
   };
-  const parts = [new Tree(app), new TimeLine(app), new Toolbar(app, actions), new Cards(app)];
+  const cards = new Cards(app);
+  const parts = [new Tree(app), new TimeLine(app), new Toolbar(app, actions), cards];
   const resize = () => {
     app.stage.resize();
     app.stage.moved();
   };
   app.listeners.changed.push(() => parts.forEach((part) => part.update()), () => updateMessages(app));
-  app.listeners.changed.push(() => app.stage.invalidate());
+  app.listeners.hovered.push(() => cards.updateUnder());
   app.listeners.drawn.push(() => labels.update(), () => gizmo.update(), () => updateMeasure(app), () => updateFigures(app));
   document.body.classList.toggle('wide', innerWidth <= narrow);
   attachControls(byId('picture'), app);

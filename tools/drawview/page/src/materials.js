@@ -69,8 +69,8 @@ const surfaceFragment = /* glsl */ `
     float rim = (1.0 - facing) * (1.0 - facing);
     vec3 halfway = normalize(vec3(-0.38, 0.56, 0.735) + eye);
     float shine = pow(max(dot(n, halfway), 0.0), 40.0);
-    vec3 light = vec3(0.66, 0.65, 0.63) * key + vec3(0.15, 0.17, 0.21) * fill
-      + mix(vec3(0.25, 0.24, 0.25), vec3(0.40, 0.42, 0.45), sky);
+    vec3 light = vec3(0.60, 0.59, 0.57) * key + vec3(0.22, 0.23, 0.26) * fill
+      + mix(vec3(0.29, 0.28, 0.29), vec3(0.40, 0.42, 0.45), sky);
     vec3 shade = base * light * (1.0 - 0.30 * rim) + vec3(0.16) * shine;
     gl_FragColor = vec4(shade, opacity);
   }`;

@@ -28,7 +28,7 @@ const slowMilliseconds = 70;
 /** Then this share of the points of large clouds is drawn. */
 const movingShare = 0.25;
 /** Pictures at rest that take longer than this are drawn without smoothing of borders. */
-const tooSlowMilliseconds = 500;
+const tooSlowMilliseconds = 1000;
 /** Scenes of more triangles and points than this are not smoothed before they have been measured. */
 const smoothAtFirst = 300_000;
 const samples = 4;

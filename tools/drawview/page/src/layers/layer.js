@@ -120,8 +120,8 @@ export class Layer {
   addTriangles(positions, normals, triangles, anchor, role) {
     const geometry = new BufferGeometry();
     geometry.setAttribute('position', new BufferAttribute(offsetsFrom(positions, anchor), 3));
-    if (normals) geometry.setAttribute('normal', new BufferAttribute(Float32Array.from(normals), 3));
-    geometry.setIndex(new BufferAttribute(Uint32Array.from(triangles), 1));
+    if (normals) geometry.setAttribute('normal', new BufferAttribute(new Float32Array(normals), 3));
+    geometry.setIndex(new BufferAttribute(new Uint32Array(triangles), 1));
     geometry.boundingSphere = everything;
     return this.addPart(new Mesh(geometry, surfaceMaterial(Boolean(normals))), anchor, role);
   }
