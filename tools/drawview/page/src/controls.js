@@ -2,6 +2,7 @@
 
 const clickPixels = 5;
 const hoverMilliseconds = 70;
+const nearPixels = 6;
 
 /** @param {HTMLElement} element @param {import('./app.js').App} app */
 export function attachControls(element, app) {
@@ -11,7 +12,8 @@ export function attachControls(element, app) {
   let travelled = 0;
   let hoverTimer = 0;
   let wheelTimer = 0;
-  /** What the wheel zooms to: the point that was under the pointer when the wheel began to turn. */
+  /** What the wheel zooms to: the point that was under the pointer when the wheel began to turn, as
+   * long as the pointer stays there. */
   let zoomCentre = null;
 
   const place = (event) => {
@@ -20,10 +22,15 @@ export function attachControls(element, app) {
   };
   const isPan = (event) => event.buttons & 6 || event.shiftKey || event.ctrlKey || event.metaKey;
 
+  const isNear = (point, { x, y }) => {
+    const at = camera.project(point);
+    return Math.hypot(at.x - x, at.y - y) < nearPixels;
+  };
+
   const focusUnder = ({ x, y }) => {
     const hit = stage.pick(x, y, 4);
     if (hit) camera.focusOn(hit.point);
-    return hit?.point ?? null;
+    return hit && isNear(hit.point, { x, y }) ? hit.point : null;
   };
 
   const dragOne = (event, before, now) => {
@@ -58,7 +65,7 @@ export function attachControls(element, app) {
     const now = place(event);
     const before = pointers.get(event.pointerId);
     clearTimeout(hoverTimer);
-    wheelTimer = clearTimeout(wheelTimer) ?? 0;
+    wheelTimer = 0;
     if (!before) {
       if (event.pointerType === 'mouse') {
         hoverTimer = setTimeout(() => app.hoverAt(now.x, now.y), hoverMilliseconds);
@@ -87,7 +94,8 @@ export function attachControls(element, app) {
     (event) => {
       event.preventDefault();
       const pointer = place(event);
-      if (!wheelTimer) zoomCentre = focusUnder(pointer);
+      const isNew = !wheelTimer && !(zoomCentre && isNear(zoomCentre, pointer));
+      if (isNew) zoomCentre = focusUnder(pointer);
       const at = zoomCentre ? camera.project(zoomCentre) : pointer;
       clearTimeout(wheelTimer);
       wheelTimer = setTimeout(() => (wheelTimer = 0), 250);
