@@ -66,8 +66,9 @@ export class Box {
     return this.empty ? 0 : distance(this.low, this.high) / 2;
   }
 
-  holds(point) {
-    return point.every((x, k) => x >= this.low[k] && x <= this.high[k]);
+  /** Whether a point lies in the box, or outside by no more than `slack`. */
+  holds(point, slack) {
+    return point.every((x, k) => x >= this.low[k] - slack && x <= this.high[k] + slack);
   }
 
   corners() {

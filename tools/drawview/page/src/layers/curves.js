@@ -31,7 +31,7 @@ export class CurveLayer extends Layer {
   }
 
   *refine(view) {
-    let changed = this.isCoarse(this.anchor, view) && this.box.holds(view.target);
+    let changed = this.isCoarse(this.anchor, this.box, view);
     if (changed) this.anchor = view.target;
     for (const entry of this.curves) {
       const parameters = curveParameters(entry.curve, view.chord);

@@ -206,9 +206,10 @@ export class Layer {
     }
   }
 
-  /** Whether single precision is too coarse around the target for an anchor. */
-  isCoarse(anchor, view) {
-    return distance(anchor, view.target) > 2 ** 21 * view.pixelSize;
+  /** Whether the target is in a box but too far from an anchor for single precision. */
+  isCoarse(anchor, box, view) {
+    const isFar = distance(anchor, view.target) > 2 ** 21 * view.pixelSize;
+    return isFar && box.holds(view.target, 2000 * view.pixelSize);
   }
 
   /**
@@ -216,8 +217,7 @@ export class Layer {
    * @yields {boolean} whether the step changed anything
    */
   *refine(view) {
-    if (!this.parts.some(({ anchor }) => this.isCoarse(anchor, view))) return;
-    if (!this.box.holds(view.target)) return;
+    if (!this.parts.some(({ anchor }) => this.isCoarse(anchor, this.box, view))) return;
     this.removeParts();
     this.build(view.target);
     yield true;

@@ -147,8 +147,7 @@ export class SurfaceLayer extends Layer {
 
   *refine(view) {
     for (const face of this.faces) {
-      const coarse = this.isCoarse(face.anchor, view) && face.box.holds(view.target);
-      const changed = face.tessellate(view, coarse);
+      const changed = face.tessellate(view, this.isCoarse(face.anchor, face.box, view));
       if (changed) {
         this.removeParts((part) => !face.parts.includes(part));
         face.parts = this.buildFace(face);
