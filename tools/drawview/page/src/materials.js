@@ -9,6 +9,8 @@ export const shared = {
   clip: { value: new Vector4(0, 0, 0, 1) },
   viewport: { value: new Vector2(1, 1) },
   pixelRatio: { value: 1 },
+  /** Depth of the scene's centre, and the scene's radius: far points are a little darker. */
+  depth: { value: new Vector2(0, 1) },
 };
 
 const clipVertex = /* glsl */ `varying vec3 vPlace;`;
@@ -98,6 +100,8 @@ export function surfaceMaterial(smooth) {
 const pointVertex = /* glsl */ `
   uniform float size;
   uniform float pixelRatio;
+  uniform vec2 depth;
+  varying float vLight;
   ${clipVertex}
   void main() {
     vec4 place = modelViewMatrix * vec4(position, 1.0);
@@ -105,11 +109,13 @@ const pointVertex = /* glsl */ `
     gl_Position = projectionMatrix * place;
     gl_Position.z -= 1e-4 * gl_Position.w;
     gl_PointSize = size * pixelRatio;
+    vLight = mix(1.12, 0.68, clamp(0.5 - 0.5 * (place.z + depth.x) / depth.y, 0.0, 1.0));
   }`;
 
 const pointFragment = /* glsl */ `
   uniform vec3 color;
   uniform float size;
+  varying float vLight;
   ${clipFragment}
   void main() {
     cut();
@@ -117,9 +123,9 @@ const pointFragment = /* glsl */ `
       vec2 p = 2.0 * gl_PointCoord - 1.0;
       float r = dot(p, p);
       if (r > 1.0) discard;
-      gl_FragColor = vec4(size > 4.5 ? color * mix(1.12, 0.68, r * r) : color, 1.0);
+      gl_FragColor = vec4(vLight * (size > 4.5 ? color * mix(1.12, 0.68, r * r) : color), 1.0);
     #else
-      gl_FragColor = vec4(color, 1.0);
+      gl_FragColor = vec4(vLight * color, 1.0);
     #endif
   }`;
 
@@ -141,6 +147,7 @@ export function pointMaterial() {
     uniforms: {
       clip: shared.clip,
       pixelRatio: shared.pixelRatio,
+      depth: shared.depth,
       color: { value: new Color() },
       size: { value: 5 },
     },

@@ -12,6 +12,7 @@ import { copyMaterial, setCut, shared } from './materials.js';
 import { placedMarks } from './marks.js';
 import { Box, distance, dot } from './numbers.js';
 import { Picker } from './pick.js';
+import { Thinner } from './thin.js';
 import { countOf, types } from './types.js';
 
 ColorManagement.enabled = false;
@@ -25,8 +26,6 @@ const restMilliseconds = 90;
 const sliceMilliseconds = 24;
 /** Pictures that take longer than this while the camera moves are drawn with fewer pixels. */
 const slowMilliseconds = 70;
-/** Then this share of the points of large clouds is drawn. */
-const movingShare = 0.25;
 /** Pictures at rest that take longer than this are drawn without smoothing of borders. */
 const tooSlowMilliseconds = 1000;
 /** Scenes of more triangles and points than this are not smoothed before they have been measured. */
@@ -227,7 +226,6 @@ export class Stage {
     this.lastPicture = this.moving ? now : 0;
     const slow = this.moving && this.slowPictures > 1;
     this.smooth = this.smoothAllowed && !(this.moving && this.cost > slowMilliseconds / 2);
-    for (const layer of this.layers) layer.thin(slow ? movingShare : 1);
     const ratio = slow ? 0.5 : 1;
     if (ratio !== this.ratio) {
       this.ratio = ratio;
@@ -239,6 +237,7 @@ export class Stage {
   measure(begin) {
     this.finish();
     this.cost = performance.now() - begin;
+    if (this.cost > slowMilliseconds) this.thinner ??= new Thinner();
     if (this.cost > tooSlowMilliseconds && this.smooth) this.smoothAllowed = false;
   }
 
@@ -257,6 +256,7 @@ export class Stage {
     const { camera } = this;
     const three = camera.forThree();
     const parallel = camera.parallel ? 1 : 0;
+    shared.depth.value.set(camera.depthOf(camera.sceneCentre), camera.sceneRadius);
     for (const layer of this.layers) {
       layer.place(camera.target);
       for (const { object } of layer.parts) {
@@ -264,6 +264,7 @@ export class Stage {
         setCut(object.material, this.clip !== null);
         if (uniforms.parallel) uniforms.parallel.value = parallel;
       }
+      if (this.thinner && layer.style?.visible) layer.thin(this.thinner, camera, this.clip);
     }
     this.placeClip();
     this.grid.place(camera, this.sceneBox ?? new Box());

