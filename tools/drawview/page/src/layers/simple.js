@@ -53,7 +53,7 @@ export class PointLayer extends Layer {
       const index = new BufferAttribute(new Uint32Array(this.indices.length), 1);
       geometry.setIndex(index.setUsage(DynamicDrawUsage));
     }
-    const cell = Math.max(1, 0.75 * this.style.size);
+    const cell = Math.max(1, 0.5 * this.style.size);
     const count = thinner.choose(this.values, camera, cell, clip, geometry.index.array);
     geometry.index.clearUpdateRanges();
     geometry.index.addUpdateRange(0, count);
