@@ -69,12 +69,16 @@ export function findSpan(knots, degree, t) {
   return low;
 }
 
-/** The triangle of basis values and knot differences of A2.3, (degree + 1) squared. */
-function basisTriangle(knots, degree, span, t) {
+// Memory for one call of basisAt, which is called for every vertex.
+const table = new Float64Array((maxDegree + 1) ** 2);
+const left = new Float64Array(maxDegree + 1);
+const right = new Float64Array(maxDegree + 1);
+const maxOrder = 2;
+const rows = Array.from({ length: maxOrder + 1 }, () => new Float64Array(maxOrder + 1));
+
+/** Fills the table with the triangle of basis values and knot differences of A2.3. */
+function fillTable(knots, degree, span, t) {
   const width = degree + 1;
-  const table = new Float64Array(width * width);
-  const left = new Float64Array(width);
-  const right = new Float64Array(width);
   table[0] = 1;
   for (let j = 1; j <= degree; ++j) {
     left[j] = t - knots[span + 1 - j];
@@ -88,16 +92,15 @@ function basisTriangle(knots, degree, span, t) {
     }
     table[j * width + j] = saved;
   }
-  return table;
 }
 
-/** Derivatives 1 to `order` of basis function r of a span, from the triangle, into rows of `out`. */
-function basisDerivatives(table, degree, r, order, out) {
+/** Derivatives 1 to `order` of basis function r of a span, from the table, into rows of `out`. */
+function basisDerivatives(degree, r, order, out) {
   const width = degree + 1;
-  let previous = new Float64Array(order + 1);
-  previous[0] = 1;
+  rows[0][0] = 1;
   for (let k = 1; k <= order; ++k) {
-    const row = new Float64Array(order + 1);
+    const previous = rows[k - 1];
+    const row = rows[k].fill(0);
     const rest = degree - k;
     let sum = 0;
     for (let j = 0; j <= k; ++j) {
@@ -108,23 +111,22 @@ function basisDerivatives(table, degree, r, order, out) {
       sum += row[j] * table[column * width + rest];
     }
     out[k * width + r] = sum;
-    previous = row;
   }
 }
 
 /**
- * The basis at t: values in row 0 of `values`, derivatives up to `order` in the rows below, each of
+ * The basis at t: values in row 0 of `values`, derivatives up to `order` (at most 2) in the rows below, each of
  * degree + 1 numbers, for the poles span - degree to span.
  */
 export function basisAt(knots, degree, t, order) {
   const span = findSpan(knots, degree, t);
   const width = degree + 1;
-  const table = basisTriangle(knots, degree, span, t);
-  const values = new Float64Array((order + 1) * width);
+  fillTable(knots, degree, span, t);
+  const values = new Array((order + 1) * width).fill(0);
   const orders = Math.min(order, degree);
   for (let r = 0; r <= degree; ++r) {
     values[r] = table[r * width + degree];
-    basisDerivatives(table, degree, r, orders, values);
+    basisDerivatives(degree, r, orders, values);
   }
   for (let k = 1, factor = degree; k <= orders; factor *= degree - k, ++k) {
     for (let r = 0; r <= degree; ++r) values[k * width + r] *= factor;

@@ -22,8 +22,10 @@ const chordPixels = 0.25;
 /** What is off the screen may be coarser by this factor. */
 const offScreenFactor = 8;
 const restMilliseconds = 90;
-/** Work between two pictures ends after this time. */
-const sliceMilliseconds = 24;
+/** The page answers at least this often while curves and surfaces are made finer. */
+const sliceMilliseconds = 30;
+/** How often pictures show them meanwhile. */
+const showMilliseconds = 500;
 /** Pictures that take longer than this while the camera moves are drawn with fewer pixels. */
 const slowMilliseconds = 70;
 /** Pictures at rest that take longer than this are drawn without smoothing of borders. */
@@ -91,6 +93,7 @@ export class Stage {
     this.refining = null;
     this.slowPictures = 0;
     this.cost = 0;
+    this.lastDrawn = 0;
     this.smoothAllowed = true;
     this.target = new WebGLRenderTarget(1, 1, { samples });
     this.copy = new Mesh(new PlaneGeometry(2, 2), copyMaterial(this.target.texture));
@@ -165,6 +168,7 @@ export class Stage {
 
   refineSoon(delay) {
     clearTimeout(this.restTimer);
+    clearTimeout(this.workTimer);
     this.refining = null;
     this.restTimer = setTimeout(() => this.rest(), delay);
     this.resting = true;
@@ -176,7 +180,7 @@ export class Stage {
     this.slowPictures = 0;
     this.lastPicture = 0;
     this.refining = this.refineSteps(this.fineness());
-    this.invalidate();
+    this.work();
   }
 
   /** Whether a finer picture is still to come. */
@@ -202,22 +206,23 @@ export class Stage {
     return { target: [...camera.target], pixelSize: camera.pixelSize(), chord };
   }
 
-  /** Refines for a while. */
+  /** Refines for a while, and goes on later; a picture now and then shows how far that is. */
   work() {
     const end = performance.now() + sliceMilliseconds;
     while (this.refining && performance.now() < end) {
       if (this.refining.next().done) this.refining = null;
     }
-    if (this.refining) this.invalidate();
+    if (!this.refining || end - this.lastDrawn > showMilliseconds) this.invalidate();
+    if (this.refining) this.workTimer = setTimeout(() => this.work(), 0);
   }
 
   draw(now) {
-    if (this.refining) this.work();
     this.adapt(now);
     const begin = performance.now();
     this.render();
     if (!this.moving && !this.refining) this.measure(begin);
     this.afterDraw();
+    this.lastDrawn = performance.now();
   }
 
   /** Chooses the pixels of the next picture: fewer while the camera moves and pictures are slow. */

@@ -221,22 +221,17 @@ export class SurfaceVertices {
     return this.count - 1;
   }
 
-  add(u, v) {
-    const { surface } = this;
-    return this.addAt(
-      basisAt(surface.knotsU, surface.degreeU, u, 1),
-      basisAt(surface.knotsV, surface.degreeV, v, 1),
-      u,
-      v,
-    );
+  /** The basis in direction 0 (u) or 1 (v) that `addAt` takes. */
+  basis(direction, t) {
+    const { knotsU, degreeU, knotsV, degreeV } = this.surface;
+    return direction === 0 ? basisAt(knotsU, degreeU, t, 1) : basisAt(knotsV, degreeV, t, 1);
   }
 }
 
 /** Triangles of a whole surface on its grid lines; vertex (i, j) has the index i * lines.v.length + j. */
 export function tessellateSurface(surface, lines) {
   const vertices = new SurfaceVertices(surface, lines.knots);
-  const basesU = Array.from(lines.u, (u) => basisAt(surface.knotsU, surface.degreeU, u, 1));
-  const basesV = Array.from(lines.v, (v) => basisAt(surface.knotsV, surface.degreeV, v, 1));
+  const [basesU, basesV] = [lines.u, lines.v].map((list, d) => Array.from(list, (t) => vertices.basis(d, t)));
   const triangles = [];
   const width = lines.v.length;
   basesU.forEach((basisU, i) =>

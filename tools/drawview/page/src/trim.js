@@ -65,14 +65,21 @@ class Trimmer {
     this.lines = lines;
     this.vertices = new SurfaceVertices(surface, lines.knots);
     this.triangles = [];
-    this.known = new Map();
+    this.levels = new Map();
   }
 
+  /** The index of the vertex at u, v; vertices at one v share the basis there. */
   vertex(u, v) {
-    let column = this.known.get(v);
-    if (!column) this.known.set(v, (column = new Map()));
-    let index = column.get(u);
-    if (index === undefined) column.set(u, (index = this.vertices.add(u, v)));
+    let level = this.levels.get(v);
+    if (!level) {
+      level = { basis: this.vertices.basis(1, v), known: new Map() };
+      this.levels.set(v, level);
+    }
+    let index = level.known.get(u);
+    if (index === undefined) {
+      index = this.vertices.addAt(this.vertices.basis(0, u), level.basis, u, v);
+      level.known.set(u, index);
+    }
     return index;
   }
 
@@ -86,28 +93,31 @@ class Trimmer {
       const advanceLeft =
         j + 1 === b.length || (i + 1 < a.length && left[i + 1][1] <= right[j + 1][1]);
       const third = advanceLeft ? a[++i] : b[++j];
-      const corners = [advanceLeft ? a[i - 1] : a[i], advanceLeft ? b[j] : b[j - 1], third];
-      if (new Set(corners).size === 3) this.triangles.push(...corners);
+      const first = advanceLeft ? a[i - 1] : a[i];
+      const second = advanceLeft ? b[j] : b[j - 1];
+      if (first === second || first === third || second === third) continue;
+      this.triangles.push(first, second, third);
     }
   }
 
-  /** The trapezoid between two edges in a strip, cut at the grid lines between `from` and `to`. */
+  /** The trapezoid between two edges in a strip, cut at the grid lines that meet it. */
   trapezoid(left, right, bottom, top) {
     const { u: lines } = this.lines;
-    const ends = [left, right].map((edge) => [bottom, top].map((v) => crossing(edge, v)));
     const [low, high] = [lines[0], lines[lines.length - 1]];
-    const inside = (u) => Math.min(Math.max(u, low), high);
-    const cuts = [[inside(ends[0][0]), inside(ends[0][1])]];
-    for (const u of lines) {
-      const at = [0, 1].map((k) => Math.min(Math.max(u, cuts[0][k]), inside(ends[1][k])));
-      cuts.push(at);
+    const chain = (edge) =>
+      [bottom, top].map((v) => [Math.min(Math.max(crossing(edge, v), low), high), v]);
+    const [first, last] = [chain(left), chain(right)];
+    let before = first;
+    const from = columnOf(lines, Math.min(first[0][0], first[1][0])) + 1;
+    for (let i = from; i < lines.length && lines[i] < Math.max(last[0][0], last[1][0]); ++i) {
+      const cut = [0, 1].map((k) => [
+        Math.min(Math.max(lines[i], first[k][0]), last[k][0]),
+        first[k][1],
+      ]);
+      this.zip(before, cut);
+      before = cut;
     }
-    cuts.push([inside(ends[1][0]), inside(ends[1][1])]);
-    for (let i = 1; i < cuts.length; ++i) {
-      if (cuts[i][0] === cuts[i - 1][0] && cuts[i][1] === cuts[i - 1][1]) continue;
-      const chain = ([a, b]) => [[a, bottom], [b, top]];
-      this.zip(chain(cuts[i - 1]), chain(cuts[i]));
-    }
+    this.zip(before, last);
   }
 
   /** A row of the grid from `bottom` to `top` that `edges` meet. */
