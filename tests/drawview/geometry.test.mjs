@@ -30,6 +30,12 @@ describe('message', () => {
     assert.equal(frame.topoMeshes[0].edges.length, 24);
   });
 
+  it('names no vertex that is not there', () => {
+    const mesh = (index) => ({ compactMeshes: [{ vertices: [[0, 0, 0], [1, 0, 0], [0, 1, 0]], triangles: [[0, 1, index]] }] });
+    assert.equal(readFrame(buffer(make.message(mesh(2)))).compactMeshes.length, 1);
+    assert.throws(() => readFrame(buffer(make.message(mesh(3)))), /compactMeshes\[0\]\.triangles: vertex 3 of 3/);
+  });
+
   it('is refused wherever it is cut, and for lying references', () => {
     const whole = make.message(everything);
     for (let size = 0; size < whole.length; size += 7) {

@@ -4,7 +4,7 @@
 // answers a fraction of a pixel's size for what is on the screen, and more for the rest.
 
 import { basisAt, curvePoint, domainKnots, surfaceAt, surfaceDerivatives } from './bspline.js';
-import { cross, distance, length, pointAt } from './numbers.js';
+import { cross, distance, dot, length, pointAt } from './numbers.js';
 
 /** @typedef {(centre: number[], radius: number) => number} View */
 
@@ -73,7 +73,25 @@ const maxGridPoints = 120_000;
 /** A cell whose curvature asks for more steps than this is looked at in halves. */
 const maxStepsPerCell = 8;
 
-/** The largest second derivatives and a ball of a surface's cell, from 3 x 3 samples. */
+/** The length of `vector` without its part along `axis`. */
+function lengthAcross(vector, axis) {
+  const square = dot(axis, axis);
+  return square > 0 ? length(cross(vector, axis)) / Math.sqrt(square) : length(vector);
+}
+
+/**
+ * What bends chords away from a surface: Suu across Su, Suv along the normal, Svv across Sv. (Along
+ * the tangents they only shift points within the surface.)
+ */
+function bends(values) {
+  const [su, sv, suu, suv, svv] = [1, 2, 3, 4, 5].map((k) => pointAt(values, k));
+  const normal = cross(su, sv);
+  const size = length(normal);
+  const twist = size > 1e-12 * length(su) * length(sv) ? Math.abs(dot(suv, normal)) / size : length(suv);
+  return [lengthAcross(suu, su), twist, lengthAcross(svv, sv)];
+}
+
+/** The largest bends and a ball of a surface's cell, from 3 x 3 samples. */
 function sampleCell(surface, u, v) {
   const second = [0, 0, 0];
   const points = [];
@@ -82,9 +100,7 @@ function sampleCell(surface, u, v) {
     for (const fractionV of [0, 0.5, 1]) {
       surfaceAt(surface, u[0] + (u[1] - u[0]) * fractionU, v[0] + (v[1] - v[0]) * fractionV, 6, values);
       points.push(pointAt(values, 0));
-      for (let k = 0; k < 3; ++k) {
-        second[k] = Math.max(second[k], length(pointAt(values, 3 + k)));
-      }
+      bends(values).forEach((value, k) => (second[k] = Math.max(second[k], value)));
     }
   }
   const centre = points[4];

@@ -40,7 +40,7 @@ function edgesOf(polygons) {
 
 const isLevel = ([a, b]) => a[1] === b[1];
 
-/** Where an edge passes the height v; its ends exactly. */
+/** Where an edge passes the height v: at an end exactly when v is not between them. */
 function crossing([a, b], v) {
   if (v <= a[1] || a[0] === b[0]) return a[0];
   if (v >= b[1]) return b[0];
@@ -127,8 +127,7 @@ class Trimmer {
     const touched = new Uint8Array(lines.length - 1);
     for (const edge of edges) {
       for (const [, v] of edge) if (v > bottom && v < top) heights.add(v);
-      const ends = isLevel(edge) ? [edge[0][0], edge[1][0]] : [bottom, top].map((v) => crossing(edge, v));
-      const columns = ends.map((u) => columnOf(lines, u));
+      const columns = [bottom, top].map((v) => columnOf(lines, crossing(edge, v)));
       touched.fill(1, Math.min(...columns), Math.max(...columns) + 1);
     }
     const cuts = [...heights].sort((a, b) => a - b);
