@@ -132,6 +132,7 @@ int runProgram(int argc, const char* const* argv) {
   addProducts(suite);
   addQr(suite);
   addLeastSquares(suite);
+  addSurfaceFit(suite);
   addCholesky(suite);
   addLu(suite);
   addSymmetric(suite);

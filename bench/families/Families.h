@@ -9,6 +9,7 @@ void addVectors(Suite& suite);
 void addProducts(Suite& suite);
 void addQr(Suite& suite);
 void addLeastSquares(Suite& suite);
+void addSurfaceFit(Suite& suite);
 void addCholesky(Suite& suite);
 void addLu(Suite& suite);
 void addSymmetric(Suite& suite);

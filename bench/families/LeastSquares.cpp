@@ -2,8 +2,7 @@
 
 #include "families/Families.h"
 #include "families/Ours.h"
-#include "peers/FactorArrays.h"
-#include "peers/Fortran.h"
+#include "peers/LeastSquaresArrays.h"
 
 namespace bench {
 
@@ -22,38 +21,8 @@ Contestant ours(const Shape& shape) {
   return contestant(run, [](const DoubleVec& x) { return valuesOf(x); });
 }
 
-// With a right-hand side, which is overwritten too.
-struct LeastSquaresArrays : FactorArrays {
-  explicit LeastSquaresArrays(const Shape& shape)
-      : FactorArrays(shape, randomMatrix(shape)),
-        rightHandSide(gaussian(shape.rows, 2)),
-        b(rightHandSide),
-        x(static_cast<std::size_t>(shape.columns)) {}
-
-  void load() {
-    FactorArrays::load();
-    std::copy(rightHandSide.begin(), rightHandSide.end(), b.begin());
-  }
-
-  Values rightHandSide;
-  Values b;
-  Values x;
-};
-
 LeastSquaresArrays arraysFor(const Shape& shape) {
-  return LeastSquaresArrays(shape);
-}
-
-Maker dgelsy(FortranRoutine routine) {
-  const auto call = [routine](LeastSquaresArrays& f) {
-    int rank = 0;
-    int info = 0;
-    routine(f.rows, f.columns, 1, f.a.data(), f.rows, f.b.data(), f.rows, f.pivots.data(), 1e-12,
-            &rank, f.work.data(), f.workSize, &info);
-  };
-  return queriedFactorMaker(arraysFor, call, [](const LeastSquaresArrays& f) {
-    return Values(f.b.begin(), f.b.begin() + f.columns);
-  });
+  return {shape, randomMatrix(shape), gaussian(shape.rows, 2)};
 }
 
 // Coefficients only: the result takes the place of Qᵀ b, and the exchange of columns is undone.
@@ -83,7 +52,7 @@ void addLeastSquares(Suite& suite) {
   Operation& operation =
       suite.add({"least squares, pivoted", kShapes, {"Eigen"}, limits, ours, {}});
   const FortranRoutine gelsy = lapack().routine("dgelsy_");
-  addPeer(operation, lapackName(), gelsy, dgelsy(gelsy));
+  addPeer(operation, lapackName(), gelsy, dgelsyMaker(gelsy, arraysFor));
   const FortranRoutine qrsl = linpack().routine("dqrsl_");
   addPeer(operation, "R", qrsl, dqrdcAndDqrsl(linpack().routine("dqrdc_"), qrsl));
 }

@@ -105,7 +105,7 @@ std::string steps(const Refinement& refinement) {
   for (const auto& [fit, seconds] : refinement.steps)
     text << "{spans:\"" << spanCount(fit.surface.xKnots()) << " \u00d7 "
          << spanCount(fit.surface.yKnots()) << "\",unknowns:" << fit.unknowns
-         << ",equations:" << fit.equations << ",rank:" << fit.rank
+         << ",equations:" << fit.equations << ",determined:" << fit.determined
          << ",rms:" << numberText(fit.deviation.rms) << ","
          << deviationFields(fit.deviation.largest, "largest") << ",seconds:" << seconds << "},\n";
   text << "]";

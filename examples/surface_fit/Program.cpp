@@ -1,6 +1,5 @@
 #include "examples/surface_fit/Program.h"
 
-#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -43,8 +42,7 @@ void fit(const Options& options, const Measurement& measurement) {
   const std::vector<Point>& points = measurement.points;
   requireFittable(points);
   makeFolder(options.output);
-  const Limits limits{toleranceFor(options, points),
-                      std::min(options.maxUnknowns, mostUnknowns(points.size())), options.maxSpans,
+  const Limits limits{toleranceFor(options, points), options.maxUnknowns, options.maxSpans,
                       options.maxSteps};
   TbaseReporter reporter("surface_fit", 1);
   const Refinement refinement = refine(points, limits, reporter);

@@ -143,11 +143,11 @@ void report(const Fit& fit, int step, const Limits& limits, TbaseReporter& repor
   const Deviation& largest = fit.deviation.largest;
   reporter.toleranceReport(step, limits.maxSteps, largest.x, largest.y,
                            size(fit) / limits.tolerance);
-  if (fit.rank < fit.unknowns && reporter.loud())
+  if (fit.determined < fit.unknowns && reporter.loud())
     rptUser(
-        "Step %d: the points determine %d of %d coefficients well enough; the other %d keep the "
-        "shape found so far.",
-        step, fit.rank, fit.unknowns, fit.unknowns - fit.rank);
+        "Step %d: the points determine %d of %d coefficients well enough; the other %d stay near "
+        "the shape found so far.",
+        step, fit.determined, fit.unknowns, fit.unknowns - fit.determined);
 }
 
 std::optional<Stop> reasonToStop(const Refinement& refinement, const Limits& limits,

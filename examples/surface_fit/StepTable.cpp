@@ -31,7 +31,7 @@ std::string stepTable(const Refinement& refinement, const Limits& limits, const 
   const auto cell = [&table](int width, const auto& content) {
     table << std::setw(width) << content;
   };
-  table << "step    spans  unknowns  equations  rank";
+  table << "step      spans  unknowns  equations  determined";
   cell(12, "rms [" + unit + "]");
   cell(14, "largest [" + unit + "]");
   cell(27, "at (x, y) [" + unit + "]");
@@ -40,10 +40,10 @@ std::string stepTable(const Refinement& refinement, const Limits& limits, const 
     const auto& [fit, seconds] = refinement.steps[i];
     table << (i == refinement.best ? '*' : ' ');
     cell(3, i + 1);
-    cell(9, spans(fit.surface));
+    cell(11, spans(fit.surface));
     cell(10, fit.unknowns);
     cell(11, fit.equations);
-    cell(6, fit.rank);
+    cell(12, fit.determined);
     cell(12, number(fit.deviation.rms));
     cell(14, number(fit.deviation.largest.value));
     table << ' ';

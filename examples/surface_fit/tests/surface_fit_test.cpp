@@ -98,7 +98,7 @@ TEST(Fit, ReproducesABicubicPolynomialFromAnyStart) {
   const double scale = extent(points, &Point::z).length();
   for (const int spans : {1, 2, 4}) {
     const Fit fit = fitSurface(points, startFor(points, spans));
-    EXPECT_EQ((spans + 3) * (spans + 3), fit.rank);
+    EXPECT_EQ((spans + 3) * (spans + 3), fit.determined);
     EXPECT_EQ(600, fit.equations);
     EXPECT_LT(std::abs(fit.deviation.largest.value), 600 * kEpsilon * scale) << spans;
   }
@@ -107,7 +107,7 @@ TEST(Fit, ReproducesABicubicPolynomialFromAnyStart) {
 TEST(Fit, LeavesDeviationsOrthogonalToEveryBasisFunction) {
   const std::vector<Point> points = scattered(400, wavy);
   const Fit fit = fitSurface(points, startFor(points, 5));
-  ASSERT_EQ(fit.unknowns, fit.rank);
+  ASSERT_EQ(fit.unknowns, fit.determined);
   const DoubleVec residual = deviations(fit.surface, points);
   std::vector<Point> ground = points;
   for (Point& p : ground) p.z = 0.0;
@@ -132,7 +132,7 @@ TEST(Fit, KeepsTheCoarserShapeWhereNothingIsMeasured) {
   TbaseReporter reporter("fit", 1);
   const Refinement refinement = refine(points, {1e-300, 500, 16, 6}, reporter);
   const Fit& last = refinement.steps.back().fit;
-  EXPECT_LT(last.rank, last.unknowns);
+  EXPECT_LT(last.determined, last.unknowns);
   EXPECT_THAT(reports.takeAll(), testing::Contains(HasSubstr("the points determine")));
   for (const Point& p : {Point{4.0, 4.0, 0.0}, Point{9.0, 9.0, 0.0}, Point{8.0, 9.9, 0.0}})
     EXPECT_NEAR(plane(p.x, p.y), last.surface.heightAt(p.x, p.y), 1e-9);
