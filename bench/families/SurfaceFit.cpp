@@ -1,4 +1,5 @@
 #include "examples/surface_fit/Fit.h"
+#include "examples/surface_fit/PointReader.h"
 #include "examples/surface_fit/Spline.h"
 #include "families/Families.h"
 #include "families/Ours.h"

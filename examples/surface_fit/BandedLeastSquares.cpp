@@ -140,12 +140,13 @@ DoubleVec BandedTriangle::transposeTimes(const DoubleVec& y) const {
   return x;
 }
 
-double BandedTriangle::largestColumn() const {
-  DoubleVec squares(length(), 0.0);
-  for (int s = 0; s < blocks(); ++s)
-    for (int j = 0; j < kBandBlocks * width_; ++j)
-      squares(s * width_ + j) += dot(rows_[s].col(j), rows_[s].col(j));
-  return std::sqrt(maxValue(squares));
+double BandedTriangle::meanColumn() const {
+  double squares = 0.0;
+  for (const DoubleGenMat& rows : rows_) {
+    const DoubleVec all = rows.dataVec().slice(0, kBandBlocks * width_ * width_);
+    squares += dot(all, all);
+  }
+  return std::sqrt(squares / unknowns());
 }
 
 double BandedTriangle::smallestDiagonal() const {
@@ -223,13 +224,13 @@ BandedTriangle BandedTriangle::damped(double weight) const {
 }
 
 BandedSolution solveLeastSquares(const BandedTriangle& triangle, double tolerance, double damping) {
-  const double largest = triangle.largestColumn();
-  const double least = tolerance * largest;
+  const double mean = triangle.meanColumn();
+  const double least = tolerance * mean;
   const DoubleVec z = triangle.rightSide();
   if (triangle.smallestDiagonal() > least && triangle.smallestSingularValue() > least)
     return {triangle.solve(z).slice(0, triangle.unknowns()), triangle.unknowns()};
 
-  const BandedTriangle damped = triangle.damped(damping * largest);
+  const BandedTriangle damped = triangle.damped(damping * mean);
   DoubleVec x(triangle.length(), 0.0);
   for (int k = 0; k < kDampedIterations; ++k) {
     const DoubleVec gradient = triangle.transposeTimes(z - triangle.times(x));

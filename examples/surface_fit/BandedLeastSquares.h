@@ -60,8 +60,8 @@ class BandedTriangle {
   DoubleVec times(const DoubleVec& x) const;
   DoubleVec transposeTimes(const DoubleVec& y) const;
 
-  /// The sizes of the columns of R, which are those of the columns of all equations.
-  double largestColumn() const;
+  /// The root of the mean square of the columns of R, which are as long as those of the equations.
+  double meanColumn() const;
   double smallestDiagonal() const;
 
   /// x with R x = y, and with Rᵀ x = y. R has no 0 on its diagonal.
@@ -95,10 +95,10 @@ struct BandedSolution {
 };
 
 /// The x for which |R x - z| is least, if the equations determine it: if no singular value of R is
-/// below `tolerance` times the largest column.
+/// below `tolerance` times the mean column.
 ///
 /// Otherwise x is damped. Combinations of unknowns with singular values well below `damping` times
-/// the largest column are next to 0, those well above it as the equations want them. Unknowns that
+/// the mean column are next to 0, those well above it as the equations want them. Unknowns that
 /// occur in no equation are exactly 0. Such an x depends smoothly on the equations. An unknown
 /// counts as determined when the equations have more say in it than a damping by `tolerance` would
 /// have. Source: iterated Tikhonov regularisation; H. W. Engl, M. Hanke, A. Neubauer,

@@ -25,10 +25,16 @@ void requireContained(const Surface& surface, const std::vector<Point>& points) 
   }
 }
 
-}  // namespace
+std::string heightsText(const Surface& surface, const std::vector<Point>& points) {
+  std::ostringstream text;
+  text << std::setprecision(10) << "# " << points.size() << " places\n# x y height\n";
+  for (const Point& point : points)
+    text << numberText(point.x) << " " << numberText(point.y) << " "
+         << surface.heightAt(point.x, point.y) << "\n";
+  return text.str();
+}
 
-std::string evaluationText(const Surface& surface, const std::vector<Point>& points) {
-  requireContained(surface, points);
+std::string deviationsText(const Surface& surface, const std::vector<Point>& points) {
   const DoubleVec all = deviations(surface, points);
   const auto [rms, largest] = summarize(points, all);
   std::ostringstream text;
@@ -42,6 +48,14 @@ std::string evaluationText(const Surface& surface, const std::vector<Point>& poi
          << deviation << "\n";
   }
   return text.str();
+}
+
+}  // namespace
+
+std::string evaluationText(const Surface& surface, const Measurement& measurement) {
+  requireContained(surface, measurement.points);
+  return measurement.hasHeights ? deviationsText(surface, measurement.points)
+                                : heightsText(surface, measurement.points);
 }
 
 }  // namespace surfacefit

@@ -14,16 +14,16 @@ namespace {
 static_assert(kBandBlocks == kOrder);
 
 // The coefficients are determined when no combination of them changes the heights at the points by
-// less than this part of the largest change by a single one. The scaled basis is well conditioned
+// less than this part of the mean change by a single one. The scaled basis is well conditioned
 // where there are points; what is so weak belongs to functions that points touch at the rim of
 // their support only, and would carry the deviations of these points a hundredfold into ground
 // without points.
 constexpr double kRankTolerance = 1e-2;
 
-// The damping where they are not. A tenth keeps noise of points beside a hole from growing into the
-// hole, and takes next to nothing from what points determine: heights with noise of 3 around a disc
-// without points are off in it by 9 to 10 (rms), and by 55 with a hundredth.
-constexpr double kDamping = 1e-1;
+// The damping where they are not. A fifth keeps noise of points beside a hole from growing into the
+// hole, and takes next to nothing from what points determine: with noise of 3 around a disc without
+// points, heights in the disc are off by 9 (rms); with a hundredth, by 55.
+constexpr double kDamping = 2e-1;
 
 // So many equations are set up at a time.
 constexpr std::size_t kEquationsAtATime = 128;
@@ -61,7 +61,8 @@ class SplineSystem {
  public:
   SplineSystem(const std::vector<Point>& points, const Surface& surface);
 
-  BandedTriangle triangle(const DoubleVec& rightSide) const;
+  BandedTriangle triangle(const DoubleVec& rightSide,
+                          const std::function<bool()>& interrupted) const;
   DoubleGenMat net(const DoubleVec& unknowns) const;
 
  private:
@@ -150,10 +151,12 @@ void SplineSystem::addStrip(int outerGroup, const DoubleVec& rightSide, BandedQr
   qr.add(used);
 }
 
-BandedTriangle SplineSystem::triangle(const DoubleVec& rightSide) const {
+BandedTriangle SplineSystem::triangle(const DoubleVec& rightSide,
+                                      const std::function<bool()>& interrupted) const {
   BandedTriangle result(inner_.size());
   BandedQr qr(inner_.size());
   for (int j = 0; j < outer_.size(); ++j) {
+    if (interrupted && interrupted()) throw Interrupted();
     if (j < outer_.groups()) addStrip(j, rightSide, qr);
     result.append(qr.next());
   }
@@ -169,10 +172,11 @@ DoubleGenMat SplineSystem::net(const DoubleVec& unknowns) const {
 
 }  // namespace
 
-Fit fitSurface(const std::vector<Point>& points, const Surface& start) {
+Fit fitSurface(const std::vector<Point>& points, const Surface& start,
+               const std::function<bool()>& interrupted) {
   const SplineSystem system(points, start);
-  const auto [correction, determined] =
-      solveLeastSquares(system.triangle(deviations(start, points)), kRankTolerance, kDamping);
+  const auto [correction, determined] = solveLeastSquares(
+      system.triangle(deviations(start, points), interrupted), kRankTolerance, kDamping);
   const Surface surface = start.plus(system.net(correction));
   return {surface, static_cast<int>(correction.length()), static_cast<int>(points.size()),
           determined, summarize(points, deviations(surface, points))};

@@ -1,6 +1,7 @@
 // The least-squares fit of a surface over given knots.
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "examples/surface_fit/Deviations.h"
@@ -18,6 +19,9 @@ struct Fit {
   DeviationSummary deviation;
 };
 
+/// Thrown by a fit that was interrupted.
+struct Interrupted {};
+
 /// The surface over the knots of `start` whose heights are nearest to the measured ones, by the sum
 /// of squares. Where the points leave coefficients undetermined (spans without points), the surface
 /// stays near `start`; a coefficient that no point touches is that of `start`. The points, at least
@@ -26,6 +30,10 @@ struct Fit {
 /// With nx by ny coefficients and nx <= ny, time is about 180 nx^3 ny floating-point operations and
 /// a thousand for each point. Memory is about 4 nx^2 ny numbers, twice that where coefficients are
 /// undetermined, and 8 bytes for each point.
-Fit fitSurface(const std::vector<Point>& points, const Surface& start);
+///
+/// `interrupted`, if there is one, is asked now and then whether to stop; if so, throws
+/// Interrupted.
+Fit fitSurface(const std::vector<Point>& points, const Surface& start,
+               const std::function<bool()>& interrupted = {});
 
 }  // namespace surfacefit

@@ -37,7 +37,7 @@ void forEach(const std::vector<OutputFile>& files, bool (*action)(const OutputFi
     if (action(file)) continue;
     for (const OutputFile& written : files) removeTemporary(written);
     throw InputError("cannot write '" + file.path.string() +
-                     "'; give a folder that can be written to with --output");
+                     "'; give a folder that can be written to");
   }
 }
 

@@ -6,6 +6,7 @@
 #include <limits>
 #include <sstream>
 
+#include "examples/surface_fit/Coverage.h"
 #include "examples/surface_fit/NumberText.h"
 #include "examples/surface_fit/PageTemplate.h"
 #include "examples/surface_fit/Raster.h"
@@ -113,7 +114,7 @@ std::string steps(const Refinement& refinement) {
 }
 
 std::string pageData(const PageContent& content) {
-  const auto& [points, credit] = content.measurement;
+  const std::vector<Point>& points = content.measurement.points;
   const Fit& best = content.refinement.bestFit();
   const Grid measured = gridOf(points);
   const Grid fitted{measured.x, measured.y, kFittedSamples, kFittedSamples};
@@ -121,7 +122,7 @@ std::string pageData(const PageContent& content) {
   const double tolerance = content.limits.tolerance;
   const std::vector<int> shown = worstPoints(measured, points, all);
   std::ostringstream data;
-  data << "{name:" << quoted(content.name) << ",credit:" << quoted(credit)
+  data << "{name:" << quoted(content.name) << ",credit:" << quoted(content.measurement.credit)
        << ",unit:" << quoted(content.unit)
        << ",outcome:" << quoted(describe(content.refinement.stop, content.limits))
        << ",points:" << points.size() << ",tolerance:" << numberText(tolerance) << ",\nlargest:{"
@@ -131,7 +132,8 @@ std::string pageData(const PageContent& content) {
        << ",\nbest:" << content.refinement.best << ",steps:" << steps(content.refinement)
        << ",\nmeasured:" << raster(rasterOf(measured, shown, heights(points)), tolerance)
        << ",\ndeviation:" << raster(rasterOf(measured, shown, all), tolerance)
-       << ",\nfitted:" << raster(rasterOf(fitted, best.surface), tolerance) << "}";
+       << ",\nfitted:" << raster(rasterOf(fitted, best.surface, Coverage(points)), tolerance)
+       << "}";
   return data.str();
 }
 

@@ -1,8 +1,6 @@
-// Measured points and how they are read.
+// Measured points.
 #pragma once
 
-#include <filesystem>
-#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -27,16 +25,9 @@ struct Range {
 /// Points as a file holds them.
 struct Measurement {
   std::vector<Point> points;
-  std::string credit;  ///< Who measured: what follows "# Source:", several joined by "; ".
+  std::string credit;      ///< Who measured: what follows "# Source:", several joined by "; ".
+  bool hasHeights = true;  ///< Otherwise there are places only, and every z is 0.
 };
-
-/// Reads "x y z", a point a line. "#" starts a comment; lines without a point are skipped. Throws
-/// InputError, naming the line, for a line that is anything else and for a number that is not
-/// finite.
-Measurement readPoints(std::istream& text);
-
-/// The same from a file, whose name goes into the messages.
-Measurement readPointFile(const std::filesystem::path& file);
 
 /// The range of one coordinate. There must be points.
 Range extent(const std::vector<Point>& points, double Point::*coordinate);

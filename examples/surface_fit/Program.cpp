@@ -4,33 +4,27 @@
 #include <iostream>
 #include <new>
 #include <sstream>
+#include <system_error>
 
-#include <kilnbase/util/mr_tolerance.h>
 #include <vx/Report.h>
 
 #include "examples/surface_fit/CommandLine.h"
 #include "examples/surface_fit/Evaluation.h"
-#include "examples/surface_fit/Fit.h"
 #include "examples/surface_fit/InputError.h"
+#include "examples/surface_fit/Mesh.h"
 #include "examples/surface_fit/NetFile.h"
+#include "examples/surface_fit/NumberText.h"
 #include "examples/surface_fit/NumericErrors.h"
 #include "examples/surface_fit/OutputFiles.h"
 #include "examples/surface_fit/Page.h"
-#include "examples/surface_fit/Points.h"
+#include "examples/surface_fit/PointReader.h"
 #include "examples/surface_fit/Refinement.h"
+#include "examples/surface_fit/Scatter.h"
 #include "examples/surface_fit/StepTable.h"
 
 namespace surfacefit {
 
 namespace {
-
-// Without a tolerance from the user: a tenth of the range of the heights, or, for points at one
-// height, the modelling tolerance.
-double toleranceFor(const Options& options, const std::vector<Point>& points) {
-  if (options.tolerance) return *options.tolerance;
-  const double heights = extent(points, &Point::z).length();
-  return heights > 0.0 ? 0.1 * heights : get_crv_fit_tolerance();
-}
 
 std::string netText(const Surface& surface) {
   std::ostringstream text;
@@ -38,33 +32,71 @@ std::string netText(const Surface& surface) {
   return text.str();
 }
 
-void fit(const Options& options, const Measurement& measurement) {
+// Whatever can be known to fail later fails before the work.
+void checkExports(const Options& options, const std::vector<Point>& points, double tolerance) {
+  for (const std::filesystem::path& file : options.exports) {
+    requirePrecision(meshFormatOf(file.string()), points, tolerance);
+    const std::filesystem::path folder = file.parent_path();
+    std::error_code error;
+    if (!folder.empty() && !std::filesystem::is_directory(folder, error))
+      throw InputError("there is no folder '" + folder.string() + "' for the mesh");
+  }
+}
+
+std::vector<OutputFile> meshFiles(const Options& options, const Surface& surface,
+                                  const std::vector<Point>& points) {
+  std::vector<OutputFile> files;
+  if (options.exports.empty()) return files;
+  const Mesh mesh = meshOf(surface, Coverage(points));
+  for (const std::filesystem::path& file : options.exports)
+    files.push_back({file, meshText(mesh, meshFormatOf(file.string()))});
+  return files;
+}
+
+std::string nameOf(const std::filesystem::path& points) {
+  return points == "-" ? "standard input" : points.filename().string();
+}
+
+// What to say beside the table.
+std::string closing(const Options& options, const Limits& limits, Stop stop) {
+  std::ostringstream text;
+  if (!options.tolerance)
+    text << "Tolerance " << numberText(limits.tolerance) << " " << options.unit
+         << ", from the scatter of the points; --tolerance sets another.\n";
+  text << describe(stop, limits) << "\nWritten to " << options.output.generic_string()
+       << ": surface.html, net.txt, table.txt\n";
+  for (const std::filesystem::path& file : options.exports)
+    text << "Written: " << file.generic_string() << "\n";
+  return text.str();
+}
+
+void fit(const Options& options) {
+  const Measurement measurement = readPointFile(options.points, {options.columns});
   const std::vector<Point>& points = measurement.points;
   requireFittable(points);
+  const double tolerance = options.tolerance ? *options.tolerance : suggestedTolerance(points);
+  checkExports(options, points, tolerance);
   makeFolder(options.output);
-  const Limits limits{toleranceFor(options, points), options.maxUnknowns, options.maxSpans,
-                      options.maxSteps};
+  const Limits limits{tolerance, options.maxUnknowns, options.maxSpans, options.maxSteps};
   TbaseReporter reporter("surface_fit", 1);
   const Refinement refinement = refine(points, limits, reporter);
   rptClearStatus();
 
+  const Surface& surface = refinement.bestFit().surface;
   const std::string table = stepTable(refinement, limits, options.unit);
-  const OutputFile page{options.output / "surface.html",
-                        pageText({measurement, refinement, limits, options.unit,
-                                  options.points.filename().string()})};
-  const OutputFile net{options.output / "net.txt", netText(refinement.bestFit().surface)};
-  const OutputFile steps{options.output / "table.txt", table};
-  writeFiles({page, net, steps});
-  std::cout << table << describe(refinement.stop, limits) << "\nWritten to "
-            << options.output.generic_string() << ": surface.html, net.txt, table.txt\n";
+  std::vector<OutputFile> files = meshFiles(options, surface, points);
+  files.push_back(
+      {options.output / "surface.html",
+       pageText({measurement, refinement, limits, options.unit, nameOf(options.points)})});
+  files.push_back({options.output / "net.txt", netText(surface)});
+  files.push_back({options.output / "table.txt", table});
+  writeFiles(files);
+  std::cout << table << closing(options, limits, refinement.stop);
 }
 
-void run(const Options& options) {
-  const Measurement measurement = readPointFile(options.points);
-  if (options.net.empty())
-    fit(options, measurement);
-  else
-    std::cout << evaluationText(readNetFile(options.net), measurement.points);
+void evaluate(const Options& options) {
+  const Surface surface = readNetFile(options.net);
+  std::cout << evaluationText(surface, readPointFile(options.points, {options.columns, false}));
 }
 
 }  // namespace
@@ -72,7 +104,8 @@ void run(const Options& options) {
 int runProgram(int argc, const char* const* argv) {
   const ThrowingNumericErrors numericErrors;
   try {
-    if (const auto options = parseCommandLine(argc, argv)) run(*options);
+    if (const auto options = parseCommandLine(argc, argv))
+      options->net.empty() ? fit(*options) : evaluate(*options);
     if (!std::cout.flush()) throw InputError("cannot write to standard output");
     return 0;
   } catch (const std::bad_alloc&) {

@@ -5,6 +5,8 @@
 #include <limits>
 #include <optional>
 
+#include "examples/surface_fit/Coverage.h"
+
 namespace surfacefit {
 
 namespace {
@@ -43,6 +45,10 @@ double centre(const Range& range, int index, int count) {
 
 }  // namespace
 
+std::size_t Grid::cellAt(double placeX, double placeY) const {
+  return static_cast<std::size_t>(indexOf(placeY, y, rows)) * columns + indexOf(placeX, x, columns);
+}
+
 Grid gridOf(const std::vector<Point>& points) {
   const Range x = extent(points, &Point::x);
   const Range y = extent(points, &Point::y);
@@ -50,7 +56,13 @@ Grid gridOf(const std::vector<Point>& points) {
   const auto rows = evenCount(points, &Point::y);
   if (columns && rows && *columns * *rows <= 2 * points.size())
     return {x, y, static_cast<int>(*columns), static_cast<int>(*rows)};
-  const double cells = static_cast<double>(points.size()) / kPointsPerCell;
+  return gridOfCells(points, kPointsPerCell);
+}
+
+Grid gridOfCells(const std::vector<Point>& points, double pointsPerCell) {
+  const Range x = extent(points, &Point::x);
+  const Range y = extent(points, &Point::y);
+  const double cells = static_cast<double>(points.size()) / pointsPerCell;
   const double size = std::max(std::sqrt(x.length() * y.length() / cells),
                                std::max(x.length(), y.length()) / cells);
   return {x, y, cellsAlong(x, size), cellsAlong(y, size)};
@@ -60,8 +72,7 @@ std::vector<int> worstPoints(const Grid& grid, const std::vector<Point>& points,
                              const DoubleVec& deviations) {
   std::vector<int> worst(static_cast<std::size_t>(grid.columns) * grid.rows, -1);
   for (int k = 0; k < static_cast<int>(points.size()); ++k) {
-    const std::size_t row = indexOf(points[k].y, grid.y, grid.rows);
-    int& cell = worst[row * grid.columns + indexOf(points[k].x, grid.x, grid.columns)];
+    int& cell = worst[grid.cellAt(points[k].x, points[k].y)];
     if (cell < 0 || std::abs(deviations(k)) > std::abs(deviations(cell))) cell = k;
   }
   return worst;
@@ -74,12 +85,15 @@ Raster rasterOf(const Grid& grid, const std::vector<int>& pointOfCell, const Dou
   return raster;
 }
 
-Raster rasterOf(const Grid& grid, const Surface& surface) {
+Raster rasterOf(const Grid& grid, const Surface& surface, const Coverage& coverage) {
   Raster raster{grid, {}};
   for (int j = 0; j < grid.rows; ++j)
-    for (int i = 0; i < grid.columns; ++i)
-      raster.values.push_back(
-          surface.heightAt(centre(grid.x, i, grid.columns), centre(grid.y, j, grid.rows)));
+    for (int i = 0; i < grid.columns; ++i) {
+      const double x = centre(grid.x, i, grid.columns);
+      const double y = centre(grid.y, j, grid.rows);
+      raster.values.push_back(coverage.covers(x, y) ? surface.heightAt(x, y)
+                                                    : std::numeric_limits<double>::quiet_NaN());
+    }
   return raster;
 }
 

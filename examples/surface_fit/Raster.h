@@ -10,12 +10,17 @@
 
 namespace surfacefit {
 
+class Coverage;
+
 /// Even cells: `x` and `y` are the ranges of their centres; at least two columns and two rows.
 struct Grid {
   Range x;
   Range y;
   int columns;
   int rows;
+
+  /// The index of the cell of a place in the ranges: row by row from the lowest y.
+  std::size_t cellAt(double x, double y) const;
 };
 
 /// A value for every cell, row by row from the lowest y, each from the lowest x; NaN where there is
@@ -29,6 +34,9 @@ struct Raster {
 /// so large that most of them hold a point.
 Grid gridOf(const std::vector<Point>& points);
 
+/// Cells over the extent of the points that hold so many of them on average.
+Grid gridOfCells(const std::vector<Point>& points, double pointsPerCell);
+
 /// For each cell the index of the point in it that deviates most, or -1 where there is none.
 std::vector<int> worstPoints(const Grid& grid, const std::vector<Point>& points,
                              const DoubleVec& deviations);
@@ -36,7 +44,7 @@ std::vector<int> worstPoints(const Grid& grid, const std::vector<Point>& points,
 /// For each cell the value of its point.
 Raster rasterOf(const Grid& grid, const std::vector<int>& pointOfCell, const DoubleVec& values);
 
-/// The heights of the surface at the centres of the cells.
-Raster rasterOf(const Grid& grid, const Surface& surface);
+/// The heights of the surface at the centres of the cells that are covered.
+Raster rasterOf(const Grid& grid, const Surface& surface, const Coverage& coverage);
 
 }  // namespace surfacefit

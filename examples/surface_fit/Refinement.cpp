@@ -128,10 +128,11 @@ Surface refined(Surface surface, const Plan& plan) {
   return surface;
 }
 
-Step timedFit(const std::vector<Point>& points, const Surface& start) {
+Step timedFit(const std::vector<Point>& points, const Surface& start,
+              const std::function<bool()>& interrupted) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point begin = Clock::now();
-  const Fit fit = fitSurface(points, start);
+  const Fit fit = fitSurface(points, start, interrupted);
   return {fit, std::chrono::duration<double>(Clock::now() - begin).count()};
 }
 
@@ -160,13 +161,16 @@ std::optional<Stop> reasonToStop(const Refinement& refinement, const Limits& lim
 
 // Adds step after step to `result` and tells it why the last one is the last.
 void takeSteps(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter,
-               Refinement& result) {
+               const KeptStep& kept, Refinement& result) {
   Surface start =
       Surface::flat(extent(points, &Point::x), extent(points, &Point::y), mean(heights(points)));
+  std::function<bool()> interrupted;  // the first step is always finished
   while (true) {
-    result.steps.push_back(timedFit(points, start));
+    result.steps.push_back(timedFit(points, start, interrupted));
+    interrupted = [&reporter] { return reporter.quit() != 0; };
     const Fit& fit = result.steps.back().fit;
     if (size(fit) < size(result.bestFit())) result.best = result.steps.size() - 1;
+    if (kept && result.best == result.steps.size() - 1) kept(result.steps.back());
     report(fit, static_cast<int>(result.steps.size()), limits, reporter);
 
     const std::optional<Stop> stop = reasonToStop(result, limits, reporter);
@@ -181,10 +185,13 @@ void takeSteps(const std::vector<Point>& points, const Limits& limits, TbaseRepo
 
 }  // namespace
 
-Refinement refine(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter) {
+Refinement refine(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter,
+                  const KeptStep& kept) {
   Refinement result{{}, 0, Stop::kOutOfMemory};
   try {
-    takeSteps(points, limits, reporter, result);
+    takeSteps(points, limits, reporter, kept, result);
+  } catch (const Interrupted&) {
+    result.stop = Stop::kByUser;
   } catch (const std::bad_alloc&) {
     if (result.steps.empty()) throw;
   }

@@ -1,6 +1,7 @@
 // Refinement of a surface until it is near enough to the points.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -43,14 +44,21 @@ struct Refinement {
   const Fit& bestFit() const { return steps[best].fit; }
 };
 
+/// Gets each step that is kept: whose largest deviation is the smallest so far.
+using KeptStep = std::function<void(const Step&)>;
+
 /// Fits surfaces of 1, 2, 4 and 8 spans each way over the extent of the points, then halves, in
 /// each direction by itself, the spans with the largest deviations, a quarter of the spans at a
 /// time. A span is halved only if there are points over both halves. Tells `reporter` of every
-/// step, the largest deviation relative to the tolerance, and asks it after every step whether to
-/// stop. Throws std::bad_alloc when there is no memory for the first step; where a later step lacks
+/// step, the largest deviation relative to the tolerance, and asks it after every step, and during
+/// all but the first, whether to stop. Calls `kept` in the order of the steps; the last call is for
+/// the best step. The same points and limits give the same steps, bit for bit.
+///
+/// Throws std::bad_alloc when there is no memory for the first step; where a later step lacks
 /// memory, the refinement ends with the steps before it. Numeric errors must throw for that, see
 /// NumericErrors.h.
-Refinement refine(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter);
+Refinement refine(const std::vector<Point>& points, const Limits& limits, TbaseReporter& reporter,
+                  const KeptStep& kept = {});
 
 /// Why it stopped, as a sentence for the user.
 std::string describe(Stop stop, const Limits& limits);

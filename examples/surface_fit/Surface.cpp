@@ -1,8 +1,19 @@
 #include "examples/surface_fit/Surface.h"
 
+#include <cstring>
+
 #include "examples/surface_fit/Spline.h"
 
 namespace surfacefit {
+
+namespace {
+
+bool sameBits(const DoubleVec& a, const DoubleVec& b) {
+  return a.length() == b.length() &&
+         std::memcmp(a.data(), b.data(), a.length() * sizeof(double)) == 0;
+}
+
+}  // namespace
 
 Surface Surface::flat(const Range& xRange, const Range& yRange, double height) {
   return Surface(oneSpan(xRange), oneSpan(yRange), DoubleGenMat(kOrder, kOrder, height));
@@ -13,6 +24,12 @@ Surface& Surface::operator=(const Surface& other) {
   yKnots_ = other.yKnots_;
   net_.reference(other.net_);
   return *this;
+}
+
+bool Surface::identicalTo(const Surface& other) const {
+  return sameBits(xKnots_.data(), other.xKnots_.data()) &&
+         sameBits(yKnots_.data(), other.yKnots_.data()) &&
+         sameBits(net_.dataVec(), other.net_.dataVec());
 }
 
 bool Surface::contains(double x, double y) const {

@@ -28,6 +28,9 @@ class Surface {
   const TnumberSequence& yKnots() const { return yKnots_; }
   const DoubleGenMat& net() const { return net_; }
 
+  /// Whether the other one has the same knots and the same net, bit for bit.
+  bool identicalTo(const Surface& other) const;
+
   bool contains(double x, double y) const;
   /// The height at a place that the surface contains.
   double heightAt(double x, double y) const;

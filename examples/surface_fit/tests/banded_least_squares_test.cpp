@@ -81,7 +81,7 @@ TEST(BandedLeastSquares, DampsWhatIsNotDetermined) {
     const System system(perGroup, coefficients);
     const DoubleGenMat a = system.matrix();
     const DoubleSVDecomp svd(a);
-    const double weight = kDamping * system.triangle.largestColumn();
+    const double weight = kDamping * system.triangle.meanColumn();
     DoubleVec expected(kUnknowns, 0.0);
     for (int k = 0; k < std::min(kUnknowns, static_cast<int>(a.rows())); ++k) {
       const double s = svd.singularValues()(k);

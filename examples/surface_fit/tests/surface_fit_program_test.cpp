@@ -34,6 +34,7 @@ class SurfaceFitProgram : public testing::Test {
   SurfaceFitProgram() {
     folder.write("good.xyz", pointsText(169, 0));
     folder.write("line.xyz", pointsText(40, 2));
+    folder.write("far.xyz", "1e9 1e9 0\n" + pointsText(169, 0));
     folder.write("few.xyz", pointsText(15, 0));
     folder.write("letters.xyz", "1 2 3\n4 five 6\n");
     folder.write("nan.xyz", "1 2 3\n4 5 nan\n");
@@ -81,6 +82,11 @@ TEST_F(SurfaceFitProgram, RefusesBadInputWithAMessageAndWritesNothing) {
       {{"@good.xyz", "--max-steps", "0"}, "--max-steps"},
       {{"@good.xyz", "--tolerances", "1"}, "--tolerances"},
       {{"@good.xyz", "more.xyz"}, "more.xyz"},
+      {{"@good.xyz", "--columns", "1,2"}, "three columns"},
+      {{"@good.xyz", "--columns", "1,2,height"}, "no heading with a column 'height'"},
+      {{"@good.xyz", "--export", "@good.step"}, ".obj, .ply or .stl"},
+      {{"@good.xyz", "--export", "@none/good.ply"}, "there is no folder"},
+      {{"@far.xyz", "--export", "@far.stl"}, "single precision"},
       {{"@good.xyz", "--evaluate", "@missing.txt"}, "cannot open"},
       {{"@good.xyz", "--evaluate", "@net.txt"}, "the knots in x"},
       {{"@good.xyz", "--evaluate", "@net.txt", "--tolerance", "1"}, "--tolerance"},
@@ -102,8 +108,9 @@ TEST_F(SurfaceFitProgram, TellsEveryOptionAndItsVersion) {
   EXPECT_EQ(0, run({"--version"}));
   EXPECT_EQ("surface_fit " + std::string(kilnbaseVersion()) + "\n", out);
   EXPECT_EQ(0, run({"--help"}));
-  for (const char* text : {"points", "--tolerance", "--output", "--max-unknowns", "--max-spans",
-                           "--max-steps", "--unit", "--evaluate", "ESC", "Exit code"})
+  for (const char* text :
+       {"points", "--tolerance", "--output", "--max-unknowns", "--max-spans", "--max-steps",
+        "--unit", "--evaluate", "--columns", "--export", "ESC", "Exit code", "Examples"})
     EXPECT_THAT(out, HasSubstr(text));
 }
 
@@ -124,6 +131,11 @@ TEST_F(SurfaceFitProgram, WritesANetThatASecondRunEvaluatesToTheSameDeviations) 
   EXPECT_THAT(heading, HasSubstr("# 169 points, rms deviation "));
   const std::string rms = heading.substr(heading.find("rms deviation ") + 14, 4);
   EXPECT_THAT(table.substr(table.rfind("\n*")), HasSubstr(rms));
+
+  folder.write("places.csv", "id,x,y\n1,3,4\n2,0.5,11\n");
+  EXPECT_EQ(0, run({"@places.csv", "--columns", "x,y", "--evaluate", "@out/net.txt"}));
+  EXPECT_THAT(out,
+              testing::ContainsRegex("# 2 places\n# x y height\n3 4 [0-9.]+\n0.5 11 [0-9.]+\n"));
 
   folder.write("outside.xyz", "3 3 0\n13 3 0\n");
   EXPECT_EQ(2, run({"@outside.xyz", "--evaluate", "@out/net.txt"}));
@@ -150,6 +162,18 @@ TEST_F(SurfaceFitProgram, TellsThatStandardOutputCannotBeWritten) {
     std::cout.clear();
   }
   std::cout.rdbuf(usual);
+}
+
+TEST_F(SurfaceFitProgram, ReadsStandardInputAndChoosesATolerance) {
+  std::istringstream input(pointsText(169, 0));
+  std::streambuf* const usual = std::cin.rdbuf(input.rdbuf());
+  EXPECT_EQ(0, run({"-", "--output", "@out", "--export", "@a.obj", "--export", "@b.PLY"}));
+  std::cin.rdbuf(usual);
+  EXPECT_THAT(out, HasSubstr("from the scatter of the points"));
+  EXPECT_THAT(kilntest::readFile(folder.path() / "out" / "surface.html"),
+              HasSubstr("name:\"standard input\""));
+  EXPECT_EQ("v 0 0 ", kilntest::readFile(folder.path() / "a.obj").substr(0, 6));
+  EXPECT_EQ("ply\n", kilntest::readFile(folder.path() / "b.PLY").substr(0, 4));
 }
 
 TEST_F(SurfaceFitProgram, WritesAllFilesOrNone) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <gmock/gmock.h>
@@ -7,14 +8,17 @@
 #include <sstream>
 
 #include <kilnbase/linalg/vecmath.h>
+#include <kilnbase/util/mr_tolerance.h>
 
 #include "examples/surface_fit/Fit.h"
 #include "examples/surface_fit/InputError.h"
+#include "examples/surface_fit/Mesh.h"
 #include "examples/surface_fit/NetFile.h"
 #include "examples/surface_fit/Page.h"
-#include "examples/surface_fit/Points.h"
+#include "examples/surface_fit/PointReader.h"
 #include "examples/surface_fit/Raster.h"
 #include "examples/surface_fit/Refinement.h"
+#include "examples/surface_fit/Scatter.h"
 #include "examples/surface_fit/Spline.h"
 #include "tests/support/Matrices.h"
 #include "tests/support/Reports.h"
@@ -204,6 +208,22 @@ TEST(Refinement, ReportsEveryStepAndStopsOnRequestWithWhatItHas) {
   const Refinement stopped = refine(points, {1e-9, 900, 100, 20}, reporter);
   EXPECT_EQ(Stop::kByUser, stopped.stop);
   EXPECT_EQ(1u, stopped.steps.size());
+  EXPECT_THROW(fitSurface(points, startFor(points, 4), [] { return true; }), Interrupted);
+}
+
+TEST(Refinement, HandsOutEveryKeptStepTheSameEachTime) {
+  const std::vector<Point> points = scattered(800, wavy);
+  const Limits limits{1e-9, 300, 100, 9};
+  TbaseReporter silent;
+  std::vector<Surface> kept;
+  const Refinement refinement =
+      refine(points, limits, silent, [&kept](const Step& s) { kept.push_back(s.fit.surface); });
+  EXPECT_TRUE(kept.back().identicalTo(refinement.bestFit().surface));
+  std::size_t again = 0;
+  refine(points, limits, silent,
+         [&](const Step& s) { EXPECT_TRUE(s.fit.surface.identicalTo(kept[again++])); });
+  EXPECT_EQ(kept.size(), again);
+  EXPECT_FALSE(kept[0].identicalTo(kept[1]));
 }
 
 std::string netText(const Surface& surface) {
@@ -240,26 +260,96 @@ TEST(NetFile, RefusesWhatIsNoNet) {
   }
 }
 
-TEST(Points, ReadsNumbersCommentsAndBlankLines) {
-  std::istringstream text(
-      "\xEF\xBB\xBF# head\n# Source: A & B \r\n1 2 3\r\n\n  +4\t-5e1 .5 # Source: no\n# "
-      "Source:C\n7 8 9");
-  const auto [points, credit] = readPoints(text);
-  ASSERT_EQ(3u, points.size());
-  EXPECT_EQ(4.0, points[1].x);
-  EXPECT_EQ(-50.0, points[1].y);
-  EXPECT_EQ(0.5, points[1].z);
-  EXPECT_EQ(9.0, points[2].z);
+// Every text tells the points (1, -2.5, 30) and (4, 5, 0.5).
+TEST(PointReader, ReadsWhatPeopleHave) {
+  const struct {
+    const char* text;
+    std::vector<std::string> columns;
+  } cases[] = {
+      {"1 -2.5 30\n4 5 .5", {}},
+      {"\xEF\xBB\xBF# head\r\n1\t-25e-1\t +30\r\n\n \t4 5 0.5 # note\n", {}},
+      {"1, -2.5, 30\n4,5,0.5,\n", {}},
+      {"1;-2,5;30\n4;5;0,5;;\n", {}},
+      {"\"east\";\"north\";\"height\"\n\"1\";-2,5;30\n4;5;0,5\n", {}},
+      {"id,Z,name,y,X\n7,30,\"a, b\",-2.5,1\n8,0.5,,5,4\n", {}},
+      {"id h name n e\n7 30 a -2.5 1\n8 0.5 b 5 4\n", {"E", "n", "h"}},
+      {"7 30 a -2.5 1\n8 0.5 b 5 4\n", {"5", "4", "2"}},
+  };
+  for (const auto& [text, columns] : cases) {
+    std::istringstream stream(text);
+    const std::vector<Point> points = readPoints(stream, {columns}).points;
+    ASSERT_EQ(2u, points.size()) << text;
+    EXPECT_EQ(1.0, points[0].x) << text;
+    EXPECT_EQ(-2.5, points[0].y) << text;
+    EXPECT_EQ(30.0, points[0].z) << text;
+    EXPECT_EQ(4.0, points[1].x) << text;
+    EXPECT_EQ(5.0, points[1].y) << text;
+    EXPECT_EQ(0.5, points[1].z) << text;
+  }
+  std::istringstream places("# Source: A & B \r\n1 2\n3 4 # Source: no\n# Source:C\n");
+  const auto [points, credit, hasHeights] = readPoints(places, {{}, false});
+  EXPECT_EQ(4.0, points[1].y);
   EXPECT_EQ("A & B; C", credit);
+  EXPECT_FALSE(hasHeights);
 }
 
-TEST(Points, NamesTheLineThatCannotBeRead) {
-  for (const char* line : {"1 2", "1 2 3 4", "1 2 x", "1 2 3x", "1,2,3", "1 2 nan", "inf 2 3",
-                           "1e999 2 3", "1 -1e200 3", "1 2 0x10", "+ 2 3", "1 2 --3"}) {
-    std::istringstream text("1 2 3\n# comment\n" + std::string(line) + "\n4 5 6\n");
-    EXPECT_THAT([&text] { readPoints(text); }, ThrowsMessage<InputError>(HasSubstr("line 3: ")))
-        << line;
+TEST(PointReader, NamesTheLineThatCannotBeRead) {
+  const auto expectFailure = [](const std::string& content, const PointFormat& format,
+                                const char* message) {
+    std::istringstream text(content);
+    EXPECT_THAT([&] { readPoints(text, format); }, ThrowsMessage<InputError>(HasSubstr(message)))
+        << content;
+  };
+  for (const char* line :
+       {"1 2", "1 2 3 4", "1 2 x", "1 2 3x", "1,,3", "1 2 nan", "inf 2 3", "1e999 2 3",
+        "1 -1e200 3", "1 2 0x10", "+ 2 3", "1 2 --3", "a b c", "1,5 2,5 3,5", ";;;", "\"1 2 3"})
+    expectFailure("1 2 3\n# comment\n" + std::string(line) + "\n4 5 6\n", {}, "line 3: ");
+  expectFailure("1 2\n", {}, "line 1: fewer than three columns");
+  expectFailure("1\n", {{}, false}, "line 1: fewer than two columns");
+  expectFailure("1 2 3 4\n", {}, "line 1: more than three columns");
+  expectFailure("a b c d\n1 2 3 4\n", {}, "line 1: more than three columns");
+  expectFailure("1 2 3\n", {{"x", "2", "3"}}, "line 1: there is no heading with a column 'x'");
+  expectFailure("1 2 3\n", {{"1", "0", "3"}}, "line 1: there is no heading with a column '0'");
+  expectFailure("1 2 3\n", {{"1", "2", "4"}}, "line 1: no column 4, where z should be");
+  expectFailure("a b c\n", {}, "no points");
+}
+
+TEST(Scatter, IsThatOfTheHeightsAboutTheirNeighbours) {
+  std::mt19937 random(3);
+  std::normal_distribution<double> noise(0.0, 0.5);
+  std::vector<Point> points = scattered(5000, wavy);
+  EXPECT_LT(scatterOf(points), 0.01);
+  for (Point& p : points) p.z += noise(random);
+  points[7].z = 1e6;
+  EXPECT_NEAR(0.5, scatterOf(points), 0.05);
+  for (Point& p : points) p.z = 3.0;
+  EXPECT_EQ(get_crv_fit_tolerance(), suggestedTolerance(points));
+}
+
+// The triangles look up and cover everything but the hole, of which a rim may be covered.
+TEST(Mesh, CoversThePlacesThatHavePoints) {
+  std::vector<Point> points = scattered(4000, wavy);
+  std::erase_if(points, [](const Point& p) { return p.x > 3.0 && p.x < 6.0; });
+  const Surface surface = startFor(points, 16);
+  const Mesh mesh = meshOf(surface, Coverage(points));
+  double area = 0.0;
+  for (const auto& [a, b, c] : mesh.triangles) {
+    const Point& p = mesh.vertices[a];
+    const Point& q = mesh.vertices[b];
+    const Point& r = mesh.vertices[c];
+    const double twice = (q.x - p.x) * (r.y - p.y) - (q.y - p.y) * (r.x - p.x);
+    EXPECT_GT(twice, 0.0);
+    EXPECT_FALSE(std::min({p.x, q.x, r.x}) > 3.8 && std::max({p.x, q.x, r.x}) < 5.2);
+    area += 0.5 * twice;
   }
+  EXPECT_NEAR(75.0, area, 5.0);
+
+  const std::string text = meshText(mesh, MeshFormat::kObj);
+  EXPECT_EQ(mesh.vertices.size() + mesh.triangles.size(), std::ranges::count(text, '\n'));
+  EXPECT_EQ(84 + 50 * mesh.triangles.size(), meshText(mesh, MeshFormat::kStl).size());
+  const std::string ply = meshText(mesh, MeshFormat::kPly);
+  EXPECT_EQ(ply.find("end_header\n") + 11 + 24 * mesh.vertices.size() + 13 * mesh.triangles.size(),
+            ply.size());
 }
 
 TEST(Raster, FindsAnEvenGridAndKeepsTheLargestOfACell) {

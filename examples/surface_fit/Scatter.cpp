@@ -1,0 +1,80 @@
+#include "examples/surface_fit/Scatter.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include <kilnbase/linalg/DoubleLeastSqQR.h>
+#include <kilnbase/util/mr_tolerance.h>
+
+#include "examples/surface_fit/Raster.h"
+
+namespace surfacefit {
+
+namespace {
+
+constexpr double kPointsPerCell = 12.0;
+
+// A quadratic has 6 coefficients; fewer points beyond them tell too little.
+constexpr int kQuadratic = 6;
+constexpr std::size_t kFewestPoints = kQuadratic + 3;
+
+constexpr double kRankTolerance = 1e-9;
+
+// The points of each cell.
+std::vector<std::vector<Point>> cellsOf(const std::vector<Point>& points) {
+  const Grid grid = gridOfCells(points, kPointsPerCell);
+  std::vector<std::vector<Point>> cells(static_cast<std::size_t>(grid.columns) * grid.rows);
+  for (const Point& point : points) cells[grid.cellAt(point.x, point.y)].push_back(point);
+  return cells;
+}
+
+// The rms deviation of the points of a cell from the best quadratic through them.
+double roughness(const std::vector<Point>& points) {
+  const Point& middle = points.front();
+  const double size =
+      std::max(extent(points, &Point::x).length(), extent(points, &Point::y).length());
+  const auto count = static_cast<unsigned>(points.size());
+  DoubleGenMat design(count, kQuadratic);
+  DoubleVec heights(count);
+  int row = 0;
+  for (const Point& point : points) {
+    const double x = (point.x - middle.x) / size;
+    const double y = (point.y - middle.y) / size;
+    design.row(row) = DoubleVec(std::array{1.0, x, y, x * x, x * y, y * y}.data(), kQuadratic);
+    heights(row++) = point.z - middle.z;
+  }
+  DoubleLeastSqQR quadratic(design);
+  quadratic.setTolerance(kRankTolerance * std::abs(quadratic(0, 0)));
+  const double free = static_cast<double>(count) - kQuadratic + quadratic.numFreeCols();
+  return quadratic.residual(heights).vecLen() / std::sqrt(free);
+}
+
+// The largest of n independent numbers with the normal distribution is about sqrt(2 ln n) times
+// their rms.
+constexpr double kLargestOfMany = 4.0;
+
+double toTwoDigits(double value) {
+  const double unit = std::pow(10.0, std::floor(std::log10(value)) - 1.0);
+  return std::round(value / unit) * unit;
+}
+
+}  // namespace
+
+double scatterOf(const std::vector<Point>& points) {
+  std::vector<double> all;
+  for (const std::vector<Point>& cell : cellsOf(points))
+    if (cell.size() >= kFewestPoints) all.push_back(roughness(cell));
+  if (all.empty()) return 0.0;
+  const auto median = all.begin() + static_cast<std::ptrdiff_t>(all.size() / 2);
+  std::nth_element(all.begin(), median, all.end());
+  return *median;
+}
+
+double suggestedTolerance(const std::vector<Point>& points) {
+  const double least = 1e-3 * extent(points, &Point::z).length();
+  if (least <= 0.0) return get_crv_fit_tolerance();
+  return toTwoDigits(std::max(kLargestOfMany * scatterOf(points), least));
+}
+
+}  // namespace surfacefit
