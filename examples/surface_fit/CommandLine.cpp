@@ -28,6 +28,9 @@ everywhere up to eight, then where the deviation is largest, in x and in y separ
 without points keep the shape of the coarser surface; the page marks them, and meshes leave them
 out.
 
+Without --tolerance the points decide: how far heights scatter about what those around them tell,
+times sqrt(2 ln n), which is about the largest of n deviations of such a size.
+
 Written to the output folder: surface.html, a page with maps of the measured surface, the fit and
 the deviation; net.txt, the knots and the control net, for --evaluate; table.txt, the table of the
 steps, which also goes to standard output. ESC or Ctrl-C stops and keeps the best fit so far.)";
@@ -57,8 +60,7 @@ void addFitOptions(CLI::App& app, Options& options, CLI::Option* evaluate) {
   const auto fitOnly = [evaluate](CLI::Option* option) { option->excludes(evaluate); };
   const CLI::Validator positive(checkPositive, "");
   fitOnly(app.add_option("-t,--tolerance", options.tolerance,
-                         "Largest deviation allowed, in the unit of the points; "
-                         "without it, four times the scatter of the points")
+                         "Largest deviation allowed; without it, the scatter of the points decides")
               ->check(positive));
   fitOnly(app.add_option("-o,--output", options.output, "Folder of the results")
               ->capture_default_str());

@@ -29,7 +29,7 @@ struct Interrupted {};
 ///
 /// With nx by ny coefficients and nx <= ny, time is about 180 nx^3 ny floating-point operations and
 /// a thousand for each point. Memory is about 4 nx^2 ny numbers, twice that where coefficients are
-/// undetermined, and 8 bytes for each point.
+/// undetermined, and 24 bytes for each point.
 ///
 /// `interrupted`, if there is one, is asked now and then whether to stop; if so, throws
 /// Interrupted.

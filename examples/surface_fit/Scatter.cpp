@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 
 #include <kilnbase/linalg/DoubleLeastSqQR.h>
@@ -50,13 +51,12 @@ double roughness(const std::vector<Point>& points) {
   return quadratic.residual(heights).vecLen() / std::sqrt(free);
 }
 
-// The largest of n independent numbers with the normal distribution is about sqrt(2 ln n) times
-// their rms.
-constexpr double kLargestOfMany = 4.0;
-
 double toTwoDigits(double value) {
-  const double unit = std::pow(10.0, std::floor(std::log10(value)) - 1.0);
-  return std::round(value / unit) * unit;
+  char text[32];
+  const auto [end, error] =
+      std::to_chars(text, text + sizeof text, value, std::chars_format::scientific, 1);
+  std::from_chars(text, end, value);
+  return value;
 }
 
 }  // namespace
@@ -74,7 +74,8 @@ double scatterOf(const std::vector<Point>& points) {
 double suggestedTolerance(const std::vector<Point>& points) {
   const double least = 1e-3 * extent(points, &Point::z).length();
   if (least <= 0.0) return get_crv_fit_tolerance();
-  return toTwoDigits(std::max(kLargestOfMany * scatterOf(points), least));
+  const double largestOfAll = std::sqrt(2.0 * std::log(static_cast<double>(points.size())));
+  return toTwoDigits(std::max(largestOfAll * scatterOf(points), least));
 }
 
 }  // namespace surfacefit

@@ -14,10 +14,10 @@ namespace surfacefit {
 /// area.
 double scatterOf(const std::vector<Point>& points);
 
-/// A tolerance for the largest deviation from a surface that fits points with such a scatter, as
-/// the largest of ten thousand normally distributed numbers is: four times the scatter, but no less
-/// than a thousandth of the range of the heights, to two digits; for points at one height, the
-/// modelling tolerance.
+/// A tolerance for the largest deviation from a surface that fits points with such a scatter:
+/// sqrt(2 ln n) times the scatter, which is about the largest of n normally distributed deviations,
+/// but no less than a thousandth of the range of the heights; to two digits. For points at one
+/// height, the modelling tolerance.
 double suggestedTolerance(const std::vector<Point>& points);
 
 }  // namespace surfacefit
