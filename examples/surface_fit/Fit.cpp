@@ -55,6 +55,13 @@ class Direction {
   DoubleVec scales_;
 };
 
+DoubleGenMat leadingRows(const DoubleGenMat& matrix, int rows) {
+  DoubleGenMat result(rows, matrix.cols());
+  for (int j = 0; j < static_cast<int>(matrix.cols()); ++j)
+    result.col(j) = matrix.col(j).slice(0, rows);
+  return result;
+}
+
 // The least-squares system of a net. Its unknowns are numbered along `inner`, the direction with
 // fewer coefficients, then along `outer`; a block has those of one function of `outer`.
 class SplineSystem {
@@ -75,6 +82,7 @@ class SplineSystem {
 
   Places endOfCell(int outerGroup, int innerGroup) const;
   DoubleGenMat equations(Places begin, Places end, const DoubleVec& rightSide) const;
+  void addCell(int outerGroup, int innerGroup, const DoubleVec& rightSide, BandedQr& qr) const;
   void addStrip(int outerGroup, const DoubleVec& rightSide, BandedQr& qr) const;
 
   const std::vector<Point>& points_;
@@ -121,6 +129,16 @@ DoubleGenMat SplineSystem::equations(Places begin, Places end, const DoubleVec& 
   return result;
 }
 
+void SplineSystem::addCell(int outerGroup, int innerGroup, const DoubleVec& rightSide,
+                           BandedQr& qr) const {
+  const Places end = endOfCell(outerGroup, innerGroup);
+  for (Places begin = endOfCell(outerGroup, innerGroup - 1); begin != end;) {
+    const Places next = begin + std::min<std::ptrdiff_t>(end - begin, kEquationsAtATime);
+    qr.add(equations(begin, next, rightSide));
+    begin = next;
+  }
+}
+
 // Adds the equations of all points of one outer group. They are first made into a triangle of their
 // own, along `inner` with blocks of four unknowns, so that `qr` gets no more than four equations
 // for each function of `inner`.
@@ -130,14 +148,7 @@ void SplineSystem::addStrip(int outerGroup, const DoubleVec& rightSide, BandedQr
   int rows = 0;
   BandedQr stripQr(kOrder);
   for (int i = 0; i < width; ++i) {
-    if (i < inner_.groups()) {
-      const Places end = endOfCell(outerGroup, i);
-      for (Places begin = endOfCell(outerGroup, i - 1); begin != end;) {
-        const Places next = begin + std::min<std::ptrdiff_t>(end - begin, kEquationsAtATime);
-        stripQr.add(equations(begin, next, rightSide));
-        begin = next;
-      }
-    }
+    if (i < inner_.groups()) addCell(outerGroup, i, rightSide, stripQr);
     const DoubleGenMat finished = stripQr.next();
     for (int row = 0; row < static_cast<int>(finished.rows()); ++row, ++rows) {
       for (int k = 0; k < kOrder * kOrder && i + k / kOrder < width; ++k)
@@ -145,10 +156,7 @@ void SplineSystem::addStrip(int outerGroup, const DoubleVec& rightSide, BandedQr
       strip(rows, kOrder * width) = finished(row, kOrder * kOrder);
     }
   }
-  if (rows == 0) return;
-  DoubleGenMat used(rows, qr.columns());
-  for (int j = 0; j < qr.columns(); ++j) used.col(j) = strip.col(j).slice(0, rows);
-  qr.add(used);
+  if (rows > 0) qr.add(leadingRows(strip, rows));
 }
 
 BandedTriangle SplineSystem::triangle(const DoubleVec& rightSide,
