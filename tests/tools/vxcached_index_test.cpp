@@ -252,6 +252,8 @@ TEST_F(IndexTest, TakesOneFileForOneKey) {
   store.isFull = true;
   EXPECT_FALSE(add("a", "y"));
   EXPECT_TRUE(has("a"));
+  index.setAccessed("a", 9);
+  EXPECT_EQ(store.saved.at(1).accessTime, 9);
   store.isFull = false;
   // A removed file that somebody still holds belongs to nobody else.
   index.release(client, "a", true);
@@ -273,6 +275,7 @@ TEST_F(IndexTest, AFileAddedAgainBelongsToTheNewerGeneration) {
 
   EXPECT_NE(index.acquire(client, "a"), nullptr);
   EXPECT_NE(index.acquire(other, "a"), nullptr);
+  EXPECT_EQ(index.list().front().holders, 2U);
   EXPECT_TRUE(index.release(client, "a", true));
   EXPECT_FALSE(index.acquire(client, "a"));
   EXPECT_TRUE(add("a", "x"));  // not deleted yet, as `other` holds it

@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 #include <iterator>
-#include <map>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tests/support/TemporaryFolder.h"
@@ -15,6 +16,7 @@ using vxcached::CacheIndex;
 using vxcached::Entry;
 using vxcached::Journal;
 using vxcached::kIndexName;
+using namespace std::string_view_literals;
 using vxOS::FileFacts;
 
 // All files are there: the identity is the number in the name.
@@ -35,7 +37,10 @@ Entry entry(int number, const std::string& key) {
       key, std::to_string(number), {true, 1, -5, identity}, number * std::int64_t{10}, identity};
 }
 
-using Times = std::map<std::string, std::int64_t>;  // access times by key
+// Keys and access times, in the order in which the entries go.
+using Times = std::vector<std::pair<std::string, std::int64_t>>;
+
+constexpr std::size_t kRemovalBytes = 4 + 8 + 1 + 8;
 
 struct VxcachedJournal : testing::Test {
   VxcachedJournal() { EXPECT_EQ(directory.open(folder.path().string().c_str()).code(), 0); }
@@ -47,7 +52,7 @@ struct VxcachedJournal : testing::Test {
     Journal journal;
     EXPECT_EQ(journal.open(directory, index).code(), 0);
     Times times;
-    for (const auto& each : index.list()) times[each.entry.key] = each.entry.accessTime;
+    for (const auto& each : index.list()) times.emplace_back(each.entry.key, each.entry.accessTime);
     EXPECT_TRUE(journal.appendRemoval(entry(99, "")));
     return times;
   }
@@ -76,26 +81,35 @@ TEST_F(VxcachedJournal, SurvivesCutsAndChangesOfEveryByte) {
              {{"a", 10}, {std::string("b\0", 2), 20}});
     Entry accessed = entry(1, "a");
     accessed.accessTime = 77;
-    happened(journal.appendAccess(accessed), {{"a", 77}, {std::string("b\0", 2), 20}});
+    happened(journal.appendAccess(accessed), {{std::string("b\0", 2), 20}, {"a", 77}});
     happened(journal.appendRemoval(entry(2, "")), {{"a", 77}});
     happened(journal.appendEntry(entry(3, "a")), {{"a", 30}});
   }
   const std::string whole = content();
+  // Daemons of other versions read this.
+  EXPECT_EQ(whole.substr(0, ends[1]),
+            "vxcached index 1\n\x2F\0\0\0\xDC\x2D\xEE\x94\xBE\x0B\x16\x48"
+            "E\1\0\0\0\0\0\0\0"
+            "\x0A\0\0\0\0\0\0\0\1\0\0\0\0\0\0\0\xFB\xFF\xFF\xFF\xFF\xFF\xFF\xFF"
+            "\1\0\0\0\0\0\0\0\1\0\0\0"
+            "1a"sv);
   const auto stateAt = [&](std::size_t bytes) {
     std::size_t state = 0;
     while (state + 1 < ends.size() && ends[state + 1] <= bytes) ++state;
-    return states[state];
+    return state;
   };
   for (std::size_t size = 0; size <= whole.size(); ++size) {
     folder.write(kIndexName, whole.substr(0, size));
-    EXPECT_EQ(read(), stateAt(size)) << size;
-    EXPECT_EQ(read(), stateAt(size)) << size;  // the torn end is gone
+    const std::size_t state = stateAt(size);
+    EXPECT_EQ(read(), states[state]) << size;
+    EXPECT_EQ(content().size(), ends[state] + kRemovalBytes) << size;  // the torn end is gone
+    EXPECT_EQ(read(), states[state]) << size;
   }
   for (std::size_t at = 0; at < whole.size(); ++at) {
     std::string changed = whole;
     changed[at] = static_cast<char>(changed[at] ^ 0x41);
     folder.write(kIndexName, changed);
-    EXPECT_EQ(read(), stateAt(at < ends[0] ? 0 : at)) << at;
+    EXPECT_EQ(read(), states[stateAt(at < ends[0] ? 0 : at)]) << at;
   }
 }
 
@@ -108,7 +122,7 @@ TEST_F(VxcachedJournal, EndsBeforeWhatNoDaemonWrites) {
   forged[8].key = std::string(65537, 'k');
   forged[9].generation = 0;
   forged.push_back(entry(2, "b"));
-  forged.back().generation = ~std::uint64_t{0};
+  forged.back().generation = CacheIndex::kMostGeneration + 1;
   for (const Entry& each : forged) {
     folder.write(kIndexName, "");
     AllThere store;
@@ -119,19 +133,28 @@ TEST_F(VxcachedJournal, EndsBeforeWhatNoDaemonWrites) {
       EXPECT_TRUE(journal.appendEntry(written));
     EXPECT_EQ(read(), (Times{{"a", 10}})) << each.name;
   }
+  const std::string known = content();
+  constexpr std::string_view kUnknownKind =
+      "\x09\0\0\0\x26\x76\xE5\x2E\x5C\x13\x97\x73"
+      "X\1\0\0\0\0\0\0\0"sv;
+  folder.write(kIndexName, known + std::string(kUnknownKind));
+  read();
+  EXPECT_EQ(content().size(), known.size() + kRemovalBytes);
 }
 
 TEST_F(VxcachedJournal, WritesItselfAnewInTheOrderOfTheEntries) {
   AllThere store;
   CacheIndex index(store);
-  Journal journal;
+  Journal writer, journal;
+  ASSERT_EQ(writer.open(directory, index).code(), 0);
+  for (int i = 0; i < 10003; ++i) EXPECT_TRUE(writer.appendAccess(entry(1, "a")));
   ASSERT_EQ(journal.open(directory, index).code(), 0);
-  for (int i = 0; i < 10003; ++i) EXPECT_TRUE(journal.appendAccess(entry(1, "a")));
   EXPECT_TRUE(journal.isWorthRewriting(1));
+  EXPECT_FALSE(journal.isWorthRewriting(2));
   EXPECT_EQ(journal.rewrite({{entry(2, "b"), 0, true}, {entry(3, "c"), 1, false}}).code(), 0);
   EXPECT_FALSE(journal.isWorthRewriting(1));
   EXPECT_TRUE(journal.appendEntry(entry(1, "a")));
-  EXPECT_EQ(read(), (Times{{"a", 10}, {"b", 20}}));
+  EXPECT_EQ(read(), (Times{{"b", 20}, {"a", 10}}));
   EXPECT_EQ(folder.names(), "@index.dat ");
 }
 

@@ -163,11 +163,12 @@ TEST(VxcachedAttack, ARemovalThatTheDiskHasNoRoomForIsSavedLater) {
   ASSERT_EQ(cache.open(1).message(), CString());
   for (const char* name : {"a", "b"}) folder.write(name, "x");
   ASSERT_TRUE(cache.add(client, "a", "a"));
+  for (int i = 0; i < 10001; ++i) cache.setAccessed("a");  // The index is to be written anew next.
   const fs::path index = folder.path() / "@index.dat";
   const std::uintmax_t before = fs::file_size(index);
   rlimit limit;
   getrlimit(RLIMIT_FSIZE, &limit);
-  const rlimit full = {before, limit.rlim_max};
+  const rlimit full = {16, limit.rlim_max};
   const auto handler = std::signal(SIGXFSZ, SIG_IGN);
   setrlimit(RLIMIT_FSIZE, &full);
   EXPECT_TRUE(cache.release(client, "a", true));
@@ -175,8 +176,10 @@ TEST(VxcachedAttack, ARemovalThatTheDiskHasNoRoomForIsSavedLater) {
   setrlimit(RLIMIT_FSIZE, &limit);
   std::signal(SIGXFSZ, handler);
   EXPECT_EQ(fs::file_size(index), before);
-  cache.saveRest();
+  for (int i = 0; i < 2; ++i) cache.saveRest();
+  cache.setAccessed("a");  // Nothing is tried again at once.
   EXPECT_EQ(fs::file_size(index), before + 4 + 8 + 1 + 8);
+  EXPECT_EQ(folder.names(), "@daemon.lck @index.dat @lockfile.lck b ");
 }
 
 TEST(VxcachedAttack, APipeAsLockFileHoldsNobodyUp) {
