@@ -118,6 +118,7 @@ TEST_F(VxcachedTest, EndsWithoutClientsAndWhenTold) {
   EXPECT_EQ(runCacheProgram({"--list", folder.path().string()}, output), 2);
   EXPECT_EQ(runCacheProgram({"--port", "0"}, output), 2);
   EXPECT_NE(folder.names().find("@daemon.lck @index.dat "), std::string::npos) << folder.names();
+  EXPECT_EQ(readFile(folder.path() / "@daemon.lck"), "");
 }
 
 TEST_F(VxcachedTest, TakesOnlyFilesOfItsDirectory) {
@@ -333,7 +334,13 @@ TEST_F(VxcachedTest, ClearsAwayWhatNobodyNames) {
   EXPECT_FALSE(exists(fresh));
   EXPECT_FALSE(exists(late));
   EXPECT_TRUE(exists(foreign));
-  EXPECT_EQ(entryFiles(folder.path()), 2U);  // with that of the entry
+  EXPECT_EQ(entryFiles(folder.path()), 2U);        // with that of the entry
+  for (const std::string port : {"1\n", "2\n"}) {  // its own, and that of another daemon
+    folder.write("@lockfile.lck", port);
+    cache.retire();
+    cache.keepPortFile();
+    EXPECT_EQ(exists("@lockfile.lck"), port == "2\n") << port;
+  }
 }
 
 TEST_F(VxcachedTest, CanBeStartedByHand) {
