@@ -205,6 +205,15 @@ TEST(FileCacheProtocol, ACodeOfZeroIsNoErrorWhateverTheMessage) {
   EXPECT_EQ(text(client.initialize("d", 0, 0)), "0 ");
 }
 
+TEST(FileCacheProtocol, ADaemonThatDoesNotAnswerIsGivenUp) {
+  SocketPair pair;
+  FileCacheProtocolClient client;
+  client.setSocket(*pair.near);
+  pair.near->setTimeout({});
+  client.setLimit(vxUtil::Interval(0.05));
+  EXPECT_EQ(client.initialize("d", 0, 0).code(), vxTCP::kTimedOut);
+}
+
 TEST(FileCacheProtocol, LengthsBeyondTheLimitEndTheConnection) {
   for (const std::string& length : {bytes({1, 0, 0, 4}), bytes({-1, -1, -1, -1})}) {
     SocketPair pair;

@@ -59,6 +59,7 @@ TEST(Tcp, GathersSmallValuesUntilAnAnswerIsAwaited) {
     pair.far->write("!", 1);
     pair.far->flush();
   });
+  EXPECT_TRUE(pair.near->waitForInput(kLong));
   EXPECT_EQ(readBytes(*pair.near, 1), "!");
   answer.join();
 }
@@ -159,6 +160,24 @@ TEST(Tcp, ASlowPeerDoesNotStretchAnExchange) {
   slow.join();
 }
 
+TEST(Tcp, TheLimitOfTheExchangeTakesThePlaceOfTheTimeout) {
+  SocketPair pair;
+  std::thread slow([&] {
+    for (int i = 0; i < 2; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(150));
+      pair.far->write("x", 1);
+      pair.far->flush();
+    }
+  });
+  pair.near->limitExchange(kShort);
+  pair.near->limitExchange();
+  EXPECT_EQ(readBytes(*pair.near, 1), "x");
+  pair.near->setTimeout(kShort);
+  pair.near->limitExchange(kLong);
+  EXPECT_EQ(readBytes(*pair.near, 1), "x");
+  slow.join();
+}
+
 TEST(Tcp, AStalledReaderEndsTheWrite) {
   SocketPair pair;
   pair.near->setTimeout(kShort);
@@ -219,6 +238,8 @@ TEST(Tcp, AnswersOfTheServer) {
   EXPECT_EQ(server.getPort(), 0);
   server.setLoopbackOnly();
   ASSERT_EQ(server.listen().code(), 0);
+  Socket elsewhere(Address("127.0.0.2", server.getPort()));
+  EXPECT_NE(elsewhere.connect(kLong).code(), 0) << "listens on the loopback address only";
   const Error error = server.accept(socket, kShort);
   EXPECT_EQ(error.code(), 0);
   EXPECT_EQ(socket, nullptr);
