@@ -55,6 +55,7 @@ TEST_F(VxcachedTest, KeepsEntriesFromDaemonToDaemon) {
     CacheClient& first = daemon.client();
     CacheClient second(portIn(folder.path()));
     EXPECT_FALSE(second.add(folder.path(), "early", "x"));
+    EXPECT_NE(second.protocol.initialize("relative", 0, 0).code(), 0);
     EXPECT_EQ(second.protocol.initialize(text(folder.path()), 0, 0).code(), 0);
     EXPECT_TRUE(first.add(folder.path(), "a", "first"));
     EXPECT_TRUE(first.add(folder.path(), "b", "second"));
@@ -115,13 +116,13 @@ TEST_F(VxcachedTest, EndsWithoutClientsAndWhenTold) {
   EXPECT_LT(readFile(output).find("  y"), readFile(output).find("  x")) << readFile(output);
   EXPECT_EQ(stopped.client().content("x"), "first");
   EXPECT_EQ(runCacheProgram({"--stop", folder.path().string()}), 0);
+  EXPECT_EQ(readFile(folder.path() / "@daemon.lck"), "");
   EXPECT_EQ(stopped.process().wait(), 0);
   EXPECT_EQ(stopped.client().content("x"), "");
   EXPECT_FALSE(stopped.client().isAlive());
   EXPECT_EQ(runCacheProgram({"--list", folder.path().string()}, output), 2);
   EXPECT_EQ(runCacheProgram({"--port", "0"}, output), 2);
   EXPECT_NE(folder.names().find("@daemon.lck @index.dat "), std::string::npos) << folder.names();
-  EXPECT_EQ(readFile(folder.path() / "@daemon.lck"), "");
 }
 
 TEST_F(VxcachedTest, TakesOnlyFilesOfItsDirectory) {
@@ -160,6 +161,10 @@ TEST_F(VxcachedTest, RefusesLengthsBeyondTheLimits) {
   EXPECT_EQ(daemon.client().content(std::string(65536, 'k')), "x");
   const CString longest(std::string_view(std::string(Socket::kMaxTextBytes, 'k')));
   EXPECT_FALSE(daemon.client().protocol.release(longest, false));
+  CacheClient second(portIn(folder.path()));
+  const CString longName(std::string(32769, 'k').c_str());
+  EXPECT_STREQ(second.protocol.initialize(longName, 0, 0).message().c_str(),
+               "the name of the folder is too long");
   EXPECT_TRUE(daemon.client().isAlive());
 
   CacheClient tooLong(portIn(folder.path()));
@@ -222,13 +227,18 @@ TEST_F(VxcachedTest, KeepsWithinItsLimitsUnderLoad) {
         const std::string key = std::to_string(i) + "-" + std::to_string(j);
         EXPECT_TRUE(client.add(folder.path(), key, key));
         EXPECT_EQ(client.content(key), key);
-        client.protocol.release(CString(key.c_str()), false);
+        if (j > 0) client.protocol.release(CString(key.c_str()), false);
         EXPECT_LE(entryFiles(folder.path()), kFiles + 8U);  // four are written, four are held
       }
     });
   }
   for (std::thread& each : threads) each.join();
   EXPECT_EQ(entryFiles(folder.path()), static_cast<std::size_t>(kFiles));
+  // A client that is gone holds nothing.
+  EXPECT_TRUE(eventually([&] {
+    daemon.client().protocol.initialize(text(folder.path()), 1, 0);
+    return entryFiles(folder.path()) == 1;
+  }));
 }
 
 // Each client starts a daemon, unless another client was faster.

@@ -119,6 +119,8 @@ TEST(VxcachedAttack, EndsCleanlyOnSigtermWithClients) {
   kilntest::CacheClient second(kilntest::portIn(folder.path()));
   EXPECT_EQ(second.protocol.initialize(text(folder.path()), 0, 0).code(), 0);
   EXPECT_TRUE(daemon.client().add(folder.path(), "key", "content"));
+  vxTCP::Socket elsewhere(vxTCP::Address("127.0.0.2", kilntest::portIn(folder.path())));
+  EXPECT_NE(elsewhere.connect().code(), 0) << "listens on the loopback address only";
   daemon.process().terminate();
   EXPECT_EQ(daemon.process().wait(), 0);
   EXPECT_FALSE(fs::exists(folder.path() / "@lockfile.lck"));
@@ -133,6 +135,7 @@ TEST(VxcachedAttack, EndsWhenItsLockedFileIsGone) {
   EXPECT_TRUE(first.client().add(folder.path(), "early", "content"));
   fs::remove(folder.path() / "@daemon.lck");
   EXPECT_FALSE(first.client().add(folder.path(), "late", "content"));
+  first.client().protocol.release("early", true);
   CacheDaemon second(folder.path(), 0, 0);
   EXPECT_TRUE(second.client().add(folder.path(), "key", "content"));
   EXPECT_EQ(first.process().wait(), 0);
