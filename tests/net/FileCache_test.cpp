@@ -142,6 +142,7 @@ TEST_F(FileCacheTest, AddReplacesTheItemThatFindKnows) {
   EXPECT_FALSE(cache.find("key"));
   EXPECT_EQ(daemon_.takeCalls(), (Calls{"release key", "acquire key"}));
   EXPECT_EQ(newer->getPath(), CString("q"));
+  EXPECT_GT(newer->getAccessTime(), 77);
 }
 
 TEST_F(FileCacheTest, ItemsOutliveTheCacheSilently) {

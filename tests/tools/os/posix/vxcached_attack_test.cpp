@@ -143,6 +143,10 @@ TEST(VxcachedAttack, EndsWhenItsLockedFileIsGone) {
   second.process().kill();
   CacheDaemon third(folder.path(), 0, 0);
   for (const char* key : {"early", "key"}) EXPECT_EQ(third.client().content(key), "content");
+  third.dropClient();
+  TemporaryFolder other;
+  fs::rename(folder.path(), other.path() / "moved");
+  EXPECT_EQ(third.process().wait(), 0);  // before the idle time has passed
 }
 
 // Whoever may read the directory can lock the directory, and a lock file that others may read.
