@@ -38,9 +38,17 @@ TEST(VxcachedAttack, LinksAreNoFiles) {
   fs::create_symlink(other.path(), folder.path() / "folder");
   fs::create_hard_link(outside, folder.path() / "hard");
   mkfifo((folder.path() / "pipe").c_str(), 0600);
-  for (const char* name : {"symbolic", "hard", "pipe", "folder/secret"}) {
+  if (geteuid() == 0) {
+    ASSERT_EQ(chown(folder.write("theirs", "").c_str(), 1, 1), 0);
+  }
+  for (const char* name : {"symbolic", "hard", "pipe", "theirs", "folder/secret"}) {
     EXPECT_FALSE(daemon.client().protocol.add("key", text(folder.path() / name))) << name;
   }
+  vxOS::Directory directory;
+  ASSERT_EQ(directory.open(text(folder.path())).code(), 0);
+  for (const char* name : {"symbolic", "pipe", "folder"})
+    EXPECT_EQ(directory.read(name, 9), CString()) << name;
+  EXPECT_EQ(directory.read("hard", 3), CString("sec"));
   // A file that becomes a link after it was added is not there, and the link's target stays.
   ASSERT_TRUE(daemon.client().add(folder.path(), "key", "content"));
   CString path;
@@ -175,10 +183,15 @@ TEST(VxcachedAttack, ARemovalThatTheDiskHasNoRoomForIsSavedLater) {
   const std::uintmax_t before = fs::file_size(index);
   rlimit limit;
   getrlimit(RLIMIT_FSIZE, &limit);
-  const rlimit full = {16, limit.rlim_max};
+  const auto setRoom = [&](rlim_t bytes) {
+    const rlimit room = {bytes, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &room);
+  };
   const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  setrlimit(RLIMIT_FSIZE, &full);
+  setRoom(before + 5);
   EXPECT_TRUE(cache.release(client, "a", true));
+  EXPECT_EQ(fs::file_size(index), before);
+  setRoom(16);
   EXPECT_FALSE(cache.add(client, "b", "b"));
   setrlimit(RLIMIT_FSIZE, &limit);
   std::signal(SIGXFSZ, handler);
