@@ -171,6 +171,7 @@ TEST_F(FileCacheTest, CopiesAreHandlesOnTheSameCache) {
     EXPECT_TRUE(survivor.find("known"));
     FileCache owner = std::move(cache);
     owner = copy;  // of itself
+    owner = std::move(copy);
     EXPECT_TRUE(owner.find("known"));
   }
   EXPECT_FALSE(survivor.find("known"));

@@ -139,8 +139,8 @@ TEST_F(VxcachedTest, TakesOnlyFilesOfItsDirectory) {
   for (const std::string& path :
        {outside, own + "/../" + fs::path(outside).parent_path().filename().string() + "/x",
         own + "/sub/file", own + "/sub", own + "/", own + "/.", own + "/..", own, std::string(),
-        std::string("file"), own + "/missing", own + "/@daemon.lck", own + "/@index.dat",
-        own + "/@lockfile.lck", own + "/@new-1"}) {
+        std::string("file"), fs::relative(inside).string(), own + "/missing", own + "/@daemon.lck",
+        own + "/@index.dat", own + "/@lockfile.lck", own + "/@new-1"}) {
     EXPECT_FALSE(isAdded(path)) << path;
   }
   EXPECT_FALSE(daemon.client().protocol.add("key", CString(std::string_view("a\0b", 3))));
