@@ -166,6 +166,15 @@ TEST(VxcachedAttack, LocksOnlyWhatNobodyElseCanOpen) {
   CacheDaemon daemon(folder.path(), 0, 0);
   EXPECT_EQ(modeOf(folder.path() / "@daemon.lck"), 0600U);
   close(directory);
+  // The lock of a file that is deleted before is no lock of the directory.
+  vxOS::Directory opened;
+  vxOS::DirectoryFile lock;
+  bool isTaken = false;
+  ASSERT_EQ(opened.open(text(folder.path())).code(), 0);
+  ASSERT_EQ(lock.open(opened, "lock").code(), 0);
+  opened.remove("lock");
+  EXPECT_EQ(lock.tryLock(opened, isTaken).code(), 0);
+  EXPECT_TRUE(isTaken);
 }
 
 TEST(VxcachedAttack, ARemovalThatTheDiskHasNoRoomForIsSavedLater) {
