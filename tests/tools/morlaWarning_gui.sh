@@ -7,7 +7,7 @@ folder=$2
 
 rm -rf "$folder"
 mkdir -p "$folder"
-coproc XVFB { exec Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp -fbdir "$folder" 2>/dev/null; }
+coproc XVFB { exec Xvfb -displayfd 1 -noreset -screen 0 1280x800x24 -nolisten tcp -fbdir "$folder" 2>/dev/null; }
 server=$XVFB_PID
 trap 'kill "$server" 2>/dev/null || true' EXIT
 read -r number <&"${XVFB[0]}"
