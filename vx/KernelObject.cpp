@@ -54,7 +54,8 @@ struct Basis {
   std::array<double, kMaxDegree + 1> values;
 };
 
-// The interval of the knots that holds the parameter; the last one that is not empty for the end.
+// The interval of the knots that holds the parameter, start <= t <= end; the last one that is not
+// empty for the end.
 std::size_t intervalOf(std::size_t degree, const vx::vector<double>& knots, double t) {
   const auto start = knots.begin() + static_cast<std::ptrdiff_t>(degree);
   const auto last = knots.end() - static_cast<std::ptrdiff_t>(degree) - 1;
@@ -67,9 +68,9 @@ std::size_t intervalOf(std::size_t degree, const vx::vector<double>& knots, doub
 // Splines, chapter X.
 Basis::Basis(int degree, const vx::vector<double>& knots, double t) {
   const auto p = static_cast<std::size_t>(degree);
+  t = std::clamp(t, knots[p], knots[knots.size() - 1 - p]);
   const std::size_t interval = intervalOf(p, knots, t);
   first = interval - p;
-  t = std::clamp(t, knots[p], knots[knots.size() - 1 - p]);
   values[0] = 1.0;
   for (std::size_t d = 1; d <= p; ++d) {
     double carried = 0.0;

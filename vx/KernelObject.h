@@ -92,7 +92,7 @@ class VX_API SplineCurve {
 /// A curve in the plane of a surface's parameters.
 using ParameterCurve = SplineCurve<vxLinear::Point2>;
 
-class VX_API Curve : public Object, public SplineCurve<vxLinear::Point> {
+class VX_API Curve final : public Object, public SplineCurve<vxLinear::Point> {
  public:
   using SplineCurve::SplineCurve;
   int id() const override;
@@ -100,7 +100,7 @@ class VX_API Curve : public Object, public SplineCurve<vxLinear::Point> {
 
 /// A tensor-product B-spline surface. The pole of row i (along u) and column j (along v) is
 /// `poles()[i * countV() + j]`, its weight `weights()[i * countV() + j]`.
-class VX_API Surface : public Object {
+class VX_API Surface final : public Object {
  public:
   /// How one of the two parameters goes.
   struct Direction {
@@ -145,7 +145,7 @@ class VX_API Surface : public Object {
 
 /// A part of a surface: the parameters (u, v) from which a ray meets the loops an odd number of
 /// times (the even-odd rule). Without loops the whole surface.
-class VX_API TrimmedSurface : public Object {
+class VX_API TrimmedSurface final : public Object {
  public:
   /// Curves of which each begins where the one before ends, and the first where the last ends. Ends
   /// that only nearly meet count as joined by a straight line.
@@ -168,7 +168,7 @@ class VX_API TrimmedSurface : public Object {
 };
 
 /// Trimmed surfaces that belong together.
-class VX_API Shell : public Object {
+class VX_API Shell final : public Object {
  public:
   explicit Shell(vx::vector<TrimmedSurface> faces);
   int id() const override;
@@ -182,7 +182,7 @@ class VX_API Shell : public Object {
 };
 
 /// An object of a kind that only other programs know. Its bytes go from file to file unchanged.
-class VX_API ForeignObject : public Object {
+class VX_API ForeignObject final : public Object {
  public:
   /// Throws `vxUtil::Error` when `id` is below 0 or one of `Id`.
   ForeignObject(int id, vx::vector<std::byte> bytes);

@@ -3,8 +3,9 @@
 //
 //     vxGeom::CompactMesh mesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}});
 //     if (std::FILE* file = vxOS::openFile("corner.mesh", "wb")) {
-//       if (const vxUtil::Error error = vxGeom::meshWrite(mesh, file))
-//       puts(error.message().c_str()); std::fclose(file);
+//       const vxUtil::Error error = vxGeom::meshWrite(mesh, file);
+//       std::fclose(file);
+//       if (error) puts(error.message().c_str());
 //     }
 //     vxOS::File::remove("corner.mesh");
 //

@@ -324,7 +324,7 @@ void FrameReceiver::mesh(vx::list<Mesh*>& meshes) {
   vxOS::OwnFile file;
   open(file);
   auto mesh = std::make_unique<Mesh>();
-  require(vxGeom::meshRead(*mesh, file.stream()));
+  if (file.size() > 0) require(vxGeom::meshRead(*mesh, file.stream()));
   require(file.remove());
   meshes.push_back(nullptr);
   meshes.back() = mesh.release();

@@ -64,8 +64,9 @@ class KILNBASE_API KilnDebugDrawProtocol {
   ///
   /// A file that the peer names is opened only when it is a regular file of this user with one
   /// name, on this machine; no link is followed. The file is deleted when it has been read as what
-  /// it should be. Everything else is left alone, and fails the exchange. On failure the result is
-  /// false, and the frame keeps what was appended.
+  /// it should be, or is empty, which stands for no objects and for a mesh of nothing. Everything
+  /// else is left alone, and fails the exchange. On failure the result is false, and the frame
+  /// keeps what was appended.
   bool recvFrame(KilnDebugDrawFrame& frame);
 
   /// Ends the connection from another thread: a call that sends or receives fails, later ones too.

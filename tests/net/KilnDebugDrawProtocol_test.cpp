@@ -210,13 +210,20 @@ TEST_F(KilnDebugDrawProtocolTest, LyingFramesEndTheConnection) {
   expectRefused(wire(1, INT_MAX) + std::string(2000, '\0'));
 }
 
+TEST_F(KilnDebugDrawProtocolTest, EmptyFilesStandForNothingAndGo) {
+  EXPECT_TRUE(receives(record(5, "") + record(6, "") + record(7, "") + kEnd));
+  EXPECT_EQ(folder.names(), "");
+  EXPECT_EQ(*received.compactMeshes.front(), vxGeom::CompactMesh());
+  EXPECT_EQ(*received.topoMeshes.front(), vxGeom::TopoMesh());
+}
+
 TEST_F(KilnDebugDrawProtocolTest, FilesThatAreNotWhatTheyShouldBeStay) {
   const std::string objects = files()[0].second, compact = files()[1].second,
                     topo = files()[2].second;
   const std::map<int, std::vector<std::string>> wrong = {
       {5, {"text", compact, objects.substr(0, objects.size() - 32), objects + "x"}},
-      {6, {"", topo, objects, compact + "x"}},
-      {7, {"", compact, topo.substr(0, topo.size() - 1)}}};
+      {6, {topo, objects, compact + "x"}},
+      {7, {compact, topo.substr(0, topo.size() - 1)}}};
   for (const auto& [tag, contents] : wrong) {
     for (const std::string& bytes : contents) {
       expectRefused(record(tag, bytes));

@@ -86,6 +86,8 @@ TEST(KernelObject, RationalQuarterIsAPieceOfACircle) {
   EXPECT_EQ(curve.at(-1.0), (Point{1, 0, 0}));
   EXPECT_EQ(curve.at(2.0), (Point{0, 1, 0}));
   EXPECT_TRUE(std::isnan(curve.at(std::nan("")).x));
+  const Curve loose(1, {0, 1, 1, 2, 2}, {{1, 0, 0}, {2, 0, 0}, {3, 0, 0}});
+  EXPECT_EQ(loose.at(0.0), loose.at(loose.start()));
 }
 
 // The function x(t) = t has the means of `degree` knots as its poles (Greville).
