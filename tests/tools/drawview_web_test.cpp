@@ -163,12 +163,13 @@ TEST_F(DrawviewWeb, ServesOneRequestAfterTheOther) {
 
 TEST_F(DrawviewWeb, TellsPagesWhatComesAndGoes) {
   Client client(server_);
+  server_.setListenAddress("127.0.0.1:5");
   const std::string origin = "Origin: http://" + client.host() + "\r\n";
   EXPECT_THAT(client.ask(client.token() + "socket", client.handshake() + origin),
               StartsWith("HTTP/1.1 101 "));
   EXPECT_EQ(client.readMessage(),
             R"({"type":"state","version":")" KILNBASE_VERSION_STRING R"(","replay":false,)"
-            R"("frames":[{"number":1,"name":"one","bytes":9}]})");
+            R"("listen":"127.0.0.1:5","frames":[{"number":1,"name":"one","bytes":9}]})");
   EXPECT_EQ(client.readMessage(), R"({"type":"sender","connected":false})");
   server_.setSender(true);
   EXPECT_EQ(client.readMessage(), R"({"type":"sender","connected":true})");

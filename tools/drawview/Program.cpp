@@ -47,7 +47,7 @@ void tellPage(const std::string& address, bool open) {
 
 int showSenders(const Options& options, const StopRequests& requests) {
   Viewer viewer(options);
-  print("senders: " + options.listenHost + ":" + std::to_string(viewer.senderPort()));
+  print("senders: " + viewer.listenAddress());
   tellPage(viewer.address(), options.open);
   while (!requests.isStopped()) {
     std::this_thread::sleep_for(kTick);

@@ -21,10 +21,12 @@ std::int64_t millisecondsNow() {
 }  // namespace
 
 Viewer::Viewer(const Options& options, std::uint64_t mostBytes)
-    : mostBytes_(mostBytes),
+    : listenHost_(options.listenHost),
+      mostBytes_(mostBytes),
       server_({options.httpPort, kPage, false}, FrameStore(mostBytes)),
       receiver_({options.listenHost, options.listenPort, mostBytes}) {
   if (!options.record.empty()) recording_.emplace(options.record, options.force);
+  server_.setListenAddress(listenAddress());
   receiver_.start({[this](const KilnDebugDrawFrame& frame) { add(frame); },
                    [this](bool isConnected) { server_.setSender(isConnected); },
                    [this](const char* what) { note(what); }});

@@ -23,6 +23,8 @@ class Viewer {
   explicit Viewer(const Options& options, std::uint64_t mostBytes = kMostFrameBytes);
 
   const std::string& address() const { return server_.address(); }
+  /// Where senders connect: HOST:PORT.
+  std::string listenAddress() const { return listenHost_ + ":" + std::to_string(senderPort()); }
   int senderPort() const { return receiver_.port(); }
 
   /// What the user is to know, since the last call; sentences.
@@ -35,6 +37,7 @@ class Viewer {
   void record(std::string_view name, std::string_view message);
   void note(std::string text);
 
+  std::string listenHost_;
   std::uint64_t mostBytes_;
   std::uint64_t lastNumber_ = 0;
   std::mutex guard_;  // of `notes_`

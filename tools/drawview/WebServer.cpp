@@ -178,7 +178,7 @@ class Listener : public std::enable_shared_from_this<Listener> {
   }
 
   websocket::stream<Stream, false> socket_;  // without compression
-  std::deque<Text> waiting_;  // the first one is being sent
+  std::deque<Text> waiting_;                 // the first one is being sent
   std::size_t waitingBytes_ = 0;
 };
 
@@ -225,6 +225,7 @@ class WebServer::Service {
     isConnected_ = isConnected;
     tellAll(senderText());
   }
+  void setListenAddress(std::string address) { listenAddress_ = std::move(address); }
 
  private:
   void listen();
@@ -257,6 +258,7 @@ class WebServer::Service {
   WebSettings settings_;
   FrameStore store_;
   std::string host_, path_, address_;
+  std::string listenAddress_;  // empty in a replay
   bool isConnected_ = false;
   int connections_ = 0;
   std::set<std::shared_ptr<Listener>> listeners_;
@@ -456,7 +458,8 @@ awaitable<void> WebServer::Service::serveListener(Stream stream, const Request& 
 std::string WebServer::Service::stateText() const {
   return std::string("{\"type\":\"state\",\"version\":\"" KILNBASE_VERSION_STRING
                      "\",\"replay\":") +
-         boolText(settings_.isReplay) + ",\"frames\":" + listText(store_.frames(), frameText) + "}";
+         boolText(settings_.isReplay) + ",\"listen\":" + jsonString(listenAddress_) +
+         ",\"frames\":" + listText(store_.frames(), frameText) + "}";
 }
 
 WebServer::WebServer(const WebSettings& settings, FrameStore store)
@@ -471,6 +474,12 @@ const std::string& WebServer::address() const {
 void WebServer::add(Frame&& frame) {
   service_->post([service = service_.get(), frame = std::move(frame)]() mutable {
     service->add(std::move(frame));
+  });
+}
+
+void WebServer::setListenAddress(std::string address) {
+  service_->post([service = service_.get(), address = std::move(address)]() mutable {
+    service->setListenAddress(std::move(address));
   });
 }
 

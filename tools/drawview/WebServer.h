@@ -39,6 +39,8 @@ class WebServer {
 
   /// Adds a frame to the store and tells the pages. From any thread.
   void add(Frame&& frame);
+  /// Tells pages that connect from now on where senders connect. From any thread.
+  void setListenAddress(std::string address);
   /// Tells the pages whether a sender is there. From any thread.
   void setSender(bool isConnected);
 
