@@ -145,9 +145,12 @@ TEST_F(VxcachedJournal, EndsBeforeWhatNoDaemonWrites) {
 TEST_F(VxcachedJournal, WritesItselfAnewInTheOrderOfTheEntries) {
   AllThere store;
   CacheIndex index(store);
-  Journal writer, journal;
-  ASSERT_EQ(writer.open(directory, index).code(), 0);
-  for (int i = 0; i < 10003; ++i) EXPECT_TRUE(writer.appendAccess(entry(1, "a")));
+  {
+    Journal writer;
+    ASSERT_EQ(writer.open(directory, index).code(), 0);
+    for (int i = 0; i < 10003; ++i) EXPECT_TRUE(writer.appendAccess(entry(1, "a")));
+  }
+  Journal journal;
   ASSERT_EQ(journal.open(directory, index).code(), 0);
   EXPECT_TRUE(journal.isWorthRewriting(1));
   EXPECT_FALSE(journal.isWorthRewriting(2));
