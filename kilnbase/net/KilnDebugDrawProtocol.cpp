@@ -189,8 +189,8 @@ void sendPaths(FrameSender& sender, const vx::vector<TemporaryFile>& files) {
 // Receives the records of one frame.
 class FrameReceiver {
  public:
-  FrameReceiver(vxTCP::Socket& socket, Frame& frame, std::uint64_t limit)
-      : socket_(socket), frame_(frame), rest_(limit) {}
+  FrameReceiver(vxTCP::Socket& socket, Frame& frame, std::uint64_t limit, bool readsFiles)
+      : socket_(socket), frame_(frame), rest_(limit), readsFiles_(readsFiles) {}
 
   /// Receives a record; false for the end of the frame.
   bool receive();
@@ -217,11 +217,17 @@ class FrameReceiver {
   vxTCP::Socket& socket_;
   Frame& frame_;
   std::uint64_t rest_;  // how many bytes the frame may still have
+  const bool readsFiles_;
 };
 
 bool FrameReceiver::receive() {
   const int tag = value<int>();
   if (tag < 0) throw Error(1, "the peer sends no frame");
+  const bool namesFile = tag == kObjectsTag || tag == kCompactMeshTag || tag == kTopoMeshTag;
+  if (namesFile && !readsFiles_) {
+    text();
+    return true;
+  }
   switch (tag) {
     case kNameTag:
       frame_.name = text();
@@ -343,6 +349,7 @@ class KilnDebugDrawProtocol::Impl {
   std::unique_ptr<vxTCP::Socket> socket;
   Interval timeout = Interval(kFirstTimeoutSeconds);
   std::uint64_t frameLimit = std::numeric_limits<std::uint64_t>::max();
+  bool readsFiles = true;
 };
 
 bool KilnDebugDrawProtocol::Impl::hold(std::unique_ptr<vxTCP::Socket> made) {
@@ -399,6 +406,10 @@ void KilnDebugDrawProtocol::setFrameLimit(std::uint64_t bytes) {
   impl_->frameLimit = bytes;
 }
 
+void KilnDebugDrawProtocol::setReadsFiles(bool reads) {
+  impl_->readsFiles = reads;
+}
+
 bool KilnDebugDrawProtocol::sendFrame(const KilnDebugDrawFrame& frame) {
   if (!impl_->socket) return false;
   std::optional<TemporaryFiles> files;
@@ -425,7 +436,7 @@ bool KilnDebugDrawProtocol::waitForFrame(Interval limit) {
 
 bool KilnDebugDrawProtocol::recvFrame(KilnDebugDrawFrame& frame) {
   return impl_->exchange([&](vxTCP::Socket& socket) {
-    FrameReceiver receiver(socket, frame, impl_->frameLimit);
+    FrameReceiver receiver(socket, frame, impl_->frameLimit, impl_->readsFiles);
     socket.waitForInput();
     while (receiver.receive()) {
     }

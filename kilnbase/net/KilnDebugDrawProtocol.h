@@ -48,6 +48,9 @@ class KILNBASE_API KilnDebugDrawProtocol {
   /// The most bytes that a received frame may have, records and files together; a longer one fails.
   /// No limit at first. In memory a frame takes at most about four times as much.
   void setFrameLimit(std::uint64_t bytes);
+  /// Whether `recvFrame` opens, and deletes, the files that the peer names; true at first. Without,
+  /// kernel objects and meshes are left out. For peers that may belong to somebody else.
+  void setReadsFiles(bool reads);
 
   /// Sends a frame and waits for the acknowledgement. Before anything is sent the kernel objects
   /// and the meshes are written into files in the folder for temporary files, which the receiver

@@ -217,6 +217,13 @@ TEST_F(KilnDebugDrawProtocolTest, EmptyFilesStandForNothingAndGo) {
   EXPECT_EQ(*received.topoMeshes.front(), vxGeom::TopoMesh());
 }
 
+TEST_F(KilnDebugDrawProtocolTest, LeavesFilesAloneWhenToldSo) {
+  protocol.setReadsFiles(false);
+  EXPECT_TRUE(receives(record(5, "") + record(6, "compact") + record(7, "topo") + kEnd));
+  EXPECT_EQ(folder.names(), "5 6 7 ");
+  EXPECT_EQ(received.getListSize(Frame::kCompactMeshes), 0);
+}
+
 TEST_F(KilnDebugDrawProtocolTest, FilesThatAreNotWhatTheyShouldBeStay) {
   const std::string objects = files()[0].second, compact = files()[1].second,
                     topo = files()[2].second;

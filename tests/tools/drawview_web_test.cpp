@@ -56,16 +56,21 @@ class Client {
   }
 
   // A whole text of a WebSocket.
+  // A text message, which may come in several frames (RFC 6455, 5.2).
   std::string readMessage() {
-    const std::string head = read(2);
-    EXPECT_EQ(head[0], '\x81');
-    std::size_t size = static_cast<unsigned char>(head[1]);
-    if (size == 126) {
-      const std::string length = read(2);
-      size = static_cast<std::size_t>(static_cast<unsigned char>(length[0])) << 8 |
-             static_cast<unsigned char>(length[1]);
+    std::string message;
+    for (bool isLast = false; !isLast;) {
+      const std::string head = read(2);
+      isLast = (head[0] & '\x80') != 0;
+      std::uint64_t size = static_cast<unsigned char>(head[1]);
+      if (size > 125) {
+        const std::string digits = read(size == 126 ? 2 : 8);
+        size = 0;
+        for (const char digit : digits) size = size << 8 | static_cast<unsigned char>(digit);
+      }
+      message += read(size);
     }
-    return read(size);
+    return message;
   }
   std::string handshake() const {
     return "Host: " + host() + "\r\nConnection: Upgrade\r\nUpgrade: websocket\r\n" +
@@ -182,6 +187,19 @@ TEST_F(DrawviewWeb, TellsPagesWhatComesAndGoes) {
   Client other(server_);
   EXPECT_THAT(other.ask(other.token() + "frames/2", "Host: " + other.host() + "\r\n"),
               StartsWith("HTTP/1.1 404 "));
+}
+
+TEST_F(DrawviewWeb, PagesLearnOfAnyNumberOfFrames) {
+  constexpr std::uint64_t kFrames = 50000;  // more text than may wait for a page
+  drawview::FrameStore store;
+  for (std::uint64_t number = 1; number <= kFrames; ++number)
+    store.add(frameOf(number, std::string(200, 'x'), ""));
+  drawview::WebServer server({0, "page", false}, std::move(store));
+  Client client(server);
+  client.ask(client.token() + "socket",
+             client.handshake() + "Origin: http://" + client.host() + "\r\n");
+  EXPECT_GT(client.readMessage().size(), kFrames * 200);
+  EXPECT_EQ(client.readMessage(), R"({"type":"sender","connected":false})");
 }
 
 TEST_F(DrawviewWeb, CutsOffAPageThatSaysTooMuch) {

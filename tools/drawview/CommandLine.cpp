@@ -26,7 +26,8 @@ standard error says so. A recording holds all others. It is whole when the progr
 reads the frames from the file and shows all of them.
 
 Without an ADDRESS only programs of this user on this machine can send. Whoever reaches ADDRESS can
-send.
+send points, lines and labels. Objects and meshes travel as files, which are read only for programs of
+this user on this machine.
 
 Standard output tells the address of the page, and where senders are waited for. Port 0 lets the
 system choose.
@@ -70,6 +71,9 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
   Options options;
   std::string listenText;
   std::string httpText;
+  const auto isName = [](const std::string& text) {
+    return std::string(text.empty() ? "an empty name names no file" : "");
+  };
   CLI::App app(kDescription, "drawview");
   app.footer(kFooter);
   app.get_formatter()->column_width(32);
@@ -82,15 +86,18 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
   app.add_option("--http", httpText, "Port of the page (0)")->option_text("PORT");
   auto* const record =
       app.add_option("--record", options.record, "Write every frame into a new file")
-          ->option_text("FILE");
+          ->option_text("FILE")
+          ->check(isName);
   auto* const open = app.add_flag("--open", options.open, "Show the page in the browser");
   auto* const replay =
       app.add_option("--replay", options.replay, "Show a recording, and wait for no senders")
           ->option_text("FILE")
+          ->check(isName)
           ->excludes(listen, record);
   app.add_option("--export", options.exportTo,
                  "Write the recording as a page that needs no server, and end")
       ->option_text("PAGE.html")
+      ->check(isName)
       ->needs(replay)
       ->excludes(open);
   app.add_flag("--force", options.force, "Overwrite the file of --record or --export");

@@ -74,9 +74,14 @@ void showRecording(const Options& options, const File& file, const RecordingCont
                    const StopRequests& requests) {
   FrameStore store(std::numeric_limits<std::uint64_t>::max());
   for (const RecordedFrame& frame : contents.frames) {
-    const auto read = [file, frame]() -> Message {
-      auto message = readMessage(*file, frame);
-      return message ? std::make_shared<const std::string>(std::move(*message)) : nullptr;
+    // Pages that ask at the same time share the bytes.
+    const auto read = [file, frame, known = std::weak_ptr<const std::string>()]() mutable {
+      Message message = known.lock();
+      if (message) return message;
+      if (auto found = readMessage(*file, frame))
+        message = std::make_shared<const std::string>(std::move(*found));
+      known = message;
+      return message;
     };
     store.add({store.frames().size() + 1, frame.name, frame.bytes, read});
   }
@@ -91,7 +96,11 @@ int replay(const Options& options, const StopRequests& requests) {
     throw InputError(pathText(options.replay) + " is no file");
   const auto file = std::make_shared<std::ifstream>(options.replay, std::ios::binary);
   if (!*file) throw InputError("cannot read " + pathText(options.replay));
+  if (std::filesystem::equivalent(options.replay, options.exportTo, error))
+    throw InputError("the page would take the place of the recording");
   const RecordingContents contents = readRecording(options.replay, *file);
+  if (!options.exportTo.empty() && contents.frames.empty())
+    throw InputError(pathText(options.replay) + " holds no frame to export");
   if (options.exportTo.empty())
     showRecording(options, file, contents, requests);
   else

@@ -65,21 +65,26 @@ void Receiver::run() {
     std::unique_ptr<vxTCP::Socket> socket;
     if (server_.accept(socket, kTick))
       std::this_thread::sleep_for(kPause);  // the system may be short of descriptors
-    else if (socket && mayServe(*socket))
-      serve(std::move(socket));
-    else if (socket)
-      events_.trouble("a connection was refused: its sender has ended or belongs to another user");
+    if (socket) welcome(std::move(socket));
   }
 }
 
-bool Receiver::mayServe(const vxTCP::Socket& socket) const {
-  const bool isLoopback = settings_.host.starts_with("127.") || settings_.host == "::1" ||
-                          settings_.host == "localhost";
-  return !isLoopback || socket.peerIsSameUser();
+void Receiver::welcome(std::unique_ptr<vxTCP::Socket> socket) {
+  const bool isSameUser = socket->peerIsSameUser();
+  if (isSameUser || !isLoopback())
+    serve(std::move(socket), isSameUser);
+  else
+    events_.trouble("a connection was refused: its sender has ended or belongs to another user");
 }
 
-void Receiver::serve(std::unique_ptr<vxTCP::Socket> socket) {
+bool Receiver::isLoopback() const {
+  return settings_.host.starts_with("127.") || settings_.host == "::1" ||
+         settings_.host == "localhost";
+}
+
+void Receiver::serve(std::unique_ptr<vxTCP::Socket> socket, bool isSameUser) {
   KilnDebugDrawProtocol sender;
+  sender.setReadsFiles(isSameUser);
   sender.setSocket(std::move(socket));
   sender.setFrameLimit(settings_.mostFrameBytes);
   {

@@ -31,7 +31,8 @@ struct ReceiverEvents {
 
 /// Waits for senders in a thread of its own. A sender that ends, crashes or breaks the rules makes
 /// room for the next one; what it has sent of a frame is dropped. On a loopback address only
-/// senders of the same user are served.
+/// senders of the same user are served. On another address everybody is served who reaches it, but
+/// the files that a sender names are read only for senders of the same user on this machine.
 class Receiver {
  public:
   /// Takes the port. Throws InputError when that fails.
@@ -47,9 +48,10 @@ class Receiver {
 
  private:
   void run();
-  void serve(std::unique_ptr<vxTCP::Socket> socket);
+  void welcome(std::unique_ptr<vxTCP::Socket> socket);
+  void serve(std::unique_ptr<vxTCP::Socket> socket, bool isSameUser);
   bool receive(vxKilnBase::KilnDebugDrawProtocol& sender);
-  bool mayServe(const vxTCP::Socket& socket) const;
+  bool isLoopback() const;
 
   ReceiverSettings settings_;
   ReceiverEvents events_;

@@ -142,9 +142,8 @@ class Listener : public std::enable_shared_from_this<Listener> {
   }
 
   void send(Text text) {
-    waitingBytes_ += text->size();
-    // The first text, which tells all frames, may have any length.
-    if (waitingBytes_ > kMostWaitingBytes && !waiting_.empty()) return close();
+    if (!waiting_.empty()) waitingBytes_ += text->size();
+    if (waitingBytes_ > kMostWaitingBytes) return close();
     waiting_.push_back(std::move(text));
     if (waiting_.size() > 1) return;
     asio::co_spawn(
@@ -169,8 +168,8 @@ class Listener : public std::enable_shared_from_this<Listener> {
       while (!waiting_.empty()) {
         const Text text = waiting_.front();
         co_await socket_.async_write(asio::buffer(*text), use_awaitable);
-        waitingBytes_ -= text->size();
         waiting_.pop_front();
+        if (!waiting_.empty()) waitingBytes_ -= waiting_.front()->size();
       }
     } catch (const boost::system::system_error&) {
       close();
@@ -179,7 +178,7 @@ class Listener : public std::enable_shared_from_this<Listener> {
 
   websocket::stream<Stream, false> socket_;  // without compression
   std::deque<Text> waiting_;                 // the first one is being sent
-  std::size_t waitingBytes_ = 0;
+  std::size_t waitingBytes_ = 0;  // without the first one, which may tell of any number of frames
 };
 
 }  // namespace
@@ -214,6 +213,8 @@ class WebServer::Service {
   }
 
   void add(Frame frame) {
+    frame.name.resize(shortened(frame.name).size());
+    frame.name.shrink_to_fit();
     const std::string text = frameText(frame);
     const auto dropped = store_.add(std::move(frame));
     const auto write = [](std::uint64_t number) { return std::to_string(number); };
@@ -350,11 +351,13 @@ http::status WebServer::Service::check(const Request& request) const {
   const std::string_view target = view(request.target());
   const auto origin = request.find(http::field::origin);
   const bool hasOrigin = origin != request.end();
+  if (request.count(http::field::host) > 1 || request.count(http::field::origin) > 1)
+    return http::status::bad_request;
   if (host != host_) return http::status::misdirected_request;
   if (hasOrigin && view(origin->value()) != "http://" + host_) return http::status::forbidden;
-  if (view(request["Sec-Fetch-Site"]) == "cross-site" &&
-      view(request["Sec-Fetch-Mode"]) != "navigate")
-    return http::status::forbidden;
+  const std::string_view site = view(request["Sec-Fetch-Site"]);
+  const bool isForeign = !site.empty() && site != "same-origin" && site != "none";
+  if (isForeign && view(request["Sec-Fetch-Mode"]) != "navigate") return http::status::forbidden;
   if (request.method() != http::verb::get && request.method() != http::verb::head)
     return http::status::method_not_allowed;
   if (!areEqual(target.substr(0, path_.size()), path_)) return http::status::not_found;
@@ -410,6 +413,7 @@ bool WebServer::Service::find(std::string_view what, Response& response, Message
 
 // Sends within the time that the slowest connection may take. False when the connection ends.
 awaitable<bool> WebServer::Service::send(Stream& stream, Response response, bool isHead) {
+  if (response.result() != http::status::ok) response.keep_alive(false);
   const bool goesOn = response.keep_alive();
   const std::uint64_t size = response.body().size();
   if (size == 0 && response.result() != http::status::ok) {

@@ -72,7 +72,9 @@ TEST(DrawviewProgram, TellsByItsExitCode) {
   const std::string other = folder.write("other", "no recording").string();
   std::string bytes = kilntest::readFile(frames);
   bytes.back() ^= 1;
-  const std::string damaged = folder.write("damaged", bytes).string();
+  const std::string lost = folder.write("lost", bytes).string();
+  const std::string whole = kilntest::readFile(frames).substr(8);  // behind the head
+  const std::string damaged = folder.write("damaged", bytes + whole).string();
   const bool hasPage = drawview::kPage.find(drawview::kFramesPlace) != std::string_view::npos;
   const struct {
     std::vector<std::string> arguments;
@@ -85,6 +87,9 @@ TEST(DrawviewProgram, TellsByItsExitCode) {
       {{"--replay", frames, "--export", other}, 2, "other is there already; --force"},
       {{"--replay", other, "--export", page, "--force"}, 2, "other is no recording"},
       {{"--replay", damaged, "--export", page, "--force"}, hasPage ? 1 : 2, "offset 8: the record"},
+      {{"--replay", lost, "--export", page, "--force"}, 2, "holds no frame"},
+      {{"--replay", frames, "--export", frames, "--force"}, 2, "the place of the recording"},
+      {{"--record", ""}, 2, "an empty name"},
       {{"--replay", folder.path().string()}, 2, "is no file"},
       {{"--replay", frames, "--record", other}, 2, "see drawview --help"},
       {{"--export", page}, 2, "see drawview --help"},
