@@ -2,12 +2,10 @@
 
 #include <bit>
 #include <cstdint>
-#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -25,6 +23,7 @@
 #include "examples/host/Document.h"
 #include "examples/host/Hooks.h"
 #include "examples/host/Host.h"
+#include "examples/host/ProjectFiles.h"
 
 namespace host {
 
@@ -70,24 +69,15 @@ void sayState(const char* action, const Spheres& spheres, const Brush& brush) {
           .c_str());
 }
 
-std::filesystem::path nativePath(const char* path) {
-  const std::unique_ptr<char, decltype(&std::free)> slashes(convertFilename(path, 1), &std::free);
-  if (!slashes) throw std::bad_alloc();
-  const std::string_view text(slashes.get());
-  return std::u8string(text.begin(), text.end());
-}
-
 // The new file takes the place of the old one when it is complete.
 void save(const Spheres& spheres) {
-  char path[kPathSize], name[] = "spheres.0001";
-  expand_filename(path, name, WIRE_DATA);
-  const std::filesystem::path file = nativePath(path);
+  const std::filesystem::path file = projectFile("spheres.0001", WIRE_DATA);
   std::filesystem::path unfinished = file;
   unfinished += ".new";
   std::ofstream stream(unfinished, std::ios::binary);
   for (const double radius : spheres) stream << radius << '\n';
   stream.close();
-  if (!stream) throw std::runtime_error(std::string("cannot write ") + path);
+  if (!stream) throw std::runtime_error("cannot write " + file.string());
   std::filesystem::rename(unfinished, file);
   vxUndo::manager()->markSaved();
 }

@@ -1,0 +1,69 @@
+#include "examples/session/Drawing.h"
+
+#include <algorithm>
+#include <memory>
+
+#include <vx/KernelObject.h>
+
+#include "examples/session/StepFiles.h"
+
+namespace session {
+
+namespace {
+
+using surfacefit::Point;
+
+vxLinear::Point placeOf(const Point& point) {
+  return {point.x, point.y, point.z};
+}
+
+// A curve of degree 1 through its poles.
+std::unique_ptr<vxgk::Curve> polyline(vx::vector<vxLinear::Point> poles) {
+  vx::vector<double> knots(1, 0.0);
+  for (std::size_t i = 0; i < poles.size(); ++i) knots.push_back(static_cast<double>(i));
+  knots.push_back(knots.back());
+  return std::make_unique<vxgk::Curve>(1, std::move(knots), std::move(poles));
+}
+
+vxString::CString heightText(const char* what, double height, const std::string& unit) {
+  return vxString::CString::format("%s %.5g %s", what, height, unit.c_str());
+}
+
+}  // namespace
+
+StepDrawing::StepDrawing(const std::string& name, const surfacefit::Fit& fit,
+                         const std::vector<Point>& points, const std::string& unit) {
+  frame_.name = name.c_str();
+  auto surface = std::make_unique<vxgk::Surface>(kernelSurface(fit.surface));
+  addNet(*surface);
+  frame_.surfaces.push_back(surface.get());
+  surface.release();
+  const surfacefit::Deviation& worst = fit.deviation.largest;
+  for (const Point& p : points) {
+    frame_.points.push_back(placeOf(p));
+    const double height = fit.surface.heightAt(p.x, p.y);
+    frame_.lines.push_back({{p.x, p.y, height}, {0.0, 0.0, p.z - height}});
+    if (p.x == worst.x && p.y == worst.y && p.z - height == worst.value)
+      frame_.labels.push_back({placeOf(p), heightText("deviation", worst.value, unit)});
+  }
+  const auto [lowest, highest] = std::minmax_element(
+      points.begin(), points.end(), [](const Point& a, const Point& b) { return a.z < b.z; });
+  frame_.labels.push_back({placeOf(*highest), heightText("highest", highest->z, unit)});
+  frame_.labels.push_back({placeOf(*lowest), heightText("lowest", lowest->z, unit)});
+}
+
+void StepDrawing::addNet(const vxgk::Surface& surface) {
+  const std::size_t rows = surface.countU();
+  const std::size_t columns = surface.countV();
+  const auto add = [&](std::size_t first, std::size_t step, std::size_t count) {
+    vx::vector<vxLinear::Point> poles;
+    for (std::size_t k = 0; k < count; ++k) poles.push_back(surface.poles()[first + k * step]);
+    auto line = polyline(std::move(poles));
+    frame_.curves.push_back(line.get());
+    line.release();
+  };
+  for (std::size_t i = 0; i < rows; ++i) add(i * columns, 1, columns);
+  for (std::size_t j = 0; j < columns; ++j) add(j, columns, rows);
+}
+
+}  // namespace session
