@@ -18,7 +18,6 @@ using surfacefit::Fit;
 using surfacefit::Limits;
 using surfacefit::Point;
 using surfacefit::Stop;
-using surfacefit::Surface;
 using vxString::CString;
 
 // What the cache may hold: a few dozen fits like that of the demo.
@@ -123,23 +122,20 @@ std::optional<surfacefit::Mesh> FitCache::findMesh(std::size_t step) {
 }
 
 // The figures come last: where they are, the surfaces are as well.
-void FitCache::add(const TimedRefinement& fit) {
+void FitCache::add(const TimedRefinement& fit,
+                   const std::map<std::size_t, surfacefit::Mesh>& meshes) {
   const auto& [steps, best, stop] = fit.refinement;
   if (!problem_.empty() || stop == Stop::kByUser || stop == Stop::kOutOfMemory) return;
   FitFigures figures{{}, best, stop, fit.seconds};
   for (const auto& [step, seconds] : steps) {
-    const Surface& surface = step.surface;
     write(surfaceName(figures.steps.size()),
-          [&surface](const CString& path) { return writeSurface(surface, path); });
+          [&surface = step.surface](const CString& path) { return writeSurface(surface, path); });
     figures.steps.push_back(
         {step.unknowns, step.equations, step.determined, step.deviation, seconds});
   }
+  for (const auto& [step, mesh] : meshes)
+    write(meshName(step), [&mesh = mesh](const CString& path) { return writeMesh(mesh, path); });
   write(kFigures, [&figures](const CString& path) { return writeFigureFile(figures, path); });
-}
-
-void FitCache::addMesh(std::size_t step, const surfacefit::Mesh& mesh) {
-  if (problem_.empty())
-    write(meshName(step), [&mesh](const CString& path) { return writeMesh(mesh, path); });
 }
 
 }  // namespace session

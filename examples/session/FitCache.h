@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -41,9 +42,9 @@ class FitCache {
   /// The mesh of a step; nothing when it is not there.
   std::optional<surfacefit::Mesh> findMesh(std::size_t step);
 
-  /// Keeps a fit, unless the user or the lack of memory has stopped the fit.
-  void add(const TimedRefinement& fit);
-  void addMesh(std::size_t step, const surfacefit::Mesh& mesh);
+  /// Keeps a fit and the meshes of some of its steps, unless the user or the lack of memory has
+  /// stopped the fit.
+  void add(const TimedRefinement& fit, const std::map<std::size_t, surfacefit::Mesh>& meshes);
 
   int hits() const { return hits_; }            ///< Files that were found and whole.
   int additions() const { return additions_; }  ///< Files that were added.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 
@@ -30,6 +31,7 @@ namespace session {
 namespace {
 
 using host::projectFile;
+using surfacefit::Coverage;
 using surfacefit::Point;
 using surfacefit::spanCount;
 using surfacefit::Step;
@@ -156,25 +158,43 @@ void Session::fit() {
   const Clock::time_point begin = Clock::now();
   fit_ = cache_.find();
   const std::chrono::duration<double> finding = Clock::now() - begin;
-  const bool isFound = fit_.has_value();
-  if (isFound) {
+  if (fit_) {
     for (const std::size_t i : keptSteps(fit_->refinement)) keep(fit_->refinement.steps[i]);
+    findMesh();
+    summarizeFit(finding.count());
   } else {
     fit_ = fitAnew();
-    cache_.add(*fit_);
+    makeMeshes();
+    summarizeFit(0.0);
   }
-  MorlaTrace::trace1(MorlaTrace::SPF, "%s %zu steps in %g s", isFound ? "found" : "fitted",
-                     fit_->refinement.steps.size(), isFound ? finding.count() : fit_->seconds);
-  summarizeFit(isFound ? finding.count() : 0.0);
+}
+
+void Session::findMesh() {
+  if (auto mesh = cache_.findMesh(fit_->refinement.best))
+    mesh_ = std::move(*mesh);
+  else
+    mesh_ = meshOf(fit_->refinement.bestFit().surface, Coverage(measurement_.points));
+}
+
+// The best step is the last of the kept ones.
+void Session::makeMeshes() {
+  const Coverage coverage(measurement_.points);
+  std::map<std::size_t, surfacefit::Mesh> meshes;
+  for (const std::size_t i : keptSteps(fit_->refinement))
+    meshes[i] = meshOf(fit_->refinement.steps[i].fit.surface, coverage);
+  cache_.add(*fit_, meshes);
+  mesh_ = std::move(meshes.rbegin()->second);
 }
 
 void Session::summarizeFit(double secondsOfFinding) {
   const surfacefit::Fit& best = fit_->refinement.bestFit();
   const double largest = best.deviation.largest.value;
-  summary_.add("points",
+  summary_.add("input",
                counted(measurement_.points.size(), "point") + " of " + nameOf(options_.points));
   summary_.add("tolerance", surfacefit::numberText(limits_.tolerance) + " " + options_.unit +
                                 (options_.tolerance ? "" : ", from the scatter of the points"));
+  MorlaTrace::trace1(MorlaTrace::SPF, "%zu steps, fitted in %g s, found in %g s",
+                     fit_->refinement.steps.size(), fit_->seconds, secondsOfFinding);
   const std::string steps = counted(fit_->refinement.steps.size(), "step") + ", " +
                             std::to_string(history_.size() - 1) + " kept, ";
   if (secondsOfFinding > 0.0)
@@ -214,20 +234,6 @@ void Session::undoAndRedo() {
   if (redone < undone) require(manager.redo(undone - redone));
 }
 
-void Session::addMeshes() {
-  const surfacefit::Coverage coverage(measurement_.points);
-  for (const std::size_t i : keptSteps(fit_->refinement))
-    cache_.addMesh(i, surfacefit::meshOf(fit_->refinement.steps[i].fit.surface, coverage));
-}
-
-// The mesh of the best step is always the last of the kept ones.
-surfacefit::Mesh Session::bestMesh() {
-  if (auto mesh = cache_.findMesh(fit_->refinement.best)) return std::move(*mesh);
-  addMeshes();
-  return surfacefit::meshOf(fit_->refinement.bestFit().surface,
-                            surfacefit::Coverage(measurement_.points));
-}
-
 std::string Session::stepTable() const {
   return surfacefit::stepTable(fit_->refinement, limits_, options_.unit);
 }
@@ -253,7 +259,7 @@ void Session::save() {
   const std::filesystem::path page = projectFile("session.html", PROJ_DATA);
   const std::filesystem::path net =
       projectFile(CString::format("net.%04zu", history_.size() - 1).c_str(), WIRE_DATA);
-  const std::string mesh = meshText(bestMesh(), surfacefit::MeshFormat::kPly);
+  const std::string mesh = meshText(mesh_, surfacefit::MeshFormat::kPly);
   MorlaTrace::trace1(MorlaTrace::UI, "saving %s", spansOf(surface).c_str());
   const std::string trace = traceText();
   surfacefit::writeFiles({{page, pageText(trace)},

@@ -41,8 +41,8 @@ class Session {
 
   TimedRefinement fitAnew();
   void keep(const surfacefit::Step& step);
-  surfacefit::Mesh bestMesh();
-  void addMeshes();
+  void findMesh();
+  void makeMeshes();
   std::string pageText(const std::string& trace);
   void summarizeFit(double secondsOfFinding);
   void summarizeFrames();
@@ -58,6 +58,7 @@ class Session {
   Model model_;
   std::vector<surfacefit::Surface> history_;  // the surfaces of the model, the first one first
   std::optional<TimedRefinement> fit_;
+  surfacefit::Mesh mesh_;  // of the best step
   Summary summary_;
 };
 
