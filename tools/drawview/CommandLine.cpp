@@ -39,6 +39,7 @@ line cannot be understood, or something cannot be read, written or served.
 Examples:
   drawview --open
   drawview --listen 29711 --record pass2.kilndraw
+  drawview --listen 29711 --record pass2.kilndraw --once    (started by the program that sends)
   drawview --replay pass2.kilndraw --open
   drawview --replay pass2.kilndraw --export pass2.html)";
 
@@ -100,6 +101,9 @@ std::optional<Options> parseCommandLine(int argc, const char* const* argv) {
       ->check(isName)
       ->needs(replay)
       ->excludes(open);
+  app.add_flag("--once", options.once,
+               "End when the first sender has gone, or none has come for 30 s")
+      ->excludes(replay);
   app.add_flag("--force", options.force, "Overwrite the file of --record or --export");
   if (!parseArguments<InputError>(app, argc, argv)) return std::nullopt;
   if (!listenText.empty()) readListen(listenText, options);

@@ -21,6 +21,7 @@ struct Options {
   std::filesystem::path exportTo;       ///< Empty: no export.
   bool open = false;
   bool force = false;
+  bool once = false;  ///< Only one sender.
 };
 
 /// Reads the command line. Help or a version that is asked for goes to standard output, and the

@@ -27,6 +27,8 @@ namespace {
 enum ExitCode { kFine = 0, kDamaged = 1, kFailed = 2 };
 
 constexpr std::chrono::milliseconds kTick(50);
+// For the first sender of --once.
+constexpr std::chrono::seconds kLongestWait(30);
 
 void report(const std::string& what) {
   rptError("drawview: %s\n", what.c_str());
@@ -49,7 +51,12 @@ int showSenders(const Options& options, const StopRequests& requests) {
   Viewer viewer(options);
   print("senders: " + viewer.listenAddress());
   tellPage(viewer.address(), options.open);
-  while (!requests.isStopped()) {
+  const auto latest = std::chrono::steady_clock::now() + kLongestWait;
+  const auto isOver = [&] {
+    const bool isLate = !viewer.hasSender() && std::chrono::steady_clock::now() > latest;
+    return requests.isStopped() || (options.once && (viewer.hasServed() || isLate));
+  };
+  while (!isOver()) {
     std::this_thread::sleep_for(kTick);
     for (const std::string& note : viewer.takeNotes()) report(note);
   }

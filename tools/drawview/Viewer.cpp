@@ -28,7 +28,7 @@ Viewer::Viewer(const Options& options, std::uint64_t mostBytes)
   if (!options.record.empty()) recording_.emplace(options.record, options.force);
   server_.setListenAddress(listenAddress());
   receiver_.start({[this](const KilnDebugDrawFrame& frame) { add(frame); },
-                   [this](bool isConnected) { server_.setSender(isConnected); },
+                   [this](bool isConnected) { setSender(isConnected); },
                    [this](const char* what) { note(what); }});
 }
 
@@ -53,6 +53,12 @@ void Viewer::record(std::string_view name, std::string_view message) {
     hasLostRecording_ = true;
     recording_.reset();
   }
+}
+
+void Viewer::setSender(bool isConnected) {
+  hasSender_ = isConnected;
+  if (!isConnected) hasServed_ = true;
+  server_.setSender(isConnected);
 }
 
 void Viewer::note(std::string text) {

@@ -29,12 +29,16 @@ class Viewer {
 
   /// What the user is to know, since the last call; sentences.
   std::vector<std::string> takeNotes();
+  /// Whether a sender has come, and gone with all its frames recorded.
+  bool hasServed() const { return hasServed_; }
+  bool hasSender() const { return hasSender_; }
   /// Whether the recording lacks a frame because it could not be written.
   bool hasLostRecording() const { return hasLostRecording_; }
 
  private:
   void add(const vxKilnBase::KilnDebugDrawFrame& frame);
   void record(std::string_view name, std::string_view message);
+  void setSender(bool isConnected);
   void note(std::string text);
 
   std::string listenHost_;
@@ -43,6 +47,8 @@ class Viewer {
   std::mutex guard_;  // of `notes_`
   std::vector<std::string> notes_;
   std::atomic<bool> hasLostRecording_ = false;
+  std::atomic<bool> hasSender_ = false;
+  std::atomic<bool> hasServed_ = false;
   WebServer server_;
   std::optional<RecordingWriter> recording_;
   Receiver receiver_;  // the last: its thread uses the others

@@ -43,18 +43,23 @@ int run(const std::vector<std::string>& arguments, const std::filesystem::path& 
   return exitCodeOf(start(arguments, output));
 }
 
-TEST(DrawviewProgram, EndsWithAWholeRecordingWhenItIsTold) {
+TEST(DrawviewProgram, EndsWithAWholeRecordingWhenItIsToldOrWithItsOnlySender) {
   const TemporaryFolder folder;
   const std::string frames = (folder.path() / "frames").string();
-  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP, 0}) {
     const int port = kilntest::freePort();
-    const pid_t child = start({"--listen", std::to_string(port), "--record", frames, "--force"},
-                              folder.path() / "output");
+    std::vector<std::string> arguments = {"--listen", std::to_string(port), "--record", frames,
+                                          "--force"};
+    if (signal == 0) arguments.emplace_back("--once");
+    const pid_t child = start(arguments, folder.path() / "output");
     vxKilnBase::KilnDebugDrawProtocol sender;
     ASSERT_TRUE(kilntest::connectsSoon(sender, port));
     vxKilnBase::KilnDebugDrawFrame frame;
     for (int i = 0; i < 50; ++i) EXPECT_TRUE(sender.sendFrame(frame));
-    kill(child, signal);
+    if (signal == 0)
+      sender.setSocket(nullptr);
+    else
+      kill(child, signal);
     EXPECT_EQ(exitCodeOf(child), 0);
     std::ifstream file(frames, std::ios::binary);
     const drawview::RecordingContents contents = drawview::scanRecording(file);
