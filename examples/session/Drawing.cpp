@@ -1,7 +1,9 @@
 #include "examples/session/Drawing.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
+#include <numeric>
 
 #include <vx/KernelObject.h>
 
@@ -12,6 +14,9 @@ namespace session {
 namespace {
 
 using surfacefit::Point;
+
+// So many of the largest deviations are drawn: where the surface is bad.
+constexpr std::ptrdiff_t kMostLines = 500;
 
 vxLinear::Point placeOf(const Point& point) {
   return {point.x, point.y, point.z};
@@ -38,18 +43,29 @@ StepDrawing::StepDrawing(const std::string& name, const surfacefit::Fit& fit,
   addNet(*surface);
   frame_.surfaces.push_back(surface.get());
   surface.release();
+  for (const Point& p : points) frame_.points.push_back(placeOf(p));
+  addDeviations(fit, points);
   const surfacefit::Deviation& worst = fit.deviation.largest;
-  for (const Point& p : points) {
-    frame_.points.push_back(placeOf(p));
-    const double height = fit.surface.heightAt(p.x, p.y);
-    frame_.lines.push_back({{p.x, p.y, height}, {0.0, 0.0, p.z - height}});
-    if (p.x == worst.x && p.y == worst.y && p.z - height == worst.value)
-      frame_.labels.push_back({placeOf(p), heightText("deviation", worst.value, unit)});
-  }
+  const vxLinear::Point worstPlace = {worst.x, worst.y,
+                                      fit.surface.heightAt(worst.x, worst.y) + worst.value};
+  frame_.labels.push_back({worstPlace, heightText("deviation", worst.value, unit)});
   const auto [lowest, highest] = std::minmax_element(
       points.begin(), points.end(), [](const Point& a, const Point& b) { return a.z < b.z; });
   frame_.labels.push_back({placeOf(*highest), heightText("highest", highest->z, unit)});
   frame_.labels.push_back({placeOf(*lowest), heightText("lowest", lowest->z, unit)});
+}
+
+void StepDrawing::addDeviations(const surfacefit::Fit& fit, const std::vector<Point>& points) {
+  const DoubleVec all = deviations(fit.surface, points);
+  std::vector<int> order(points.size());
+  std::iota(order.begin(), order.end(), 0);
+  const auto drawn = order.begin() + std::min(kMostLines, order.end() - order.begin());
+  std::partial_sort(order.begin(), drawn, order.end(),
+                    [&all](int i, int j) { return std::abs(all(i)) > std::abs(all(j)); });
+  std::for_each(order.begin(), drawn, [&](int i) {
+    const Point& p = points[i];
+    frame_.lines.push_back({{p.x, p.y, p.z - all(i)}, {0.0, 0.0, all(i)}});
+  });
 }
 
 void StepDrawing::addNet(const vxgk::Surface& surface) {

@@ -11,9 +11,9 @@
 
 namespace session {
 
-/// A frame of a fit: the points, the surface, its control net as polylines, a line from the surface
-/// to each point, and labels at the highest, the lowest and the worst point. Coordinates are those
-/// of the points.
+/// A frame of a fit: the points, the surface, its control net as polylines, lines from the surface
+/// to the points that deviate most, and labels at the highest, the lowest and the worst point.
+/// Coordinates are those of the points.
 class StepDrawing {
  public:
   StepDrawing(const std::string& name, const surfacefit::Fit& fit,
@@ -25,6 +25,7 @@ class StepDrawing {
   const vxKilnBase::KilnDebugDrawFrame& frame() const { return frame_; }
 
  private:
+  void addDeviations(const surfacefit::Fit& fit, const std::vector<surfacefit::Point>& points);
   void addNet(const vxgk::Surface& surface);
 
   vxKilnBase::KilnDebugDrawFrame frame_;  // owns its objects
