@@ -41,8 +41,7 @@ StepDrawing::StepDrawing(const std::string& name, const surfacefit::Fit& fit,
   frame_.name = name.c_str();
   auto surface = std::make_unique<vxgk::Surface>(kernelSurface(fit.surface));
   addNet(*surface);
-  frame_.surfaces.push_back(surface.get());
-  surface.release();
+  frame_.surfaces.push_back(surface.release());
   for (const Point& p : points) frame_.points.push_back(placeOf(p));
   addDeviations(fit, points);
   const surfacefit::Deviation& worst = fit.deviation.largest;
@@ -75,8 +74,7 @@ void StepDrawing::addNet(const vxgk::Surface& surface) {
     vx::vector<vxLinear::Point> poles;
     for (std::size_t k = 0; k < count; ++k) poles.push_back(surface.poles()[first + k * step]);
     auto line = polyline(std::move(poles));
-    frame_.curves.push_back(line.get());
-    line.release();
+    frame_.curves.push_back(line.release());
   };
   for (std::size_t i = 0; i < rows; ++i) add(i * columns, 1, columns);
   for (std::size_t j = 0; j < columns; ++j) add(j, columns, rows);

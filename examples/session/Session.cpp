@@ -156,10 +156,11 @@ TimedRefinement Session::fitAnew() {
 
 void Session::fit() {
   const Clock::time_point begin = Clock::now();
-  fit_ = cache_.find();
+  auto found = cache_.find();
   const std::chrono::duration<double> finding = Clock::now() - begin;
-  if (fit_) {
-    for (const std::size_t i : keptSteps(fit_->refinement)) keep(fit_->refinement.steps[i]);
+  if (found) {
+    fit_ = std::move(*found);
+    for (const std::size_t i : keptSteps(fit_.refinement)) keep(fit_.refinement.steps[i]);
     findMesh();
     summarizeFit(finding.count());
   } else {
@@ -170,46 +171,46 @@ void Session::fit() {
 }
 
 void Session::findMesh() {
-  if (auto mesh = cache_.findMesh(fit_->refinement.best))
+  if (auto mesh = cache_.findMesh(fit_.refinement.best))
     mesh_ = std::move(*mesh);
   else
-    mesh_ = meshOf(fit_->refinement.bestFit().surface, Coverage(measurement_.points));
+    mesh_ = meshOf(fit_.refinement.bestFit().surface, Coverage(measurement_.points));
 }
 
 // The best step is the last of the kept ones.
 void Session::makeMeshes() {
   const Coverage coverage(measurement_.points);
   std::map<std::size_t, surfacefit::Mesh> meshes;
-  for (const std::size_t i : keptSteps(fit_->refinement))
-    meshes[i] = meshOf(fit_->refinement.steps[i].fit.surface, coverage);
-  cache_.add(*fit_, meshes);
+  for (const std::size_t i : keptSteps(fit_.refinement))
+    meshes[i] = meshOf(fit_.refinement.steps[i].fit.surface, coverage);
+  cache_.add(fit_, meshes);
   mesh_ = std::move(meshes.rbegin()->second);
 }
 
 void Session::summarizeFit(double secondsOfFinding) {
-  const surfacefit::Fit& best = fit_->refinement.bestFit();
+  const surfacefit::Fit& best = fit_.refinement.bestFit();
   const double largest = best.deviation.largest.value;
   summary_.add("input",
                counted(measurement_.points.size(), "point") + " of " + nameOf(options_.points));
   summary_.add("tolerance", surfacefit::numberText(limits_.tolerance) + " " + options_.unit +
                                 (options_.tolerance ? "" : ", from the scatter of the points"));
   MorlaTrace::trace1(MorlaTrace::SPF, "%zu steps, fitted in %g s, found in %g s",
-                     fit_->refinement.steps.size(), fit_->seconds, secondsOfFinding);
-  const std::string steps = counted(fit_->refinement.steps.size(), "step") + ", " +
+                     fit_.refinement.steps.size(), fit_.seconds, secondsOfFinding);
+  const std::string steps = counted(fit_.refinement.steps.size(), "step") + ", " +
                             std::to_string(history_.size() - 1) + " kept, ";
   if (secondsOfFinding > 0.0)
     summary_.add("fit",
                  steps + "found in the cache in " + secondsText(secondsOfFinding) + ": " +
-                     CString::format("%.0f", fit_->seconds / secondsOfFinding).c_str() +
-                     " times as fast as fitting, which took " + secondsText(fit_->seconds),
+                     CString::format("%.0f", fit_.seconds / secondsOfFinding).c_str() +
+                     " times as fast as fitting, which took " + secondsText(fit_.seconds),
                  Tone::kGood);
   else
-    summary_.add("fit", steps + "fitted in " + secondsText(fit_->seconds));
+    summary_.add("fit", steps + "fitted in " + secondsText(fit_.seconds));
   summary_.add("deviation",
                "rms " + lengthText(best.deviation.rms, options_.unit) + ", largest " +
                    lengthText(largest, options_.unit),
                std::abs(largest) <= limits_.tolerance ? Tone::kGood : Tone::kTrouble);
-  summary_.add("", describe(fit_->refinement.stop, limits_));
+  summary_.add("", describe(fit_.refinement.stop, limits_));
 }
 
 void Session::undoAndRedo() {
@@ -235,23 +236,22 @@ void Session::undoAndRedo() {
 }
 
 std::string Session::stepTable() const {
-  return surfacefit::stepTable(fit_->refinement, limits_, options_.unit);
+  return surfacefit::stepTable(fit_.refinement, limits_, options_.unit);
 }
 
 std::string Session::pageText(const std::string& trace) {
   const std::string name = nameOf(options_.points);
   const std::string view = recorder_.finish() ? recorder_.exportPage() : "";
-  const surfacefit::Fit& best = fit_->refinement.bestFit();
+  const surfacefit::Fit& best = fit_.refinement.bestFit();
   const std::string facts = counted(measurement_.points.size(), "point") + ", " +
                             spansOf(best.surface) + ", largest deviation " +
                             lengthText(best.deviation.largest.value, options_.unit) + ". " +
-                            (fit_->refinement.steps.size() > 1
+                            (fit_.refinement.steps.size() > 1
                                  ? counted(history_.size() - 1, "frame") + ", a kept step each."
                                  : "");
   return sessionPage(
       {"A session on " + name, facts, view,
-       surfacefit::pageText({measurement_, fit_->refinement, limits_, options_.unit, name}),
-       trace});
+       surfacefit::pageText({measurement_, fit_.refinement, limits_, options_.unit, name}), trace});
 }
 
 void Session::save() {

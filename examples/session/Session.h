@@ -2,7 +2,6 @@
 #pragma once
 
 #include <chrono>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -57,7 +56,7 @@ class Session {
   bool hasViewer_;
   Model model_;
   std::vector<surfacefit::Surface> history_;  // the surfaces of the model, the first one first
-  std::optional<TimedRefinement> fit_;
+  TimedRefinement fit_ = {};
   surfacefit::Mesh mesh_;  // of the best step
   Summary summary_;
 };

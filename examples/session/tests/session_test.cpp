@@ -35,8 +35,9 @@ using vxString::CString;
 
 std::vector<Point> wavyPoints() {
   std::vector<Point> points;
-  for (int k = 0; k < 169; ++k)
-    points.push_back({1.0 * (k % 13), 1.0 * (k / 13), 5.0 * std::sin(k % 13) * std::cos(k / 13)});
+  points.reserve(169);
+  for (double x = 0.0; x < 13.0; ++x)
+    for (double y = 0.0; y < 13.0; ++y) points.push_back({x, y, 5.0 * std::sin(x) * std::cos(y)});
   return points;
 }
 
@@ -63,7 +64,7 @@ class SessionProgram : public testing::Test {
   fs::path project() const { return output() / "demo"; }
 
   // Runs the program; `out` has its output with a sign for each number, blank and folder.
-  int run(std::vector<std::string> arguments) {
+  int run(const std::vector<std::string>& arguments) {
     std::vector<const char*> argv = {"session"};
     for (const std::string& argument : arguments) argv.push_back(argument.c_str());
     testing::internal::CaptureStdout();
@@ -211,15 +212,14 @@ class SessionCache : public testing::Test {
 
 TEST_F(SessionCache, HasTheFitOfTheSamePointsAndLimitsOnly) {
   FitCache same(folder.path(), points, limits);
-  const auto found = same.find();
-  ASSERT_TRUE(found);
-  EXPECT_EQ(1.5, found->seconds);
-  EXPECT_EQ(fit.refinement.stop, found->refinement.stop);
-  ASSERT_EQ(fit.refinement.steps.size(), found->refinement.steps.size());
+  const auto found = same.find().value_or(session::TimedRefinement{});
+  EXPECT_EQ(1.5, found.seconds);
+  EXPECT_EQ(fit.refinement.stop, found.refinement.stop);
+  ASSERT_EQ(fit.refinement.steps.size(), found.refinement.steps.size());
   for (std::size_t i = 0; i < fit.refinement.steps.size(); ++i)
     EXPECT_TRUE(
-        fit.refinement.steps[i].fit.surface.identicalTo(found->refinement.steps[i].fit.surface));
-  EXPECT_EQ(1U, same.findMesh(1)->vertices.size());
+        fit.refinement.steps[i].fit.surface.identicalTo(found.refinement.steps[i].fit.surface));
+  EXPECT_EQ(1U, same.findMesh(1).value_or(surfacefit::Mesh{}).vertices.size());
   EXPECT_EQ(5, same.hits());
 
   std::vector<Point> others = points;
