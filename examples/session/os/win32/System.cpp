@@ -1,7 +1,9 @@
 #include "examples/session/System.h"
 
-#include <psapi.h>
 #include <windows.h>
+// clang-format off: needs the types of windows.h
+#include <psapi.h>
+// clang-format on
 
 namespace session {
 
