@@ -36,8 +36,10 @@ using vxString::CString;
 std::vector<Point> wavyPoints() {
   std::vector<Point> points;
   points.reserve(169);
-  for (double x = 0.0; x < 13.0; ++x)
-    for (double y = 0.0; y < 13.0; ++y) points.push_back({x, y, 5.0 * std::sin(x) * std::cos(y)});
+  for (int x = 0; x < 13; ++x)
+    for (int y = 0; y < 13; ++y)
+      points.push_back(
+          {static_cast<double>(x), static_cast<double>(y), 5.0 * std::sin(x) * std::cos(y)});
   return points;
 }
 
@@ -90,10 +92,12 @@ class SessionProgram : public testing::Test {
     for (std::size_t at = 0; (at = out.find(output().generic_string())) != std::string::npos;)
       out.replace(at, output().generic_string().size(), "OUT");
     out = blanked(out);
-    const std::size_t recording = out.find("recording ");
-    if (!KILNTEST_RECORDS && recording != std::string::npos)
-      out.erase(recording, out.find('\n', recording) + 1 - recording);
+    if (!KILNTEST_RECORDS) dropLine("recording ");
     return code;
+  }
+  void dropLine(const char* beginning) {
+    const std::size_t start = out.find(beginning);
+    if (start != std::string::npos) out.erase(start, out.find('\n', start) + 1 - start);
   }
   int runOnPoints() {
     return run({points, "--output", output().string(), "--tolerance", "0.1", "--max-steps", "4",
