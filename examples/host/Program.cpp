@@ -39,7 +39,9 @@ constexpr const char* kHelp =
     "\"demo\" in FOLDER (host_out by default), and tells what happens.\n\n"
     "  --help     this text\n"
     "  --version  the version\n\n"
-    "Exit codes: 0, or 2 when the command line, FOLDER or standard output cannot be used.\n";
+    "Exit codes: 0, or 2 when the command line, FOLDER or standard output cannot be used.\n\n"
+    "Example:\n"
+    "  $ host /tmp/host_out\n";
 
 void say(const std::string& line) {
   std::cout << line << '\n';

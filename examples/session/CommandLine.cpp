@@ -38,9 +38,9 @@ cannot be used, too little memory, or results that cannot be written. Files are 
 at all.
 
 Examples:
-  session --output out
-  session survey.csv --columns east,north,height --output out
-  drawview --open &  session --tolerance 40)";
+  $ session --output out
+  $ session survey.csv --columns east,north,height --output out
+  $ drawview --open &  session --tolerance 40)";
 
 std::string checkPositive(const std::string& text) {
   double value = 0.0;

@@ -45,10 +45,10 @@ input that cannot be used, too little memory, or results that cannot be written.
 whole or not at all.
 
 Examples:
-  surface_fit terrain.xyz --tolerance 20 --output fit
-  surface_fit survey.csv --columns east,north,height --export terrain.ply
-  unzip -p terrain.zip | surface_fit - --columns 2,3,5
-  surface_fit places.txt --evaluate fit/net.txt > heights.txt)";
+  $ surface_fit terrain.xyz --tolerance 20 --output fit
+  $ surface_fit survey.csv --columns east,north,height --export terrain.ply
+  $ unzip -p terrain.zip | surface_fit - --columns 2,3,5
+  $ surface_fit places.txt --evaluate fit/net.txt > heights.txt)";
 
 std::string checkPositive(const std::string& text) {
   double value = 0.0;

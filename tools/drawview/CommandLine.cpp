@@ -37,11 +37,11 @@ Exit code: 0 when the program was told to end, or the page is exported; 1 when a
 line cannot be understood, or something cannot be read, written or served.
 
 Examples:
-  drawview --open
-  drawview --listen 29711 --record pass2.kilndraw
-  drawview --listen 29711 --record pass2.kilndraw --once    (started by the program that sends)
-  drawview --replay pass2.kilndraw --open
-  drawview --replay pass2.kilndraw --export pass2.html)";
+  $ drawview --open
+  $ drawview --listen 29711 --record pass2.kilndraw
+  $ drawview --listen 29711 --record pass2.kilndraw --once    (started by the program that sends)
+  $ drawview --replay pass2.kilndraw --open
+  $ drawview --replay pass2.kilndraw --export pass2.html)";
 
 int portOf(std::string_view text) {
   constexpr int kMostPort = 65535;

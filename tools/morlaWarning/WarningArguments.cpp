@@ -30,6 +30,10 @@ first button, Escape closes the warning.
 
 Exit code: the number of the chosen button, from 1; 0 when no button was chosen, when the warning
 cannot be shown, and after --help and --version.
+
+Examples:
+  $ morlaWarning -t Close -s "The model has changed." -b Save -b Discard
+  $ morlaWarning -s "Two surfaces overlap." -f "Trim one of them." -b OK
 )";
 
 std::string versionLine() {

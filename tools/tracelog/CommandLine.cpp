@@ -36,9 +36,9 @@ Exit code: 0; 1 when a ring or a position file is damaged; 2 when the command li
 understood, or something cannot be read, removed or written.
 
 Examples:
-  tracelog traces --subsystem UI --subsystem Undo
-  tracelog --follow traces --grep picked
-  tracelog --prune 30 traces)";
+  $ tracelog traces --subsystem UI --subsystem Undo
+  $ tracelog --follow traces --grep picked
+  $ tracelog --prune 30 traces)";
 
 // The names of the subsystems, without the brackets and the blank of their tags.
 std::vector<std::string> subsystemNames() {

@@ -27,9 +27,9 @@ Exit code: 0 at the end of the daemon, which comes with SIGTERM, --stop or when 
 there for the idle time; 2 when the daemon cannot start, or when no daemon answers --list or --stop.
 
 Examples:
-  vxcached --list ~/project/cache
-  vxcached --stop ~/project/cache
-  vxcached --port 40123 --log /tmp/cache.log   (with MORLA_FILE_CACHE_MANUAL_START in the application))";
+  $ vxcached --list ~/project/cache
+  $ vxcached --stop ~/project/cache
+  $ vxcached --port 40123 --log /tmp/cache.log   (with MORLA_FILE_CACHE_MANUAL_START in the application))";
 
 }  // namespace
 
