@@ -2,8 +2,16 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <iostream>
 #include <string>
+
+/// What is wrong with the text of a number that must be above 0; empty when nothing is.
+inline std::string checkPositive(const std::string& text) {
+  double value = 0.0;
+  if (CLI::detail::lexical_cast(text, value) && value > 0.0 && std::isfinite(value)) return "";
+  return "'" + text + "' is not a positive number";
+}
 
 /// Parses the arguments into the options of `app`. False when the program is to end with success,
 /// because help or the version was asked for and has been printed. Throws an `InputError` that says

@@ -42,12 +42,6 @@ Examples:
   $ session survey.csv --columns east,north,height --output out
   $ drawview --open &  session --tolerance 40)";
 
-std::string checkPositive(const std::string& text) {
-  double value = 0.0;
-  if (CLI::detail::lexical_cast(text, value) && value > 0.0 && std::isfinite(value)) return "";
-  return "'" + text + "' is not a positive number";
-}
-
 }  // namespace
 
 std::optional<Options> parseCommandLine(int argc, const char* const* argv) {

@@ -1,8 +1,6 @@
 #include "examples/session/Program.h"
 
-#include <exception>
 #include <iostream>
-#include <new>
 #include <stdexcept>
 #include <system_error>
 
@@ -15,6 +13,7 @@
 #include "examples/session/System.h"
 #include "examples/surface_fit/InputError.h"
 #include "examples/surface_fit/NumericErrors.h"
+#include "tools/runReported.h"
 
 namespace session {
 
@@ -51,16 +50,11 @@ void work(const Options& options) {
 
 int runProgram(int argc, const char* const* argv) {
   const surfacefit::ThrowingNumericErrors numericErrors;
-  try {
+  const auto begin = [&] {
     if (const auto options = parseCommandLine(argc, argv)) work(*options);
-    if (!std::cout.flush()) throw surfacefit::InputError("cannot write to standard output");
     return 0;
-  } catch (const std::bad_alloc&) {
-    rptError("session: not enough memory; thin the points out\n");
-  } catch (const std::exception& error) {
-    rptError("session: %s\n", error.what());
-  }
-  return 2;
+  };
+  return runReported("session", begin, "not enough memory; thin the points out");
 }
 
 }  // namespace session

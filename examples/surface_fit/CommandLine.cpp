@@ -50,12 +50,6 @@ Examples:
   $ unzip -p terrain.zip | surface_fit - --columns 2,3,5
   $ surface_fit places.txt --evaluate fit/net.txt > heights.txt)";
 
-std::string checkPositive(const std::string& text) {
-  double value = 0.0;
-  if (CLI::detail::lexical_cast(text, value) && value > 0.0 && std::isfinite(value)) return "";
-  return "'" + text + "' is not a positive number";
-}
-
 void addFitOptions(CLI::App& app, Options& options, CLI::Option* evaluate) {
   const auto fitOnly = [evaluate](CLI::Option* option) { option->excludes(evaluate); };
   const CLI::Validator positive(checkPositive, "");

@@ -1,8 +1,6 @@
 #include "examples/surface_fit/Program.h"
 
-#include <exception>
 #include <iostream>
-#include <new>
 #include <sstream>
 #include <system_error>
 
@@ -21,6 +19,7 @@
 #include "examples/surface_fit/Refinement.h"
 #include "examples/surface_fit/Scatter.h"
 #include "examples/surface_fit/StepTable.h"
+#include "tools/runReported.h"
 
 namespace surfacefit {
 
@@ -103,17 +102,12 @@ void evaluate(const Options& options) {
 
 int runProgram(int argc, const char* const* argv) {
   const ThrowingNumericErrors numericErrors;
-  try {
+  const auto work = [&] {
     if (const auto options = parseCommandLine(argc, argv))
       options->net.empty() ? fit(*options) : evaluate(*options);
-    if (!std::cout.flush()) throw InputError("cannot write to standard output");
     return 0;
-  } catch (const std::bad_alloc&) {
-    rptError("surface_fit: not enough memory; thin the points out\n");
-  } catch (const std::exception& error) {
-    rptError("surface_fit: %s\n", error.what());
-  }
-  return 2;
+  };
+  return runReported("surface_fit", work, "not enough memory; thin the points out");
 }
 
 }  // namespace surfacefit

@@ -1,12 +1,10 @@
 #include "tools/drawview/Program.h"
 
 #include <chrono>
-#include <exception>
 #include <fstream>
 #include <iostream>
 #include <limits>
 #include <memory>
-#include <new>
 #include <thread>
 
 #include <vx/Report.h>
@@ -19,6 +17,7 @@
 #include "tools/drawview/System.h"
 #include "tools/drawview/Viewer.h"
 #include "tools/drawview/WebServer.h"
+#include "tools/runReported.h"
 
 namespace drawview {
 
@@ -123,17 +122,10 @@ int run(const Options& options) {
 }  // namespace
 
 int runProgram(int argc, const char* const* argv) {
-  try {
+  return runReported("drawview", [&] {
     const auto options = parseCommandLine(argc, argv);
-    const int code = options ? run(*options) : kFine;
-    if (!std::cout.flush()) throw InputError("cannot write to standard output");
-    return code;
-  } catch (const std::bad_alloc&) {
-    report("not enough memory");
-  } catch (const std::exception& error) {
-    report(error.what());
-  }
-  return kFailed;
+    return options ? run(*options) : kFine;
+  });
 }
 
 }  // namespace drawview

@@ -2,13 +2,13 @@
 
 #include <atomic>
 #include <csignal>
-#include <exception>
 #include <iostream>
 #include <stdexcept>
 
 #include <vx/Error.h>
 #include <vx/Report.h>
 
+#include "tools/runReported.h"
 #include "tools/vxcached/CommandLine.h"
 #include "tools/vxcached/Control.h"
 #include "tools/vxcached/Daemon.h"
@@ -52,14 +52,10 @@ void run(const Options& options) {
 int runProgram(int argc, const char* const* argv) {
   std::signal(SIGTERM, [](int) { mustStop = true; });
   std::signal(SIGINT, [](int) { mustStop = true; });
-  try {
+  return runReported("vxcached", [&] {
     if (const auto options = parseCommandLine(argc, argv)) run(*options);
-    if (!std::cout.flush()) throw std::runtime_error("cannot write to standard output");
     return 0;
-  } catch (const std::exception& error) {
-    rptError("vxcached: %s\n", error.what());
-  }
-  return 2;
+  });
 }
 
 }  // namespace vxcached
