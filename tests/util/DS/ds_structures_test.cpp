@@ -70,7 +70,7 @@ TEST_P(Kinds, OperandsMustFitAndExist) {
 }
 
 TEST_P(Kinds, RemovalAndDestructionMeetItemsHiddenOrNot) {
-  DS_Structure* s = make({number(std::malloc(1))}).release();
+  DS_Structure* s = make({number(std::calloc(1, 1))}).release();
   EXPECT_EQ(1, DS_destructor(&s, longForm<DS_FreeFn>(DS_memory_free), nullptr, &status_));
   EXPECT_EQ(nullptr, s);
   EXPECT_EQ(0, DS_destructor(&s, nullptr, nullptr, &status_));
