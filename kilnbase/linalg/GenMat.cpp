@@ -15,6 +15,22 @@ void detail::raiseSizesDiffer(unsigned bRows, unsigned bCols, unsigned rows, uns
 using detail::asInt;
 using detail::elementCount;
 
+namespace {
+
+unsigned asUnsigned(std::size_t n) {
+  return static_cast<unsigned>(n);
+}
+
+// The length of the longest row.
+template <class T>
+unsigned longest(std::initializer_list<std::initializer_list<T>> rows) {
+  std::size_t length = 0;
+  for (const auto& row : rows) length = std::max(length, row.size());
+  return asUnsigned(length);
+}
+
+}  // namespace
+
 // --- Making and rebinding
 
 template <class T>
@@ -25,6 +41,18 @@ GenMat<T>::GenMat(unsigned m, unsigned n) : Base(elementCount(m, n)) {
 template <class T>
 GenMat<T>::GenMat(unsigned m, unsigned n, T value) : Base(elementCount(m, n), value) {
   setSize(m, n);
+}
+
+template <class T>
+GenMat<T>::GenMat(std::initializer_list<std::initializer_list<T>> rows)
+    : GenMat(asUnsigned(rows.size()), longest(rows), T(0)) {
+  unsigned i = 0;
+  for (const auto& row : rows) {
+    if (row.size() != ncols_) {
+      detail::raiseVectorLengths({className, 0xF000}, ncols_, asUnsigned(row.size()));
+    }
+    std::ranges::copy(row, this->row(asInt(i++)).begin());
+  }
 }
 
 template <class T>
@@ -73,11 +101,6 @@ GenMat<T>& GenMat<T>::operator=(GenMat&& b) {
   std::swap(nrows_, b.nrows_);
   std::swap(ncols_, b.ncols_);
   return *this;
-}
-
-template <class T>
-GenMat<T>& GenMat<T>::operator=(const GenMatPick<T>& pick) {
-  return *this = GenMat(pick);
 }
 
 template <class T>

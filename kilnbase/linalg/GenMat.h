@@ -1,6 +1,7 @@
 // The general-matrix family: DoubleGenMat and IntGenMat are GenMat<double> and GenMat<int>.
 #pragma once
 
+#include <initializer_list>
 #include <utility>
 
 #include <kilnbase/linalg/Vec.h>
@@ -29,6 +30,14 @@ class PackedMat;
 ///     a.col(0) = 1.0;                      // the first column
 ///     DoubleVec y = product(a, a.row(2));  // A times its last row
 ///
+/// Nested braces list rows. A matrix is a range over its elements, column by column as they are
+/// stored; `eachRow` and `eachCol` are ranges of views.
+///
+///     DoubleGenMat a{{1, 2}, {3, 4}, {5, 6}};                      // 3 by 2; a(1, 0) is 3
+///     for (DoubleVec row : a.eachRow()) row /= vxKilnBase::sum(row);
+///     for (double& x : a.row(1)) x = 0.0;
+///     const double largest = *std::ranges::max_element(a);
+///
 /// Errors are raised by number through MathError.h; when the handler returns, the operation goes on
 /// with the access as asked for. More than 2^32 - 1 elements raise kOutOfMemoryError. A matrix, and
 /// every view of its storage, is for one thread at a time.
@@ -45,6 +54,9 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   /// m rows and n columns, not initialised.
   explicit GenMat(unsigned m, unsigned n);
   explicit GenMat(unsigned m, unsigned n, T value);
+  /// These rows. Each row that is shorter than the longest raises kVectorLengthsError; when the
+  /// handler returns, elements that a row lacks are 0.
+  GenMat(std::initializer_list<std::initializer_list<T>> rows);
   /// Copies m * n values, column by column.
   template <std::same_as<T> Value>
   explicit GenMat(const Value* values, unsigned m, unsigned n) : GenMat(m, n) {
@@ -79,7 +91,10 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   GenMat& operator=(const GenMat& b);
   /// The same; but a matrix whose view was moved away takes the view of `b` over.
   GenMat& operator=(GenMat&& b);
-  GenMat& operator=(const GenMatPick<T>& pick);
+  template <std::same_as<GenMatPick<T>> Pick>
+  GenMat& operator=(const Pick& pick) {
+    return *this = GenMat(pick);
+  }
   /// Sets every element.
   GenMat& operator=(T value);
   void zero() { *this = T(0); }
@@ -127,6 +142,15 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   Vec<T> bccol(int j) const;
   Vec<T> bcrow(int i) const;
   Vec<T> bcdiagonal(int k = 0) const;
+
+  /// The rows, and the columns, as a random access range of views. The range views the matrix by
+  /// itself, which may be a temporary.
+  auto eachRow() const {
+    return detail::places(detail::Lines<GenMat, &GenMat::row>(*this), std::ptrdiff_t{nrows_});
+  }
+  auto eachCol() const {
+    return detail::places(detail::Lines<GenMat, &GenMat::col>(*this), std::ptrdiff_t{ncols_});
+  }
 
   /// A view of these rows and columns, in this order. Each index outside the matrix raises
   /// kMatrixPickError.

@@ -94,6 +94,13 @@ struct KILNBASE_API UpperPacking {
 ///     a(1, 1) = 3.0;
 ///     const DoubleVec y = product(a, DoubleVec(2, 1.0));  // 5 4
 ///
+/// Lists of numbers make a matrix by name: `toSymMat`, `toLowerTriMat` and `toUpperTriMat` take the
+/// rows of the full matrix, the constructor over a vector takes the stored elements. As a range a
+/// matrix gives the stored elements.
+///
+///     DoubleSymMat a = vxKilnBase::toSymMat({{4, 1}, {1, 3}});
+///     const int same = a == DoubleSymMat({4, 1, 3}, 2, 2);  // 1
+///
 /// Errors are raised by number through MathError.h; when the handler returns, the operation goes on
 /// with the access as asked for. Arithmetic and `apply` work on the stored elements only, so that a
 /// triangular matrix keeps its zeros. More than 2^32 - 1 stored elements raise kOutOfMemoryError.

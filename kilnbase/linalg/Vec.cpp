@@ -12,7 +12,7 @@
 
 #include <kilnbase/linalg/Vec.h>
 #include <kilnbase/linalg/VecPick.h>
-#include <kilnbase/linalg/detail/elements.h>
+#include <kilnbase/linalg/detail/counts.h>
 #include <kilnbase/linalg/detail/errors.h>
 #include <kilnbase/linalg/linpack/dnrm2.h>
 
@@ -115,10 +115,15 @@ Vec<T>::Vec(unsigned n, T value) : Vec(n) {
 
 template <class T>
 Vec<T>::Vec(unsigned n, T start, T increment) requires std::same_as<T, double> : Vec(n) {
-  for (T& element : detail::elements(begin_, npts_, step_)) {
+  for (T& element : *this) {
     element = start;
     start += increment;
   }
+}
+
+template <class T>
+unsigned Vec<T>::lengthOf(std::size_t count) {
+  return detail::elementCount(count);
 }
 
 template <class T>
@@ -160,7 +165,7 @@ Vec<T>& Vec<T>::operator=(T value) {
   if (step_ == 1) {
     std::fill_n(begin_, npts_, value);
   } else {
-    for (T& element : detail::elements(begin_, npts_, step_)) element = value;
+    for (T& element : *this) element = value;
   }
   return *this;
 }
@@ -277,11 +282,10 @@ int Vec<T>::setFormatting(int n) {
 template <class T>
 template <class Predicate>
 Vec<int> Vec<T>::indicesWhere(Predicate predicate) const {
-  const auto all = detail::elements(begin_, npts_, step_);
-  Vec<int> indices(static_cast<unsigned>(std::ranges::count_if(all, predicate)));
+  Vec<int> indices(static_cast<unsigned>(std::ranges::count_if(*this, predicate)));
   unsigned found = 0;
   int i = 0;
-  for (const T& element : all) {
+  for (const T& element : *this) {
     if (found < indices.length() && predicate(element)) indices.data()[found++] = i;
     ++i;
   }
@@ -290,13 +294,12 @@ Vec<int> Vec<T>::indicesWhere(Predicate predicate) const {
 
 template <class T>
 unsigned Vec<T>::countValue(T value, T tolerance) const {
-  const auto all = detail::elements(begin_, npts_, step_);
-  return static_cast<unsigned>(std::ranges::count_if(all, nearTo(value, tolerance)));
+  return static_cast<unsigned>(std::ranges::count_if(*this, nearTo(value, tolerance)));
 }
 
 template <class T>
 int Vec<T>::isEqual(T value, T tolerance) const {
-  return std::ranges::all_of(detail::elements(begin_, npts_, step_), nearTo(value, tolerance));
+  return std::ranges::all_of(*this, nearTo(value, tolerance));
 }
 
 template <class T>
@@ -341,8 +344,7 @@ Vec<int> Vec<T>::nonZeroIndex(double tolerance) const requires std::same_as<T, d
 
 template <class T>
 void Vec<T>::clampZero(double tolerance) requires std::same_as<T, double> {
-  auto all = detail::elements(begin_, npts_, step_);
-  std::ranges::replace_if(all, nearTo(0.0, tolerance), 0.0);
+  std::ranges::replace_if(*this, nearTo(0.0, tolerance), 0.0);
 }
 
 template <class T>
@@ -368,8 +370,7 @@ int Vec<T>::normalise() requires std::same_as<T, double> {
 
 template <class T>
 bool Vec<T>::operator==(const Vec& v) const {
-  return std::ranges::equal(detail::elements(begin_, npts_, step_),
-                            detail::elements(v.begin_, v.npts_, v.step_));
+  return std::equal(begin(), end(), v.begin(), v.end());
 }
 
 // --- Conversions

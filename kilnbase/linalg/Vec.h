@@ -4,13 +4,16 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <iosfwd>
+#include <span>
 #include <type_traits>
 #include <utility>
 
 #include <kilnbase/export.h>
 #include <kilnbase/linalg/RWBlock.h>
 #include <kilnbase/linalg/detail/arithmetic.h>
+#include <kilnbase/linalg/detail/elements.h>
 
 namespace vxKilnBase {
 
@@ -60,6 +63,21 @@ struct VecNames<signed char> {
 ///     even = 7.0;                         // v is now 7 1 7 3 7 5 7 7 7 9
 ///     DoubleVec own = v.copy();           // independent of v
 ///
+/// **Braces list elements**, as with std::vector: `DoubleVec{3, 1}` has the elements 3 and 1,
+/// `DoubleVec(3, 1.0)` three elements 1. Assigning a list of one number sets all elements, as
+/// assigning the number does.
+///
+/// A vector is a random access range over its elements, with any stride, for `for` and standard
+/// algorithms. Of a const vector the elements can only be read. Iterators, like `data` and `span`,
+/// hold no reference to the storage.
+///
+///     DoubleVec v{3, 1, 2};
+///     std::ranges::sort(v);                            // 1 2 3
+///     for (double& x : v.slice(0, 2, 2)) x = -x;       // -1 2 -3
+///     const double least = *std::ranges::min_element(v);
+///     std::vector<double> values(v.begin(), v.end());  // copied, and back
+///     DoubleVec own(values);
+///
 /// **In containers** hold `Owned<DoubleVec>` (Owned.h). Algorithms that only move elements (sort,
 /// rotate, swap, insert) are right with plain vectors too, because a vector whose view was moved
 /// away takes any assignment. `erase`, `remove` and `unique` assign to vectors that are alive,
@@ -80,6 +98,9 @@ template <class T>
 class KILNBASE_API Vec {
  public:
   using Element = T;
+  using value_type = T;
+  using iterator = detail::PlaceIterator<detail::Strided<T>>;
+  using const_iterator = detail::PlaceIterator<detail::Strided<const T>>;
 
   /// Elements on a line when printing, for all vectors of this element type. Values below 1 are
   /// replaced by 5 at the next print.
@@ -96,6 +117,16 @@ class KILNBASE_API Vec {
   template <std::same_as<T> Value>
   explicit Vec(const Value* values, unsigned n) : Vec(n) {
     copyFrom(values);
+  }
+  /// These elements.
+  Vec(std::initializer_list<T> elements) : Vec(std::span<const T>(elements)) {}
+  /// Copies the elements of a contiguous range of T: a std::span, std::vector, std::array or array.
+  template <class Range>
+  requires(
+      !std::derived_from<Range, Vec> &&
+      std::convertible_to<const Range&, std::span<const T>>) explicit Vec(const Range& elements)
+      : Vec(lengthOf(std::span<const T>(elements).size())) {
+    copyFrom(std::span<const T>(elements).data());
   }
   /// A view of the same elements; nothing is copied.
   Vec(const Vec& other)
@@ -160,12 +191,31 @@ class KILNBASE_API Vec {
   /// The first element.
   T* data() { return begin_; }
   const T* data() const { return begin_; }
+  /// The elements as contiguous memory, which lives as long as a vector views it. Raises
+  /// kStrideError and gives none unless the stride is 1.
+  std::span<T> span() { return {begin_, contiguousLength()}; }
+  std::span<const T> span() const { return {begin_, contiguousLength()}; }
   unsigned length() const { return npts_; }
   /// Distance between neighbours, in elements; negative in a reversed view.
   int stride() const { return step_; }
   /// A view of `n` elements from `start` on, `stride` elements of this vector apart. Not checked:
   /// call `sliceCheck` first where the arguments may be bad.
   Vec slice(int start, unsigned n, int stride = 1) const { return Vec(*this, start, n, stride); }
+
+  /// The elements, first to last; those of a matrix that are stored, column by column.
+  iterator begin() { return {{begin_, step_}, 0}; }
+  iterator end() { return {{begin_, step_}, npts_}; }
+  const_iterator begin() const { return {{begin_, step_}, 0}; }
+  const_iterator end() const { return {{begin_, step_}, npts_}; }
+  const_iterator cbegin() const { return begin(); }
+  const_iterator cend() const { return end(); }
+  /// The elements, last to first.
+  auto rbegin() { return std::reverse_iterator(end()); }
+  auto rend() { return std::reverse_iterator(begin()); }
+  auto rbegin() const { return std::reverse_iterator(end()); }
+  auto rend() const { return std::reverse_iterator(begin()); }
+  auto crbegin() const { return rbegin(); }
+  auto crend() const { return rend(); }
 
   /// Raises kIndexError unless 0 <= i < length.
   void boundsCheck(int i) const {
@@ -323,7 +373,13 @@ class KILNBASE_API Vec {
     return *this;
   }
 
+  // A number of elements as a length; 0, with kOutOfMemoryError, for 2^32 and more.
+  static unsigned lengthOf(std::size_t count);
   void copyFrom(const T* values);
+  std::size_t contiguousLength() const {
+    strideCheck();
+    return step_ == 1 ? npts_ : 0;
+  }
   void raiseIndex(int i) const;
   void raiseLength(unsigned n) const;
   template <class Predicate>
