@@ -49,6 +49,9 @@ class T3dDblPoint {
   constexpr T3dDblPoint& setToProduct(const T3dDblPoint& p, const T4dDblMatrix& m);
   constexpr T3dDblPoint& postmultBy(const T4dDblMatrix& m);
   constexpr T3dDblPoint operator*(const T4dDblMatrix& m) const;
+
+  /// Writes "(x, y, z)".
+  friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const T3dDblPoint& p);
 };
 
 constexpr T4dDblVector::T4dDblVector(const T3dDblPoint& p) : T4dDblVector(p.x, p.y, p.z) {}

@@ -72,6 +72,8 @@ class T4dDblMatrix {
   KILNBASE_API void copyToFloat(float elements[4][4]) const;
   /// Writes one line for each row, in the format "%g %g %g %g\n".
   KILNBASE_API void print(std::FILE* file) const;
+  /// Writes the same lines with the stream's formatting, the field width for every element.
+  friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const T4dDblMatrix& m);
 
  private:
   friend class T3dDblPoint;

@@ -92,6 +92,9 @@ class T4dDblPoint {
   constexpr T4dDblPoint& premultBy(const T4dDblMatrix& m);
   constexpr T4dDblPoint operator*(const T4dDblMatrix& m) const;
 
+  /// Writes "(x, y, z, w)".
+  friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const T4dDblPoint& p);
+
  private:
   constexpr T4dDblPoint& scaleBy(double s) { return set(x * s, y * s, z * s, w); }
 };

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <concepts>
 #include <cstddef>
+#include <iosfwd>
 
 #include <kilnbase/export.h>
 
@@ -154,4 +155,8 @@ class T4dDblVector {
   constexpr T4dDblVector& postmultBy(const T4dDblMatrix& m);
   constexpr T4dDblVector& premultBy(const T4dDblMatrix& m);
   constexpr T4dDblVector operator*(const T4dDblMatrix& m) const;
+
+  /// Writes "(x, y, z)" with the stream's formatting, the field width for every number. So do all
+  /// values of this folder with the numbers that they consist of.
+  friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const T4dDblVector& v);
 };

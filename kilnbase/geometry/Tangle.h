@@ -69,6 +69,9 @@ class Tangle {
   /// Degrees and radians stay unchanged.
   KILNBASE_API void clamp();
 
+  /// Writes the degrees: "90 degrees".
+  friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const Tangle& angle);
+
  private:
   // The bits of valid_.
   static constexpr int kDegrees = 1;

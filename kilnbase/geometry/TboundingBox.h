@@ -90,6 +90,10 @@ class KILNBASE_API TboundingBox {
 
   /// Writes "(x, y, ...) to (x, y, ...)", with the stream's formatting.
   void printOn(std::ostream& stream) const;
+  friend std::ostream& operator<<(std::ostream& stream, const TboundingBox& box) {
+    box.printOn(stream);
+    return stream;
+  }
   /// Writes the dimension as 4 bytes, then the minimum and the maximum corner, 8 bytes (binary64) a
   /// coordinate; all little-endian. The stream must be a binary one.
   void printRaw(std::ostream& stream) const;

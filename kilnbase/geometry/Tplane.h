@@ -36,4 +36,7 @@ class Tplane {
   /// Returns 1 for a parallel line and leaves `out` unchanged: the dot product of v and the normal
   /// is below 1e-9 in magnitude. So a line with a very short v counts as parallel.
   KILNBASE_API int intersection(T4dDblPoint p, T4dDblVector v, T4dDblPoint& out) const;
+
+  /// Writes "(a, b, c, d)".
+  friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const Tplane& plane);
 };

@@ -53,6 +53,9 @@ class TpostXformMatrix : protected T4dDblMatrix {
   /// matrix.
   KILNBASE_API T4dDblMatrix inverse();
 
+  /// Writes "translation (x, y, z), rotation (w, x, y, z), scale (x, y, z)".
+  friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const TpostXformMatrix& xform);
+
  private:
   T4dDblPoint translationPoint() const { return T4dDblPoint::origin + translation_; }
 

@@ -87,6 +87,9 @@ class Tquaternion {
   constexpr void convertToMatrix(T4dDblMatrix& m) const { m = *this; }
   constexpr operator T4dDblMatrix() const;
 
+  /// Writes "(w, x, y, z)".
+  friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const Tquaternion& q);
+
  protected:
   /// 0 is w, 1 is x, 2 is y, every other index z.
   constexpr double& operator()(int i) { return i == 0 ? w : i == 1 ? x : i == 2 ? y : z; }

@@ -55,6 +55,9 @@ class Tscale {
   /// Whether each two components differ by at most 1e-9.
   KILNBASE_API int proportionalScale() const;
 
+  /// Writes "(x, y, z)".
+  friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const Tscale& s);
+
  private:
   static constexpr double clamped(double value) {
     return value > -0.0001 && value < 0.0001 ? 0.0001 : value;

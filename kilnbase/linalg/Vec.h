@@ -191,8 +191,9 @@ class KILNBASE_API Vec {
   /// The first element.
   T* data() { return begin_; }
   const T* data() const { return begin_; }
-  /// The elements as contiguous memory, which lives as long as a vector views it. Raises
-  /// kStrideError and gives none unless the stride is 1.
+  /// The elements as contiguous memory, which lives as long as a vector views it. Compilers make
+  /// vector instructions of loops over spans, but rarely of loops over strides. Raises kStrideError
+  /// and gives none unless the stride is 1.
   std::span<T> span() { return {begin_, contiguousLength()}; }
   std::span<const T> span() const { return {begin_, contiguousLength()}; }
   unsigned length() const { return npts_; }

@@ -5,21 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <ostream>
 #include <random>
-#include <type_traits>
 
 #include <kilnbase/geometry/T4dDblMatrix.h>
 #include <kilnbase/geometry/Tscale.h>
 #include <kilnbase/geometry/TunitQuaternion.h>
-
-// Failed expectations print the doubles that a value consists of.
-template <class Value>
-requires(std::is_trivially_copyable_v<Value> &&
-         sizeof(Value) % sizeof(double) == 0) void PrintTo(const Value& value, std::ostream* out) {
-  const auto* doubles = reinterpret_cast<const double*>(&value);
-  for (std::size_t i = 0; i < sizeof value / sizeof(double); ++i) *out << doubles[i] << ' ';
-}
 
 namespace kilntest {
 
