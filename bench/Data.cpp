@@ -43,6 +43,15 @@ Values randomMatrix(const Shape& shape, unsigned seed) {
   return gaussian(shape.rows * shape.columns, seed);
 }
 
+Values symmetricMatrix(const Shape& shape) {
+  Values elements = randomMatrix(shape);
+  const auto n = static_cast<std::size_t>(shape.rows);
+  for (std::size_t j = 0; j < n; ++j) {
+    for (std::size_t i = j + 1; i < n; ++i) elements[j * n + i] = elements[i * n + j];
+  }
+  return elements;
+}
+
 Values pointsOf(int count, int size, bool areRational) {
   Values values = gaussian(count * size, 1);
   const auto n = static_cast<std::size_t>(size);

@@ -17,6 +17,9 @@ std::vector<int> shuffledNumbers(int count, unsigned seed);
 /// The elements of a random matrix, column by column.
 Values randomMatrix(const Shape& shape, unsigned seed = 1);
 
+/// The elements of a random symmetric matrix, both sides of the diagonal.
+Values symmetricMatrix(const Shape& shape);
+
 /// Random points of `size` components, one after another; the last one is a weight above 1 if they
 /// are rational.
 Values pointsOf(int count, int size, bool areRational);

@@ -138,6 +138,7 @@ int runProgram(int argc, const char* const* argv) {
   addSymmetric(suite);
   addRightHandSides(suite);
   addSvd(suite);
+  addEigenvalues(suite);
   addSmallContainers(suite);
   addArrays(suite);
   addTrees(suite);

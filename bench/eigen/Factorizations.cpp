@@ -68,6 +68,39 @@ Values svdResult(const Svd& svd) {
                             svd.matrixV().data(), 1, n);
 }
 
+using SymmetricEigen = Eigen::SelfAdjointEigenSolver<Matrix>;
+
+Values eigenResult(const SymmetricEigen& eigen) {
+  const double* v = eigen.eigenvectors().data();
+  const auto n = static_cast<int>(eigen.eigenvalues().size());
+  return spectrumAndProduct(eigen.eigenvalues().data(), n, v, v, 1, n);
+}
+
+// Of a size that the compiler knows, for matrices of 3 rows.
+Contestant fixedEigen(const Shape& shape, int options) {
+  using Fixed = Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d>;
+  const auto run = [a = Eigen::Matrix3d(matrixOf(symmetricMatrix(shape), shape)), options] {
+    return Fixed(a, options);
+  };
+  return contestant(run, [n = shape.rows, options](const Fixed& eigen) {
+    const double* values = eigen.eigenvalues().data();
+    if (options == Eigen::EigenvaluesOnly) return Values(values, values + n);
+    const double* v = eigen.eigenvectors().data();
+    return spectrumAndProduct(values, n, v, v, 1, n);
+  });
+}
+
+void addEigenvalues(Suite& suite, const std::string& name, int options) {
+  const auto factor = [options](const Matrix& a) { return SymmetricEigen(a, options); };
+  const auto matrixFor = [](const Shape& shape) { return matrixOf(symmetricMatrix(shape), shape); };
+  addFactorization(suite, name, matrixFor, factor, [options](const SymmetricEigen& eigen) {
+    return options == Eigen::EigenvaluesOnly ? valuesOf(Eigen::VectorXd(eigen.eigenvalues()))
+                                             : eigenResult(eigen);
+  });
+  suite.addPeer(name,
+                {"Matrix3d", [options](const Shape& s) { return fixedEigen(s, options); }, 3});
+}
+
 Contestant leastSquares(const Shape& shape) {
   const auto run = [a = randomMatrixOf(shape), b = vectorOf(gaussian(shape.rows, 2))] {
     return Eigen::VectorXd(PivotedQr(a).solve(b));
@@ -123,6 +156,8 @@ void addFactorizations(Suite& suite) {
   addFactorization(
       suite, "SVD, values only", randomMatrixOf, [](const Matrix& a) { return Svd(a); },
       [](const Svd& svd) { return valuesOf(svd.singularValues()); }, kLargestSvd);
+  addEigenvalues(suite, "eigenvalues and vectors", Eigen::ComputeEigenvectors);
+  addEigenvalues(suite, "eigenvalues only", Eigen::EigenvaluesOnly);
 }
 
 }  // namespace bench::eigen

@@ -15,6 +15,7 @@ void addLu(Suite& suite);
 void addSymmetric(Suite& suite);
 void addRightHandSides(Suite& suite);
 void addSvd(Suite& suite);
+void addEigenvalues(Suite& suite);
 void addSmallContainers(Suite& suite);
 void addArrays(Suite& suite);
 void addTrees(Suite& suite);

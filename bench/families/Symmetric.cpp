@@ -1,6 +1,4 @@
 // The routine itself, as LAPACK's are called: on arrays that are there already.
-#include <algorithm>
-
 #include <kilnbase/linalg/linpack/dspfa.h>
 #include <kilnbase/linalg/linpack/dspsl.h>
 
@@ -22,25 +20,18 @@ Limits limits(const Shape& shape) {
   return {.best = shape.rows <= 200 ? 1.0 : 1.5, .named = 0.4};
 }
 
-// The upper triangle of a random matrix, column by column, or with both sides of the diagonal.
-Values symmetricMatrix(const Shape& shape, bool packed) {
-  const Values random = randomMatrix(shape);
-  const auto n = static_cast<std::size_t>(shape.rows);
-  Values elements;
-  for (std::size_t j = 0; j < n; ++j) {
-    for (std::size_t i = 0; i < (packed ? j + 1 : n); ++i) {
-      elements.push_back(random[std::max(i, j) * n + std::min(i, j)]);
-    }
-  }
-  return elements;
-}
-
+// The upper triangle, column by column.
 FactorArrays packedArrays(const Shape& shape) {
-  return {shape, symmetricMatrix(shape, true)};
+  const Values whole = symmetricMatrix(shape);
+  Values elements;
+  for (auto column = whole.begin(); column != whole.end(); column += shape.rows) {
+    elements.insert(elements.end(), column, column + 1 + (column - whole.begin()) / shape.rows);
+  }
+  return {shape, elements};
 }
 
 FactorArrays fullArrays(const Shape& shape) {
-  return {shape, symmetricMatrix(shape, false)};
+  return {shape, symmetricMatrix(shape)};
 }
 
 // What all factorizations agree on is the solution of a system: `solve` gets the factors and a

@@ -152,6 +152,7 @@ enum MathErrorNumber : std::uint16_t {
   kTooFewRowsError = 0x5010,
   kNotFactoredError = 0x5011,
   kPivotPositionError = 0x5012,
+  kEigenvaluesError = 0x5013,
 };
 
 /// Receives a raised error and the arguments of its message (for a catalogue 3 message the class

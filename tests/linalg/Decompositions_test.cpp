@@ -9,6 +9,7 @@
 #include <kilnbase/linalg/DoubleChDecomp.h>
 #include <kilnbase/linalg/DoubleLeastSqQR.h>
 #include <kilnbase/linalg/DoubleSVDecomp.h>
+#include <kilnbase/linalg/DoubleSymEig.h>
 #include <kilnbase/linalg/vecmath.h>
 
 #include "tests/support/MathErrors.h"
@@ -21,9 +22,15 @@ using namespace vxKilnBase;
 using testing::AnyOf;
 using testing::Each;
 
-DoubleGenMat definiteMatrix(unsigned n) {
+// A definite matrix as a decomposition takes it.
+template <class T>
+auto matrixFor(unsigned n) {
   const DoubleGenMat x = matrixWithCondition(n, n, 10.0, n + 1);
-  return transposeProduct(x, x);
+  if constexpr (std::is_constructible_v<T, DoubleSymMat>) {
+    return toSymMat(transposeProduct(x, x));
+  } else {
+    return transposeProduct(x, x);
+  }
 }
 
 std::vector<int> numbersOf(RecordedMathErrors& errors) {
@@ -35,10 +42,11 @@ std::vector<int> numbersOf(RecordedMathErrors& errors) {
 // A decomposition of order n whose settings are not the initial ones.
 template <class T>
 T exampleOf(unsigned n) {
-  T result(definiteMatrix(n));
+  T result(matrixFor<T>(n));
   if constexpr (requires { result.doPivoting(0); }) result.doPivoting(0);
   if constexpr (requires { result.setTolerance(0.0); }) result.setTolerance(0.1 * n);
   if constexpr (requires { result.computeLeftVecs(0); }) result.computeLeftVecs(0);
+  if constexpr (requires { result.computeVecs(0); }) result.computeVecs(0);
   return result;
 }
 
@@ -53,6 +61,14 @@ std::vector<double> stateOf(DoubleSVDecomp d) {
   return state;
 }
 
+std::vector<double> stateOf(DoubleSymEig d) {
+  std::vector<double> state = list(d.eigenValues());
+  for (const double element : list(d.eigenVecs().dataVec())) state.push_back(element);
+  state.push_back(d.good());
+  state.push_back(d.computeVecs(1));
+  return state;
+}
+
 template <class T>
 std::vector<double> stateOf(T d) {
   std::vector<double> state = list(d.solve(DoubleVec(d.rows(), 0.0, 1.0)));
@@ -64,11 +80,12 @@ std::vector<double> stateOf(T d) {
 
 template <class T>
 class Decompositions : public testing::Test {};
-using All = testing::Types<DoubleChDecomp, DoubleQRDecomp, DoubleLeastSqQR, DoubleSVDecomp>;
+using All =
+    testing::Types<DoubleChDecomp, DoubleQRDecomp, DoubleLeastSqQR, DoubleSVDecomp, DoubleSymEig>;
 TYPED_TEST_SUITE(Decompositions, All);
 
 TYPED_TEST(Decompositions, EveryWayOfSwappingExchangesEverything) {
-  TypeParam a = exampleOf<TypeParam>(3), b(definiteMatrix(5));
+  TypeParam a = exampleOf<TypeParam>(3), b(matrixFor<TypeParam>(5));
   const std::vector<double> first = stateOf(a), second = stateOf(b);
   swap(a, b);
   EXPECT_EQ(second, stateOf(a));
@@ -83,7 +100,7 @@ TYPED_TEST(Decompositions, EveryWayOfSwappingExchangesEverything) {
 TYPED_TEST(Decompositions, MovedFromIsEmptyAndTakesAnyOther) {
   RecordedMathErrors errors;
   TypeParam a = exampleOf<TypeParam>(3);
-  const TypeParam b(definiteMatrix(5)), c(std::move(a));
+  const TypeParam b(matrixFor<TypeParam>(5)), c(std::move(a));
   EXPECT_EQ(stateOf(exampleOf<TypeParam>(3)), stateOf(c));
   numbersOf(errors);
   stateOf(a);  // NOLINT(bugprone-use-after-move): what the test is about
@@ -108,12 +125,14 @@ TYPED_TEST(Decompositions, AssignmentBetweenSizesIsReportedAndHarmless) {
 }
 
 TYPED_TEST(Decompositions, AssignmentCopiesElementsAlsoFromTemporaries) {
-  TypeParam target(definiteMatrix(4) * 2.0);
+  TypeParam target(matrixFor<TypeParam>(4) * 2.0);
   const TypeParam view(target), source = exampleOf<TypeParam>(4);
   target = exampleOf<TypeParam>(4);
   EXPECT_EQ(stateOf(source), stateOf(target));
   if constexpr (std::is_base_of_v<DoubleGenMat, TypeParam>) {
     EXPECT_EQ(source.dataVec(), view.dataVec());
+  } else if constexpr (requires { view.eigenValues(); }) {
+    EXPECT_EQ(source.eigenValues(), view.eigenValues());
   } else {
     EXPECT_EQ(source.singularValues(), view.singularValues());
   }

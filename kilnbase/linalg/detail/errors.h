@@ -132,5 +132,7 @@ inline constexpr RaiseError<kFactorNotSquareError, unsigned, unsigned> raiseFact
 inline constexpr RaiseError<kTooFewRowsError, int, int> raiseTooFewRows;
 inline constexpr RaiseError<kNotFactoredError> raiseNotFactored;
 inline constexpr RaiseError<kPivotPositionError, int> raisePivotPosition;
+/// The reason.
+inline constexpr RaiseError<kEigenvaluesError, const char*> raiseEigenvalues;
 
 }  // namespace vxKilnBase::detail

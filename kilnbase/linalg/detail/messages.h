@@ -83,12 +83,13 @@ inline constexpr MathCatalogEntry kFactorizationMessages[] = {
     {kFatal, "Matrix must have more rows than cols to be factorizable, but %d<%d"},
     {kFatal, "Can't solve system of equations, matrix not successfully factorized"},
     {kFatal, "Pivoting position specifier must be INITIAL,FREE, or FINAL, not %d"},
+    {kWarning, "Can't find eigenvalues: %s"},
 };
 
 static_assert(std::size(kGeneralMessages) == kZerothRootError - kFunctionOrderError + 1);
 static_assert(std::size(kMatrixMessages) == kRestoredLengthError - kMatrixInternalError + 1);
 static_assert(std::size(kFactorizationMessages) ==
-              kPivotPositionError - kFactorizationInternalError + 1);
+              kEigenvaluesError - kFactorizationInternalError + 1);
 
 /// The entry of an error of the three catalogues above.
 consteval const MathCatalogEntry& messageOf(MathErrorNumber number) {

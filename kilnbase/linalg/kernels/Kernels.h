@@ -23,6 +23,7 @@
 #include <kilnbase/linalg/kernels/Lu.h>
 #include <kilnbase/linalg/kernels/Rotations.h>
 #include <kilnbase/linalg/kernels/Symmetric.h>
+#include <kilnbase/linalg/kernels/Tridiagonal.h>
 
 namespace vxKilnBase::kernels {
 
@@ -36,6 +37,7 @@ struct Kernels {
   const LuKernels* lu;
   const RotationKernels* rotations;
   const SymmetricKernels* symmetric;
+  const TridiagonalKernels* tridiagonal;
   const ElementKernels<double>* doubles;
   const ElementKernels<int>* ints;
   const ElementKernels<signed char>* schars;

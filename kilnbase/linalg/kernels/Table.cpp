@@ -14,6 +14,7 @@ extern const HouseholderKernels householderKernels;
 extern const LuKernels luKernels;
 extern const RotationKernels rotationKernels;
 extern const SymmetricKernels symmetricKernels;
+extern const TridiagonalKernels tridiagonalKernels;
 extern const ElementKernels<double> doubleKernels;
 extern const ElementKernels<int> intKernels;
 extern const ElementKernels<signed char> scharKernels;
@@ -28,6 +29,7 @@ extern const Kernels kernels = {
     .lu = &luKernels,
     .rotations = &rotationKernels,
     .symmetric = &symmetricKernels,
+    .tridiagonal = &tridiagonalKernels,
     .doubles = &doubleKernels,
     .ints = &intKernels,
     .schars = &scharKernels,

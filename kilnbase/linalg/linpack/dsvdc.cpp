@@ -10,36 +10,13 @@
 #include <kilnbase/linalg/linpack/bidiagonalize.h>
 #include <kilnbase/linalg/linpack/drotg.h>
 #include <kilnbase/linalg/linpack/dsvdc.h>
+#include <kilnbase/linalg/linpack/qrIteration.h>
 
 namespace vxKilnBase::linpack {
 
 namespace {
 
 using kernels::Index;
-
-// QR steps for each singular value, on average. Steps that one value does not need are left for the
-// others: in a matrix of many magnitudes the first value may take more, and its steps help all
-// values.
-constexpr Index kStepsPerValue = 30;
-
-// After kStepsPerValue steps for one value, rounding alone may keep the value from converging, as
-// it does among equal values. From then on this share of an element is compared with its
-// neighbours.
-constexpr double kLateWeight = 0.125;
-
-// A matrix whose largest element lies outside these bounds is scaled, so that sums of products of
-// three elements neither overflow nor lose digits.
-constexpr double kSmallElement = 0x1p-300;
-constexpr double kLargeElement = 0x1p300;
-
-// Numbers far below this one are negligible beside any neighbour. They are about to underflow, and
-// rotations would only move their rounding errors.
-constexpr double kLeastNeighbour = 0x1p-900;
-
-bool isNegligible(double x, double neighbours, double weight) {
-  const double scale = neighbours + kLeastNeighbour;
-  return scale + weight * std::fabs(x) == scale;
-}
 
 // The QR iteration on an upper bidiagonal matrix B (Golub and Van Loan, Matrix Computations, 8.6),
 // with diagonal `s` and super-diagonal `e`. A block is a run of rows in which no element of `e` is
@@ -261,18 +238,17 @@ int giveUp(const SingularProblem& a) {
 int decompose(const SingularProblem& a) {
   const double largest = largestMagnitude(a);
   if (!std::isfinite(largest)) return giveUp(a);
-  const bool outOfRange = largest != 0.0 && (largest < kSmallElement || largest > kLargeElement);
-  const int exponent = outOfRange ? std::ilogb(largest) : 0;
+  const int exponent = scalingExponent(largest);
   const auto scaleBy = [](int power) {
     return [power](Index n, double* x) {
       for (Index i = 0; i < n; ++i) x[i] = std::ldexp(x[i], power);
     };
   };
-  if (outOfRange) forColumns(a.n, a.p, a.x, a.ldx, scaleBy(-exponent));
+  if (exponent != 0) forColumns(a.n, a.p, a.x, a.ldx, scaleBy(-exponent));
   bidiagonalize(a);
   const int missing = iterate(a);
   orderValues(a, missing);
-  if (outOfRange) {
+  if (exponent != 0) {
     scaleBy(exponent)(a.order(), a.s);
     scaleBy(exponent)(a.p, a.e);
   }
