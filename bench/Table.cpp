@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 #include <ostream>
 
 namespace bench {
@@ -55,16 +56,21 @@ std::vector<std::string> peersOf(const std::vector<Measurement>& measurements) {
   return peers;
 }
 
+// The fastest peer, or null when there is none.
+const Time* fastestPeer(const Measurement& measurement) {
+  const auto fastest =
+      std::min_element(measurement.peers.begin(), measurement.peers.end(),
+                       [](const Time& a, const Time& b) { return a.seconds < b.seconds; });
+  return fastest == measurement.peers.end() ? nullptr : &*fastest;
+}
+
 // What a measurement comes to against its limits.
 class Verdict {
  public:
   explicit Verdict(const Measurement& measurement) {
     const Operation& operation = *measurement.operation;
     const Limits limits = operation.limits(measurement.shape);
-    const auto fastest =
-        std::min_element(measurement.peers.begin(), measurement.peers.end(),
-                         [](const Time& a, const Time& b) { return a.seconds < b.seconds; });
-    if (fastest != measurement.peers.end()) {
+    if (const Time* fastest = fastestPeer(measurement)) {
       best_ = ratioText(ratio(measurement.ours, fastest->seconds));
       hold("best", ratio(measurement.ours, fastest->seconds), limits.best);
     }
@@ -127,6 +133,15 @@ void printRow(std::ostream& stream, const Row& row, const std::vector<std::size_
   stream << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
 }
 
+// As the system calls it.
+std::string processorName() {
+  std::ifstream cpus("/proc/cpuinfo");
+  for (std::string line; std::getline(cpus, line);) {
+    if (line.starts_with("model name")) return line.substr(line.find(": ") + 2);
+  }
+  return "Unknown processor";
+}
+
 }  // namespace
 
 int printTable(std::ostream& stream, const std::vector<Measurement>& measurements) {
@@ -144,6 +159,25 @@ int printTable(std::ostream& stream, const std::vector<Measurement>& measurement
   const std::vector<std::size_t> widths = widthsOf(rows);
   for (const Row& row : rows) printRow(stream, row, widths);
   return over;
+}
+
+void printSummary(std::ostream& stream, const std::vector<Measurement>& measurements) {
+  stream << "# Beside its peers\n\nTimes on one thread of " << processorName()
+         << ", compiled by GCC " << __VERSION__
+         << ". A ratio below 1 says that libKilnBase is faster. The size is that of the matrix, or "
+            "how many points are transformed and keys are found. `kiln_bench --summary FILE` "
+            "writes this page; [bench/README.md](../bench/README.md) tells how it measures.\n\n"
+            "| Operation | Size | libKilnBase | Fastest other | Ratio |\n|---|--:|--:|--:|--:|\n";
+  for (const Measurement& each : measurements) {
+    stream << "| " << each.operation->name << " | " << text(each.shape) << " | "
+           << timeText(each.ours) << " | ";
+    if (const Time* fastest = fastestPeer(each)) {
+      stream << fastest->peer << ", " << timeText(fastest->seconds) << " | "
+             << ratioText(ratio(each.ours, fastest->seconds)) << " |\n";
+    } else {
+      stream << "none is installed | |\n";
+    }
+  }
 }
 
 }  // namespace bench

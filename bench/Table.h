@@ -11,4 +11,8 @@ namespace bench {
 /// Returns how many lines are over a limit.
 int printTable(std::ostream& stream, const std::vector<Measurement>& measurements);
 
+/// Writes a Markdown page: a table with our time, the fastest peer's and their ratio, under a
+/// sentence that names processor and compiler.
+void printSummary(std::ostream& stream, const std::vector<Measurement>& measurements);
+
 }  // namespace bench
