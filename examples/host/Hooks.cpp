@@ -33,9 +33,11 @@ std::intptr_t numberOf(const void* pointer) {
   return std::bit_cast<std::intptr_t>(pointer);
 }
 
+//! [hook]
 std::intptr_t nameOf(std::intptr_t light, std::intptr_t, std::intptr_t, std::intptr_t) {
   return numberOf(lightOf(light).name.c_str());
 }
+//! [hook]
 
 std::intptr_t nextOf(std::intptr_t light, std::intptr_t, std::intptr_t, std::intptr_t) {
   return numberOf(lightOf(light).next);
@@ -123,11 +125,13 @@ void setSpecialHooks(bool on) {
 
 }  // namespace
 
+//! [hooks]
 void installHooks(std::function<void(const std::string&)> newSay) {
   gSay = std::move(newSay);
   for (const auto& [install, function] : kGeneralHooks) install(function);
   setSpecialHooks(true);
 }
+//! [hooks]
 
 void removeHooks() {
   for (const auto& [install, function] : kGeneralHooks) install(nullptr);

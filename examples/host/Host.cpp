@@ -31,6 +31,7 @@ void show(const char* kind, const char* text) {
   gSay(CString::format("%s: %s", kind, text).trimmed().c_str());
 }
 
+//! [sinks]
 // Members that are null stay the library's: this host has no window in which to ask or to wait.
 constexpr RptSinks kSinks = {.error = [](const char* text) { show("error", text); },
                              .user = [](const char* text) { show("message", text); },
@@ -39,14 +40,18 @@ constexpr RptSinks kSinks = {.error = [](const char* text) { show("error", text)
                              .sleep = nullptr,
                              .confirmOK = nullptr,
                              .debug = [](int, const char* text) { show("debug", text); }};
+//! [sinks]
 
+//! [behaviour]
 class Behaviour : public MorlaBehaviour {
  public:
   vxString::IString getProductPrefix() override { return L"Pebble"; }
   const char* getUserPrefsFileName() const override { return "PebblePrefs"; }
   bool saveOnExit() const override { return false; }
 };
+//! [behaviour]
 
+//! [cursor]
 void pick(std::intptr_t position) {
   MorlaTrace::trace1(MorlaTrace::Picking, "cursor at %d", static_cast<int>(position));
 }
@@ -54,9 +59,11 @@ void pick(std::intptr_t position) {
 void showPosition(std::intptr_t position) {
   rptUser("the cursor is at %d", static_cast<int>(position));
 }
+//! [cursor]
 
 }  // namespace
 
+//! [begin]
 Host::Host(const std::string& folder, Say say) {
   gSay = std::move(say);
   sinksBefore_ = rptSetSinks(&kSinks);
@@ -73,11 +80,13 @@ Host::Host(const std::string& folder, Say say) {
     throw;
   }
 }
+//! [begin]
 
 Host::~Host() {
   removeAll();
 }
 
+//! [redraw]
 void Host::finishEvent() {
   redraw_any_pending();
   if (redraw_get_pending_planes() != 0) {
@@ -87,6 +96,7 @@ void Host::finishEvent() {
   }
   redraw_reset_pending();
 }
+//! [redraw]
 
 void Host::installUndo() {
   vxKilnBase::undoInit();
@@ -94,6 +104,7 @@ void Host::installUndo() {
   vxUndo::manager()->setLimits(kUndoLimits);
 }
 
+//! [project]
 // The project path ends with a separator, and the project has a folder of its own.
 void Host::makeProject(const std::string& folder) {
   const CString path(folder.c_str()), name = "demo";
@@ -107,7 +118,9 @@ void Host::makeProject(const std::string& folder) {
   if (!MorlaTrace::initialize(project.c_str(), kTraceBytes, kTraceLevel))
     throw std::runtime_error("cannot make the trace in " + folder);
 }
+//! [project]
 
+//! [end]
 void Host::removeAll() {
   MorlaTrace::finalize();
   remove_cursor_procedure(showPosition);
@@ -118,5 +131,6 @@ void Host::removeAll() {
   rptSetSinks(&sinksBefore_);
   gSay = nullptr;
 }
+//! [end]
 
 }  // namespace host

@@ -124,6 +124,7 @@ void sayTrace() {
       nullptr);
 }
 
+//! [work]
 void work(const std::string& folder) {
   Spheres spheres;  // the document outlives the host, whose undo commands refer to the document
   Brush brush;
@@ -144,6 +145,7 @@ void work(const std::string& folder) {
   callHooks();
   sayTrace();
 }
+//! [work]
 
 void run(int argc, const char* const* argv) {
   const std::string_view argument = argc > 1 ? argv[1] : "host_out";
