@@ -57,6 +57,7 @@ bool await(std::chrono::seconds limit, Question question) {
 
 }  // namespace
 
+//! [link]
 bool FrameLink::connect(int port, Interval limit) {
   auto socket = std::make_unique<vxTCP::Socket>(vxTCP::Address::localhost(port));
   if (socket->connect(limit) || !socket->peerIsSameUser()) return false;
@@ -64,6 +65,7 @@ bool FrameLink::connect(int port, Interval limit) {
   protocol_.setTimeout(kFrameLimit);
   return isConnected_ = true;
 }
+//! [link]
 
 void FrameLink::send(const vxKilnBase::KilnDebugDrawFrame& frame) {
   if (!isConnected_ || hasFailed_) return;
@@ -73,6 +75,7 @@ void FrameLink::send(const vxKilnBase::KilnDebugDrawFrame& frame) {
     hasFailed_ = true;
 }
 
+//! [record]
 Recorder::Recorder(const fs::path& file) : file_(file), unfinished_(withEnding(file, ".new")) {
   const int port = freePort();
   const vx::vector<CString> command = {APP_getBinaryPath("drawview"),
@@ -87,6 +90,7 @@ Recorder::Recorder(const fs::path& file) : file_(file), unfinished_(withEnding(f
   else if (!await(kLongestStart, [&] { return link_.connect(port, kConnectLimit); }))
     problem_ = "drawview does not answer: no recording, and nothing in three dimensions";
 }
+//! [record]
 
 // The viewer holds a lock on the file as long as it lives.
 bool Recorder::isWritten() const {
