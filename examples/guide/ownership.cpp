@@ -1,4 +1,6 @@
 // The program of docs/guide/ownership.md.
+#include <algorithm>
+#include <span>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -6,7 +8,6 @@
 
 #include <kilnbase/linalg/DoubleGenMat.h>
 #include <kilnbase/linalg/DoubleVec.h>
-#include <kilnbase/linalg/IntVec.h>
 #include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/Owned.h>
 #include <kilnbase/linalg/Products.h>
@@ -20,7 +21,7 @@ using guide::expect;
 
 void shortest() {
   //! [shortest]
-  DoubleVec v(4, 1.0, 1.0);  // 1 2 3 4: four elements, from 1 on, in steps of 1
+  DoubleVec v{1, 2, 3, 4};
   DoubleVec view = v;        // a view: no element is copied
   DoubleVec own = v.copy();  // elements of its own
   view(0) = 9.0;
@@ -44,15 +45,32 @@ void views() {
   column(2) = 4.0;
   expect(a(1, 0) == 5.0 && a(1, 1) == 1.0 && a(2, 1) == 4.0);
 
-  const int odd[] = {1, 3, 5};
-  v.vecPick(IntVec(odd, 3)) = 0.0;  // the elements with these indices
+  v.vecPick({1, 3, 5}) = 0.0;  // the elements with these indices
   expect(v(3) == 0.0 && v(4) == 7.0);
   //! [views]
 }
 
+void ranges() {
+  //! [ranges]
+  DoubleGenMat a{{3, 1}, {2, 5}, {1, 4}};  // 3 rows, 2 columns
+  std::ranges::sort(a.col(0));             // 1 2 3; a row works the same way
+  for (double& x : a.row(2)) x = -x;       // the range is a view: it writes into a
+  expect(a(0, 0) == 1.0);
+  expect(a(2, 1) == -4.0);
+  for (DoubleVec row : a.eachRow()) row /= vxKilnBase::sum(row);
+
+  const std::vector<double> numbers = {4, 5, 6};
+  const DoubleVec own(numbers);  // copies
+  const std::vector<double> back(own.begin(), own.end());
+  const std::span<const double> span = own.span();  // for stride 1; no copy, no hold
+  expect(back == numbers);
+  expect(span.data() == own.data());
+  //! [ranges]
+}
+
 void overlap() {
   //! [overlap]
-  DoubleVec v(5, 1.0, 1.0);            // 1 2 3 4 5
+  DoubleVec v{1, 2, 3, 4, 5};
   v.slice(1, 4) = v.slice(0, 4);       // the source counts as it was before
   expect(v(1) == 1.0 && v(4) == 4.0);  // 1 1 2 3 4
   //! [overlap]
@@ -122,7 +140,7 @@ class Curve {
 //! [member]
 
 void members() {
-  DoubleVec knots(3, 0.0, 1.0);
+  DoubleVec knots{0, 1, 2};
   Curve curve(knots);
   knots = -1.0;
   expect(curve.size() == 3 && curve.knot(2) == 2.0);
@@ -188,6 +206,7 @@ void threads() {
 int main() {
   shortest();
   views();
+  ranges();
   overlap();
   steps();
   lifetime();
