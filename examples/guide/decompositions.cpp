@@ -24,7 +24,6 @@ using guide::isNear;
 using vxKilnBase::dot;
 using vxKilnBase::product;
 using vxKilnBase::toSymMat;
-using vxKilnBase::transpose;
 using vxKilnBase::transposeProduct;
 
 // Whether all elements agree.

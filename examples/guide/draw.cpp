@@ -62,7 +62,7 @@ class Viewer {
  public:
   Viewer() : server_(vxTCP::Server::kAnyPort, 1) {
     server_.setLoopbackOnly();
-    if (const vxUtil::Error error = server_.listen()) throw error;
+    expect(!server_.listen());
     thread_ = std::thread([this] { receive(); });
   }
   ~Viewer() {

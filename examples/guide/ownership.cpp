@@ -197,7 +197,8 @@ void threads() {
   const double here = vxKilnBase::sum(v);
   worker.join();
   expect(total == here);
-  expect(ours.length() == 0);  // moved away, and ready for any assignment
+  ours = DoubleVec{1, 2};  // moved away, it takes a vector of any length
+  expect(ours.length() == 2);
   //! [threads]
 }
 
