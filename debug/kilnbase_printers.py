@@ -8,6 +8,7 @@ at as well. A value that is not initialised, or damaged, gives a text that says 
 bounded, rings in chains are found, and what cannot be read ends the list with the reason.
 """
 
+import itertools
 import re
 import struct
 
@@ -941,7 +942,12 @@ def printer_of(value):
         value = value.referenced_value()
     name = name_of(value.type)
     printer = KILNBASE.get(name) or VX.get(name)
-    return printer(value) if printer else None
+    return printer(value) if printer and is_known(value.type.strip_typedefs()) else None
+
+
+def is_known(type_):
+    """False for a class with virtual functions when the debug symbols of its library are missing."""
+    return type_.code != gdb.TYPE_CODE_STRUCT or len(type_.fields()) > 0
 
 
 class Printers(gdb.printing.PrettyPrinter):
@@ -975,11 +981,14 @@ pointer to TYPE, or to void.
         items = getattr(printer, "data", None) or getattr(printer, "addresses", None)
         if items is None:
             raise gdb.GdbError(f"$kiln_at: {container.type} is no container of items")
-        for place, address in enumerate(items()):
-            if place == int(i):
-                name = type_name.string() if type_name is not None else "void"
-                return gdb.parse_and_eval(f"({name}*) {address}")  # as the code here knows the name
-        raise gdb.GdbError(f"$kiln_at: there is no item {int(i)}")
+        try:
+            address = next(itertools.islice(items(), int(i), None), None)
+        except DAMAGE as problem:
+            raise gdb.GdbError(f"$kiln_at: {problem}") from None
+        if address is None:
+            raise gdb.GdbError(f"$kiln_at: there is no item {int(i)}")
+        name = type_name.string() if type_name is not None else "void"
+        return gdb.parse_and_eval(f"({name}*) {address}")  # as the code at hand knows the name
 
 
 def register(objfile, library):

@@ -7,7 +7,7 @@ using System.Text;
 //! [declare]
 static class Kiln {
 #if WINDOWS
-    const string Library = "KilnBase-0.1";  // KilnBase-0.1.dll, with vx-0.1.dll beside it
+    const string Library = "libKilnBase-0.1";  // .dll, with libvx-0.1.dll beside it
     const string Runtime = "msvcrt";
 #else
     const string Library = "libKilnBase.so.0.1";

@@ -14,8 +14,8 @@ from ctypes import CFUNCTYPE, POINTER, byref, c_char, c_char_p, c_double, c_int,
 def load(path=None):
     """The library at a path, or else the one that the system finds."""
     if sys.platform == "win32":
-        path = os.path.abspath(path or "KilnBase-0.1.dll")
-        with os.add_dll_directory(os.path.dirname(path)):  # vx-0.1.dll stands beside it
+        path = os.path.abspath(path or "libKilnBase-0.1.dll")
+        with os.add_dll_directory(os.path.dirname(path)):  # libvx-0.1.dll stands beside it
             return ctypes.CDLL(path)
     return ctypes.CDLL(path or ctypes.util.find_library("KilnBase") or "libKilnBase.so.0.1")
 

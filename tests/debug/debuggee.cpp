@@ -214,7 +214,7 @@ void structures() {
   }
   all[1]->filter = showAll;
   DS_Structure* unknown = DS_create_type(77, &status, __LINE__, __FILE__);
-  stop(&unknown);
+  stop(unknown);
 }
 
 }  // namespace
