@@ -15,8 +15,8 @@ import struct
 import gdb
 import gdb.printing
 
-# A chain with more nodes than this is taken for a damaged one.
-LONGEST_CHAIN = 100_000
+# The nodes of a list or tree are counted up to this number.
+MOST_COUNTED = 10_000
 
 # What goes wrong with a damaged value: memory that is not there, and numbers that make no sense.
 DAMAGE = (gdb.error, ValueError, OverflowError, struct.error)
@@ -79,8 +79,6 @@ def chain(node, offset):
     while node:
         if node in seen:
             raise Damaged(f"comes back to node {node:#x}")
-        if len(seen) == LONGEST_CHAIN:
-            raise Damaged(f"more than {LONGEST_CHAIN} nodes")
         seen.add(node)
         yield node
         node = word(node + offset)
@@ -93,8 +91,6 @@ def in_order(root, offset):
         while node:
             if node in seen:
                 raise Damaged(f"comes back to node {node:#x}")
-            if len(seen) == LONGEST_CHAIN:
-                raise Damaged(f"more than {LONGEST_CHAIN} nodes")
             seen.add(node)
             path.append(node)
             node = word(node + offset)
@@ -104,14 +100,14 @@ def in_order(root, offset):
 
 
 def counted(items, noun):
-    """How many items there are, and what is wrong with the ones behind."""
+    """How many items there are, and whether what comes behind them is damaged."""
     count = 0
     try:
-        for _ in items:
+        for _ in itertools.islice(items, MOST_COUNTED + 1):
             count += 1
-    except DAMAGE as problem:
+    except DAMAGE:
         return f"{plural(count, noun)}, then damaged"
-    return plural(count, noun)
+    return plural(count, noun) if count <= MOST_COUNTED else f"more than {MOST_COUNTED} {noun}s"
 
 
 # What all printers have in common
@@ -590,8 +586,8 @@ class TupleVector(Sequence):
         return int(self.value["data_"]["npts_"]) // size if size > 0 else 0
 
     def title(self):
-        size = int(self.value["size_"])
-        return f"TtupleVector of {plural(self.count(), 'point')} of {size}{views(self.value['data_'])}"
+        points = f"{plural(self.count(), 'point')} of {int(self.value['size_'])}"
+        return f"TtupleVector of {points}{views(self.value['data_'])}"
 
     def point(self, i):
         data, size = self.value["data_"], int(self.value["size_"])
@@ -840,7 +836,9 @@ class Structure(Sequence):
         if not int(self.value["methods"]):
             return "DS_Structure without methods"
         kind = self.kind()
-        what = f"{kind[0]} of {counted(self.slots(), 'item')}" if kind else "kind of the application"
+        what = "kind of the application"
+        if kind:
+            what = f"{kind[0]} of {counted(self.slots(), 'item')}"
         order = ", ordered" if int(self.value["ordered"]) else ""
         return f"DS_Structure, {what}{order}{self.functions()}"
 
@@ -946,7 +944,7 @@ def printer_of(value):
 
 
 def is_known(type_):
-    """False for a class with virtual functions when the debug symbols of its library are missing."""
+    """False for a class with virtual functions while the symbols of its library are missing."""
     return type_.code != gdb.TYPE_CODE_STRUCT or len(type_.fields()) > 0
 
 

@@ -57,7 +57,7 @@ static void names(void) {
   expect(status == MR_NO_ERROR, "both were added");
 
   DS_Position first = layers->methods->head(layers, &status);
-  expect(layers->methods->get_data(first, &status) == ground, "the comparator orders the layers");
+  expect(layers->methods->get_data(first, &status) == ground, "ground comes first");
   size_t total = 0;
   layers->methods->walk(layers, addLength, &total, -1, 0, &status);
   expect(total == strlen("water") + strlen("ground"), "the walk saw both");
@@ -110,7 +110,7 @@ static void texts(void) {
   free(path);
 
   set_crv_fit_tolerance(0.002);
-  expect(fabs(get_crv_intersect_tolerance() - 0.004) < 1e-15, "the settings are the process's");
+  expect(fabs(get_crv_intersect_tolerance() - 0.004) < 1e-15, "the setting holds");
 }
 //! [ownership]
 

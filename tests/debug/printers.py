@@ -2,9 +2,9 @@
 
     gdb -batch -x printers.py PROGRAM
 
-The table, expected.txt, has a section for each caller of `stop`. Its lines are `expression = text`, where "..."
-stands for any text. Then each value is looked at once more as if its memory were garbage, and the
-expressions of the natvis file for its type are type-checked.
+The table, expected.txt, has a section for each caller of `stop`. Its lines are `expression = text`,
+where "..." stands for any text. Then each value is looked at once more as if its memory were
+garbage, and the expressions of the natvis file for its type are type-checked.
 """
 
 import os

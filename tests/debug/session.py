@@ -14,7 +14,8 @@ PAGE = os.path.join(os.path.dirname(__file__), "../../docs/guide/debugging.md")
 
 def session():
     """Pairs of a command and its answer, from the block of the page that starts with a prompt."""
-    block = re.search(r"^```\w*\n(\(gdb\).*?)^```", open(PAGE, encoding="utf-8").read(), re.S | re.M)
+    page = open(PAGE, encoding="utf-8").read()
+    block = re.search(r"^```\w*\n(\(gdb\).*?)^```", page, re.S | re.M)
     for part in block.group(1).split("(gdb) ")[1:]:
         command, _, answer = part.partition("\n")
         yield command, answer
