@@ -6,6 +6,7 @@
 
 namespace vx {
 
+/// A growable array.
 template <class T>
 using vector = std::vector<T>;
 

@@ -26,6 +26,7 @@ struct FileFacts {
   friend bool operator==(const FileFacts&, const FileFacts&) = default;
 };
 
+/// An open directory.
 class VX_API Directory {
  public:
   Directory() = default;
@@ -44,6 +45,7 @@ class VX_API Directory {
 
   /// Opens the directory.
   vxUtil::Error open(const vxString::CString& path);
+  /// Whether `open` was last called with success, and not `close` since.
   bool isOpen() const { return handle_ != kNone; }
   /// As `open` received it.
   const vxString::CString& path() const { return path_; }
@@ -73,6 +75,7 @@ class VX_API Directory {
   /// whole new one. The content is written into a file named by `isTemporary`, which stays when
   /// this process is killed.
   vxUtil::Error replace(const vxString::CString& name, std::string_view content) const;
+  /// Whether a file of this name is one that `replace` is writing, or was when it was killed.
   static bool isTemporary(std::string_view name);
   /// Deletes a file. False when that fails.
   bool remove(const vxString::CString& name) const;
@@ -107,7 +110,9 @@ class VX_API DirectoryFile {
   /// alone. An error also when there is something else than a regular file of this user with one
   /// name.
   vxUtil::Error open(const Directory& directory, const vxString::CString& name);
+  /// Closes the file, which stays; a lock goes.
   void close() noexcept;
+  /// Whether there is an open file.
   bool isOpen() const { return handle_ != Directory::kNone; }
 
   /// Takes the file's lock, which goes when the file is closed or the process ends. `isTaken` tells
@@ -123,6 +128,7 @@ class VX_API DirectoryFile {
   /// Writes at the end. On failure the result is false, and the file is as before; when even that
   /// fails, the file is closed.
   bool append(std::string_view bytes);
+  /// Cuts the file, or fills it up with zeros. False when that fails.
   bool truncate(std::uint64_t size);
 
  private:

@@ -17,8 +17,10 @@ class Error {
  public:
   /// Success.
   Error() = default;
+  /// A failure unless `code` is 0.
   Error(int code, vxString::CString message) : code_(code), message_(std::move(message)) {}
 
+  /// As given to the constructor.
   int code() const { return code_; }
   const vxString::CString& message() const { return message_; }
   /// Whether this is a failure.
@@ -34,8 +36,10 @@ class Error {
 class Interval {
  public:
   Interval() = default;
+  /// So many seconds; no limit when `seconds` is not above 0.
   explicit Interval(double seconds) : seconds_(seconds > 0.0 ? seconds : 0.0) {}
 
+  /// Whether there is no limit.
   bool isUnlimited() const { return seconds_ == 0.0; }
   /// 0.0 when there is no limit.
   double seconds() const { return seconds_; }

@@ -22,6 +22,7 @@ VX_API std::FILE* openFile(std::string_view path, const char* mode) noexcept;
 
 /// What there is under a path. Links are followed.
 struct FileStatus {
+  /// False leaves all other members at their values here.
   bool exists = false;
   bool isDirectory = false;
   std::uint32_t type = 0;     ///< The bits of `st_mode` in S_IFMT, such as S_IFREG.
@@ -29,6 +30,7 @@ struct FileStatus {
   std::int64_t modified = 0;  ///< In seconds since 1970-01-01 UTC.
 };
 
+/// Questions about files and folders by their paths, and what changes folders.
 class VX_API File {
  public:
   /// Tells what there is under `path`. A path under which there is nothing is no error; a path that
@@ -54,10 +56,12 @@ class VX_API File {
 
 /// The size of a file system.
 struct FilesystemStatus {
+  /// Used and free.
   std::uint64_t totalKilobytes = 0;
   std::uint64_t freeKilobytes = 0;  ///< For this user.
 };
 
+/// Questions about file systems.
 class VX_API Filesystem {
  public:
   /// Tells about the file system that holds `path`. False when the system cannot tell.

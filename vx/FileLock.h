@@ -24,6 +24,7 @@ class VX_API FileLock {
   /// Releases what is held and locks the file, which must exist, without waiting. False when
   /// another lock holds the file, also one of this process, and when the file cannot be opened.
   bool acquire(const vxString::CString& path);
+  /// Unlocks. Nothing happens when nothing is held.
   void release();
 
  private:

@@ -12,13 +12,16 @@ namespace vxOS {
 class VX_API Filename {
  public:
   Filename() = default;
+  /// The path as it stands; nothing is looked up.
   explicit Filename(const vxString::IString& path) : path_(path.asMultibyte()) {}
   explicit Filename(const vxString::CString& path) : path_(path) {}
   /// `name` in `directory`.
   Filename(const vxString::CString& directory, const vxString::CString& name)
       : path_(join(directory, name)) {}
 
+  /// As given to the constructor, in UTF-8.
   const vxString::CString& path() const { return path_; }
+  /// Whether no path was given.
   bool isEmpty() const { return path_.isEmpty(); }
 
   /// Whether the path does not depend on the current folder: it begins with a separator, or with a
@@ -42,6 +45,7 @@ class VX_API Filename {
 /// An address of the form "scheme:...", or the path of a file.
 class VX_API URL {
  public:
+  /// Any text is allowed.
   explicit URL(const vxString::CString& text) : text_(text) {}
 
   /// Whether the text is a path or has the scheme "file". A scheme has at least two characters, so

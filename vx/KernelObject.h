@@ -34,6 +34,7 @@ enum Id {
   kShell = 28,
 };
 
+/// The highest degree of curves and surfaces.
 constexpr int kMaxDegree = 31;
 
 /// One of the objects below.
@@ -65,11 +66,13 @@ class VX_API SplineCurve {
   SplineCurve(int degree, vx::vector<double> knots, vx::vector<Pole> poles,
               vx::vector<double> weights = {});
 
+  /// As given to the constructor.
   int degree() const { return degree_; }
   const vx::vector<double>& knots() const { return knots_; }
   const vx::vector<Pole>& poles() const { return poles_; }
   /// One weight a pole when the curve is rational; else empty.
   const vx::vector<double>& weights() const { return weights_; }
+  /// Whether there are weights.
   bool isRational() const { return !weights_.empty(); }
 
   /// The first parameter.
@@ -92,6 +95,7 @@ class VX_API SplineCurve {
 /// A curve in the plane of a surface's parameters.
 using ParameterCurve = SplineCurve<vxLinear::Point2>;
 
+/// A B-spline curve in space.
 class VX_API Curve final : public Object, public SplineCurve<vxLinear::Point> {
  public:
   using SplineCurve::SplineCurve;
@@ -104,11 +108,13 @@ class VX_API Surface final : public Object {
  public:
   /// How one of the two parameters goes.
   struct Direction {
+    /// Degree and knots of one parameter, as of a curve.
     int degree;
     vx::vector<double> knots;
 
     /// The number of poles along this direction.
     std::size_t count() const { return knots.size() - static_cast<std::size_t>(degree) - 1; }
+    /// The first and the last parameter.
     double start() const { return knots[static_cast<std::size_t>(degree)]; }
     double end() const { return knots[count()]; }
 
@@ -120,13 +126,17 @@ class VX_API Surface final : public Object {
           vx::vector<double> weights = {});
   int id() const override;
 
+  /// As given to the constructor.
   const Direction& u() const { return u_; }
   const Direction& v() const { return v_; }
+  /// The number of rows and of columns of poles.
   std::size_t countU() const { return u_.count(); }
   std::size_t countV() const { return v_.count(); }
+  /// Row by row: see above.
   const vx::vector<vxLinear::Point>& poles() const { return poles_; }
   /// One weight a pole when the surface is rational; else empty.
   const vx::vector<double>& weights() const { return weights_; }
+  /// Whether there are weights.
   bool isRational() const { return !weights_.empty(); }
 
   /// The point at two parameters, which count as the nearest ones of the surface.
@@ -155,6 +165,7 @@ class VX_API TrimmedSurface final : public Object {
   TrimmedSurface(Surface surface, vx::vector<Loop> loops);
   int id() const override;
 
+  /// As given to the constructor.
   const Surface& surface() const { return surface_; }
   const vx::vector<Loop>& loops() const { return loops_; }
 
@@ -170,9 +181,11 @@ class VX_API TrimmedSurface final : public Object {
 /// Trimmed surfaces that belong together.
 class VX_API Shell final : public Object {
  public:
+  /// Any number of faces; their order stays.
   explicit Shell(vx::vector<TrimmedSurface> faces);
   int id() const override;
 
+  /// As given to the constructor.
   const vx::vector<TrimmedSurface>& faces() const { return faces_; }
 
   friend bool operator==(const Shell& a, const Shell& b) { return a.faces_ == b.faces_; }
@@ -188,6 +201,7 @@ class VX_API ForeignObject final : public Object {
   ForeignObject(int id, vx::vector<std::byte> bytes);
   int id() const override;
 
+  /// As given to the constructor.
   const vx::vector<std::byte>& bytes() const { return bytes_; }
 
  private:

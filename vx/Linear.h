@@ -7,6 +7,7 @@ namespace vxLinear {
 
 /// A direction with a length, or the way from one point to another.
 struct VX_API Vector {
+  /// Components in the unit of the model.
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;
@@ -14,7 +15,9 @@ struct VX_API Vector {
   friend bool operator==(const Vector&, const Vector&) = default;
 };
 
+/// A place in space.
 struct VX_API Point {
+  /// Coordinates in the unit of the model.
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;
@@ -31,6 +34,7 @@ struct VX_API Point {
 
 /// A point of the plane, such as the parameters of a point on a surface.
 struct VX_API Point2 {
+  /// Coordinates.
   double u = 0.0;
   double v = 0.0;
 
@@ -44,11 +48,14 @@ struct VX_API Point2 {
 class VX_API ParamLine {
  public:
   ParamLine() = default;
+  /// A direction of length 0 is allowed: all points are the origin then.
   ParamLine(const Point& origin, const Vector& direction)
       : origin_(origin), direction_(direction) {}
 
+  /// As given to the constructor; zeros in a default line.
   const Point& origin() const { return origin_; }
   const Vector& direction() const { return direction_; }
+  /// The point origin + t * direction.
   Point at(double t) const {
     return origin_ + Vector{t * direction_.x, t * direction_.y, t * direction_.z};
   }

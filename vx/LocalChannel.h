@@ -27,6 +27,7 @@ class VX_API LocalChannel {
   /// belongs to another user gets no answer.
   void serve(int milliseconds,
              const std::function<vxString::CString(const vxString::CString&)>& answer);
+  /// Stops answering. Askers find nobody.
   void close() noexcept;
   /// Ends the wait of `serve` from another thread, for good.
   void interrupt() noexcept;

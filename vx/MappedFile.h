@@ -34,8 +34,11 @@ class VX_API MemoryMappedFile {
   /// space, or when `size` is 0.
   bool createFile(const vxString::CString& path, std::size_t size, int access);
 
+  /// Whether `createFile` has made a file that is not closed.
   bool isOpen() const { return file_ != kNone; }
+  /// In bytes; 0 when no file is open.
   std::size_t size() const { return size_; }
+  /// Closes the file, which stays on the disk. Views stay valid.
   void close();
 
  private:
@@ -61,8 +64,10 @@ class VX_API FileMapping {
   /// `offset` is no multiple of the granularity, when `length` is 0, when the part does not lie in
   /// the file, and when the system refuses.
   void* map(const MemoryMappedFile& file, std::uint64_t offset, std::size_t length);
+  /// Ends the view. Nothing happens without one.
   void unmap();
 
+  /// The first byte, the place in the file and the size of the view; null and 0 without one.
   void* data() const { return data_; }
   std::uint64_t offset() const { return offset_; }
   std::size_t length() const { return length_; }

@@ -33,8 +33,8 @@ VX_API void MA_free(void* memory);
 
 /** The blocks that have been allocated and not freed yet. */
 typedef struct MaOutstanding {
-  size_t blocks;
-  size_t bytes; /**< The sum of the sizes that were asked for. */
+  size_t blocks; /**< How many blocks. */
+  size_t bytes;  /**< The sum of the sizes that were asked for. */
 } MaOutstanding;
 
 /** All zero in a release build. */

@@ -44,6 +44,7 @@ class VX_API CompactMesh {
   CompactMesh& operator=(CompactMesh&& other) noexcept = default;
   virtual ~CompactMesh();
 
+  /// As given to the constructor.
   const vx::vector<vxLinear::Point>& vertices() const { return vertices_; }
   const vx::vector<Triangle>& triangles() const { return triangles_; }
   /// One normal a vertex, of any length; or empty.
@@ -65,11 +66,12 @@ class VX_API TopoMesh {
   /// No half-edge.
   static constexpr std::uint32_t kNone = 0xffffffff;
 
+  /// One side of a face. All members are indices.
   struct HalfEdge {
     std::uint32_t vertex = 0;    ///< Where the half-edge begins.
     std::uint32_t twin = kNone;  ///< The half-edge of the neighbour; `kNone` at the border.
     std::uint32_t next = 0;      ///< The half-edge after this one in its face.
-    std::uint32_t face = 0;
+    std::uint32_t face = 0;      ///< The face that the half-edge is a side of.
 
     friend bool operator==(const HalfEdge&, const HalfEdge&) = default;
   };
@@ -93,7 +95,9 @@ class VX_API TopoMesh {
   TopoMesh& operator=(TopoMesh&& other) noexcept = default;
   virtual ~TopoMesh();
 
+  /// As given to the constructor.
   const vx::vector<vxLinear::Point>& vertices() const { return vertices_; }
+  /// All half-edges; their places are the indices of `HalfEdge`.
   const vx::vector<HalfEdge>& halfEdges() const { return halfEdges_; }
   /// One half-edge of each face.
   const vx::vector<std::uint32_t>& faces() const { return faces_; }

@@ -30,8 +30,10 @@ namespace vxOS {
 /// never used again.
 class VX_API MoveableMemory : public vx::ReferenceCount {
  public:
+  /// Names a block for as long as the store lives; 0 names none.
   using Handle = std::uint64_t;
 
+  /// A store without room, until `initializeFiles`.
   MoveableMemory();
   /// Ends all locks.
   ~MoveableMemory() override;
@@ -63,6 +65,7 @@ class VX_API MoveableMemory : public vx::ReferenceCount {
   /// as there were of `lock`. Null when the address space has no room. A lock that is the only one
   /// costs some calls of the system.
   void* lock(Handle block);
+  /// Gives one `lock` back.
   void unlock(Handle block);
 
   /// Moves the blocks that are not locked together and gives the rest of the file back to the disk.

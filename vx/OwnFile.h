@@ -25,6 +25,7 @@ class VX_API OwnFile {
 
   /// Opens the file for binary reading, and closes the one before.
   vxUtil::Error open(const vxString::CString& path);
+  /// Whether there is an open file.
   bool isOpen() const { return stream_ != nullptr; }
   /// The file, which this object closes. Null when none is open.
   std::FILE* stream() const { return stream_; }
@@ -34,6 +35,7 @@ class VX_API OwnFile {
   /// Deletes the file and closes it. A file that somebody has put in the place of the open one
   /// stays; that is an error.
   vxUtil::Error remove();
+  /// Closes the file, which stays.
   void close() noexcept;
 
  private:

@@ -28,6 +28,7 @@ namespace vxOS {
 /// - batch files are refused, because their interpreter would split the arguments by other rules.
 class VX_API ProcessManager {
  public:
+  /// The one manager of this process.
   static ProcessManager& getInstance();
 
   /// Runs a command and waits for its end. Before the start the call gives the terminal back

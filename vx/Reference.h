@@ -12,11 +12,13 @@ class ReferenceCount {
  public:
   virtual ~ReferenceCount() = default;
 
+  /// One reference more. `Reference` calls this.
   void addReference() const { ++count_; }
   /// Deletes the object when this was the last reference.
   void removeReference() const {
     if (--count_ == 0) delete this;
   }
+  /// How many references there are now.
   int references() const { return count_; }
 
  protected:
@@ -39,11 +41,13 @@ template <class T>
 class Reference {
  public:
   Reference() = default;
+  /// Takes part in the counting of the object; null is allowed.
   Reference(T* object) : object_(object) {  // NOLINT(google-explicit-constructor): a pointer is one
     if (object_ != nullptr) object_->addReference();
   }
   Reference(const Reference& other) : Reference(other.object_) {}
   Reference(Reference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  /// A reference to the same object, as a base class of it.
   template <class Derived>
   requires std::is_convertible_v<Derived*, T*> Reference(
       const Reference<Derived>& other)  // NOLINT(google-explicit-constructor): as pointers do
@@ -51,15 +55,19 @@ class Reference {
   ~Reference() {
     if (object_ != nullptr) object_->removeReference();
   }
+  /// The object that was referred to before is deleted when this was its last reference.
   Reference& operator=(Reference other) noexcept {
     std::swap(object_, other.object_);
     return *this;
   }
 
+  /// The object, or null. `*` and `->` need one.
   T* get() const { return object_; }
   T* operator->() const { return object_; }
   T& operator*() const { return *object_; }
+  /// Whether this refers to an object.
   explicit operator bool() const { return object_ != nullptr; }
+  /// Whether both refer to the same object, or to none.
   friend bool operator==(const Reference& a, const Reference& b) { return a.object_ == b.object_; }
 
  private:

@@ -89,11 +89,11 @@ VX_API void rptSetDebugCode(int code, bool on);
 /** The functions that reports go to. Their texts are formatted and live until the function returns.
  */
 typedef struct RptSinks {
-  void (*error)(const char* text);  /**< A piece of the error report. */
-  void (*user)(const char* text);   /**< One message. */
-  void (*status)(const char* text); /**< The new status, a single line; "" removes it. */
-  bool (*checkAbort)(void);         /**< Whether the user asks to stop now. */
-  void (*sleep)(unsigned int milliseconds);
+  void (*error)(const char* text);            /**< A piece of the error report. */
+  void (*user)(const char* text);             /**< One message. */
+  void (*status)(const char* text);           /**< The new status, a single line; "" removes it. */
+  bool (*checkAbort)(void);                   /**< Whether the user asks to stop now. */
+  void (*sleep)(unsigned int milliseconds);   /**< What `rptSleep` does. */
   void (*confirmOK)(const char* text);        /**< Returns when the user has confirmed. */
   void (*debug)(int level, const char* text); /**< A piece of the debug output. */
 } RptSinks;

@@ -26,6 +26,7 @@ namespace vxString {
 template <class Char>
 class VX_API BasicString {
  public:
+  /// A view of text in the same encoding.
   using View = std::basic_string_view<Char>;
 
   /// The result of a search that finds nothing.
@@ -37,10 +38,13 @@ class VX_API BasicString {
   /// The text of the view, which may hold zeros.
   explicit BasicString(View text);
 
+  /// In code units, without the terminating zero.
   std::size_t length() const;
+  /// Whether the length is 0.
   bool isEmpty() const { return length() == 0; }
   /// The text with a terminating zero, until the string changes.
   const Char* c_str() const;
+  /// The text, until the string changes.
   View view() const { return {c_str(), length()}; }
   /// The code unit at `i`; zero at the end and beyond.
   Char operator[](std::size_t i) const;
@@ -49,11 +53,13 @@ class VX_API BasicString {
   int compare(const BasicString& other) const;
   /// As `compare`, with the upper-case letters of ASCII taken as lower case.
   int compareIgnoringCase(const BasicString& other) const;
+  /// The order of `compare`.
   friend bool operator==(const BasicString& a, const BasicString& b) { return a.compare(b) == 0; }
   friend std::strong_ordering operator<=>(const BasicString& a, const BasicString& b) {
     return a.compare(b) <=> 0;
   }
 
+  /// Appends; `other` may be this string.
   BasicString& operator+=(const BasicString& other);
   BasicString& operator+=(Char c);
   friend BasicString operator+(BasicString a, const BasicString& b) { return std::move(a += b); }
@@ -64,6 +70,7 @@ class VX_API BasicString {
   std::size_t find(const BasicString& text, std::size_t from = 0) const;
   /// The position of the last occurrence.
   std::size_t findLast(const BasicString& text) const;
+  /// Whether the text occurs: anywhere, at the start, at the end.
   bool contains(const BasicString& text) const { return find(text) != npos; }
   bool startsWith(const BasicString& text) const;
   bool endsWith(const BasicString& text) const;
@@ -75,6 +82,7 @@ class VX_API BasicString {
   /// With every occurrence of `text` replaced, searched from the front. For an empty `text` nothing
   /// is replaced.
   BasicString replaced(const BasicString& text, const BasicString& replacement) const;
+  /// With the letters of ASCII in the other case.
   BasicString toLower() const;
   BasicString toUpper() const;
 
@@ -95,7 +103,9 @@ class VX_API BasicString {
   std::basic_string<Char> text_;
 };
 
+/// Narrow text in UTF-8.
 using CString = BasicString<char>;
+/// Wide text: UTF-16 on Windows, UTF-32 elsewhere.
 using IString = BasicString<wchar_t>;
 
 }  // namespace vxString

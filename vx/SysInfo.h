@@ -10,12 +10,13 @@ namespace vxOS {
 
 /// Sizes of memory in kilobytes (1024 bytes).
 struct MemoryFigures {
-  std::uint64_t totalPhysical = 0;
-  std::uint64_t availablePhysical = 0;
-  std::uint64_t totalVirtual = 0;  ///< Physical memory and paging files.
-  std::uint64_t availableVirtual = 0;
+  std::uint64_t totalPhysical = 0;      ///< Physical memory, used and free.
+  std::uint64_t availablePhysical = 0;  ///< What can be had of it now.
+  std::uint64_t totalVirtual = 0;       ///< Physical memory and paging files.
+  std::uint64_t availableVirtual = 0;   ///< What can be had of both now.
 };
 
+/// Facts about the machine, for this process.
 class VX_API SysInfo {
  public:
   /// The size of a page of memory in bytes.

@@ -41,10 +41,12 @@ enum ErrorCode {
 /// A host, by name or number (IPv4 or IPv6), and a port.
 class VX_API Address {
  public:
+  /// Nothing is looked up before a socket connects.
   Address(vxString::CString host, int port) : host_(std::move(host)), port_(port) {}
   /// This machine, by the loopback network (127.0.0.1).
   static Address localhost(int port);
 
+  /// As given to the constructor.
   const vxString::CString& host() const { return host_; }
   int port() const { return port_; }
 
@@ -73,6 +75,7 @@ class VX_API Socket {
   /// one after the other, within the limit. Looking the name up is not limited.
   vxUtil::Error connect(vxUtil::Interval limit = {});
 
+  /// Whether failures are thrown from now on, instead of returned as at the start.
   void setThrowMode(bool throws);
   /// The limit for each call that reads or writes; none at the start.
   void setTimeout(vxUtil::Interval limit);
@@ -117,6 +120,7 @@ class VX_API Socket {
 /// A port on which connections are accepted.
 class VX_API Server {
  public:
+  /// Stands for a port that the system chooses.
   static constexpr int kAnyPort = -1;
 
   /// A server on `port`, at first on all networks of the machine; `kAnyPort` lets the system

@@ -62,6 +62,7 @@ class VX_API State {
 /// have found it. The manager deletes its commands, but never one whose function it is calling.
 class VX_API Command : public State {
  public:
+  /// The name is for the developer; menus show the name of the group.
   explicit Command(vxString::CString name);
   Command(const Command&) = delete;
   Command& operator=(const Command&) = delete;
@@ -81,6 +82,7 @@ class VX_API Command : public State {
   /// a command that has been undone.
   virtual void commit();
 
+  /// As given to the constructor.
   const vxString::CString& name() const { return name_; }
 
  private:
@@ -141,16 +143,19 @@ enum UndoErrorCode {
 /// not held go away. Whoever adds to a group again after other groups had work holds the group.
 class VX_API Group {
  public:
+  /// Groups come from `Manager::newGroup`.
   Group(detail::History& history, vxString::CString name, bool joinsPrevious, std::int64_t number);
   Group(const Group&) = delete;
   Group& operator=(const Group&) = delete;
   ~Group();
 
+  /// The name that menus show for the step which the group begins.
   const vxString::CString& name() const { return name_; }
   /// The flag that the group was made with.
   bool joinsPrevious() const { return joinsPrevious_; }
   /// Whether the group begins a step: see `Manager::newGroup` and `start`.
   bool beginsStep() const { return step_ == this; }
+  /// The commands in the group, also those that wait to go in, and the memory that they hold.
   bool isEmpty() const { return numCommands() == 0; }
   std::size_t numCommands() const { return commands_.size() + waiting_; }
   std::int64_t numBytesUsed() const { return bytes_; }
@@ -214,6 +219,7 @@ class VX_API Group {
 struct Limits {
   /// Groups without commands count only when a group with commands has joined them.
   int groups = std::numeric_limits<int>::max();
+  /// The sum of what the commands answer to `getNumBytesUsed`.
   std::int64_t bytes = std::numeric_limits<std::int64_t>::max();
 };
 
@@ -225,6 +231,7 @@ struct Limits {
 /// kept afterwards.
 class VX_API Manager {
  public:
+  /// A manager without groups, for a document that counts as saved.
   Manager();
   Manager(const Manager&) = delete;
   Manager& operator=(const Manager&) = delete;
@@ -259,6 +266,7 @@ class VX_API Manager {
   /// `changed` learns what can be done after the signal.
   bool canUndo() const;
   bool canRedo() const;
+  /// How many steps there are to undo, or to redo, also when that is not possible now.
   int numUndoSteps() const;
   int numRedoSteps() const;
   /// The name of the step that would be undone, or redone, next; empty when there is none.
@@ -268,6 +276,7 @@ class VX_API Manager {
   vx::vector<vxString::CString> undoNames() const;
   vx::vector<vxString::CString> redoNames() const;
 
+  /// All groups, done and undone, and the memory of their commands.
   std::size_t numGroups() const;
   std::int64_t numBytesUsed() const;
   /// By default there is no limit.
@@ -313,6 +322,7 @@ class VX_API Manager {
   std::unique_ptr<detail::History> history_;
 };
 
+/// Makes a manager inside libvx.
 VX_API std::unique_ptr<Manager> newManager();
 
 /// Makes this the manager of the application, or null none. The one before is deleted, which tells

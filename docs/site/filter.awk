@@ -3,10 +3,10 @@
 # - The comment at the top becomes the page of a topic, under the topic of the folder. A header that
 #   is named after its class has no topic: it adds to the one of its folder.
 # - A comment holds for all declarations that follow line by line, without a blank line or another
-#   comment between. Doxygen knows one declaration a comment, so the others get a copy of the first
-#   paragraph.
-# - Destructors and defaulted functions without a comment are left out.
-# Every line keeps its number.
+#   comment between; with a blank line behind, up to the next comment. Doxygen knows one declaration
+#   a comment, so the others get a copy of the first paragraph.
+# - What goes without saying is left out where it has no comment.
+# Lines behind the top keep their numbers.
 
 function baseName(path) {
   sub(/.*\//, "", path)
@@ -14,9 +14,9 @@ function baseName(path) {
   return path
 }
 
-# The name of the folder that a file is in.
+# The name of the folder that a file is in. What users see of details belongs to the folder above.
 function folderOf(path) {
-  sub(/\/[^\/]*$/, "", path)
+  sub(/(\/detail)?\/[^\/]*$/, "", path)
   sub(/.*\//, "", path)
   return path
 }
@@ -38,9 +38,14 @@ function commentText(line) {
   return line
 }
 
-# What every class has and what needs no word.
+# Whether a line begins what every class has (a destructor, copying, moving, a default), what overrides
+# a function whose comment holds, or is a macro that declares something.
 function goesWithoutSaying(line) {
-  return line ~ /= default;$/ || line ~ /^ *(constexpr )?(virtual )?~[A-Za-z]+\(.*[;}]$/
+  sub(/^ *(constexpr )?(virtual )?/, "", line)
+  if (line ~ /^~[A-Za-z]+\(/ || line ~ /= default;$| override[; ]|^[A-Z_]+\([a-z]+\);$/) return 1
+  if (line !~ /^([A-Za-z]+& operator=)?[A-Za-z=]*\((const )?[A-Za-z]+ ?&&? ?[a-z]*\)/) return 0
+  split(line, words, /[&( ]+/)
+  return line ~ "(\\(|const )" words[1] "&"
 }
 
 # The code of a line: without comments, with empty literals.
@@ -55,7 +60,7 @@ function codeOf(line) {
 
 # Whether what stands in front of a brace makes a scope of declarations, and not a body.
 function opensScope(head) {
-  sub(/^ *template *<[^{]*> */, "", head)
+  sub(/^ *template *<[^>]*> */, "", head)
   return head ~ /^ *(extern "|(typedef +)?(class|struct|union|namespace)( |$))/
 }
 
@@ -67,14 +72,13 @@ function follow(code,   i, c) {
     if (c == ")") --parentheses
     if (!parentheses && c == "{") {
       if (!bodies && opensScope(head)) {
-        head = paragraph = ""
+        head = paragraph = section = ""
         continue
       }
       ++bodies
     }
     if (!parentheses && c == "}") {
-      if (!bodies) head = "}"
-      else if (!--bodies && head ~ /\)/) {
+      if (!bodies || (!--bodies && head ~ /\)/)) {
         head = ""
         continue
       }
@@ -82,19 +86,19 @@ function follow(code,   i, c) {
     if (!parentheses && !bodies && c == ";") head = ""
     else if (!bodies && (c != " " || head != "")) head = head c
   }
-  if (head ~ /^(public|protected|private) *:$/) head = paragraph = ""
-  if (head ~ /^\}( *\/\/.*)?$/) head = ""
+  if (head ~ /^(public|protected|private) *:$/) head = paragraph = section = ""
 }
 
+# Whether a line begins a declaration that shares the comment above.
 function isDeclaration(line) {
   return line ~ /[A-Za-z~]/ &&
-         line !~ /^ *(#|\}|(public|protected|private) *:|friend class|namespace|extern "|using enum|(class|struct) [A-Za-z]*;)/
+         line !~ /^ *(\}|(public|protected|private) *:|friend class|namespace|extern "|using enum|(class|struct) [A-Za-z]*;)/
 }
 
 # Adds a line of a comment to the first paragraph of the comment.
 function addToParagraph(text) {
   if (!commented) {
-    paragraph = ""
+    paragraph = section = ""
     complete = 0
   }
   commented = 1
@@ -105,26 +109,39 @@ function addToParagraph(text) {
 FNR == 1 {
   name = baseName(FILENAME)
   topic = "folder_" folderOf(FILENAME)
-  own = !isNamedAfterClass(name)
+  surplus = 0
+  own = !isNamedAfterClass(name) && FILENAME !~ /\/detail\//
   atTop = 1
   starred = /^\/\*/
 }
 
-# The first line behind a comment of slashes is `#pragma once`, and gives way.
-atTop && (starred || /^(\/\/|#pragma once)/) {
+# The comment at the top. What it gets more lines is taken away from the include guard.
+atTop && (starred || /^\/\//) {
   text = commentText($0)
   if (own && FNR == 1) {
     title = text
-    sub(/[.:]( .*)?$/, "", title)
-    printf "/** @defgroup %s %s\n@ingroup %s\n@brief ", name, title, topic
+    sub(/[.:,]( .*)?$/, "", title)
+    if (text == title ".") text = ""
+    printf "/** @defgroup %s %s\n@brief `#include <%s>` @details ", name, title, FILENAME
+    ++surplus
+    parent = topic
     topic = name
   }
-  if (/^#/) text = ""
-  if (/\*\/|^#/) {
+  if (own && text !~ /`|^    /) gsub(/\\/, "\\\\\\\\", text)
+  if (starred && /\*\//) {
     atTop = 0
-    text = (own ? text " */ " : "") "/** @addtogroup " topic " */ /** @{ */"
+    text = text " @ingroup " parent " */ /** @addtogroup " topic " */ /** @{ */"
   }
-  print own || !atTop ? text : ""
+  print own ? text : ""
+  next
+}
+/^#pragma once$/ {
+  atTop = 0
+  print (own ? "@ingroup " parent " */ " : "") "/** @addtogroup " topic " */ /** @{ */"
+  next
+}
+surplus && (/^$/ || /^#define [A-Z_]+_H$/) {
+  --surplus
   next
 }
 
@@ -151,26 +168,39 @@ inComment || /^ *\/\*\*/ {
   next
 }
 
-/^ *(\/\/.*)?$/ {
-  if (head == "" && !bodies) paragraph = ""
+inRemark || /^ *(\/\/.*|\/\*.*)?$/ {
+  if (inRemark || /^ *\/\*/) inRemark = !/\*\//
+  if (head == "" && !bodies) {
+    if (/^$/ && commented) section = paragraph
+    paragraph = section
+  }
   commented = 0
   print
   next
 }
 
-head == "" && !bodies && !commented && goesWithoutSaying($0) {
+inDirective || /^ *#/ {
+  inDirective = /\\$/
+  if (/^#define/) commented = 0
+  print
+  next
+}
+
+skipping || (head == "" && !bodies && !commented && goesWithoutSaying($0)) {
+  follow(codeOf($0))
+  skipping = head != "" || bodies
   print ""
   next
 }
 
 {
-  if (/\/\/\/<|\/\*\*</) paragraph = ""
+  if (/\/\/\/<|\/\*\*</) paragraph = section = ""
   if (head == "" && !bodies && !commented && paragraph != "" && isDeclaration($0)) {
     if (verbose) printf "%s:%d:%s\n   %s\n", FILENAME, FNR, $0, paragraph >"/dev/stderr"
     printf "/** %s */ ", paragraph
   }
   commented = 0
-  if (!/^ *#/) follow(codeOf($0))
+  follow(codeOf($0))
   print
 }
 

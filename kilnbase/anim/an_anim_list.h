@@ -24,6 +24,7 @@ extern "C" {
 
 /** A typed pointer, by itself, in a chain or in a generic structure. */
 typedef struct AN_Item {
+  /** The type is a number of the caller. The data is borrowed. */
   int32_t type;
   void* data;
   struct AN_Item* next; /**< Null when the item is made; for chains of the caller. */
@@ -60,19 +61,25 @@ KILNBASE_API int AN_item_list_free(AN_Item** first, StatusCode* status);
 /** Prints the item through the debug channel. Returns 1, or 0 for a null item. */
 KILNBASE_API int AN_print_item(const AN_Item* item, StatusCode* status);
 
+/** The value of a node, of which the bits are compared. */
 typedef union An_Value {
+  /** In the nodes that `An_add_to_item_list` makes. */
   int64_t integer;
   double number; /**< In the nodes that `An_addUnique_to_item_list` makes. */
 } An_Value;
 
 /** The content of a node of a link list. */
 typedef struct An_Record {
+  /** Type and value are numbers of the caller. The object is borrowed. */
   int32_t type;
   void* object;
   An_Value value;
 } An_Record;
 
+/** A node of a link list, from `malloc`. The link comes first, as the functions of mr_linklist.h
+ * want. */
 typedef struct An_ItemNode {
+  /** The link, for the functions of the list, and the content. */
   MR_LinkNode link;
   An_Record record;
 } An_ItemNode;

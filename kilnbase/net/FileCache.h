@@ -15,6 +15,7 @@ namespace vxKilnBase {
 class KILNBASE_API FileCacheItem : public vx::ReferenceCount {
  public:
   ~FileCacheItem() override;
+  /// The key that the item was found or added under.
   virtual const vxString::CString& getKey() const = 0;
   /// The full path of the cached file.
   virtual const vxString::CString& getPath() const = 0;

@@ -46,8 +46,9 @@ class KILNBASE_API FileCacheProtocol {
   /// The connection. Throws `vxUtil::Error` before `setSocket`.
   vxTCP::Socket& socket() const;
 
-  // Each function sends or receives one value, and throws `vxUtil::Error` when the connection
-  // fails.
+  /// Each function sends or receives one value, and throws `vxUtil::Error` when the connection
+  /// fails.
+
   void sendInt(int value);
   int recvInt();
   void sendInt64(std::int64_t value);
@@ -80,6 +81,7 @@ class KILNBASE_API FileCacheProtocolClient : public FileCacheProtocol {
   /// A failure of the connection is not told.
   void setAccessed(const vxString::CString& key) override;
 
+  /// The limit of an operation at the start.
   static constexpr double kLimitSeconds = 10.0;
   /// How long an operation may take from now on.
   void setLimit(vxUtil::Interval limit) { limit_ = limit; }

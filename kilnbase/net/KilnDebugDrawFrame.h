@@ -37,6 +37,7 @@ class KILNBASE_API KilnDebugDrawFrame {
 
   /// A text at a point.
   struct Label {
+    /// The text, in UTF-8, and where it stands.
     vxLinear::Point at;
     vxString::CString text;
 
@@ -71,7 +72,9 @@ class KILNBASE_API KilnDebugDrawFrame {
   /// first; none may be in the lists twice. Kept as it is: `marks` and `name` stay.
   void clear(bool deleteObjects);
 
+  /// What the viewer shows as the title of the frame.
   vxString::CString name;
+  /// Geometry without objects: its elements are values.
   vx::list<vxLinear::Point> points;
   vx::list<vxLinear::ParamLine> lines;
   vx::list<Label> labels;
@@ -79,8 +82,10 @@ class KILNBASE_API KilnDebugDrawFrame {
   vx::list<vxgk::Object*> surfaces;         ///< Objects of the kind `vxgk::kSurface`.
   vx::list<vxgk::Object*> trimmedSurfaces;  ///< Objects of the kind `vxgk::kTrimmedSurface`.
   vx::list<vxgk::Object*> shells;           ///< Objects of the kind `vxgk::kShell`.
+  /// Meshes, not owned.
   vx::list<vxGeom::CompactMesh*> compactMeshes;
   vx::list<vxGeom::TopoMesh*> topoMeshes;
+  /// Places of interest in the lists, in any order.
   vx::list<Mark> marks;
 };
 

@@ -40,6 +40,7 @@ KILNBASE_API void FontProperties_setFontSize(FontProperties* font, int size);
 class KILNBASE_API FontProperties {
  public:
   static constexpr int k_defaultFontSize = 10;  ///< In points.
+  /** The range of sizes in points, and the defaults. */
   static constexpr int k_minFontSize = 1;
   static constexpr int k_maxFontSize = 720;
   static constexpr int k_defaultFontStyle = 0;
@@ -56,13 +57,16 @@ class KILNBASE_API FontProperties {
 
   /// Helvetica in the default size, style, weight and pitch.
   FontProperties();
+  /** Helvetica in this size. */
   explicit FontProperties(int size);
+  /** Each value as by its setter. */
   FontProperties(const vxString::CString& family, int size, int weight, int style, int pitch);
 
   FontProperties(const FontProperties&) = default;
   FontProperties& operator=(const FontProperties& other);
   ~FontProperties() = default;
 
+  /** What the setters have stored. */
   const vxString::CString& getFontFamily() const { return family_; }
   int getFontSize() const { return size_; }
   int getFontStyle() const { return style_; }
@@ -82,6 +86,7 @@ class KILNBASE_API FontProperties {
   /// A pitch other than 0 and 1 becomes 0.
   void setFontPitch(int pitch);
 
+  /** Whether the setter would take the value as it is. */
   static bool isValidFontFamily(const vxString::CString& family);
   static bool isValidFontSize(int size);
   static bool isValidFontStyle(int style);

@@ -20,6 +20,7 @@
 extern "C" {
 #endif
 
+/** The answer of the installed object to the function of the same name. */
 KILNBASE_API bool MorlaBehaviour_autoKilnWindows(void);
 KILNBASE_API bool MorlaBehaviour_documentSettingsOverrideSessionSettings(void);
 KILNBASE_API bool MorlaBehaviour_enableNukeAllOnRetrieve(void);

@@ -76,6 +76,7 @@ class KILNBASE_API StatefulUndoCmd {
   vxRTB::SignalBase<> stateChanged;
 
  protected:
+  /// The name of the commands.
   vxString::CString name;
   bool initialized = false;  ///< Since `initialize`.
   bool changing = false;     ///< Between `startChange` and `endChange`.

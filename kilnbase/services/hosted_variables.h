@@ -9,11 +9,13 @@
 extern "C" {
 #endif
 
+/** The meaning of each variable is the application's. */
 KILNBASE_API extern int angular_mode;
 KILNBASE_API extern int gridmesh;
 KILNBASE_API extern int top_win_layer;
 KILNBASE_API extern int initial_pov;
 
+/** The meaning of each variable is the application's. */
 KILNBASE_API extern double xmindim;
 KILNBASE_API extern double ymindim;
 KILNBASE_API extern double xmaxdim;

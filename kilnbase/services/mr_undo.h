@@ -22,11 +22,12 @@
 #ifdef __cplusplus
 #include <vx/Undo.h>
 
+/** A group of the undo manager. */
 typedef vxUndo::Group MR_UndoGroup;
 
 extern "C" {
 #else
-/** A group of the undo manager, `vxUndo::Group` in C++. */
+/** A group of the undo manager. */
 typedef struct MR_UndoGroup MR_UndoGroup;
 #endif
 
@@ -35,7 +36,9 @@ typedef struct MR_UndoGroup MR_UndoGroup;
  * `MR_undo_is_active` are true while commands are undone as well as while they are redone. */
 KILNBASE_API bool MR_undo_in_undo(void);
 KILNBASE_API bool MR_undo_in_redo(void); /**< Always false. */
+/** The same as `MR_undo_in_undo`. */
 KILNBASE_API bool MR_undo_is_active(void);
+/** Set the flag of `MR_undo_in_undo`. The installed manager calls them. */
 KILNBASE_API void MR_undo_set_in_undo(bool on);
 KILNBASE_API void MR_undo_set_in_redo(bool on);
 

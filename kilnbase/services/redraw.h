@@ -39,6 +39,7 @@ KILNBASE_API void redraw_add_window_planes(void);   /**< 0xFFF */
 
 /** Asks for a redraw of everything, a flag beside the planes and layers. */
 KILNBASE_API void redraw_add_all(void);
+/** Takes the request for everything back; planes and layers stay. */
 KILNBASE_API void redraw_remove_redraw_all(void);
 
 /** Takes the request for these planes back; with the last plane the request for layers, too. */
@@ -49,6 +50,7 @@ KILNBASE_API void redraw_reset_pending(void);
 /** The requests. */
 KILNBASE_API uint32_t redraw_get_pending_planes(void);
 KILNBASE_API int redraw_get_pending_layers(void); /**< The lowest layer, or 0. */
+/** Whether everything is to be redrawn. */
 KILNBASE_API bool redraw_get_pending_redraw_all(void);
 
 /** Switch the notifications of `redraw_any_pending` off and on again. Calls nest and must pair: a

@@ -35,11 +35,11 @@ extern "C" {
 /** Four arguments and a result whose meaning is the application's. */
 typedef intptr_t (*RtbHook)(intptr_t a, intptr_t b, intptr_t c, intptr_t d);
 
-/* The application's redraw. */
-
+/** Installs what `redraw_any_pending` calls. */
 KILNBASE_API void rtbInit_redrawSetRedrawPending(void (*function)(void));
 
-/* The renderer's materials, the hangers of the scene graph and the light lister. */
+/** The renderer's materials, the hangers of the scene graph and the light lister: each hook, and
+ * the function that installs it. */
 
 KILNBASE_API intptr_t create_itermats(intptr_t a, intptr_t b, intptr_t c, intptr_t d);
 KILNBASE_API void rtbInit_createItermats(RtbHook function);
@@ -86,8 +86,7 @@ KILNBASE_API void rtbInit_showLightInShaderList(RtbHook function);
 KILNBASE_API intptr_t RI_light_lister_delentry(intptr_t a, intptr_t b, intptr_t c, intptr_t d);
 KILNBASE_API void rtbInit_light_lister_delentry(RtbHook function);
 
-/* The editor of polygon sets. */
-
+/** A type of the application, known by its name here. */
 typedef struct Dag_node Dag_node;
 typedef struct MO_tess_data MO_tess_data;
 typedef struct PS_Polygon PS_Polygon;
@@ -100,6 +99,8 @@ typedef PS_Vertex& PS_VertexReference;
 #else
 typedef PS_Vertex* PS_VertexReference;
 #endif
+
+/** The editor of polygon sets: each hook, and the function that installs it. */
 
 KILNBASE_API void PS_polygon_delete_notify(PS_Polygon* polygon);
 KILNBASE_API void rtbInit_PolysetDeletePolygon(void (*function)(PS_Polygon* polygon));
@@ -132,8 +133,7 @@ KILNBASE_API void rtbInit_GetNewPolysetDefaultNormalsDisplay(bool (*function)(vo
 KILNBASE_API bool get_NewPolyset_defaultVertDisplay(void);
 KILNBASE_API void rtbInit_GetNewPolysetDefaultVertDisplay(bool (*function)(void));
 
-/* Tessellation. */
-
+/** Tessellation: the hook, and the function that installs it. */
 KILNBASE_API void MO_tess_free_data(MO_tess_data* data);
 KILNBASE_API void rtbInit_MOTessFreeData(void (*function)(MO_tess_data* data));
 

@@ -24,6 +24,7 @@
 extern "C" {
 #endif
 
+/** The fields are read by the caller, and changed by the functions alone. */
 typedef struct MR_Array {
   int32_t count;       /**< Elements allocated. */
   int32_t elementSize; /**< Bytes. */

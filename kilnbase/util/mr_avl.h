@@ -44,7 +44,10 @@
 extern "C" {
 #endif
 
+/** The first field of a record in a tree. The functions set its fields, and read those of the
+ * tree's nodes alone. */
 typedef struct MR_AvlNode {
+  /** The children; null for none. */
   struct MR_AvlNode* left;
   struct MR_AvlNode* right;
   int16_t balance;   /**< Height of the right subtree minus that of the left: -1, 0 or 1. */

@@ -18,6 +18,7 @@
 extern "C" {
 #endif
 
+/** Change bit `n`. */
 KILNBASE_API void MR_bitfield_set(uint8_t* bytes, int n);
 KILNBASE_API void MR_bitfield_unset(uint8_t* bytes, int n);
 KILNBASE_API void MR_bitfield_toggle(uint8_t* bytes, int n);
@@ -25,6 +26,7 @@ KILNBASE_API void MR_bitfield_toggle(uint8_t* bytes, int n);
 /** The mask of bit `n` in its byte (1, 2, 4, ... 128) when it is set, else 0. */
 KILNBASE_API int MR_bitfield_is_set(const uint8_t* bytes, int n);
 
+/** Change the bits of the list. */
 KILNBASE_API void MR_bitfield_set_multiple(uint8_t* bytes, const int32_t* list);
 KILNBASE_API void MR_bitfield_unset_multiple(uint8_t* bytes, const int32_t* list);
 KILNBASE_API void MR_bitfield_toggle_multiple(uint8_t* bytes, const int32_t* list);

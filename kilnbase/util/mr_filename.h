@@ -61,12 +61,13 @@ class KILNBASE_API MR_Filename {
   char* name = nullptr;       ///< The full name, owned; null for a frame of a sequence.
   char* basename = nullptr;   ///< The part in front of the frame, owned; null without a frame.
   std::int32_t sequence = 0;  ///< 1 for a frame of a sequence, else 0.
-  std::int32_t frame = -1;
-  std::int32_t type;       ///< The type of data.
-  std::int32_t width = 3;  ///< The least number of digits of a frame; grows with leading zeros.
+  std::int32_t frame = -1;    ///< The number of the frame; -1 without one.
+  std::int32_t type;          ///< The type of data.
+  std::int32_t width = 3;     ///< The least number of digits of a frame; grows with leading zeros.
 
   /// An empty name of `PIX_DATA`.
   MR_Filename();
+  /** As after `setFilename`. */
   MR_Filename(const char* name, int type);
   ~MR_Filename();
   MR_Filename(const MR_Filename&) = delete;

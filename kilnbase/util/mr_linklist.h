@@ -50,12 +50,14 @@ extern "C" {
 
 /** The first field of a record in a list. The links are null at the ends. */
 typedef struct MR_LINK_ALIAS MR_LinkNode {
+  /** The neighbours. */
   struct MR_LinkNode* prev;
   struct MR_LinkNode* next;
 } MR_LinkNode;
 
 /** An empty list has a null head. */
 typedef struct MR_LINK_ALIAS MR_LinkList {
+  /** The first node. */
   MR_LinkNode* head;
 } MR_LinkList;
 
@@ -140,6 +142,7 @@ KILNBASE_API MR_LinkNode* MR_ll_nth(MR_LinkNode* node, int n);
 KILNBASE_API MR_LinkNode* MR_ll_first(MR_LinkNode* node);
 KILNBASE_API MR_LinkNode* MR_ll_last(MR_LinkNode* node);
 
+/** The neighbour; null at the end, and for null. */
 KILNBASE_API MR_LinkNode* MR_ll_next(const MR_LinkNode* node);
 KILNBASE_API MR_LinkNode* MR_ll_prev(const MR_LinkNode* node);
 

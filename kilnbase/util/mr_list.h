@@ -23,20 +23,25 @@
 extern "C" {
 #endif
 
+/** A node from `malloc`. The links are null at the ends; the data is borrowed. */
 typedef struct MR_ListNode {
+  /** The neighbours. */
   struct MR_ListNode* prev;
   struct MR_ListNode* next;
+  /** What the caller has put into the list. */
   void* data;
 } MR_ListNode;
 
 /** An empty list has a null head. */
 typedef struct MR_List {
+  /** The first node. */
   MR_ListNode* head;
 } MR_List;
 
 /** Not 0 when the data is what the caller looks for. A comparator, in contrast, returns 0 then. */
 typedef int32_t (*MR_ListMatch)(const void* data, const void* key);
 
+/** At the end, or at the head. */
 KILNBASE_API MR_ListNode* MR_list_append(MR_List* list, void* data);
 KILNBASE_API MR_ListNode* MR_list_prepend(MR_List* list, void* data);
 /** In front of the node `before`; at the end when `before` is null or the list is empty. */

@@ -17,10 +17,11 @@
 extern "C" {
 #endif
 
+/** Made by `MR_pool_new`. */
 typedef struct MR_Pool {
-  MR_List blocks; /**< Pieces come from the head. */
-  uint32_t used;  /**< Bytes of the head that are handed out. */
-  uint32_t blockSize;
+  MR_List blocks;     /**< Pieces come from the head. */
+  uint32_t used;      /**< Bytes of the head that are handed out. */
+  uint32_t blockSize; /**<Bytes of each block. */
 } MR_Pool;
 
 /** A pool without blocks, or null when the memory runs out. `block_size` must not be negative.

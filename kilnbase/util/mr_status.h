@@ -20,6 +20,7 @@
 extern "C" {
 #endif
 
+/** The code of a failure; 0 is success. */
 typedef int32_t StatusCode;
 
 /** The values of a `StatusCode`. */

@@ -96,12 +96,14 @@ KILNBASE_API void set_tol_topological_G2(double tolerance);
 KILNBASE_API double get_arc_stepsize_tolerance(void);
 KILNBASE_API void set_arc_stepsize_tolerance(double tolerance);
 
+/** The product with a constant, correct to rounding. */
 KILNBASE_API double degrees_to_radians(double degrees);
 KILNBASE_API double radians_to_degrees(double radians);
 
 /** The up axis, written by the application: 0 when Z is up, anything else when Y is. */
 KILNBASE_API extern int32_t va_coordinate_system;
 
+/** What `va_coordinate_system` says. */
 KILNBASE_API bool MR_yIsUp(void);
 KILNBASE_API bool MR_zIsUp(void);
 /** The unit vector of the up axis: three doubles that stay as they are when the axis changes. */

@@ -50,14 +50,15 @@ namespace vxKilnBase {
 
 /// One warning.
 struct MorlaWarningParams {
-  vxString::CString title;
+  vxString::CString title;                 /**<The title of the window. */
   vx::vector<vxString::CString> messages;  ///< A line each.
-  vx::vector<vxString::CString> buttons;
-  vxString::CString extra;
+  vx::vector<vxString::CString> buttons;   /**<The labels, from left to right. */
+  vxString::CString extra;                 /**<The extra text. */
 };
 
 }  // namespace vxKilnBase
 
+/** Shows the warning. */
 KILNBASE_API int MR_warning(const vxKilnBase::MorlaWarningParams& warning);
 
 /// Shows the warning that the list starting with `tag` describes.

@@ -9,6 +9,7 @@
 /// vxKilnBase::detail::TypedArray for the calls.
 class KILNBASE_API T3dDblPointArray : public vxKilnBase::detail::TypedObjArray<T3dDblPoint> {
  public:
+  /// An empty array that grows by so many points.
   explicit constexpr T3dDblPointArray(std::size_t sizeIncrement) noexcept
       : TypedObjArray(sizeIncrement) {}
   ~T3dDblPointArray() override;

@@ -21,6 +21,7 @@
 ///     heights.removeAt(0, 1);
 class KILNBASE_API Tarray : public vxKilnBase::detail::GrowableArray<Tarray, long> {
  public:
+  /// What the operations of the base return.
   using Result = long;
 
   /// No elements and no block yet. With an `elementSize` of 0 the array never gets one.

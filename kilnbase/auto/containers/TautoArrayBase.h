@@ -49,6 +49,7 @@ class KILNBASE_API TautoArrayBase {
 
   /// The first element. The elements stay in place while other scratch arrays make the buffer grow.
   void* base() const { return base_; }
+  /// The number of elements that there is storage for.
   std::size_t count() const { return count_; }
 
  private:

@@ -43,6 +43,7 @@ class KILNBASE_API TbaseReporter {
   void iterationsReport(int i) const;
   /// Reports that a constraint solver has done the fraction `f` of its work, 0 to 1.
   void percentageReport(double f) const;
+  /// Reports on the status line that there is not enough memory to complete the operation.
   void noMemoryReport() const;
   /// Reports fitting iteration `i` of at most `max`: the deviation divided by the tolerance, and
   /// the place (u, v) of the deviation. The place is left out when |dev| < 1e-9. The message offers

@@ -8,6 +8,7 @@
 /// a search compares addresses. See Tarray, and vxKilnBase::detail::TypedArray for the calls.
 class KILNBASE_API TcharPtrArray : public vxKilnBase::detail::TypedArray<Tarray, char*> {
  public:
+  /// An empty array that grows by so many pointers.
   explicit constexpr TcharPtrArray(std::size_t sizeIncrement) noexcept
       : TypedArray(sizeIncrement) {}
   ~TcharPtrArray() override;

@@ -59,8 +59,10 @@ class KILNBASE_API TdblLinkedListElement {
 ///   elements must be removed through the copy.
 class KILNBASE_API TrestrictedLinkedList {
  public:
+  /// The base of the elements.
   using Element = TdblLinkedListElement;
 
+  /// An empty list.
   TrestrictedLinkedList();
   TrestrictedLinkedList(const TrestrictedLinkedList& other);
   /// Makes this list a second view of the other chain. The elements of this list are not deleted.
@@ -97,6 +99,7 @@ class KILNBASE_API TrestrictedLinkedList {
   int elementIndex(const Element* e = nullptr) const;
   /// 1 when `e` is a sentinel or linked between the sentinels. Takes linear time. The cursor stays.
   int inList(const Element* e) const;
+  /// The number of elements, counted as they come and go.
   int length() const { return length_; }
   /// 1 when `b` is not null. Kept as it is: nothing else is checked.
   int validate(const Element* a, const Element* b) const;

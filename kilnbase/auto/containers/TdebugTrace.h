@@ -3,11 +3,13 @@
 
 #include <kilnbase/export.h>
 
+/// A function for the traces of a key.
 using TdebugCallback = void (*)(char*);
 
 /// A trace of one scope. Tracing is never on: callers ask `on()` and skip their output.
 class KILNBASE_API TdebugTrace {
  public:
+  /// Stored for the caller. Nothing here reads them.
   static unsigned short fsTraceLevel;
   static int fsExactTraceLevel;
   static char* fsTraceKey;
@@ -16,6 +18,7 @@ class KILNBASE_API TdebugTrace {
   static char* fsCallbackKey;
   static TdebugCallback fsCallback;
 
+  /// The arguments are not looked at.
   TdebugTrace(short level, char* key, char* file);
   ~TdebugTrace();
   TdebugTrace(const TdebugTrace&) = default;
@@ -30,9 +33,11 @@ class KILNBASE_API TdebugTrace {
 /// The registration of a function for the traces of a key. The function is never called.
 class KILNBASE_API TdbgCbRegister {
  public:
+  /// Stored for the caller. Nothing here reads them.
   static char* fsCbKeyInEnv;
   static int fsEnvVisited;
 
+  /// The arguments are not looked at.
   TdbgCbRegister(char* key, TdebugCallback callback);
   TdbgCbRegister(const TdbgCbRegister&) = default;
   TdbgCbRegister& operator=(const TdbgCbRegister&);

@@ -14,6 +14,7 @@
 /// the alignment of the heap, 16 bytes.
 class KILNBASE_API TobjArray : public vxKilnBase::detail::GrowableArray<TobjArray, void> {
  public:
+  /// What the operations of the base return.
   using Result = void;
 
   /// No elements and no block yet. With an `elementSize` of 0 the array never gets one.

@@ -60,13 +60,16 @@ class KILNBASE_API TsparseMatrix {
   /// Gives this matrix storage of its own, unless nobody shares it.
   void deepenShallowCopy();
 
+  /// The number of rows in use.
   int rows() const { return rows_; }
   /// The number of rows in use: what is stored below them reads as 0.
   int& rows() { return rows_; }
+  /// The number of columns.
   int cols() const { return cols_; }
   /// The number of columns, the place of the next one appended. Smaller values hide the last
   /// columns, but not their elements, which still take room.
   int& cols() { return cols_; }
+  /// The number of elements stored, and how many rows, columns and elements there is room for.
   int numberOfElements() const { return numberOfElements_; }
   int maxNumberOfRows() const { return maxNumberOfRows_; }
   int maxNumberOfCols() const { return maxNumberOfCols_; }

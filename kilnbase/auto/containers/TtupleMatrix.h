@@ -61,6 +61,7 @@ class KILNBASE_API TtupleMatrix {
 
   /// Doubles in a point.
   int size() const { return size_; }
+  /// The number of rows and columns of points.
   int rows() const { return rows_; }
   int cols() const { return cols_; }
   /// The elements of all points. A vector that is copied from this one shares them.
@@ -112,6 +113,7 @@ class KILNBASE_API TtupleMatrix {
   }
 
  protected:
+  /// Whether there is such a component, row or column.
   bool correctTuple(int k) const { return k >= 0 && k < size_; }
   bool correctRow(int r) const { return r >= 0 && r < rows_; }
   bool correctCol(int c) const { return c >= 0 && c < cols_; }

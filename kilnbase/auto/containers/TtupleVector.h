@@ -73,6 +73,7 @@ class KILNBASE_API TtupleVector {
 
   /// Doubles in a point.
   int size() const { return size_; }
+  /// The number of points.
   int points() const {
     return size_ < 1 ? 0 : static_cast<int>(data_.length() / static_cast<unsigned>(size_));
   }
@@ -123,6 +124,7 @@ class KILNBASE_API TtupleVector {
   }
 
  protected:
+  /// Whether there is such a point or component.
   bool correctIndex(int i) const { return i >= 0 && i < points(); }
   bool correctTuple(int k) const { return k >= 0 && k < size_; }
 

@@ -42,6 +42,7 @@
 extern "C" {
 #endif
 
+/** A container of item pointers, which are borrowed. */
 typedef struct DS_Structure DS_Structure;
 
 /** An item's place in a structure; null for none. */
@@ -111,15 +112,18 @@ typedef struct DS_Methods {
   void* (*intersect)(const DS_Structure* a, const DS_Structure* b, StatusCode* status);
   /** Whether this very pointer is among the visible items. */
   int (*contains_item)(const DS_Structure* structure, const void* item, StatusCode* status);
+  /** The item at a position. */
   void* (*get_data)(DS_Position position, StatusCode* status);
   void (*set_data)(DS_Position position, void* item, StatusCode* status);
   /** New storage with what `copy_fn` returns for each visible item, or with the items themselves
    * when `copy_fn` is null, added by the comparator. The filter is not asked about copies. */
   void* (*duplicate)(const DS_Structure* structure, DS_CopyFn copy_fn, void* user,
                      StatusCode* status);
+  /** The first visible position; null for a structure without items. */
   DS_Position (*head)(const DS_Structure* structure, StatusCode* status);
   /** A structure without items is `MR_UNEXPECTED_NULL_STRUCTURE`. */
   DS_Position (*tail)(const DS_Structure* structure, StatusCode* status);
+  /** The next visible position, or null behind the last one. */
   DS_Position (*next)(const DS_Structure* structure, DS_Position position, StatusCode* status);
   /** Counts from the head in a singly linked list. */
   DS_Position (*prev)(const DS_Structure* structure, DS_Position position, StatusCode* status);
@@ -135,11 +139,11 @@ typedef struct DS_Methods {
 
 /** The header of a structure. Its fields may be set directly. */
 struct DS_Structure {
-  int32_t ordered; /**< 1 when the items are known to be in the comparator's order. */
-  void* data;      /**< The kind's storage, owned. */
-  DS_Comparator comparator;
-  DS_Filter filter; /**< Null lets every item through. */
-  const DS_Methods* methods;
+  int32_t ordered;           /**< 1 when the items are known to be in the comparator's order. */
+  void* data;                /**< The kind's storage, owned. */
+  DS_Comparator comparator;  /**<The order for adding and sorting. */
+  DS_Filter filter;          /**< Null lets every item through. */
+  const DS_Methods* methods; /**<What the kind can do. Not owned. */
 };
 
 /** The built-in kinds, which need no registration.
@@ -157,8 +161,8 @@ enum {
   DS_ARRAY = 4    /**< Array, which grows in proportion to its size. */
 };
 
-/* The methods of the kinds, `Ds_slist_walk` for example, as told in `DS_Methods`, and the tables
- * that hold them. */
+/** Declares the methods of a kind, `Ds_slist_walk` for example, as told in `DS_Methods`, and what
+ * returns the table that holds them. The kinds are dlist, slist, bintree and array. */
 #define DS_DECLARE_KIND(kind)                                                                     \
   KILNBASE_API const DS_Methods* Ds_##kind##_get_methods(void);                                   \
   KILNBASE_API int Ds_##kind##_walk(const DS_Structure* structure, DS_WalkFn fn, void* user,      \
@@ -196,6 +200,7 @@ DS_DECLARE_KIND(slist);
 DS_DECLARE_KIND(bintree);
 DS_DECLARE_KIND(array);
 #undef DS_DECLARE_KIND
+/** The method of the arrays that the other kinds have no need of: see `DS_Methods`. */
 KILNBASE_API void* Ds_array_allocate(DS_Structure* structure, StatusCode* status);
 
 /** Registers a kind of structure under an id of at least 0. The table is kept, not copied. A null

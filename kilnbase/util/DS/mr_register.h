@@ -32,8 +32,8 @@ extern "C" {
 
 /** An item of a registry, from `malloc`. */
 typedef struct MR_Registration {
-  int32_t id;
-  void* value;
+  int32_t id;  /**< At least 0, and different from all others of the registry. */
+  void* value; /**< Borrowed. */
 } MR_Registration;
 
 /** Registers `value` under `id`. The registry is made when the variable holds null. A negative id

@@ -19,12 +19,16 @@ class TypedArray : public Base {
   static_assert(std::is_base_of_v<TobjArray, Base> || std::is_trivially_copyable_v<T>);
 
  public:
+  /// The type of the elements.
   using Element = T;
+  /// What the operations return.
   using Result = typename Base::Result;
 
+  /// An empty array, which grows by so many elements.
   explicit constexpr TypedArray(std::size_t sizeIncrement) noexcept
       : Base(sizeof(T), sizeIncrement) {}
 
+  /// Adds an element, which may be one of this array.
   // NOLINTNEXTLINE(performance-unnecessary-value-param): may be ours
   Result addLast(T element) { return insert(std::move(element), this->length()); }
   /// Adds `count` elements, which may be elements of this array.
