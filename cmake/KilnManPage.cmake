@@ -15,5 +15,10 @@ function(kiln_man_page target summary)
   add_custom_command(TARGET ${target} POST_BUILD
     COMMAND ${KILN_HELP2MAN} --no-info --name ${summary} --output ${page} $<TARGET_FILE:${target}>
     VERBATIM)
-  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  if(KILN_DEBIAN_LAYOUT)  # whose manual pages are packed
+    install(CODE "execute_process(COMMAND gzip -9nkf ${page} COMMAND_ERROR_IS_FATAL ANY)"
+      COMPONENT programs)
+    string(APPEND page .gz)
+  endif()
+  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT programs)
 endfunction()

@@ -1,4 +1,5 @@
 #include <new>
+#include <vector>
 
 #include <vx/File.h>
 #include <vx/SysInfo.h>
@@ -23,11 +24,18 @@ const CString& ownFolder() {
 
 vxOS::MemoryFigures (*memorySource)() = nullptr;
 
-// An installation and a build tree place programs and libraries alike.
-const CString& installationFolder() {
-  static const CString library = folderOf(process::ownLibrary());
-  static const CString folder = library.isEmpty() ? CString() : library + KILN_LIBRARY_TO_PROGRAMS;
-  return folder;
+// Where programs of this program and of its installation may stand, in the order of the search. An
+// installation and a build tree place programs and libraries alike.
+const std::vector<CString>& programFolders() {
+  static const std::vector<CString> folders = [] {
+    std::vector<CString> found;
+    if (!ownFolder().isEmpty()) found.push_back(ownFolder());
+    const CString library = folderOf(process::ownLibrary());
+    for (const char* way : {KILN_LIBRARY_TO_PROGRAMS})
+      if (!library.isEmpty()) found.push_back(library + way);
+    return found;
+  }();
+  return folders;
 }
 
 // The folder that the host has set.
@@ -69,8 +77,8 @@ CString APP_getBinaryPath(const CString& name) {
   const bool isComplete = name.toLower().endsWith(process::kProgramEnding);
   const CString file = isComplete ? name : name + process::kProgramEnding;
   if (!hostFolder().isEmpty()) return hostFolder() + file;
-  for (const CString& folder : {ownFolder(), installationFolder()})
-    if (!folder.isEmpty() && isFile(folder + file)) return folder + file;
+  for (const CString& folder : programFolders())
+    if (isFile(folder + file)) return folder + file;
   return ownFolder().isEmpty() ? CString() : ownFolder() + file;
 }
 

@@ -36,9 +36,10 @@ class VX_API SysInfo {
 }  // namespace vxOS
 
 /// The path of a program of the application. The program is looked for beside the one that this
-/// process runs, and then in the folder of programs of the installation that libvx belongs to. When
-/// neither has the program, the path is the one beside the running program; empty when that is not
-/// known. On Windows ".exe" is added when `name` does not end so.
+/// process runs, and then in the folder of programs of the installation that libvx belongs to (for
+/// libraries in `lib/` and in `lib/x86_64-linux-gnu/` alike). When neither has the program, the
+/// path is the one beside the running program; empty when that is not known. On Windows ".exe" is
+/// added when `name` does not end so.
 VX_API vxString::CString APP_getBinaryPath(const vxString::CString& name);
 
 /// Sets the one folder that holds the application's programs. `APP_getBinaryPath` then gives paths
