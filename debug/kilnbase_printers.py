@@ -510,6 +510,19 @@ class SVDecomp(Printer):
         yield "rightVecs", self.value["v_"]
 
 
+class SymEig(Printer):
+    def title(self):
+        count = int(self.value["values_"]["npts_"])
+        if not count:
+            return "DoubleSymEig, nothing factored"
+        state = "failed" if int(self.value["failed_"]) else "found"
+        return f"DoubleSymEig, {plural(count, 'eigenvalue')} {state}"
+
+    def parts(self):
+        yield "eigenValues", self.value["values_"]
+        yield "eigenVecs", self.value["v_"]
+
+
 # Geometry
 
 
@@ -886,6 +899,7 @@ KILNBASE = {
     "DoubleQRDecomp": QRDecomp,
     "DoubleLeastSqQR": QRDecomp,
     "DoubleSVDecomp": SVDecomp,
+    "DoubleSymEig": SymEig,
     "T3dDblPoint": Components,
     "T4dDblPoint": HomogeneousPoint,
     "T4dDblVector": Components,

@@ -95,6 +95,7 @@ void decompositions() {
   fit.setTolerance(1e-9);
   const DoubleSVDecomp svd(a);
   const DoubleSVDecomp noValues;
+  const DoubleSymEig eigen(DoubleSymMat(DoubleVec(3, 1.0), 2, 2));
   stop(&fit);
 }
 
