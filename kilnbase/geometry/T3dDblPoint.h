@@ -29,7 +29,7 @@ class T3dDblPoint {
   int operator!=(const T4dDblPoint& p) const = delete;
   /// Whether the points are at most `tol` apart: tol*tol >= the squared distance. Kept as it is:
   /// the sign of `tol` does not matter.
-  constexpr int equivalent(const T3dDblPoint& p, double tol) const {
+  [[nodiscard]] constexpr int equivalent(const T3dDblPoint& p, double tol) const {
     return tol * tol >= distance2To(p);
   }
 
@@ -43,7 +43,9 @@ class T3dDblPoint {
   /// Deleted: the weight would be lost.
   T3dDblPoint operator+(const T4dDblPoint& p) const = delete;
   T4dDblVector operator-(const T4dDblPoint& p) const = delete;
-  constexpr double distance2To(const T3dDblPoint& p) const { return (*this - p).norm(); }
+  [[nodiscard]] constexpr double distance2To(const T3dDblPoint& p) const {
+    return (*this - p).norm();
+  }
 
   /// this := p * M.
   constexpr T3dDblPoint& setToProduct(const T3dDblPoint& p, const T4dDblMatrix& m);

@@ -40,7 +40,7 @@ class T4dDblMatrix {
   constexpr int operator==(const T4dDblMatrix& m) const;
   constexpr int operator!=(const T4dDblMatrix& m) const { return !(*this == m); }
   /// Whether all elements differ by at most `tol`.
-  KILNBASE_API int equivalent(const T4dDblMatrix& m, double tol) const;
+  [[nodiscard]] KILNBASE_API int equivalent(const T4dDblMatrix& m, double tol) const;
 
   /// this := A * B. Either may be this matrix.
   constexpr T4dDblMatrix& setToProduct(const T4dDblMatrix& a, const T4dDblMatrix& b);
@@ -52,14 +52,14 @@ class T4dDblMatrix {
   constexpr T4dDblMatrix& operator*=(const T4dDblMatrix& m) { return postmultBy(m); }
 
   constexpr T4dDblMatrix& setToIdentity() { return *this = T4dDblMatrix(); }
-  constexpr T4dDblMatrix transpose() const;
+  [[nodiscard]] constexpr T4dDblMatrix transpose() const;
   constexpr T4dDblMatrix& transposeIt() { return *this = transpose(); }
   /// Inverts by Gauss-Jordan elimination with partial pivoting. The inverse of a singular matrix
   /// has infinite or NaN elements.
   KILNBASE_API T4dDblMatrix& invertIt();
-  KILNBASE_API T4dDblMatrix inverse() const;
+  [[nodiscard]] KILNBASE_API T4dDblMatrix inverse() const;
   /// The determinant of the upper left 3x3.
-  constexpr double det3x3() const;
+  [[nodiscard]] constexpr double det3x3() const;
 
   /// this := the rotation by `angle` radians about an axis through the origin. For a pure rotation
   /// the axis must be of unit length. An angle of exactly 0 gives the identity.

@@ -47,7 +47,7 @@ class T4dDblPoint {
   constexpr int operator!=(const T4dDblPoint& p) const { return !(*this == p); }
   /// Whether the points are at most `tol` apart. Kept as it is: the distance is that of the four
   /// stored components, weight included, in four-dimensional space.
-  int equivalent(const T4dDblPoint& p, double tol) const {
+  [[nodiscard]] int equivalent(const T4dDblPoint& p, double tol) const {
     const double dx = x - p.x;
     const double dy = y - p.y;
     const double dz = z - p.z;
@@ -69,7 +69,7 @@ class T4dDblPoint {
   T4dDblPoint operator+(const T4dDblPoint& p) const = delete;
   /// Deleted: the result would be a point instead of the displacement.
   T4dDblVector operator-(const T3dDblPoint& p) const = delete;
-  double distanceTo(const T4dDblPoint& p) const { return (*this - p).length(); }
+  [[nodiscard]] double distanceTo(const T4dDblPoint& p) const { return (*this - p).length(); }
 
   /// (x/w, y/w, z/w, 1).
   constexpr T4dDblPoint& cartesianizeIt() {
@@ -77,13 +77,19 @@ class T4dDblPoint {
     w = 1.0;
     return *this;
   }
-  constexpr T4dDblPoint cartesian() const { return T4dDblPoint(*this).cartesianizeIt(); }
+  [[nodiscard]] constexpr T4dDblPoint cartesian() const {
+    return T4dDblPoint(*this).cartesianizeIt();
+  }
   /// (x/w, y/w, z/w, w).
   constexpr T4dDblPoint& rationalizeIt() { return w == 1.0 ? *this : scaleBy(1.0 / w); }
-  constexpr T4dDblPoint rational() const { return T4dDblPoint(*this).rationalizeIt(); }
+  [[nodiscard]] constexpr T4dDblPoint rational() const {
+    return T4dDblPoint(*this).rationalizeIt();
+  }
   /// (x*w, y*w, z*w, w).
   constexpr T4dDblPoint& homogenizeIt() { return w == 1.0 ? *this : scaleBy(w); }
-  constexpr T4dDblPoint homogenous() const { return T4dDblPoint(*this).homogenizeIt(); }
+  [[nodiscard]] constexpr T4dDblPoint homogenous() const {
+    return T4dDblPoint(*this).homogenizeIt();
+  }
 
   /// this := p * M and this := M * p, over all four components.
   constexpr T4dDblPoint& setToProduct(const T4dDblPoint& p, const T4dDblMatrix& m);

@@ -68,10 +68,12 @@ class T4dDblVector {
   constexpr int operator!=(const T3dDblPoint& p) const;
   /// Whether the difference is shorter than `tol`. Kept as it is: a difference of exactly `tol` is
   /// too long, unlike for points.
-  int equivalent(const T4dDblVector& v, double tol) const { return (*this - v).length() < tol; }
-  int unitLength(double tol) const { return std::fabs(length() - 1.0) < tol; }
+  [[nodiscard]] int equivalent(const T4dDblVector& v, double tol) const {
+    return (*this - v).length() < tol;
+  }
+  [[nodiscard]] int unitLength(double tol) const { return std::fabs(length() - 1.0) < tol; }
   /// Whether both directions, normalised, are `equivalent`, or one and the opposite of the other.
-  int parallel(const T4dDblVector& v, double tol) const {
+  [[nodiscard]] int parallel(const T4dDblVector& v, double tol) const {
     const T4dDblVector normal = getNormal();
     const T4dDblVector other = v.getNormal();
     return normal.equivalent(other, tol) || normal.equivalent(-other, tol);
@@ -96,14 +98,16 @@ class T4dDblVector {
   T4dDblVector operator^(const T4dDblPoint& p) const = delete;
   T4dDblVector& operator+=(const T4dDblPoint& p) = delete;
   /// The displacement back: the negated vector.
-  constexpr T4dDblVector inverse() const { return -*this; }
+  [[nodiscard]] constexpr T4dDblVector inverse() const { return -*this; }
   constexpr T4dDblVector& invertIt() { return *this = -*this; }
 
-  constexpr double dotProduct(const T4dDblVector& v) const { return x * v.x + y * v.y + z * v.z; }
+  [[nodiscard]] constexpr double dotProduct(const T4dDblVector& v) const {
+    return x * v.x + y * v.y + z * v.z;
+  }
   /// The squared length.
-  constexpr double norm() const { return dotProduct(*this); }
-  double length() const { return std::sqrt(norm()); }
-  constexpr T4dDblVector crossProduct(const T4dDblVector& v) const {
+  [[nodiscard]] constexpr double norm() const { return dotProduct(*this); }
+  [[nodiscard]] double length() const { return std::sqrt(norm()); }
+  [[nodiscard]] constexpr T4dDblVector crossProduct(const T4dDblVector& v) const {
     return {y * v.z - z * v.y, z * v.x - x * v.z, x * v.y - y * v.x};
   }
   /// The cross product. The operator `^` binds more loosely than `+` and `==`: use parentheses.
@@ -118,13 +122,13 @@ class T4dDblVector {
     if (len > 1e-9) *this *= 1.0 / len;
     return *this;
   }
-  T4dDblVector getNormal() const {
+  [[nodiscard]] T4dDblVector getNormal() const {
     T4dDblVector normal = *this;
     return normal.normalizeIt();
   }
 
   /// The axis of the component of largest magnitude; of equal components the later axis.
-  Taxis dominantAxis() const {
+  [[nodiscard]] Taxis dominantAxis() const {
     const double sizeX = std::fabs(x);
     const double sizeY = std::fabs(y);
     const double sizeZ = std::fabs(z);
@@ -147,7 +151,7 @@ class T4dDblVector {
   /// Kept as it is: directions count as opposite only when the computed cosine is exactly -1. Other
   /// unit vectors within 3e-5 of opposite give the identity, and long vectors turn about the
   /// rounding errors of their cross product.
-  KILNBASE_API TunitQuaternion rotateTo(const T4dDblVector& target) const;
+  [[nodiscard]] KILNBASE_API TunitQuaternion rotateTo(const T4dDblVector& target) const;
 
   /// this := v * M and this := M * v. Both use the upper left 3x3 of M only.
   constexpr T4dDblVector& setToProduct(const T4dDblVector& v, const T4dDblMatrix& m);

@@ -51,16 +51,16 @@ class KILNBASE_API TboundingBox {
   const DoubleVec& minCorner() const { return minCorner_; }
   const DoubleVec& maxCorner() const { return maxCorner_; }
   /// The point halfway between the corners, new.
-  DoubleVec center() const;
+  [[nodiscard]] DoubleVec center() const;
   /// The longest edge; 0, with the warning kEmptyVectorError, in dimension 0.
-  double maxSize() const;
+  [[nodiscard]] double maxSize() const;
   /// The length of the diagonal, and its square; infinite where the square overflows.
-  double size() const;
-  double size2() const;
+  [[nodiscard]] double size() const;
+  [[nodiscard]] double size2() const;
 
   /// Whether the point lies in the box or at most 1e-6 outside on every axis (1 or 0); 0 for a
   /// point of another dimension, 1 in dimension 0.
-  int isInside(const DoubleVec& point) const;
+  [[nodiscard]] int isInside(const DoubleVec& point) const;
   /// Whether the ray from `origin` enters the box (1 or 0): always when it begins inside.
   /// Otherwise, and in three dimensions only, when origin + t * direction lies on a face, up to
   /// 1e-6 outside its edges, for some t from -1e-6 on that is below `maxParam`, or for any when
@@ -69,7 +69,8 @@ class KILNBASE_API TboundingBox {
   ///
   /// Kept as it is: on the maximum faces of y and z, t must be greater than -1e-6, on the others it
   /// may be equal.
-  int intersect(const DoubleVec& origin, const DoubleVec& direction, double maxParam) const;
+  [[nodiscard]] int intersect(const DoubleVec& origin, const DoubleVec& direction,
+                              double maxParam) const;
   /// Makes `out` the part of the box from parameters `a` to `b`, axis by axis: 0 is the minimum, 1
   /// the maximum. Nothing orders or limits them. Returns 1, or 0 unless all have one dimension.
   /// `out` may be this box.

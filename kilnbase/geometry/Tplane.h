@@ -28,7 +28,7 @@ class Tplane {
   /// Sets the plane through the point and the tolerance to 1e-9. Kept as it is: the stored x, y and
   /// z are used, whatever the weight. The normal is normalised unless its length is 1e-9 or less.
   KILNBASE_API Tplane& setPlane(const T4dDblPoint& p, T4dDblVector n);
-  constexpr T4dDblVector normal() const { return {a, b, c}; }
+  [[nodiscard]] constexpr T4dDblVector normal() const { return {a, b, c}; }
 
   /// Intersects the plane with the line p + t*v and sets `out` to the intersection, a Cartesian
   /// point. Returns 2 for t >= 0, when the plane lies ahead along v, and 3 when it lies behind.

@@ -32,11 +32,11 @@ class TpostXformMatrix : protected T4dDblMatrix {
   /// translation by `q` about the rotate pivot.
   KILNBASE_API TpostXformMatrix& operator+=(const TunitQuaternion& q);
 
-  T4dDblVector translation() const { return translation_; }
-  TunitQuaternion rotation() const { return rotation_; }
-  Tscale scale() const { return scale_; }
-  T4dDblPoint rotatePivotPoint() const { return rotatePivot_; }
-  T4dDblPoint scalePivotPoint() const { return scalePivot_; }
+  [[nodiscard]] T4dDblVector translation() const { return translation_; }
+  [[nodiscard]] TunitQuaternion rotation() const { return rotation_; }
+  [[nodiscard]] Tscale scale() const { return scale_; }
+  [[nodiscard]] T4dDblPoint rotatePivotPoint() const { return rotatePivot_; }
+  [[nodiscard]] T4dDblPoint scalePivotPoint() const { return scalePivot_; }
   /// Store the pivot. The matrix does not change, so `dirty` stays unchanged.
   TpostXformMatrix& setRotatePivotPoint(const T4dDblPoint& p) {
     rotatePivot_ = p;
@@ -51,7 +51,7 @@ class TpostXformMatrix : protected T4dDblMatrix {
   int dirty() const { return dirty_; }
   /// Composes the matrix when `dirty` is 1, which clears `dirty`. Returns the inverse of the
   /// matrix.
-  KILNBASE_API T4dDblMatrix inverse();
+  [[nodiscard]] KILNBASE_API T4dDblMatrix inverse();
 
   /// Writes "translation (x, y, z), rotation (w, x, y, z), scale (x, y, z)".
   friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const TpostXformMatrix& xform);

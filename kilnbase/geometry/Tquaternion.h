@@ -39,7 +39,7 @@ class Tquaternion {
   constexpr int operator!=(const Tquaternion& q) const { return !(*this == q); }
   /// Whether the quaternions, as points of four-dimensional space, are at most `tol` apart. A
   /// negative `tol` counts as 0.
-  int equivalent(const Tquaternion& q, double tol) const {
+  [[nodiscard]] int equivalent(const Tquaternion& q, double tol) const {
     return std::sqrt((*this - q).norm()) <= (tol > 0.0 ? tol : 0.0);
   }
 
@@ -57,17 +57,17 @@ class Tquaternion {
             w * q.y - x * q.z + y * q.w + z * q.x, w * q.z + x * q.y - y * q.x + z * q.w};
   }
 
-  constexpr Tquaternion conjugate() const { return {w, -x, -y, -z}; }
+  [[nodiscard]] constexpr Tquaternion conjugate() const { return {w, -x, -y, -z}; }
   constexpr Tquaternion& conjugateIt() { return *this = conjugate(); }
   /// The conjugate divided by the squared length; infinite or NaN for the quaternion 0.
-  constexpr Tquaternion inverse() const {
+  [[nodiscard]] constexpr Tquaternion inverse() const {
     const double n = norm();
     return {w / n, -x / n, -y / n, -z / n};
   }
   constexpr Tquaternion& invertIt() { return *this = inverse(); }
 
   /// The quaternion divided by its length. A length of 1e-9 or less gives the identity.
-  TunitQuaternion normalize() const;
+  [[nodiscard]] TunitQuaternion normalize() const;
   Tquaternion& normalizeIt() {
     const double n = std::sqrt(norm());
     return *this = n <= 1e-9 ? Tquaternion() : Tquaternion(w / n, x / n, y / n, z / n);
@@ -82,7 +82,7 @@ class Tquaternion {
   /// is 3.0e-8. For |w| > 1 both become NaN.
   KILNBASE_API void getPivotAxis(double& angle, T4dDblVector& axis) const;
   /// The exponential of (0, x, y, z): `w` is not used.
-  KILNBASE_API TunitQuaternion exp() const;
+  [[nodiscard]] KILNBASE_API TunitQuaternion exp() const;
 
   constexpr void convertToMatrix(T4dDblMatrix& m) const { m = *this; }
   constexpr operator T4dDblMatrix() const;

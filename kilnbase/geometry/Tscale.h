@@ -35,7 +35,7 @@ class Tscale {
   }
 
   /// The reciprocals of the clamped components. The reciprocals are clamped, too.
-  constexpr Tscale inverse() const {
+  [[nodiscard]] constexpr Tscale inverse() const {
     Tscale s = *this;
     s.invertIt();
     return s.set(s.x, s.y, s.z);
@@ -51,9 +51,9 @@ class Tscale {
 
   /// Whether each component differs by at most `tol`. Kept as it is: `tol` is clamped like a scale,
   /// so a `tol` of 0 counts as 0.0001.
-  KILNBASE_API int equivalent(const Tscale& s, double tol) const;
+  [[nodiscard]] KILNBASE_API int equivalent(const Tscale& s, double tol) const;
   /// Whether each two components differ by at most 1e-9.
-  KILNBASE_API int proportionalScale() const;
+  [[nodiscard]] KILNBASE_API int proportionalScale() const;
 
   /// Writes "(x, y, z)".
   friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const Tscale& s);

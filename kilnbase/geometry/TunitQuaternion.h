@@ -31,10 +31,12 @@ class TunitQuaternion : public Tquaternion {
   constexpr TunitQuaternion operator-() const { return TunitQuaternion(Tquaternion::operator-()); }
   constexpr TunitQuaternion& negateIt() { return *this = -*this; }
 
-  constexpr TunitQuaternion conjugate() const { return TunitQuaternion(Tquaternion::conjugate()); }
+  [[nodiscard]] constexpr TunitQuaternion conjugate() const {
+    return TunitQuaternion(Tquaternion::conjugate());
+  }
   constexpr TunitQuaternion& conjugateIt() { return *this = conjugate(); }
   /// The conjugate, without a division.
-  constexpr TunitQuaternion inverse() const { return conjugate(); }
+  [[nodiscard]] constexpr TunitQuaternion inverse() const { return conjugate(); }
   constexpr TunitQuaternion& invertIt() { return conjugateIt(); }
 
   TunitQuaternion& normalizeIt() {
@@ -49,7 +51,7 @@ class TunitQuaternion : public Tquaternion {
     return *this;
   }
   /// The logarithm: (0, angle/2 * axis). It is 0 for x = y = z = 0, also when w is -1.
-  KILNBASE_API Tquaternion log() const;
+  [[nodiscard]] KILNBASE_API Tquaternion log() const;
 
  protected:
   friend class Tquaternion;

@@ -56,12 +56,12 @@ class KILNBASE_API TxformMatrix : public T4dDblMatrix {
 
   /// The translation, mapped back through rotation and scale. With all pivots at 0 this is the
   /// assigned vector.
-  T4dDblVector translation() const;
-  TunitQuaternion rotation() const { return rotation_; }
-  Tscale scale() const { return scale_; }
-  T4dDblPoint scalePivotPoint() const;
+  [[nodiscard]] T4dDblVector translation() const;
+  [[nodiscard]] TunitQuaternion rotation() const { return rotation_; }
+  [[nodiscard]] Tscale scale() const { return scale_; }
+  [[nodiscard]] T4dDblPoint scalePivotPoint() const;
   /// The rotate pivot in the untransformed space.
-  T4dDblPoint rotatePivotPoint() const;
+  [[nodiscard]] T4dDblPoint rotatePivotPoint() const;
   /// Set a pivot, which must be a Cartesian point of the untransformed space. The composed
   /// transform does not change.
   TxformMatrix& setScalePivotPoint(const T4dDblPoint& p);
@@ -70,8 +70,8 @@ class KILNBASE_API TxformMatrix : public T4dDblMatrix {
   /// 1 when a component has changed since a matrix was assigned, else 0.
   int dirty() const { return dirty_; }
   /// The transform that the components compose to, and its inverse.
-  T4dDblMatrix composed() const;
-  T4dDblMatrix inverse() const;
+  [[nodiscard]] T4dDblMatrix composed() const;
+  [[nodiscard]] T4dDblMatrix inverse() const;
 
  protected:
   /// Sets the components from the matrix. `dirty` stays unchanged.

@@ -75,35 +75,35 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   int setPivoting(int k, int position);
   /// A view: before factoring the specifiers, afterwards the pivots. Row and column pivots()(i) of
   /// A, from 0, are the i-th of the factor. Means nothing after factoring without pivoting.
-  IntVec pivots() const { return pvts_; }
+  [[nodiscard]] IntVec pivots() const { return pvts_; }
 
   /// Whether all columns of A are factored. Never true of a matrix with more rows than columns.
-  bool isPD() const { return info_ == static_cast<int>(rows()); }
+  [[nodiscard]] bool isPD() const { return info_ == static_cast<int>(rows()); }
   /// Index of the last factored column: -1 when there is none, -2 when nothing was factored.
-  int lastPosFactor() const { return info_ - 1; }
+  [[nodiscard]] int lastPosFactor() const { return info_ - 1; }
   /// Whether a diagonal element of the factor is negative, from column `lastPosFactor()` on.
   ///
   /// Right after `factor` this tells an indefinite matrix, or one that is semidefinite but for
   /// rounding. Later it tells little: `update`, `downdate` and `shift` rightfully make diagonal
   /// elements negative, and `solve` works with them.
-  bool fail() const;
-  bool good() const { return !fail(); }
+  [[nodiscard]] bool fail() const;
+  [[nodiscard]] bool good() const { return !fail(); }
 
   /// (R(n-1, n-1) / R(0, 0))² when all columns but the last are factored, otherwise 0. Raises the
   /// warning kNoConditionNumberError and returns -1 when pivoting is off.
   ///
   /// Kept as it is: a positive definite matrix gives 0. (For a 1 by 1 matrix that is not positive
   /// the ratio is that of the element to itself.)
-  double condition() const;
+  [[nodiscard]] double condition() const;
 
   /// The solution x of A x = b, new, with n elements. The unknowns of columns that are not factored
   /// are 0. Raises kRightSideLengthError unless b has n elements; then returns an empty vector.
   /// Raises kNotFactoredError when no column is factored (and n is not 0); then all unknowns are 0.
-  DoubleVec solve(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec solve(const DoubleVec& b) const;
   /// Solves for each column of B: column j of the result is `solve` of column j up to rounding. The
   /// errors are the same; kRightSideLengthError tells the number of rows of B and returns a 0 by 0
   /// matrix. Many columns take a fraction of the time that they take one by one.
-  DoubleGenMat solve(const DoubleGenMat& b) const;
+  [[nodiscard]] DoubleGenMat solve(const DoubleGenMat& b) const;
   /// The solution x, of k elements in the factor's order, for the leading k columns of the factor:
   /// RₖᵀRₖ x = the first k elements of `permute(b)`.
   ///
@@ -111,14 +111,14 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   /// all other unknowns 0. Raises kRightSideLengthError unless b has n elements; then returns an
   /// empty vector. Raises kNotFactoredError when fewer than k columns are factored; then uses
   /// those.
-  DoubleVec partialSolve(const DoubleVec& b, unsigned k) const;
+  [[nodiscard]] DoubleVec partialSolve(const DoubleVec& b, unsigned k) const;
 
   /// A new vector of the elements of `v` in the order of the factor. Raises kPermutedLengthError
   /// unless `v` has n elements; then returns a copy. A factor made without pivoting has the order
   /// of A.
-  DoubleVec permute(const DoubleVec& v) const;
+  [[nodiscard]] DoubleVec permute(const DoubleVec& v) const;
   /// The inverse of `permute`, with the same errors.
-  DoubleVec unpermute(const DoubleVec& v) const;
+  [[nodiscard]] DoubleVec unpermute(const DoubleVec& v) const;
 
   /// Makes this the factor of the matrix whose rows and columns `first` to `last` (in the factor's
   /// order) are shifted circularly by one place: left, so that the first becomes the last, when

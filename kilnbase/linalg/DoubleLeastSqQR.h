@@ -45,23 +45,23 @@ class KILNBASE_API DoubleLeastSqQR : public DoubleQRDecomp {
   double setTolerance(double tolerance);
 
   /// The number of free unknowns.
-  unsigned numFreeCols() const;
-  bool isUnderDetermined() const { return numFreeCols() != 0; }
+  [[nodiscard]] unsigned numFreeCols() const;
+  [[nodiscard]] bool isUnderDetermined() const { return numFreeCols() != 0; }
   /// The number of rows of A.
-  unsigned numEquations() const { return rows(); }
+  [[nodiscard]] unsigned numEquations() const { return rows(); }
 
   /// The x, new, for which |A x - b| is least with all free unknowns 0. Errors are those of the QR
   /// `solve`. From the first 0 on the diagonal of R on, unknowns are 0 too.
-  DoubleVec solve(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec solve(const DoubleVec& b) const;
   /// Solves for each column of B; see the QR `solve`.
-  DoubleGenMat solve(const DoubleGenMat& b) const;
+  [[nodiscard]] DoubleGenMat solve(const DoubleGenMat& b) const;
   /// b - A x, new, for the x of `solve`, without the rounding errors of x. Raises
   /// kRightSideLengthError unless b has as many elements as A has rows; then returns an empty
   /// vector.
-  DoubleVec residual(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec residual(const DoubleVec& b) const;
   /// `residual` of each column of B up to rounding. kRightSideLengthError tells the number of rows
   /// of B and returns a 0 by 0 matrix.
-  DoubleGenMat residual(const DoubleGenMat& b) const;
+  [[nodiscard]] DoubleGenMat residual(const DoubleGenMat& b) const;
 
  private:
   unsigned determinedColumns() const;

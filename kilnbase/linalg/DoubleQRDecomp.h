@@ -55,12 +55,12 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   /// Turns pivoting on or off for the next `factor`, and returns the old setting (initially 1).
   int doPivoting(int on);
   /// A view: column pivots()(j) of A, from 0, is the j-th column of the decomposition.
-  IntVec pivots() const { return pvts_; }
+  [[nodiscard]] IntVec pivots() const { return pvts_; }
 
   /// min(m, n) minus the number of diagonal elements of R that are exactly 0.
-  unsigned rank() const;
+  [[nodiscard]] unsigned rank() const;
   /// Whether the rank is neither the number of rows nor the number of columns.
-  bool isSingular() const;
+  [[nodiscard]] bool isSingular() const;
 
   /// The x, new, of n elements, for which |A x - b| is least.
   ///
@@ -68,31 +68,31 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   /// diagonal of R on, unknowns are 0 too: rank deficiency is no error. Raises
   /// kRightSideLengthError unless b has m elements; then returns an empty vector. Raises
   /// kNotFactoredError when there are no columns.
-  DoubleVec solve(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec solve(const DoubleVec& b) const;
   /// Solves for each column of B: column j of the result is `solve` of column j up to rounding. The
   /// errors are the same; kRightSideLengthError tells the number of rows of B and returns a 0 by 0
   /// matrix. Many columns take a fraction of the time that they take one by one.
-  DoubleGenMat solve(const DoubleGenMat& b) const;
+  [[nodiscard]] DoubleGenMat solve(const DoubleGenMat& b) const;
   /// The k unknowns, in pivot order, for which the first k columns alone fit b best; they are 0
   /// from the first 0 on the diagonal of R on. Raises kRightSideLengthError as `solve` does.
-  DoubleVec partialSolve(const DoubleVec& b, unsigned k) const;
+  [[nodiscard]] DoubleVec partialSolve(const DoubleVec& b, unsigned k) const;
 
   /// Q y, where Q is the product of the first k transformations. This and the next three functions
   /// return a new vector of m elements. They raise kRightSideLengthError unless y has m elements,
   /// and then return an empty vector.
-  DoubleVec computeQy(const DoubleVec& y, unsigned k) const;
+  [[nodiscard]] DoubleVec computeQy(const DoubleVec& y, unsigned k) const;
   /// Qᵀ y.
-  DoubleVec computeQTy(const DoubleVec& y, unsigned k) const;
+  [[nodiscard]] DoubleVec computeQTy(const DoubleVec& y, unsigned k) const;
   /// The projection of y on the first k columns: the best fit of y by these columns.
-  DoubleVec computeXb(const DoubleVec& y, unsigned k) const;
+  [[nodiscard]] DoubleVec computeXb(const DoubleVec& y, unsigned k) const;
   /// y minus its projection on the first k columns.
-  DoubleVec computeResidualVec(const DoubleVec& y, unsigned k) const;
+  [[nodiscard]] DoubleVec computeResidualVec(const DoubleVec& y, unsigned k) const;
 
   /// A new vector of the elements of `v`, one for each column of A, in pivot order. Raises
   /// kPermutedLengthError unless `v` has n elements; then returns a copy.
-  DoubleVec permute(const DoubleVec& v) const;
+  [[nodiscard]] DoubleVec permute(const DoubleVec& v) const;
   /// The inverse of `permute`, with the same errors.
-  DoubleVec unpermute(const DoubleVec& v) const;
+  [[nodiscard]] DoubleVec unpermute(const DoubleVec& v) const;
 
  protected:
   /// The length of the diagonal of R.

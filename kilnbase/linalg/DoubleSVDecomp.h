@@ -58,21 +58,23 @@ class KILNBASE_API DoubleSVDecomp {
   int computeRightVecs(int on);
 
   /// The min(m, n) singular values.
-  DoubleVec singularValues() const { return singularValues_; }
+  [[nodiscard]] DoubleVec singularValues() const { return singularValues_; }
   /// The super-diagonal, of n elements, that the iteration left. It is 0 unless the iteration
   /// failed.
-  DoubleVec eValues() const { return e_; }
+  [[nodiscard]] DoubleVec eValues() const { return e_; }
   /// U: the left vectors as columns, m by m or m by min(m, n).
-  DoubleGenMat leftVecs() const { return u_; }
+  [[nodiscard]] DoubleGenMat leftVecs() const { return u_; }
   /// V: the right vectors as columns, n by n.
-  DoubleGenMat rightVecs() const { return v_; }
+  [[nodiscard]] DoubleGenMat rightVecs() const { return v_; }
 
   /// How many singular values were found: all when the decomposition is good, otherwise the last
   /// ones.
-  int numSVsFound() const { return static_cast<int>(singularValues_.length()) - info_; }
+  [[nodiscard]] int numSVsFound() const {
+    return static_cast<int>(singularValues_.length()) - info_;
+  }
   /// Whether there are no singular values, or not all were found.
-  bool fail() const { return singularValues_.length() == 0 || info_ != 0; }
-  bool good() const { return !fail(); }
+  [[nodiscard]] bool fail() const { return singularValues_.length() == 0 || info_ != 0; }
+  [[nodiscard]] bool good() const { return !fail(); }
 
  private:
   int leftDigit() const { return job_ / 10; }

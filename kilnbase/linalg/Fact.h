@@ -60,32 +60,32 @@ class KILNBASE_API Fact : public Matrix {
   void factor(const Fact& factored, int estimateCondition = 0) = delete;
 
   /// The pivots of LINPACK, counted from 1, as a new vector.
-  IntVec pivots() const { return pvts_.copy(); }
+  [[nodiscard]] IntVec pivots() const { return pvts_.copy(); }
 
   /// The x of A x = b, new. Raises kRightSideLengthError unless b has n elements, returning an
   /// empty vector, and kNotFactoredError when `fail()`; when the handler returns, x is what
   /// divisions by the zero pivots give.
-  DoubleVec solve(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec solve(const DoubleVec& b) const;
   /// The X of A X = B: column j solves for column j of B, in much less time than one by one. The
   /// same errors, for the number of rows of B.
-  DoubleGenMat solve(const DoubleGenMat& b) const;
+  [[nodiscard]] DoubleGenMat solve(const DoubleGenMat& b) const;
 
   /// The determinant of A; 0 for an empty matrix, infinite or 0 where it overflows or underflows.
-  double determinant() const;
+  [[nodiscard]] double determinant() const;
   /// A⁻¹, new. Raises kNotFactoredError when `fail()`. To solve systems, `solve` is faster and more
   /// accurate.
-  Matrix inverse() const;
+  [[nodiscard]] Matrix inverse() const;
 
   /// The estimate of the **reciprocal** condition number in the 1-norm, between 0 and 1, at or
   /// above the true one. Raises the warning kNoConditionNumberError and gives -1 when it was not
   /// estimated; a zero pivot found without an estimate gives 0. An infinite or NaN element of A
   /// counts as singular when the condition is estimated.
-  double condition() const;
+  [[nodiscard]] double condition() const;
   /// Whether the reciprocal condition counts as 0: 1 + condition == 1. One not estimated does not.
-  bool isSingular() const { return rcond_ + 1.0 == 1.0; }
+  [[nodiscard]] bool isSingular() const { return rcond_ + 1.0 == 1.0; }
   /// Whether nothing can be solved: the matrix is singular or has no rows.
-  bool fail() const { return Matrix::rows() == 0 || isSingular(); }
-  bool good() const { return !fail(); }
+  [[nodiscard]] bool fail() const { return Matrix::rows() == 0 || isSingular(); }
+  [[nodiscard]] bool good() const { return !fail(); }
 
  private:
   bool hasFactors() const;

@@ -102,8 +102,8 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   /// Makes this matrix a view of `other`, of any size.
   void reference(const GenMat& other);
   /// A new matrix with the same elements.
-  GenMat copy() const { return withElements(Base::copy()); }
-  GenMat deepCopy() const { return copy(); }
+  [[nodiscard]] GenMat copy() const { return withElements(Base::copy()); }
+  [[nodiscard]] GenMat deepCopy() const { return copy(); }
   /// Copies the elements into storage of this matrix's own, unless they have it already.
   void deepenShallowCopy() {
     Base::deepenShallowCopy();
@@ -145,20 +145,21 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
 
   /// The rows, and the columns, as a random access range of views. The range views the matrix by
   /// itself, which may be a temporary.
-  auto eachRow() const {
+  [[nodiscard]] auto eachRow() const {
     return detail::places(detail::Lines<GenMat, &GenMat::row>(*this), std::ptrdiff_t{nrows_});
   }
-  auto eachCol() const {
+  [[nodiscard]] auto eachCol() const {
     return detail::places(detail::Lines<GenMat, &GenMat::col>(*this), std::ptrdiff_t{ncols_});
   }
 
   /// A view of these rows and columns, in this order. Each index outside the matrix raises
   /// kMatrixPickError.
-  GenMatPick<T> matPick(const Vec<int>& rowIndices, const Vec<int>& columnIndices) const;
+  [[nodiscard]] GenMatPick<T> matPick(const Vec<int>& rowIndices,
+                                      const Vec<int>& columnIndices) const;
   GenMatPick<T> operator()(const Vec<int>& rowIndices, const Vec<int>& columnIndices) const;
 
   /// A new matrix of f(x) for every element x.
-  GenMat apply(T (*f)(T)) const;
+  [[nodiscard]] GenMat apply(T (*f)(T)) const;
 
   /// Writes "MxN [", the rows, a line each, and "]". Every element takes the field width that the
   /// stream has on entry.

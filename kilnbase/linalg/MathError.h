@@ -172,7 +172,7 @@ KILNBASE_API void removeMathCatalog(std::uint32_t id);
 ///
 /// Kept as it is: the index in the catalogue is not checked. A number past the end of a registered
 /// catalogue reads past the end of its entries, here and in the default handler.
-KILNBASE_API const MathCatalogEntry* findMathMessage(std::uint16_t number);
+[[nodiscard]] KILNBASE_API const MathCatalogEntry* findMathMessage(std::uint16_t number);
 
 namespace detail {
 KILNBASE_API int raiseMathErrorArguments(MathErrorRecord record, ...);

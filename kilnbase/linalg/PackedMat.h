@@ -140,8 +140,8 @@ class KILNBASE_API PackedMat : public detail::ElementwiseMatrix<PackedMat<Packin
   /// Makes this a view of `other`, of any size.
   void reference(const PackedMat& other);
   /// A new matrix with the same elements.
-  PackedMat copy() const { return withElements(Base::copy()); }
-  PackedMat deepCopy() const { return copy(); }
+  [[nodiscard]] PackedMat copy() const { return withElements(Base::copy()); }
+  [[nodiscard]] PackedMat deepCopy() const { return copy(); }
   /// Gives this matrix storage of its own, unless it is the only view of such storage.
   void deepenShallowCopy();
   /// Changes the order, keeping the elements of the leading block that the old and the new matrix
@@ -183,10 +183,10 @@ class KILNBASE_API PackedMat : public detail::ElementwiseMatrix<PackedMat<Packin
 
   /// A view of the first k rows and columns. Raises kLeadingSubmatrixError unless 0 <= k <= n; when
   /// the handler returns, the nearest such k counts.
-  PackedMat leadingSubmatrix(int k) const;
+  [[nodiscard]] PackedMat leadingSubmatrix(int k) const;
 
   /// A new matrix of f(x) for every stored element x.
-  PackedMat apply(double (*f)(double)) const { return withElements(Base::apply(f)); }
+  [[nodiscard]] PackedMat apply(double (*f)(double)) const { return withElements(Base::apply(f)); }
 
   /// Writes the full matrix as DoubleGenMat does.
   void printOn(std::ostream& stream) const;
@@ -215,22 +215,22 @@ class KILNBASE_API PackedMat : public detail::ElementwiseMatrix<PackedMat<Packin
 /// A times a column vector, new. Raises kMatrixVectorProductError unless the vector has n elements;
 /// when the handler returns, elements that the vector lacks count as 0.
 template <class Packing>
-KILNBASE_API Vec<double> product(const PackedMat<Packing>& a, const Vec<double>& v);
+[[nodiscard]] KILNBASE_API Vec<double> product(const PackedMat<Packing>& a, const Vec<double>& v);
 /// A row vector times A, new. Raises kVectorMatrixProductError in the same way.
 template <class Packing>
-KILNBASE_API Vec<double> product(const Vec<double>& v, const PackedMat<Packing>& a);
+[[nodiscard]] KILNBASE_API Vec<double> product(const Vec<double>& v, const PackedMat<Packing>& a);
 /// A new matrix of the absolute values.
 template <class Packing>
-PackedMat<Packing> abs(const PackedMat<Packing>& a) {
+[[nodiscard]] PackedMat<Packing> abs(const PackedMat<Packing>& a) {
   return a.apply([](double x) { return std::fabs(x); });
 }
 
 /// The symmetric part (A + Aᵀ)/2 of the leading square matrix whose order is the number of columns
 /// of A, new. Whether A is symmetric is not asked. Rows that A lacks count as 0, here and below.
-KILNBASE_API PackedMat<SymmetricPacking> toSymMat(const GenMat<double>& a);
+[[nodiscard]] KILNBASE_API PackedMat<SymmetricPacking> toSymMat(const GenMat<double>& a);
 /// The lower and the upper triangle of the same matrix, new. The other triangle is dropped.
-KILNBASE_API PackedMat<LowerPacking> toLowerTriMat(const GenMat<double>& a);
-KILNBASE_API PackedMat<UpperPacking> toUpperTriMat(const GenMat<double>& a);
+[[nodiscard]] KILNBASE_API PackedMat<LowerPacking> toLowerTriMat(const GenMat<double>& a);
+[[nodiscard]] KILNBASE_API PackedMat<UpperPacking> toUpperTriMat(const GenMat<double>& a);
 
 template <class T>
 template <class Packing>

@@ -10,25 +10,25 @@ namespace vxKilnBase {
 
 /// A times B. Raises kMatrixProductError unless A has as many columns as B has rows.
 template <class T>
-KILNBASE_API GenMat<T> product(const GenMat<T>& a, const GenMat<T>& b);
+[[nodiscard]] KILNBASE_API GenMat<T> product(const GenMat<T>& a, const GenMat<T>& b);
 /// A times B transposed. Raises kMatrixProductError unless the numbers of columns agree.
 template <class T>
-KILNBASE_API GenMat<T> transProduct(const GenMat<T>& a, const GenMat<T>& b);
+[[nodiscard]] KILNBASE_API GenMat<T> transProduct(const GenMat<T>& a, const GenMat<T>& b);
 /// A transposed times B. Raises kMatrixProductError unless the numbers of rows agree.
 template <class T>
-KILNBASE_API GenMat<T> transposeProduct(const GenMat<T>& a, const GenMat<T>& b);
+[[nodiscard]] KILNBASE_API GenMat<T> transposeProduct(const GenMat<T>& a, const GenMat<T>& b);
 /// A times a column vector. Raises kMatrixVectorProductError unless A has as many columns as v
 /// elements.
 template <class T>
-KILNBASE_API Vec<T> product(const GenMat<T>& a, const Vec<T>& v);
+[[nodiscard]] KILNBASE_API Vec<T> product(const GenMat<T>& a, const Vec<T>& v);
 /// A row vector times A. Raises kVectorMatrixProductError unless A has as many rows as v elements.
 template <class T>
-KILNBASE_API Vec<T> product(const Vec<T>& v, const GenMat<T>& a);
+[[nodiscard]] KILNBASE_API Vec<T> product(const Vec<T>& v, const GenMat<T>& a);
 /// A transposed.
 template <class T>
-KILNBASE_API GenMat<T> transpose(const GenMat<T>& a);
+[[nodiscard]] KILNBASE_API GenMat<T> transpose(const GenMat<T>& a);
 /// The Kronecker product: block (i, j) is B times A(i, j).
 template <class T>
-KILNBASE_API GenMat<T> kronecker(const GenMat<T>& a, const GenMat<T>& b);
+[[nodiscard]] KILNBASE_API GenMat<T> kronecker(const GenMat<T>& a, const GenMat<T>& b);
 
 }  // namespace vxKilnBase

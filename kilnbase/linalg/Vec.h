@@ -158,13 +158,15 @@ class KILNBASE_API Vec {
   /// Makes this vector a view of the elements of `v`, of any length.
   void reference(const Vec& v);
   /// A new vector of stride 1 with the same elements.
-  Vec copy() const;
-  Vec deepCopy() const { return copy(); }
+  [[nodiscard]] Vec copy() const;
+  [[nodiscard]] Vec deepCopy() const { return copy(); }
   /// Copies the elements into storage of this vector's own, stride 1, unless they have it already.
   void deepenShallowCopy();
   /// Whether nobody else views the elements, of stride 1 from the start of the storage on, so that
   /// `deepenShallowCopy` does nothing.
-  bool isDeep() const { return block_->refs < 2 && step_ == 1 && begin_ == block_->data; }
+  [[nodiscard]] bool isDeep() const {
+    return block_->refs < 2 && step_ == 1 && begin_ == block_->data;
+  }
   /// Changes the length. Another length loses the elements; the new ones are not initialised.
   void reshape(unsigned n);
   /// Changes the length, keeping the first elements; new ones are 0. Another length gives this
@@ -194,14 +196,16 @@ class KILNBASE_API Vec {
   /// The elements as contiguous memory, which lives as long as a vector views it. Compilers make
   /// vector instructions of loops over spans, but rarely of loops over strides. Raises kStrideError
   /// and gives none unless the stride is 1.
-  std::span<T> span() { return {begin_, contiguousLength()}; }
-  std::span<const T> span() const { return {begin_, contiguousLength()}; }
+  [[nodiscard]] std::span<T> span() { return {begin_, contiguousLength()}; }
+  [[nodiscard]] std::span<const T> span() const { return {begin_, contiguousLength()}; }
   unsigned length() const { return npts_; }
   /// Distance between neighbours, in elements; negative in a reversed view.
   int stride() const { return step_; }
   /// A view of `n` elements from `start` on, `stride` elements of this vector apart. Not checked:
   /// call `sliceCheck` first where the arguments may be bad.
-  Vec slice(int start, unsigned n, int stride = 1) const { return Vec(*this, start, n, stride); }
+  [[nodiscard]] Vec slice(int start, unsigned n, int stride = 1) const {
+    return Vec(*this, start, n, stride);
+  }
 
   /// The elements, first to last; those of a matrix that are stored, column by column.
   iterator begin() { return {{begin_, step_}, 0}; }
@@ -245,28 +249,28 @@ class KILNBASE_API Vec {
   static int setFormatting(int n);
 
   /// Number of elements with |x - value| <= tolerance.
-  unsigned countValue(T value, T tolerance) const;
+  [[nodiscard]] unsigned countValue(T value, T tolerance) const;
   /// Whether all elements have |x - value| <= tolerance (1 or 0; 1 for an empty vector).
-  int isEqual(T value, T tolerance) const;
+  [[nodiscard]] int isEqual(T value, T tolerance) const;
   /// Indices of the elements with x < value, ascending.
-  Vec<int> lessIndex(T value) const;
+  [[nodiscard]] Vec<int> lessIndex(T value) const;
   /// Indices of the elements with |x - value| <= tolerance, ascending.
-  Vec<int> valueIndex(T value, T tolerance) const;
+  [[nodiscard]] Vec<int> valueIndex(T value, T tolerance) const;
   /// Indices of all other elements, ascending.
-  Vec<int> nonValueIndex(T value, T tolerance) const;
+  [[nodiscard]] Vec<int> nonValueIndex(T value, T tolerance) const;
   /// A view of the elements at these indices. Each index outside the vector raises kIndexError.
-  VecPick<T> vecPick(const Vec<int>& indices) const;
+  [[nodiscard]] VecPick<T> vecPick(const Vec<int>& indices) const;
 
-  unsigned countZero(double tolerance) const requires std::same_as<T, double>;
-  int isZero(double tolerance) const requires std::same_as<T, double>;
-  Vec<int> zeroIndex(double tolerance) const requires std::same_as<T, double>;
-  Vec<int> nonZeroIndex(double tolerance) const requires std::same_as<T, double>;
+  [[nodiscard]] unsigned countZero(double tolerance) const requires std::same_as<T, double>;
+  [[nodiscard]] int isZero(double tolerance) const requires std::same_as<T, double>;
+  [[nodiscard]] Vec<int> zeroIndex(double tolerance) const requires std::same_as<T, double>;
+  [[nodiscard]] Vec<int> nonZeroIndex(double tolerance) const requires std::same_as<T, double>;
   /// Sets every element with |x| <= tolerance to 0.
   void clampZero(double tolerance) requires std::same_as<T, double>;
   /// A new vector of f(x) for every element x.
-  Vec apply(double (*f)(double)) const requires std::same_as<T, double>;
+  [[nodiscard]] Vec apply(double (*f)(double)) const requires std::same_as<T, double>;
   /// The Euclidean norm; 0 for an empty vector. The squares neither overflow nor underflow.
-  double vecLen() const requires std::same_as<T, double>;
+  [[nodiscard]] double vecLen() const requires std::same_as<T, double>;
   /// Scales to norm 1 and returns 1. A vector whose norm is not greater than 0 stays: returns 0.
   int normalise() requires std::same_as<T, double>;
 

@@ -31,13 +31,13 @@ KILNBASE_API SumOf<T> sumOfAnyLength(const Vec<T>& v);
 
 /// Element i is v[0] + ... + v[i].
 template <class T>
-KILNBASE_API Vec<T> cumsum(const Vec<T>& v);
+[[nodiscard]] KILNBASE_API Vec<T> cumsum(const Vec<T>& v);
 /// Element 0 is v[0], element i is v[i] - v[i-1].
 template <class T>
-KILNBASE_API Vec<T> delta(const Vec<T>& v);
+[[nodiscard]] KILNBASE_API Vec<T> delta(const Vec<T>& v);
 /// The sum of products; 0 for empty vectors. Lengths must agree (kVectorLengthsError).
 template <class T>
-SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
+[[nodiscard]] SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
   if (!detail::isShort<T>(a.length()) || a.length() != b.length())
     return detail::dotOfAnyLength(a, b);
   const T* x = a.data();
@@ -53,7 +53,7 @@ SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
 }
 /// The sum of all elements; 0 for an empty vector.
 template <class T>
-SumOf<T> sum(const Vec<T>& v) {
+[[nodiscard]] SumOf<T> sum(const Vec<T>& v) {
   if (!detail::isShort<T>(v.length())) return detail::sumOfAnyLength(v);
   const T* x = v.data();
   const std::ptrdiff_t stride = v.stride();
@@ -62,55 +62,55 @@ SumOf<T> sum(const Vec<T>& v) {
 }
 /// The product of all elements; 1 for an empty vector.
 template <class T>
-KILNBASE_API SumOf<T> prod(const Vec<T>& v);
+[[nodiscard]] KILNBASE_API SumOf<T> prod(const Vec<T>& v);
 /// A view of the same elements in reverse order, not a copy: writing through it changes `v`.
 template <class T>
-KILNBASE_API Vec<T> reverse(const Vec<T>& v);
+[[nodiscard]] KILNBASE_API Vec<T> reverse(const Vec<T>& v);
 /// Index of the first of the largest (smallest) elements. A later element counts only when it is
 /// strictly larger (smaller) than those before; a NaN never is. An empty vector raises the warning
 /// kEmptyVectorError and gives -1.
 template <class T>
-KILNBASE_API int maxIndex(const Vec<T>& v);
+[[nodiscard]] KILNBASE_API int maxIndex(const Vec<T>& v);
 template <class T>
-KILNBASE_API int minIndex(const Vec<T>& v);
+[[nodiscard]] KILNBASE_API int minIndex(const Vec<T>& v);
 /// The element at that index; 0 for an empty vector, after the same warning.
 template <class T>
-KILNBASE_API T maxValue(const Vec<T>& v);
+[[nodiscard]] KILNBASE_API T maxValue(const Vec<T>& v);
 template <class T>
-KILNBASE_API T minValue(const Vec<T>& v);
+[[nodiscard]] KILNBASE_API T minValue(const Vec<T>& v);
 /// Absolute values. Kept as it is: the least integer stays.
 template <class T>
-KILNBASE_API Vec<T> abs(const Vec<T>& v);
+[[nodiscard]] KILNBASE_API Vec<T> abs(const Vec<T>& v);
 
 /// The sum divided by the length: 0/0, a NaN, for an empty vector.
-KILNBASE_API double mean(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API double mean(const DoubleVec& v);
 /// The population variance: the mean of the squared deviations from the mean (divisor n). Fewer
 /// than two elements raise kTooFewElementsError.
-KILNBASE_API double variance(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API double variance(const DoubleVec& v);
 
 /// The standard function of the same name, of every element. Angles are in radians. The lengths of
 /// two vectors must agree (kVectorLengthsError).
-KILNBASE_API DoubleVec acos(const DoubleVec& v);
-KILNBASE_API DoubleVec asin(const DoubleVec& v);
-KILNBASE_API DoubleVec atan(const DoubleVec& v);
-KILNBASE_API DoubleVec atan2(const DoubleVec& y, const DoubleVec& x);
-KILNBASE_API DoubleVec ceil(const DoubleVec& v);
-KILNBASE_API DoubleVec cos(const DoubleVec& v);
-KILNBASE_API DoubleVec cosh(const DoubleVec& v);
-KILNBASE_API DoubleVec exp(const DoubleVec& v);
-KILNBASE_API DoubleVec floor(const DoubleVec& v);
-KILNBASE_API DoubleVec log(const DoubleVec& v);
-KILNBASE_API DoubleVec log10(const DoubleVec& v);
-KILNBASE_API DoubleVec pow(const DoubleVec& base, const DoubleVec& exponent);
-KILNBASE_API DoubleVec sin(const DoubleVec& v);
-KILNBASE_API DoubleVec sinh(const DoubleVec& v);
-KILNBASE_API DoubleVec sqrt(const DoubleVec& v);
-KILNBASE_API DoubleVec tan(const DoubleVec& v);
-KILNBASE_API DoubleVec tanh(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec acos(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec asin(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec atan(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec atan2(const DoubleVec& y, const DoubleVec& x);
+[[nodiscard]] KILNBASE_API DoubleVec ceil(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec cos(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec cosh(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec exp(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec floor(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec log(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec log10(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec pow(const DoubleVec& base, const DoubleVec& exponent);
+[[nodiscard]] KILNBASE_API DoubleVec sin(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec sinh(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec sqrt(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec tan(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec tanh(const DoubleVec& v);
 
 /// Each element truncated toward zero. Numbers that no int holds, and NaN, give the least int.
-KILNBASE_API IntVec toInt(const DoubleVec& v);
+[[nodiscard]] KILNBASE_API IntVec toInt(const DoubleVec& v);
 /// The low 8 bits of each element.
-KILNBASE_API SCharVec toChar(const IntVec& v);
+[[nodiscard]] KILNBASE_API SCharVec toChar(const IntVec& v);
 
 }  // namespace vxKilnBase

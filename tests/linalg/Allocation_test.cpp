@@ -47,21 +47,34 @@ TEST(Allocation, AnOperationTakesMemoryForItsResultOnly) {
   for (unsigned n : {2U, 10U, 100U, 10000U}) {
     DoubleVec a(n, 1.0), b(n, 2.0);
     const DoubleVec odd = a.slice(0, n / 2, 2);
-    const std::function<void()> oneResult[] = {
-        [&] { a + b; },          [&] { a * 2.0; },     [&] { 2.0 / odd; },
-        [&] { reverse(a) - b; }, [&] { a.copy(); },    [&] { DoubleVec(n, 0.0, 1.0); },
-        [&] { cos(a); },         [&] { cumsum(odd); }, [&] { a.valueIndex(1.0, 0.0); },
-        [&] { toInt(a); },       [&] { -a; },          [&] { abs(a); }};
+    const std::function<void()> oneResult[] = {[&] { a + b; },
+                                               [&] { a * 2.0; },
+                                               [&] { 2.0 / odd; },
+                                               [&] { reverse(a) - b; },
+                                               [&] { return a.copy(); },
+                                               [&] { DoubleVec(n, 0.0, 1.0); },
+                                               [&] { return cos(a); },
+                                               [&] { return cumsum(odd); },
+                                               [&] { return a.valueIndex(1.0, 0.0); },
+                                               [&] { return toInt(a); },
+                                               [&] { -a; },
+                                               [&] { return abs(a); }};
     for (const auto& operation : oneResult) EXPECT_EQ(1, allocationsOf(operation));
-    const std::function<void()> noResult[] = {
-        [&] { a += b; },     [&] { a *= 3.0; },        [&] { a = b; },
-        [&] { a = a; },      [&] { dot(a, b); },       [&] { maxIndex(a); },
-        [&] { a == b; },     [&] { a += a; },          [&] { reverse(a).slice(0, n).normalise(); },
-        [&] { a.vecLen(); }, [&] { a.clampZero(0.5); }};
+    const std::function<void()> noResult[] = {[&] { a += b; },
+                                              [&] { a *= 3.0; },
+                                              [&] { a = b; },
+                                              [&] { a = a; },
+                                              [&] { return dot(a, b); },
+                                              [&] { return maxIndex(a); },
+                                              [&] { a == b; },
+                                              [&] { a += a; },
+                                              [&] { reverse(a).slice(0, n).normalise(); },
+                                              [&] { return a.vecLen(); },
+                                              [&] { a.clampZero(0.5); }};
     for (const auto& operation : noResult) EXPECT_EQ(0, allocationsOf(operation));
   }
   const DoubleGenMat m(60U, 50U, 1.5);
-  EXPECT_EQ(1, allocationsOf([&] { product(m, m.row(0)); }));
-  EXPECT_EQ(1, allocationsOf([&] { transposeProduct(m, m); }));
+  EXPECT_EQ(1, allocationsOf([&] { return product(m, m.row(0)); }));
+  EXPECT_EQ(1, allocationsOf([&] { return transposeProduct(m, m); }));
   EXPECT_EQ(1, allocationsOf([&] { m + m; }));
 }

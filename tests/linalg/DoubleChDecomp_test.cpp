@@ -345,12 +345,13 @@ TEST(DoubleChDecomp, MisuseIsReportedAndTouchesNothingButWhatFits) {
        kVectorStrideError, stride},
       {[&] { r.setPivoting(0, 2); }, kPivotPositionError,
        "Pivoting position specifier must be INITIAL,FREE, or FINAL, not 2"},
-      {[&] { r.condition(); }, kNoConditionNumberError, "Condition number not calculated"},
+      {[&] { return r.condition(); }, kNoConditionNumberError, "Condition number not calculated"},
       {[] { DoubleChDecomp(DoubleGenMat(2, 3, 0.0)); }, kTooFewRowsError,
        "Matrix must have more rows than cols to be factorizable, but 2<3"},
-      {[&] { DoubleChDecomp(DoubleGenMat(2, 2, 1.0)).partialSolve(two, 2); }, kNotFactoredError,
+      {[&] { return DoubleChDecomp(DoubleGenMat(2, 2, 1.0)).partialSolve(two, 2); },
+       kNotFactoredError, failed},
+      {[&] { return DoubleChDecomp(DoubleGenMat(2, 2, 0.0)).solve(two); }, kNotFactoredError,
        failed},
-      {[&] { DoubleChDecomp(DoubleGenMat(2, 2, 0.0)).solve(two); }, kNotFactoredError, failed},
   });
   same.update(vectorOf({7.0, 7.0, 7.0, 0.0}));
   for (int i = 0; i < 3; ++i) same.shift(0, 3, 0);

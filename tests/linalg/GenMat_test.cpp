@@ -100,7 +100,8 @@ TYPED_TEST(GenMatFamily, ErrorsAndWhatIsDoneAfterThem) {
        noProduct + "between " + name + " (2x3) and vector (2)"},
       {[&] { EXPECT_EQ(V(3U, 2), product(V(3U, 1), ones)); }, kVectorMatrixProductError,
        noProduct + "vector(3) and " + name + " (2x3)"},
-      {[&] { a.matPick(vectorOf({2}), vectorOf({2})); }, kMatrixPickError, range + "2 not in 0->1"},
+      {[&] { return a.matPick(vectorOf({2}), vectorOf({2})); }, kMatrixPickError,
+       range + "2 not in 0->1"},
   });
   RecordedMathErrors errors;
   a.bcrow(1), a.bccol(2), a.bcval(1, 2), square.bcdiagonal(2), square.bcdiagonal(-2);
@@ -111,7 +112,8 @@ TYPED_TEST(GenMatFamily, ErrorsAndWhatIsDoneAfterThem) {
                                               std::string("[VNMATCH: ") + VecNames<TypeParam>::vec +
                                                   "]: Vector lengths do not match (6 vs 9)"));
   const IntVec indices = vectorOf({-1, 0, 3});
-  a.matPick(indices, indices);
+  const GenMatPick<TypeParam> wrong = a.matPick(indices, indices);
+  EXPECT_EQ(3U, wrong.cols());
   EXPECT_THAT(errors.takeTexts(), ElementsAre(range + "3 not in 0->1", range + "-1 not in 0->1",
                                               range + "3 not in 0->2", range + "-1 not in 0->2"));
 }

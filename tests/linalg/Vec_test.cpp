@@ -88,10 +88,10 @@ TYPED_TEST(VecFamily, ErrorsNameTheirClassAndNumbers) {
   expectErrors(calls);
   expectErrors(
       {{[&] {
-          v.vecPick(vectorOf({0, 5, 1}));
+          return v.vecPick(IntVec{0, 5, 1});
         },
         kIndexError, "[INDEX" + pickClass + "Index (5) out of range [0->4]", Names::pickTag},
-       {[&] { v.vecPick(vectorOf({-1})); }, kIndexError,
+       {[&] { return v.vecPick(vectorOf({-1})); }, kIndexError,
         "[INDEX" + pickClass + "Index (-1) out of range [0->4]", Names::pickTag},
        {[&] { pick = v.slice(0, 3); }, kVectorLengthsError,
         "[VNMATCH" + pickClass + "Vector lengths do not match (4 vs 3)", Names::pickTag}});

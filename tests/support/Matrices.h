@@ -20,7 +20,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 template <class T>
 vxKilnBase::Vec<T> vectorOf(std::initializer_list<T> values) {
-  return vxKilnBase::Vec<T>(values.begin(), static_cast<unsigned>(values.size()));
+  return values;
 }
 
 // 0, 1, 2, ...
@@ -34,8 +34,7 @@ vxKilnBase::Vec<T> counting(unsigned n) {
 // The elements in order. A matrix is taken column by column.
 template <class T>
 std::vector<T> list(const vxKilnBase::Vec<T>& v) {
-  const vxKilnBase::Vec<T> own = v.copy();
-  return {own.data(), own.data() + own.length()};
+  return {v.begin(), v.end()};
 }
 
 // Elements uniform in (-1, 1).

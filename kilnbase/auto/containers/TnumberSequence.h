@@ -12,7 +12,7 @@
 ///
 ///     TnumberSequence knots(0.0, 1.0, 4);    // 0 1 2 3
 ///     knots.add(0.0, 2);                     // 0 0 0 1 2 3
-///     knots.findInterval(1.5, 0);            // 3: from knots(3) = 1 to knots(4) = 2
+///     int r = knots.findInterval(1.5, 0);    // 3: from knots(3) = 1 to knots(4) = 2
 ///
 /// Copies are independent. Sequences share storage after `reference`, until one of them is edited:
 /// an edit gives the edited sequence storage of its own. Searches take logarithmic time, edits
@@ -42,11 +42,14 @@ class KILNBASE_API TnumberSequence {
   int length() const { return static_cast<int>(values_.length()); }
   /// The i-th value, not checked.
   double operator()(int i) const { return values_(i); }
+  /// The values as a range of plain pointers.
+  const double* begin() const { return values_.data(); }
+  const double* end() const { return begin() + values_.length(); }
 
   /// The index r of the last value <= t, or -1 for a `t` below the first value. With `left` not 0
   /// and r >= 1 the result is the index of the last value below value r, or 0. Kept as it is: this
   /// steps back for every `t`, not only where `t` equals value r.
-  int findInterval(double t, int left) const;
+  [[nodiscard]] int findInterval(double t, int left) const;
 
   /// Inserts `count` copies of `t` after the values equal to `t`. A `count` below 1 changes
   /// nothing. The new length must be an int. Asserted in debug builds; in release builds nothing
@@ -59,17 +62,18 @@ class KILNBASE_API TnumberSequence {
   int remove(int i);
 
   /// The distinct values, ascending.
-  DoubleVec breakpoints() const;
+  [[nodiscard]] DoubleVec breakpoints() const;
   /// The multiplicity of each breakpoint, in the order of the breakpoints.
-  IntVec multiplicities() const;
+  [[nodiscard]] IntVec multiplicities() const;
   /// The index in `breakpoints()` of the i-th value, or -1 when there is no such value. Takes time
   /// proportional to `i`.
-  int whichBreakpoint(int i) const;
+  [[nodiscard]] int whichBreakpoint(int i) const;
 
   /// The values of `b` that `a` lacks, ascending. Each value of `a` is paired with at most one
   /// value of `b` that is at most `tol` away. As many values as possible are paired. The result is
   /// the unpaired values of `b`.
-  static DoubleVec extra(const TnumberSequence& a, const TnumberSequence& b, double tol);
+  [[nodiscard]] static DoubleVec extra(const TnumberSequence& a, const TnumberSequence& b,
+                                       double tol);
 
   /// Sorts the elements that the vector views, ascending. Equal elements keep their order. NaNs
   /// come last.
@@ -85,8 +89,6 @@ class KILNBASE_API TnumberSequence {
   int readRaw(std::istream& stream);
 
  private:
-  const double* begin() const { return values_.data(); }
-  const double* end() const { return begin() + values_.length(); }
   bool hasRoomFor(unsigned count) const;
 
   DoubleVec values_;  // ascending, of stride 1

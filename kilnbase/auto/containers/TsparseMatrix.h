@@ -82,20 +82,20 @@ class KILNBASE_API TsparseMatrix {
   DoubleVec data() const { return data_; }
 
   /// Element (r, c), searched for along the column; 0 when it is not stored or not in the matrix.
-  double element(int r, int c) const;
+  [[nodiscard]] double element(int r, int c) const;
   double operator()(int r, int c) const { return element(r, c); }
   /// Changes a stored element. Returns 1, or 0 when element (r, c) is not stored.
   int setElement(int r, int c, double v);
 
   /// Row r and column c as new, dense vectors of `cols()` and `rows()` elements; all 0 when there
   /// is no such row or column.
-  DoubleVec row(int r) const;
-  DoubleVec col(int c) const;
+  [[nodiscard]] DoubleVec row(int r) const;
+  [[nodiscard]] DoubleVec col(int c) const;
   /// Makes the vectors new ones that hold the values and rows that column c stores. Returns 1, or 0
   /// when there is no such column.
   int storedCol(int c, DoubleVec& values, IntVec& rows) const;
   /// A new dense matrix of the same elements.
-  DoubleGenMat convert() const;
+  [[nodiscard]] DoubleGenMat convert() const;
 
   /// Appends a column of these elements. Returns 1, or 0 when there are none or the lengths differ.
   ///
@@ -174,7 +174,7 @@ class KILNBASE_API TsparseMatrix {
 /// A times a column vector, new. Takes time in proportion to what is stored. Raises
 /// kMatrixVectorProductError on a mismatch; when the handler returns, the product is taken over the
 /// columns and elements that both have.
-KILNBASE_API DoubleVec product(const TsparseMatrix& a, const DoubleVec& v);
+[[nodiscard]] KILNBASE_API DoubleVec product(const TsparseMatrix& a, const DoubleVec& v);
 /// A row vector times A, which is A transposed times the vector. Raises kVectorMatrixProductError
 /// on a mismatch.
-KILNBASE_API DoubleVec product(const DoubleVec& v, const TsparseMatrix& a);
+[[nodiscard]] KILNBASE_API DoubleVec product(const DoubleVec& v, const TsparseMatrix& a);

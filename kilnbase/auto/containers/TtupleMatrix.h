@@ -57,7 +57,7 @@ class KILNBASE_API TtupleMatrix {
   /// Gives this grid storage of its own, unless nobody shares it.
   void deepenShallowCopy();
   /// An independent grid of the same points.
-  TtupleMatrix copy() const;
+  [[nodiscard]] TtupleMatrix copy() const;
 
   /// Doubles in a point.
   int size() const { return size_; }
@@ -68,7 +68,7 @@ class KILNBASE_API TtupleMatrix {
   const DoubleVec& data() const { return data_; }
 
   /// Point (r, c) as a view of its elements, not checked.
-  DoubleVec point(int r, int c) const {
+  [[nodiscard]] DoubleVec point(int r, int c) const {
     return data_.slice((c * rows_ + r) * size_, static_cast<unsigned>(size_));
   }
   /// Point (r, c), checked.
@@ -81,23 +81,23 @@ class KILNBASE_API TtupleMatrix {
   void boundsCheck(int r, int c) const;
 
   /// The elements of the points of one row or column, checked, as a new vector.
-  DoubleVec row(int r) const { return rowVector(r).data(); }
-  DoubleVec column(int c) const { return columnVector(c).data(); }
+  [[nodiscard]] DoubleVec row(int r) const { return rowVector(r).data(); }
+  [[nodiscard]] DoubleVec column(int c) const { return columnVector(c).data(); }
   /// The points of one row or column, checked, as a new sequence.
-  TtupleVector rowVector(int r) const;
-  TtupleVector columnVector(int c) const;
+  [[nodiscard]] TtupleVector rowVector(int r) const;
+  [[nodiscard]] TtupleVector columnVector(int c) const;
   /// A new grid of the rows or columns named, checked, in that order.
   TtupleMatrix rows(const IntVec& indices) const;
   TtupleMatrix cols(const IntVec& indices) const;
 
   /// Component k of all points, as a matrix that views the grid.
-  DoubleGenMat component(int k) const;
+  [[nodiscard]] DoubleGenMat component(int k) const;
   /// Copies the elements of `values` to component k of the points. Returns 1, or 0 when there is no
   /// such component or `values` is not of rows() rows and cols() columns.
   int setComponent(int k, const DoubleGenMat& values);
 
   /// The Euclidean length of each point, as a new matrix.
-  DoubleGenMat vecLen() const;
+  [[nodiscard]] DoubleGenMat vecLen() const;
 
   /// A grid has no text or raw form: nothing is written or read, and `readRaw` returns 0.
   void printOn(std::ostream& stream) const;

@@ -17,6 +17,8 @@
 ///     TtupleVector middle = curve.lPoints(1, 2);  // a view of two points
 ///     middle[0](0) = 5.0;                       // curve[1] is now 5 2 9
 ///     TtupleVector flat = curve.components(0, 1);  // a copy, in the plane
+///     for (DoubleVec point : flat) point *= 2.0;
+///     TtupleVector square(2, {0, 0, 1, 0, 1, 1, 0, 1});  // four points in the plane
 ///
 /// As with vectors, **copy construction shares** the elements and **assignment copies** them;
 /// `copy` makes an independent sequence. Points and components are views: writing through them
@@ -66,7 +68,7 @@ class KILNBASE_API TtupleVector {
   /// Gives this sequence storage of its own, unless nobody shares it.
   void deepenShallowCopy() { data_.deepenShallowCopy(); }
   /// An independent sequence of the same points.
-  TtupleVector copy() const { return of(data_.copy()); }
+  [[nodiscard]] TtupleVector copy() const { return of(data_.copy()); }
   /// Changes the number of points, keeping the first ones; new ones are 0. Unless the number stays,
   /// the storage is this sequence's own afterwards.
   void resize(int points);
@@ -81,36 +83,46 @@ class KILNBASE_API TtupleVector {
   const DoubleVec& data() const { return data_; }
 
   /// Point i as a view of its elements, not checked.
-  DoubleVec point(int i) const { return data_.slice(i * size_, static_cast<unsigned>(size_)); }
+  [[nodiscard]] DoubleVec point(int i) const {
+    return data_.slice(i * size_, static_cast<unsigned>(size_));
+  }
   /// Point i, checked.
   DoubleVec operator()(int i) const {
     boundsCheck(i);
     return point(i);
   }
   DoubleVec operator[](int i) const { return (*this)(i); }
+  /// The points as a random access range of views.
+  auto begin() const {
+    using Points = vxKilnBase::detail::Lines<TtupleVector, &TtupleVector::point>;
+    return vxKilnBase::detail::PlaceIterator<Points>(Points(*this), 0);
+  }
+  auto end() const { return begin() + points(); }
   /// Unless 0 <= i < points(), reports "bad index" and aborts.
   void boundsCheck(int i) const;
 
   /// Component k of all points, as a view of stride `size()`.
-  DoubleVec component(int k) const;
+  [[nodiscard]] DoubleVec component(int k) const;
   /// A new sequence of points that have the components `first` to `last`, both included, or those
   /// named, in that order. No components give no points, of size 0.
-  TtupleVector components(int first, int last) const;
-  TtupleVector components(const IntVec& indices) const;
+  [[nodiscard]] TtupleVector components(int first, int last) const;
+  [[nodiscard]] TtupleVector components(const IntVec& indices) const;
 
   /// The points `first` to `last`, both included, as a view; none when `last` is below `first`.
   /// Checked, as are the points below.
-  TtupleVector lPoints(int first, int last) const;
+  [[nodiscard]] TtupleVector lPoints(int first, int last) const;
   /// The same points, or those named, in that order, as a new sequence.
-  TtupleVector rPoints(int first, int last) const { return lPoints(first, last).copy(); }
-  TtupleVector rPoints(const IntVec& indices) const;
+  [[nodiscard]] TtupleVector rPoints(int first, int last) const {
+    return lPoints(first, last).copy();
+  }
+  [[nodiscard]] TtupleVector rPoints(const IntVec& indices) const;
   /// Copies all points of `from` to the points `first` to `last`, or those named. Returns 1, or 0
   /// when the numbers or sizes of the points differ. `from` may view this sequence.
   int setPoints(int first, int last, const TtupleVector& from);
   int setPoints(const IntVec& indices, const TtupleVector& from);
 
   /// The Euclidean length of each point, as a new vector.
-  DoubleVec vecLen() const;
+  [[nodiscard]] DoubleVec vecLen() const;
 
   /// A sequence has no text or raw form: nothing is written or read, and `readRaw` returns 0.
   void printOn(std::ostream& stream) const;

@@ -43,9 +43,7 @@ using Objects = Opened<TypedObjArray<Heaped>>;
 
 template <class Array>
 std::vector<double> listed(const Array& array) {
-  std::vector<double> values;
-  for (std::size_t i = 0; i < array.length(); ++i) values.push_back(array[i]);
-  return values;
+  return {array.begin(), array.end()};
 }
 
 template <class Array>

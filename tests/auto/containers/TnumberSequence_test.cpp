@@ -38,6 +38,7 @@ TEST(TnumberSequence, FindsIntervalsAndBreakpoints) {
   }
   EXPECT_EQ(-1, TnumberSequence().findInterval(0, 1));
   const TnumberSequence finite = vec({0, 0, 1, 2});
+  EXPECT_THAT(std::vector(finite.begin(), finite.end()), ElementsAre(0, 0, 1, 2));
   EXPECT_THAT(list(finite.breakpoints()), ElementsAre(0, 1, 2));
   EXPECT_THAT(list(finite.multiplicities()), ElementsAre(2, 1, 1));
   const int expected[] = {-1, 0, 0, 1, 2, -1};

@@ -69,6 +69,15 @@ TEST(TtupleVector, PointsAndComponentsAreViewsOfTheElements) {
   }
 }
 
+TEST(TtupleVector, IsARangeOfViewsOfItsPoints) {
+  TtupleVector curve(2, {0, 1, 2, 3, 4});
+  for (DoubleVec point : curve) point(1) *= 10.0;
+  EXPECT_THAT(curve.data(), ElementsAre(0, 10, 2, 30, 4));
+  auto at = curve.end();
+  at = pairs(3).begin() + 2;  // rebinds, and keeps the points
+  EXPECT_THAT(*at, ElementsAre(4, 5));
+}
+
 TEST(TtupleVector, ConstructorsRaiseSizesBelowOneButForRows) {
   const double values[] = {1, 2, 3, 4, 5, 6};
   const double* rows[] = {values, values + 2, values + 1};

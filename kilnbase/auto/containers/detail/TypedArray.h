@@ -65,6 +65,12 @@ class TypedArray : public Base {
   T* last() { return elements() + this->length() - 1; }
   const T* last() const { return elements() + this->length() - 1; }
 
+  /// The elements as a range of plain pointers, valid until the array grows.
+  T* begin() { return elements(); }
+  T* end() { return elements() + this->length(); }
+  const T* begin() const { return elements(); }
+  const T* end() const { return elements() + this->length(); }
+
   /// Adds the elements of `other`, which may be this array.
   Result catenate(const TypedArray& other) requires std::copy_constructible<T> {
     return addLast(other.elements(), other.length());
