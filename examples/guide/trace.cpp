@@ -1,10 +1,10 @@
 // The program of docs/guide/trace.md.
 #include <cstdlib>
+#include <fstream>
 #include <string>
 #include <string_view>
 
 #include <kilnbase/services/MorlaTrace.h>
-#include <vx/File.h>
 #include <vx/Process.h>
 #include <vx/SysInfo.h>
 
@@ -39,12 +39,24 @@ std::string tracedLines() {
 }
 //! [lines]
 
+void toText(const std::string& folder) {
+  //! [text]
+  MorlaTrace::initLog((folder + "/logs").c_str(), "wing");  // where texts go, and their name
+  MorlaTrace::dumpLog();  // for a mail to support: MorlaTraceLog-USER-wing-STAMP.log
+  //! [text]
+  const std::filesystem::directory_iterator logs(folder + "/logs");
+  std::string line;
+  std::getline(std::ifstream(logs->path()), line);
+  expect(line.ends_with("<Undo> undo \"Move\""));
+}
+
 void levels(const std::string& folder) {
   //! [levels]
   MorlaTrace::initialize(folder.c_str(), 4096, 1);
   MorlaTrace::trace1(MorlaTrace::Undo, "undo \"%s\"", "Move");
   MorlaTrace::trace2(MorlaTrace::Undo, "costly detail");  // above the level: dropped
   expect(tracedLines() == "<Undo> undo \"Move\"\n");
+  toText(folder);  // see "Reading"
   MorlaTrace::finalize();
   expect(!MorlaTrace::enabled());
   expect(tracedLines().empty());  // the level is 0; the file stays, for tracelog

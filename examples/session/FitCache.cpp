@@ -75,6 +75,7 @@ CString FitCache::keyOf(const std::string& name) const {
   return CString((digest_ + "/" + name).c_str());
 }
 
+//! [read]
 template <class Read>
 auto FitCache::read(const std::string& name, Read readFile) -> decltype(readFile(CString())) {
   const auto item = cache_.find(keyOf(name));
@@ -84,6 +85,7 @@ auto FitCache::read(const std::string& name, Read readFile) -> decltype(readFile
   if (!content) cache_.remove(item);
   return content;
 }
+//! [read]
 
 template <class Write>
 void FitCache::write(const std::string& name, Write writeFile) {
