@@ -13,4 +13,4 @@ prefix=$(cd "$folder"/* && pwd)
 for program in drawview morlaWarning tracelog vxcached; do
   "$prefix/bin/$program" --version
 done
-ls "$prefix"/share/licenses/KilnBase/{LICENSE,THIRD-PARTY} "$prefix/README.md"
+ls "$prefix"/share/licenses/KilnBase/{LICENSE,copyright.txt} "$prefix/README.md"

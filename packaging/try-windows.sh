@@ -36,4 +36,4 @@ useFromC msvc "$here/windows/clang-msvc.cmake"
 for program in drawview morlaWarning tracelog vxcached; do
   run "$prefix/bin/$program.exe" --version
 done
-ls "$prefix"/share/licenses/KilnBase/{LICENSE,THIRD-PARTY,GPL-3,*mingw-w64*} "$prefix/README.md"
+ls "$prefix"/share/licenses/KilnBase/{LICENSE,copyright.txt,GPL-3.txt,*mingw-w64*} "$prefix/README.md"
