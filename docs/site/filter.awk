@@ -14,21 +14,49 @@ function baseName(path) {
   return path
 }
 
-# The name of the folder that a file is in. What users see of details belongs to the folder above.
-function folderOf(path) {
+# The topic of the folder that a file is in. What users see of details belongs to the folder above.
+# Small folders have no topic of their own.
+function topicOf(path) {
   sub(/(\/detail)?\/[^\/]*$/, "", path)
   sub(/.*\//, "", path)
+  if (path == "DS" || path == "anim") path = "util"
+  return "folder_" path
+}
+
+# How programs include the file.
+function includeOf(path) {
+  sub("^" ENVIRON["PWD"] "/", "", path)
+  sub(/\.in$/, "", path)
   return path
 }
 
-# Whether the header declares a class, or a name of a class, that has the name of the header.
-function isNamedAfterClass(name,   line, found, first) {
+# Reads the header ahead. `own` tells that it is not named after a class that it declares or names. The
+# lines of examples, which are indented by four blanks behind a blank line of a comment, are noted in
+# `inCode`, the last one of each in `endsCode`.
+function lookAhead(name,   line, number, first, named, text, afterBlank, last) {
   while ((getline line <FILENAME) > 0) {
-    if (!first) first = line
-    if (line ~ "^(class|struct|using) ([A-Z_]+ )?" name "( |$)") found = 1
+    if (++number == 1) first = line
+    if (line ~ "^(class|struct|using) ([A-Z_]+ )?" name "( |$)") named = 1
+    text = line
+    if (!sub(/^ *(\/\/\/?|\/\*\*?|\*\/?)( |$)/, "", text)) text = "."
+    if (text ~ /^    / && (afterBlank || last)) inCode[last = number] = 1
+    else if (text !~ /^ *$/ || !last) {
+      if (last) endsCode[last] = 1
+      last = 0
+    }
+    afterBlank = text ~ /^ *$/
   }
   close(FILENAME)
-  return found && first !~ /^\/\*/
+  own = (!named || first ~ /^\/\*/) && FILENAME !~ /\/detail\//
+}
+
+# Marks the lines of examples as code, which gets colours and links.
+function marked(line) {
+  if (!(FNR in inCode)) return line
+  if (inExample) sub(/    /, "", line)
+  else sub(/     ?/, "@code{.cpp}", line)
+  inExample = !(FNR in endsCode)
+  return line (inExample ? "" : " @endcode")
 }
 
 # The text of a line of a comment.
@@ -108,21 +136,30 @@ function addToParagraph(text) {
 
 FNR == 1 {
   name = baseName(FILENAME)
-  topic = "folder_" folderOf(FILENAME)
-  surplus = 0
-  own = !isNamedAfterClass(name) && FILENAME !~ /\/detail\//
+  topic = topicOf(FILENAME)
+  lookAhead(name)
   atTop = 1
   starred = /^\/\*/
 }
 
+# In templates of headers.
+/@PROJECT_VERSION/ {
+  split(ENVIRON["KILNBASE_VERSION"], numbers, ".")
+  sub(/@PROJECT_VERSION_MAJOR@/, numbers[1])
+  sub(/@PROJECT_VERSION_MINOR@/, numbers[2])
+  sub(/@PROJECT_VERSION_PATCH@/, numbers[3])
+  sub(/@PROJECT_VERSION@/, ENVIRON["KILNBASE_VERSION"])
+}
+
 # The comment at the top. What it gets more lines is taken away from the include guard.
 atTop && (starred || /^\/\//) {
-  text = commentText($0)
+  text = commentText(marked($0))
   if (own && FNR == 1) {
     title = text
-    sub(/[.:,]( .*)?$/, "", title)
+    sub(/[.:]( .*)?$/, "", title)
+    if (length(title) > 44) sub(/(,| \(| that ).*/, "", title)
     if (text == title ".") text = ""
-    printf "/** @defgroup %s %s\n@brief `#include <%s>` @details ", name, title, FILENAME
+    printf "/** @defgroup %s %s\n@brief `#include <%s>` @details ", name, title, includeOf(FILENAME)
     ++surplus
     parent = topic
     topic = name
@@ -158,13 +195,13 @@ surplus && (/^$/ || /^#define [A-Z_]+_H$/) {
 inComment || /^ *\/\*\*/ {
   addToParagraph(commentText($0))
   inComment = !/\*\//
-  print
+  print marked($0)
   next
 }
 
 /^ *\/\/\/( |$)/ {
   addToParagraph(commentText($0))
-  print
+  print marked($0)
   next
 }
 

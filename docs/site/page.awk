@@ -1,13 +1,30 @@
 # Prepares a page for Doxygen:  awk -f page.awk PAGE.md
 #
-# Gives a page that has no label the one of its file: decompositions.md becomes {#decompositions}.
+# - A page that has no label gets the one of its file: decompositions.md becomes {#decompositions}.
+#   A README.md gets its title.
+# - What the lists of pages name at the start of an item lies under that list.
+# - Snippets lose the indentation that they have in their programs.
 
-FNR == 1 && /^# / && !/\{#/ {
-  label = FILENAME
-  sub(/.*\//, "", label)
-  sub(/\.md$/, "", label)
-  gsub(/-/, "_", label)
-  $0 = $0 " {#" label "}"
+function labelOf(path,   folder) {
+  folder = path ~ /(^|\/)guide\// ? "guide_" : ""
+  sub(/.*\//, "", path)
+  sub(/\.md.*/, "", path)
+  gsub(/-/, "_", path)
+  return folder path
 }
 
-{ print }
+FNR == 1 && /^# / && !/\{#/ {
+  $0 = $0 " {#" (FILENAME ~ /README/ ? substr($0, 3) : labelOf(FILENAME)) "}"
+}
+
+FILENAME ~ /\/(guides|formats)\.md$/ && match($0, /^- \[[^]]*\]\([a-z\/-]*\.md\)/) {
+  title = target = substr($0, 4, RLENGTH - 4)
+  sub(/\].*/, "", title)
+  sub(/.*\(/, "", target)
+  $0 = "- \\subpage " labelOf(target) " \"" title "\"" substr($0, RLENGTH + 1)
+}
+
+{
+  sub(/^\\snippet /, "\\snippet{trimleft} ")
+  print
+}
