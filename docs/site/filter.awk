@@ -32,8 +32,8 @@ function includeOf(path) {
 
 # Reads the header ahead. `own` tells that it is not named after a class that it declares or names. The
 # lines of examples, which are indented by four blanks behind a blank line of a comment, are noted in
-# `inCode`, the last one of each in `endsCode`.
-function lookAhead(name,   line, number, first, named, text, afterBlank, last) {
+# `inCode`, the last one of each in `endsCode`. Details and specializations are `internal`.
+function lookAhead(name,   line, number, first, named, text, afterBlank, last, specialization, inDetail, depth) {
   while ((getline line <FILENAME) > 0) {
     if (++number == 1) first = line
     if (line ~ "^(class|struct|using) ([A-Z_]+ )?" name "( |$)") named = 1
@@ -45,6 +45,16 @@ function lookAhead(name,   line, number, first, named, text, afterBlank, last) {
       last = 0
     }
     afterBlank = text ~ /^ *$/
+    if (line ~ /^template <>$/) specialization = number
+    else if (specialization && line !~ /^(class|struct)/) internal[number] = internal[number - 1] = 1
+    if (line !~ /^template <>$/) specialization = 0
+    if (line ~ /^namespace (vxKilnBase::)?detail \{$/ && FILENAME !~ /\/detail\//) inDetail = 1
+    if (inDetail) {
+      internal[number] = 1
+      text = codeOf(line)
+      depth += gsub(/\{/, "", text) - gsub(/\}/, "", text)
+      inDetail = depth > 0
+    }
   }
   close(FILENAME)
   own = (!named || first ~ /^\/\*/) && FILENAME !~ /\/detail\//
@@ -140,6 +150,11 @@ FNR == 1 {
   lookAhead(name)
   atTop = 1
   starred = /^\/\*/
+}
+
+FNR in internal {
+  print ""
+  next
 }
 
 # In templates of headers.

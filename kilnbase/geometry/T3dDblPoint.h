@@ -9,6 +9,7 @@
 /// nothing is divided. T4dDblMatrix.h defines the products. Comparisons return 0 or 1.
 class T3dDblPoint {
  public:
+  /// The coordinates.
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;
@@ -17,9 +18,11 @@ class T3dDblPoint {
   KILNBASE_API static const T3dDblPoint origin;
 
   constexpr T3dDblPoint() = default;
+  /// The coordinates as given; those of a vector count from the origin.
   constexpr T3dDblPoint(double x_, double y_, double z_) : x(x_), y(y_), z(z_) {}
   constexpr T3dDblPoint(const T4dDblVector& v) : T3dDblPoint(v.x, v.y, v.z) {}
 
+  /// Exact: all coordinates are equal.
   constexpr int operator==(const T3dDblPoint& p) const { return x == p.x && y == p.y && z == p.z; }
   constexpr int operator!=(const T3dDblPoint& p) const { return !(*this == p); }
   constexpr int operator==(const T4dDblVector& v) const { return *this == T3dDblPoint(v); }
@@ -33,9 +36,11 @@ class T3dDblPoint {
     return tol * tol >= distance2To(p);
   }
 
+  /// The displacement from `p` to this point.
   constexpr T4dDblVector operator-(const T3dDblPoint& p) const {
     return {x - p.x, y - p.y, z - p.z};
   }
+  /// The point moved by the vector.
   constexpr T3dDblPoint operator+(const T4dDblVector& v) const {
     return {x + v.x, y + v.y, z + v.z};
   }
@@ -43,6 +48,7 @@ class T3dDblPoint {
   /// Deleted: the weight would be lost.
   T3dDblPoint operator+(const T4dDblPoint& p) const = delete;
   T4dDblVector operator-(const T4dDblPoint& p) const = delete;
+  /// The squared distance.
   [[nodiscard]] constexpr double distance2To(const T3dDblPoint& p) const {
     return (*this - p).norm();
   }
@@ -50,6 +56,7 @@ class T3dDblPoint {
   /// this := p * M.
   constexpr T3dDblPoint& setToProduct(const T3dDblPoint& p, const T4dDblMatrix& m);
   constexpr T3dDblPoint& postmultBy(const T4dDblMatrix& m);
+  /// p * M.
   constexpr T3dDblPoint operator*(const T4dDblMatrix& m) const;
 
   /// Writes "(x, y, z)".

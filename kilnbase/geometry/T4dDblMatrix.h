@@ -31,12 +31,14 @@ class T4dDblMatrix {
   /// The identity.
   constexpr T4dDblMatrix() : T4dDblMatrix(1, 0, 0, 0, 1, 0, 0, 0, 1) {}
 
+  /// Row r, column c; not checked.
   constexpr double& operator()(short r, short c) { return element_[r][c]; }
   constexpr const double& operator()(short r, short c) const { return element_[r][c]; }
   /// The four elements of row r.
   constexpr double* operator[](std::size_t r) { return element_[r]; }
   constexpr const double* operator[](std::size_t r) const { return element_[r]; }
 
+  /// Exact: all elements are equal.
   constexpr int operator==(const T4dDblMatrix& m) const;
   constexpr int operator!=(const T4dDblMatrix& m) const { return !(*this == m); }
   /// Whether all elements differ by at most `tol`.
@@ -48,15 +50,19 @@ class T4dDblMatrix {
   constexpr T4dDblMatrix& postmultBy(const T4dDblMatrix& m) { return setToProduct(*this, m); }
   /// this := M * this.
   constexpr T4dDblMatrix& premultBy(const T4dDblMatrix& m) { return setToProduct(m, *this); }
+  /// The product this * M, new or in place.
   constexpr T4dDblMatrix operator*(const T4dDblMatrix& m) const;
   constexpr T4dDblMatrix& operator*=(const T4dDblMatrix& m) { return postmultBy(m); }
 
+  /// Sets this matrix to the identity.
   constexpr T4dDblMatrix& setToIdentity() { return *this = T4dDblMatrix(); }
+  /// The transposed matrix, new or in place.
   [[nodiscard]] constexpr T4dDblMatrix transpose() const;
   constexpr T4dDblMatrix& transposeIt() { return *this = transpose(); }
   /// Inverts by Gauss-Jordan elimination with partial pivoting. The inverse of a singular matrix
   /// has infinite or NaN elements.
   KILNBASE_API T4dDblMatrix& invertIt();
+  /// The same, new.
   [[nodiscard]] KILNBASE_API T4dDblMatrix inverse() const;
   /// The determinant of the upper left 3x3.
   [[nodiscard]] constexpr double det3x3() const;
@@ -67,6 +73,7 @@ class T4dDblMatrix {
   /// this := R * this, where R is the rotation of `setToAxisRotate`. An angle of 0 changes nothing.
   KILNBASE_API T4dDblMatrix& axisRotateIt(const T4dDblVector& axis, double angle);
 
+  /// Row by row.
   KILNBASE_API T4dDblMatrix& setFromDouble(const double elements[4][4]);
   KILNBASE_API T4dDblMatrix& setFromFloat(const float elements[4][4]);
   KILNBASE_API void copyToFloat(float elements[4][4]) const;

@@ -16,6 +16,7 @@
 /// Comparisons return 0 or 1. Nothing guards against w = 0: the results are infinite or NaN.
 class T4dDblPoint {
  public:
+  /// The components; the weight is 1 in a Cartesian point.
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;
@@ -25,6 +26,7 @@ class T4dDblPoint {
   KILNBASE_API static const T4dDblPoint origin;
 
   constexpr T4dDblPoint() = default;
+  /// The components as given; nothing is divided.
   constexpr T4dDblPoint(double x_, double y_, double z_, double w_) : x(x_), y(y_), z(z_), w(w_) {}
   constexpr T4dDblPoint& set(double newX, double newY, double newZ, double newW) {
     x = newX;
@@ -41,6 +43,7 @@ class T4dDblPoint {
   double* array() { return reinterpret_cast<double*>(this); }
   const double* array() const { return reinterpret_cast<const double*>(this); }
 
+  /// Exact: all four components are equal.
   constexpr int operator==(const T4dDblPoint& p) const {
     return x == p.x && y == p.y && z == p.z && w == p.w;
   }
@@ -69,6 +72,7 @@ class T4dDblPoint {
   T4dDblPoint operator+(const T4dDblPoint& p) const = delete;
   /// Deleted: the result would be a point instead of the displacement.
   T4dDblVector operator-(const T3dDblPoint& p) const = delete;
+  /// The distance of the Cartesian forms.
   [[nodiscard]] double distanceTo(const T4dDblPoint& p) const { return (*this - p).length(); }
 
   /// (x/w, y/w, z/w, 1).

@@ -29,6 +29,7 @@ enum class Taxis { X, Y, Z };
 ///     v.postmultBy(Tscale(2, 1, 1));    // (1.2, 0, 0.8)
 class T4dDblVector {
  public:
+  /// The components.
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;
@@ -37,10 +38,12 @@ class T4dDblVector {
   KILNBASE_API static const T4dDblVector identity;
 
   constexpr T4dDblVector() = default;
+  /// The components as given; a point counts as its displacement from the origin.
   constexpr T4dDblVector(double x_, double y_, double z_) : x(x_), y(y_), z(z_) {}
   constexpr T4dDblVector(const T3dDblPoint& p);
   /// Drops `w`, without dividing by it.
   constexpr T4dDblVector(const T4dDblPoint& p);
+  /// Sets the components.
   constexpr T4dDblVector& set(double newX, double newY, double newZ) {
     x = newX;
     y = newY;
@@ -62,6 +65,7 @@ class T4dDblVector {
   double* array() { return reinterpret_cast<double*>(this); }
   const double* array() const { return reinterpret_cast<const double*>(this); }
 
+  /// Exact: all components are equal.
   constexpr int operator==(const T4dDblVector& v) const { return x == v.x && y == v.y && z == v.z; }
   constexpr int operator!=(const T4dDblVector& v) const { return !(*this == v); }
   constexpr int operator==(const T3dDblPoint& p) const;
@@ -71,6 +75,7 @@ class T4dDblVector {
   [[nodiscard]] int equivalent(const T4dDblVector& v, double tol) const {
     return (*this - v).length() < tol;
   }
+  /// Whether the length differs from 1 by less than `tol`.
   [[nodiscard]] int unitLength(double tol) const { return std::fabs(length() - 1.0) < tol; }
   /// Whether both directions, normalised, are `equivalent`, or one and the opposite of the other.
   [[nodiscard]] int parallel(const T4dDblVector& v, double tol) const {
@@ -79,6 +84,7 @@ class T4dDblVector {
     return normal.equivalent(other, tol) || normal.equivalent(-other, tol);
   }
 
+  /// Component by component.
   constexpr T4dDblVector operator+(const T4dDblVector& v) const {
     return {x + v.x, y + v.y, z + v.z};
   }
@@ -88,6 +94,7 @@ class T4dDblVector {
   constexpr T4dDblVector operator-() const { return {-x, -y, -z}; }
   constexpr T4dDblVector operator*(double s) const { return {x * s, y * s, z * s}; }
   friend constexpr T4dDblVector operator*(double s, const T4dDblVector& v) { return v * s; }
+  /// Component by component.
   constexpr T4dDblVector& operator*=(double s) { return *this = *this * s; }
   constexpr T4dDblVector& operator+=(const T4dDblVector& v) { return *this = *this + v; }
   /// Deleted: the weight of the point would be lost. Write T4dDblVector(p) where that is meant.
@@ -101,12 +108,15 @@ class T4dDblVector {
   [[nodiscard]] constexpr T4dDblVector inverse() const { return -*this; }
   constexpr T4dDblVector& invertIt() { return *this = -*this; }
 
+  /// The sum of the products of the components.
   [[nodiscard]] constexpr double dotProduct(const T4dDblVector& v) const {
     return x * v.x + y * v.y + z * v.z;
   }
   /// The squared length.
   [[nodiscard]] constexpr double norm() const { return dotProduct(*this); }
+  /// The length.
   [[nodiscard]] double length() const { return std::sqrt(norm()); }
+  /// The cross product, right-handed.
   [[nodiscard]] constexpr T4dDblVector crossProduct(const T4dDblVector& v) const {
     return {y * v.z - z * v.y, z * v.x - x * v.z, x * v.y - y * v.x};
   }
@@ -116,12 +126,14 @@ class T4dDblVector {
     return *this = a.crossProduct(b);
   }
 
+  /// Divides the vector by its length, unless that is 1e-9 or less.
   T4dDblVector& normalizeIt() { return normalizeIt(length()); }
   /// Normalises a vector whose length the caller knows.
   constexpr T4dDblVector& normalizeIt(double len) {
     if (len > 1e-9) *this *= 1.0 / len;
     return *this;
   }
+  /// The vector divided by its length, as `normalizeIt` does.
   [[nodiscard]] T4dDblVector getNormal() const {
     T4dDblVector normal = *this;
     return normal.normalizeIt();

@@ -23,10 +23,12 @@ class Tangle {
  public:
   /// 0 degrees.
   constexpr Tangle() = default;
+  /// As after `degrees` and `setCosSin`.
   constexpr Tangle(double degrees) { this->degrees(degrees); }
   Tangle(long degrees) { this->degrees(degrees); }
   constexpr Tangle(double cosine, double sine) { setCosSin(cosine, sine); }
 
+  /// Sets the angle in degrees.
   constexpr void degrees(double value) {
     degrees_ = value;
     valid_ = kDegrees;
@@ -34,16 +36,19 @@ class Tangle {
   /// Sets the remainder of `value` by 360, which has the sign of `value`. A negative multiple of 15
   /// is raised by 360.
   KILNBASE_API void degrees(long value);
+  /// Sets the angle in radians.
   constexpr void radians(double value) {
     radians_ = value;
     valid_ = kRadians;
   }
+  /// Sets the angle by its cosine and sine, which are stored as they are.
   constexpr void setCosSin(double cosine, double sine) {
     cos_ = cosine;
     sin_ = sine;
     valid_ = kCosSin;
   }
 
+  /// The angle, computed from what was set when it is asked for the first time.
   double degrees() const {
     need(kDegrees);
     return degrees_;

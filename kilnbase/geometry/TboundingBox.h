@@ -46,6 +46,7 @@ class KILNBASE_API TboundingBox {
   TboundingBox& operator=(const TboundingBox& other);
   TboundingBox& operator=(TboundingBox&& other);
 
+  /// The number of coordinates of a corner.
   int boxDim() const { return static_cast<int>(minCorner_.length()); }
   /// The corners. A vector that is copied from one without `copy` views the coordinates of the box.
   const DoubleVec& minCorner() const { return minCorner_; }

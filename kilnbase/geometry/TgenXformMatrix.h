@@ -22,16 +22,19 @@
 ///     m.transformPoint(p);    // scaled, then moved: 3, 0, 0
 class KILNBASE_API TgenXformMatrix : public T4dDblMatrix {
  public:
+  /// this := T * this, where T is the translation.
   TgenXformMatrix& translate(double x, double y, double z);
   TgenXformMatrix& translate(const double v[3]) { return translate(v[0], v[1], v[2]); }
   /// Deleted: a literal 0 would be a null pointer.
   TgenXformMatrix& translate(std::nullptr_t) = delete;
+  /// this := S * this, where S is the scale.
   TgenXformMatrix& scale(double s) { return scale(s, s, s); }
   /// Makes a literal 0 a scale instead of a null pointer.
   template <std::integral Integer>
   TgenXformMatrix& scale(Integer s) {
     return scale(static_cast<double>(s));
   }
+  /// this := S * this, where S is the scale along the axes.
   TgenXformMatrix& scale(double sx, double sy, double sz);
   TgenXformMatrix& scale(const double s[3]) { return scale(s[0], s[1], s[2]); }
   /// Rotates about the X axis. A plain number is an angle in degrees.
@@ -62,6 +65,7 @@ class KILNBASE_API TgenXformMatrix : public T4dDblMatrix {
   /// `transformPoint` with in[3] = 1. Kept as it is: the translation is added, unlike in
   /// `T4dDblVector::postmultBy`. Callers rely on this.
   void transformVector(const double in[3], double out[3]) const;
+  /// The same in place.
   void transformVector(double v[3]) const { transformVector(v, v); }
 
  private:

@@ -8,6 +8,7 @@
 /// The plane a*x + b*y + c*z + d = 0. The unit normal is (a, b, c).
 class Tplane {
  public:
+  /// The coefficients.
   double a = 0.0;
   double b = 0.0;
   double c = 1.0;
@@ -28,6 +29,7 @@ class Tplane {
   /// Sets the plane through the point and the tolerance to 1e-9. Kept as it is: the stored x, y and
   /// z are used, whatever the weight. The normal is normalised unless its length is 1e-9 or less.
   KILNBASE_API Tplane& setPlane(const T4dDblPoint& p, T4dDblVector n);
+  /// The normal, (a, b, c).
   [[nodiscard]] constexpr T4dDblVector normal() const { return {a, b, c}; }
 
   /// Intersects the plane with the line p + t*v and sets `out` to the intersection, a Cartesian

@@ -32,6 +32,7 @@ class TpostXformMatrix : protected T4dDblMatrix {
   /// translation by `q` about the rotate pivot.
   KILNBASE_API TpostXformMatrix& operator+=(const TunitQuaternion& q);
 
+  /// The components as they are stored.
   [[nodiscard]] T4dDblVector translation() const { return translation_; }
   [[nodiscard]] TunitQuaternion rotation() const { return rotation_; }
   [[nodiscard]] Tscale scale() const { return scale_; }

@@ -17,6 +17,7 @@ class TunitQuaternion;
 /// Comparisons return 0 or 1.
 class Tquaternion {
  public:
+  /// The components.
   double w = 1.0;
   double x = 0.0;
   double y = 0.0;
@@ -33,6 +34,7 @@ class Tquaternion {
     return setToRotation(m);
   }
 
+  /// Exact: all components are equal.
   constexpr int operator==(const Tquaternion& q) const {
     return w == q.w && x == q.x && y == q.y && z == q.z;
   }
@@ -43,6 +45,7 @@ class Tquaternion {
     return std::sqrt((*this - q).norm()) <= (tol > 0.0 ? tol : 0.0);
   }
 
+  /// Component by component.
   constexpr Tquaternion operator+(const Tquaternion& q) const {
     return {w + q.w, x + q.x, y + q.y, z + q.z};
   }
@@ -52,11 +55,13 @@ class Tquaternion {
   constexpr Tquaternion operator-() const { return {-w, -x, -y, -z}; }
   constexpr Tquaternion& negateIt() { return *this = -*this; }
   constexpr Tquaternion& scaleIt(double s) { return *this = {w * s, x * s, y * s, z * s}; }
+  /// The product of Hamilton: the rotation of `q` acts first.
   constexpr Tquaternion operator*(const Tquaternion& q) const {
     return {w * q.w - x * q.x - y * q.y - z * q.z, w * q.x + x * q.w + y * q.z - z * q.y,
             w * q.y - x * q.z + y * q.w + z * q.x, w * q.z + x * q.y - y * q.x + z * q.w};
   }
 
+  /// (w, -x, -y, -z).
   [[nodiscard]] constexpr Tquaternion conjugate() const { return {w, -x, -y, -z}; }
   constexpr Tquaternion& conjugateIt() { return *this = conjugate(); }
   /// The conjugate divided by the squared length; infinite or NaN for the quaternion 0.
@@ -68,6 +73,7 @@ class Tquaternion {
 
   /// The quaternion divided by its length. A length of 1e-9 or less gives the identity.
   [[nodiscard]] TunitQuaternion normalize() const;
+  /// The same in place.
   Tquaternion& normalizeIt() {
     const double n = std::sqrt(norm());
     return *this = n <= 1e-9 ? Tquaternion() : Tquaternion(w / n, x / n, y / n, z / n);
@@ -84,6 +90,7 @@ class Tquaternion {
   /// The exponential of (0, x, y, z): `w` is not used.
   [[nodiscard]] KILNBASE_API TunitQuaternion exp() const;
 
+  /// The matrix of the rotation, which divides by the squared length.
   constexpr void convertToMatrix(T4dDblMatrix& m) const { m = *this; }
   constexpr operator T4dDblMatrix() const;
 

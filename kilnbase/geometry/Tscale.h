@@ -9,6 +9,7 @@
 /// Copies, `invertIt` and writes to the fields are not clamped. Comparisons return 0 or 1.
 class Tscale {
  public:
+  /// The factors along the axes.
   double x = 1.0;
   double y = 1.0;
   double z = 1.0;
@@ -17,10 +18,12 @@ class Tscale {
   KILNBASE_API static const Tscale identity;
 
   constexpr Tscale() = default;
+  /// Each value is clamped.
   constexpr Tscale(double x_, double y_, double z_) { set(x_, y_, z_); }
   constexpr Tscale(const Tscale&) = default;
   constexpr virtual ~Tscale() {}
   constexpr Tscale& operator=(const Tscale&) = default;
+  /// Each value is clamped.
   constexpr Tscale& set(double s) { return set(s, s, s); }
   constexpr Tscale& set(double newX, double newY, double newZ) {
     x = clamped(newX);

@@ -23,14 +23,17 @@ class TunitQuaternion : public Tquaternion {
     return *this;
   }
 
+  /// The product of Hamilton: the rotation of `q` acts first.
   constexpr TunitQuaternion operator*(const TunitQuaternion& q) const {
     return TunitQuaternion(Tquaternion::operator*(q));
   }
   constexpr Tquaternion operator*(const Tquaternion& q) const { return Tquaternion::operator*(q); }
   using Tquaternion::operator-;
+  /// The negated quaternion, which is the same rotation.
   constexpr TunitQuaternion operator-() const { return TunitQuaternion(Tquaternion::operator-()); }
   constexpr TunitQuaternion& negateIt() { return *this = -*this; }
 
+  /// The rotation back.
   [[nodiscard]] constexpr TunitQuaternion conjugate() const {
     return TunitQuaternion(Tquaternion::conjugate());
   }
@@ -39,6 +42,7 @@ class TunitQuaternion : public Tquaternion {
   [[nodiscard]] constexpr TunitQuaternion inverse() const { return conjugate(); }
   constexpr TunitQuaternion& invertIt() { return conjugateIt(); }
 
+  /// Makes the length 1 again, which rounding has changed.
   TunitQuaternion& normalizeIt() {
     Tquaternion::normalizeIt();
     return *this;
@@ -55,6 +59,7 @@ class TunitQuaternion : public Tquaternion {
 
  protected:
   friend class Tquaternion;
+  /// The components as they are; not normalised.
   constexpr explicit TunitQuaternion(const Tquaternion& q) : Tquaternion(q) {}
 };
 

@@ -57,8 +57,10 @@ class KILNBASE_API TxformMatrix : public T4dDblMatrix {
   /// The translation, mapped back through rotation and scale. With all pivots at 0 this is the
   /// assigned vector.
   [[nodiscard]] T4dDblVector translation() const;
+  /// The components as they are stored.
   [[nodiscard]] TunitQuaternion rotation() const { return rotation_; }
   [[nodiscard]] Tscale scale() const { return scale_; }
+  /// The scale pivot in the untransformed space.
   [[nodiscard]] T4dDblPoint scalePivotPoint() const;
   /// The rotate pivot in the untransformed space.
   [[nodiscard]] T4dDblPoint rotatePivotPoint() const;

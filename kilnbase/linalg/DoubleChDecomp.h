@@ -87,6 +87,7 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   /// rounding. Later it tells little: `update`, `downdate` and `shift` rightfully make diagonal
   /// elements negative, and `solve` works with them.
   [[nodiscard]] bool fail() const;
+  /// The opposite of `fail`.
   [[nodiscard]] bool good() const { return !fail(); }
 
   /// (R(n-1, n-1) / R(0, 0))² when all columns but the last are factored, otherwise 0. Raises the

@@ -35,6 +35,7 @@ namespace vxKilnBase {
 template <class Matrix>
 class KILNBASE_API Fact : public Matrix {
  public:
+  /// What messages call this class.
   static constexpr const char* className =
       std::same_as<Matrix, DoubleGenMat> ? "DoubleGenFact" : "DoubleSymFact";
 
@@ -85,6 +86,7 @@ class KILNBASE_API Fact : public Matrix {
   [[nodiscard]] bool isSingular() const { return rcond_ + 1.0 == 1.0; }
   /// Whether nothing can be solved: the matrix is singular or has no rows.
   [[nodiscard]] bool fail() const { return Matrix::rows() == 0 || isSingular(); }
+  /// The opposite of `fail`.
   [[nodiscard]] bool good() const { return !fail(); }
 
  private:

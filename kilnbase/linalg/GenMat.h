@@ -53,6 +53,7 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   GenMat() = default;
   /// m rows and n columns, not initialised.
   explicit GenMat(unsigned m, unsigned n);
+  /// All elements are `value`.
   explicit GenMat(unsigned m, unsigned n, T value);
   /// These rows. Each row that is shorter than the longest raises kVectorLengthsError; when the
   /// handler returns, elements that a row lacks are 0.
@@ -91,12 +92,14 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   GenMat& operator=(const GenMat& b);
   /// The same; but a matrix whose view was moved away takes the view of `b` over.
   GenMat& operator=(GenMat&& b);
+  /// Copies the picked elements. Raises kMatrixSizesError when the sizes differ.
   template <std::same_as<GenMatPick<T>> Pick>
   GenMat& operator=(const Pick& pick) {
     return *this = GenMat(pick);
   }
   /// Sets every element.
   GenMat& operator=(T value);
+  /// Sets every element to 0.
   void zero() { *this = T(0); }
 
   /// Makes this matrix a view of `other`, of any size.
@@ -115,6 +118,7 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
   /// Changes the size. Another number of elements loses them; the new ones are not initialised.
   void reshape(unsigned m, unsigned n);
 
+  /// The size.
   unsigned rows() const { return nrows_; }
   unsigned cols() const { return ncols_; }
 
@@ -192,6 +196,7 @@ class KILNBASE_API GenMat : public detail::ElementwiseMatrix<GenMat<T>, T> {
 /// `product(a, v)` or `product(v, a)`.
 struct UseProductInstead {};
 
+/// A vector, and no matrix, which is a vector of its elements.
 template <class V>
 concept ExactlyAVec = std::same_as<V, Vec<typename V::Element>>;
 

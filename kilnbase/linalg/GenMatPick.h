@@ -23,9 +23,11 @@ class KILNBASE_API GenMatPick {
   GenMatPick& operator=(const GenMatPick& pick);
   GenMatPick& operator=(T value);
 
+  /// Element (p, q) of the pick, not checked.
   T& operator()(int p, int q) { return matrix_(rowIndices_(p), columnIndices_(q)); }
   T operator()(int p, int q) const { return matrix_(rowIndices_(p), columnIndices_(q)); }
 
+  /// The number of picked rows and columns.
   unsigned rows() const { return rowIndices_.length(); }
   unsigned cols() const { return columnIndices_.length(); }
 

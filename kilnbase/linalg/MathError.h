@@ -37,6 +37,7 @@ struct MathErrorRecord {
   std::uint16_t classTag;  ///< Class that raised the error; 0xF000 for errors raised by number.
 };
 
+/// A message of a catalogue.
 struct MathCatalogEntry {
   std::uint32_t severity;  ///< 0 warning, 2 fatal.
   const char* message;     ///< printf format.
@@ -45,9 +46,9 @@ struct MathCatalogEntry {
 /// A message catalogue. The caller of `addMathCatalog` keeps ownership; only `next` is written.
 struct MathMessageCatalog {
   std::uint32_t id;  ///< 3 vectors, 4 matrices, 5 factorizations; others are free to use.
-  const MathCatalogEntry* entries;
-  std::uint32_t count;
-  MathMessageCatalog* next;
+  const MathCatalogEntry* entries;  ///< Entry i has the number id * 0x1000 + i.
+  std::uint32_t count;              ///< The number of entries.
+  MathMessageCatalog* next;         ///< The list of the registered catalogues.
 };
 
 /// Registers catalogue 3 (general and vector messages) while at least one instance lives.

@@ -22,9 +22,11 @@ class KILNBASE_API TriangularElement {
   explicit TriangularElement(double* element) : element_(element) {}
   TriangularElement(const TriangularElement&) = default;
 
+  /// The value of the element.
   operator double() const {  // NOLINT(google-explicit-constructor): reads as the number it is
     return element_ != nullptr ? *element_ : 0.0;
   }
+  /// Sets the element.
   TriangularElement& operator=(double value) {
     if (element_ != nullptr) {
       *element_ = value;
@@ -37,6 +39,7 @@ class KILNBASE_API TriangularElement {
   TriangularElement& operator=(const TriangularElement& other) {
     return *this = static_cast<double>(other);
   }
+  /// Changes the element.
   TriangularElement& operator+=(double value) { return *this = *this + value; }
   TriangularElement& operator-=(double value) { return *this = *this - value; }
   TriangularElement& operator*=(double value) { return *this = *this * value; }
@@ -53,8 +56,11 @@ class KILNBASE_API TriangularElement {
 /// (i, j) and (j, i) are one element. The lower triangle is stored row by row, which is the upper
 /// triangle column by column.
 struct KILNBASE_API SymmetricPacking {
+  /// What messages call the matrix.
   static constexpr const char* className = "DoubleSymMat";
+  /// What reads and writes an element.
   using Reference = double&;
+  /// Whether element (i, j) is stored, and its place among the stored ones.
   static constexpr bool stores(int, int) { return true; }
   static constexpr std::ptrdiff_t place(std::ptrdiff_t i, std::ptrdiff_t j) {
     return i > j ? (i + 1) * i / 2 + j : (j + 1) * j / 2 + i;
@@ -63,8 +69,11 @@ struct KILNBASE_API SymmetricPacking {
 
 /// The lower triangle is stored row by row; elements above the diagonal are 0.
 struct KILNBASE_API LowerPacking {
+  /// What messages call the matrix.
   static constexpr const char* className = "DoubleLowerTriMat";
+  /// What reads and writes an element.
   using Reference = TriangularElement;
+  /// Whether element (i, j) is stored, and its place among the stored ones.
   static constexpr bool stores(int i, int j) { return i >= j; }
   static constexpr std::ptrdiff_t place(std::ptrdiff_t i, std::ptrdiff_t j) {
     return (i + 1) * i / 2 + j;
@@ -73,8 +82,11 @@ struct KILNBASE_API LowerPacking {
 
 /// The upper triangle is stored column by column; elements below the diagonal are 0.
 struct KILNBASE_API UpperPacking {
+  /// What messages call the matrix.
   static constexpr const char* className = "DoubleUpperTriMat";
+  /// What reads and writes an element.
   using Reference = TriangularElement;
+  /// Whether element (i, j) is stored, and its place among the stored ones.
   static constexpr bool stores(int i, int j) { return i <= j; }
   static constexpr std::ptrdiff_t place(std::ptrdiff_t i, std::ptrdiff_t j) {
     return (j + 1) * j / 2 + i;
@@ -135,6 +147,7 @@ class KILNBASE_API PackedMat : public detail::ElementwiseMatrix<PackedMat<Packin
   PackedMat& operator=(PackedMat&& b);
   /// Sets every stored element.
   PackedMat& operator=(double value);
+  /// Sets every stored element to 0.
   void zero() { *this = 0.0; }
 
   /// Makes this a view of `other`, of any size.
@@ -152,6 +165,7 @@ class KILNBASE_API PackedMat : public detail::ElementwiseMatrix<PackedMat<Packin
   /// order stays.
   void reshape(unsigned m, unsigned n);
 
+  /// The order.
   unsigned rows() const { return n_; }
   unsigned cols() const { return n_; }
 

@@ -41,6 +41,7 @@ class KILNBASE_API RWBlock {
   /// The block, without storage, of all vectors and matrices whose view was moved away.
   static RWBlock* movedFrom() noexcept { return &movedFrom_; }
 
+  /// Adds one reference. At 65535 the count stays, and the block lives for ever.
   void acquire() {
     if (refs != kSaturated) ++refs;
   }

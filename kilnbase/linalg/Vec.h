@@ -97,6 +97,7 @@ struct VecNames<signed char> {
 template <class T>
 class KILNBASE_API Vec {
  public:
+  /// The type of the elements.
   using Element = T;
   using value_type = T;
   using iterator = detail::PlaceIterator<detail::Strided<T>>;
@@ -110,6 +111,7 @@ class KILNBASE_API Vec {
   Vec();
   /// `n` elements, not initialised.
   explicit Vec(unsigned n) : Vec(RWBlock::create(n, sizeof(T)), n) {}
+  /// `n` elements, all `value`.
   explicit Vec(unsigned n, T value);
   /// `n` elements: `start`, then each the one before it plus `increment` (a running sum).
   explicit Vec(unsigned n, T start, T increment) requires std::same_as<T, double>;
@@ -151,6 +153,7 @@ class KILNBASE_API Vec {
     exchange(v);
     return *this;
   }
+  /// Copies the picked elements. The lengths must agree.
   Vec& operator=(const VecPick<T>& pick);
   /// Sets every element.
   Vec& operator=(T value);
@@ -198,6 +201,7 @@ class KILNBASE_API Vec {
   /// and gives none unless the stride is 1.
   [[nodiscard]] std::span<T> span() { return {begin_, contiguousLength()}; }
   [[nodiscard]] std::span<const T> span() const { return {begin_, contiguousLength()}; }
+  /// The number of elements.
   unsigned length() const { return npts_; }
   /// Distance between neighbours, in elements; negative in a reversed view.
   int stride() const { return step_; }
@@ -261,6 +265,7 @@ class KILNBASE_API Vec {
   /// A view of the elements at these indices. Each index outside the vector raises kIndexError.
   [[nodiscard]] VecPick<T> vecPick(const Vec<int>& indices) const;
 
+  /// As countValue(0, tolerance) and its like.
   [[nodiscard]] unsigned countZero(double tolerance) const requires std::same_as<T, double>;
   [[nodiscard]] int isZero(double tolerance) const requires std::same_as<T, double>;
   [[nodiscard]] Vec<int> zeroIndex(double tolerance) const requires std::same_as<T, double>;
@@ -292,6 +297,7 @@ class KILNBASE_API Vec {
   Vec& operator/=(T x) { return change<kDivide>(x); }
   /// Adds 1 to every element.
   Vec& operator++() { return *this += T(1); }
+  /// Subtracts 1 from every element.
   Vec& operator--() { return *this -= T(1); }
 
   /// Element by element; vectors of different lengths are unequal, empty ones equal.
@@ -334,7 +340,9 @@ class KILNBASE_API Vec {
   }
 
  protected:
+  /// Whether the view was moved away.
   bool isMovedFrom() const noexcept { return block_ == RWBlock::movedFrom(); }
+  /// Exchanges the views.
   void exchange(Vec& v) noexcept {
     std::swap(block_, v.block_);
     std::swap(begin_, v.begin_);
@@ -342,6 +350,7 @@ class KILNBASE_API Vec {
     std::swap(step_, v.step_);
   }
 
+  /// The distance of element i from the start, in elements.
   int offset(int i) const {
     return static_cast<int>(static_cast<unsigned>(i) * static_cast<unsigned>(step_));
   }

@@ -34,11 +34,13 @@ class KILNBASE_API VecPick {
   VecPick& operator=(const VecPick& pick);
   VecPick& operator=(T value);
 
+  /// Element k of the pick, not checked.
   T& operator()(int k) { return vec_(indices_(k)); }
   T operator()(int k) const { return vec_(indices_(k)); }
   T& operator[](int k) { return vec_(indices_(k)); }
   T operator[](int k) const { return vec_(indices_(k)); }
 
+  /// The number of picked elements.
   unsigned length() const { return indices_.length(); }
 
   /// The picked elements, in the order of the indices.

@@ -69,15 +69,19 @@ class ElementwiseMatrix : public Vec<T> {
   }
 
  protected:
+  /// The stored elements as a vector.
   Vec<T>& elements() { return *this; }
   const Vec<T>& elements() const { return *this; }
 
+  /// Whether the number of rows and that of columns are the same.
   bool sameSize(const Matrix& b) const {
     return self().rows() == b.rows() && self().cols() == b.cols();
   }
+  /// Raises kMatrixSizesError unless they are.
   void sizeCheck(const Matrix& b) const {
     if (!sameSize(b)) raiseSizesDiffer(b.rows(), b.cols(), self().rows(), self().cols());
   }
+  /// A matrix of this size over these elements.
   Matrix made(const Vec<T>& elements) const { return self().withElements(elements); }
 
  private:
