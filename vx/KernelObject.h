@@ -142,6 +142,7 @@ class VX_API Surface final : public Object {
   /// The point at two parameters, which count as the nearest ones of the surface.
   vxLinear::Point at(double u, double v) const;
 
+  /// Whether all numbers are the same.
   friend bool operator==(const Surface& a, const Surface& b) {
     return a.u_ == b.u_ && a.v_ == b.v_ && a.poles_ == b.poles_ && a.weights_ == b.weights_;
   }
@@ -169,6 +170,7 @@ class VX_API TrimmedSurface final : public Object {
   const Surface& surface() const { return surface_; }
   const vx::vector<Loop>& loops() const { return loops_; }
 
+  /// Whether all numbers are the same.
   friend bool operator==(const TrimmedSurface& a, const TrimmedSurface& b) {
     return a.surface_ == b.surface_ && a.loops_ == b.loops_;
   }
@@ -188,6 +190,7 @@ class VX_API Shell final : public Object {
   /// As given to the constructor.
   const vx::vector<TrimmedSurface>& faces() const { return faces_; }
 
+  /// Whether all numbers are the same.
   friend bool operator==(const Shell& a, const Shell& b) { return a.faces_ == b.faces_; }
 
  private:

@@ -23,6 +23,7 @@ struct VX_API Point {
   double z = 0.0;
 
   friend bool operator==(const Point&, const Point&) = default;
+  /// The point moved by the vector.
   friend Point operator+(const Point& p, const Vector& v) {
     return {p.x + v.x, p.y + v.y, p.z + v.z};
   }

@@ -76,11 +76,11 @@ function commentText(line) {
   return line
 }
 
-# Whether a line begins what every class has (a destructor, copying, moving, a default), what overrides
-# a function whose comment holds, or is a macro that declares something.
+# Whether a line begins what every class has (a destructor, copying, moving, a default) or what overrides
+# a function whose comment holds, or names a friend, or is a macro that declares something.
 function goesWithoutSaying(line) {
   sub(/^ *(constexpr )?(virtual )?/, "", line)
-  if (line ~ /^~[A-Za-z]+\(/ || line ~ /= default;$| override[; ]|^[A-Z_]+\([a-z]+\);$/) return 1
+  if (line ~ /^~[A-Za-z]+\(/ || line ~ /= default;$| override[; ]|^friend (class|struct) .*;$|^[A-Z_]+\([a-z]+\);$/) return 1
   if (line !~ /^([A-Za-z]+& operator=)?[A-Za-z=]*\((const )?[A-Za-z]+ ?&&? ?[a-z]*\)/) return 0
   split(line, words, /[&( ]+/)
   return line ~ "(\\(|const )" words[1] "&"

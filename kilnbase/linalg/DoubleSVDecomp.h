@@ -41,6 +41,7 @@ class KILNBASE_API DoubleSVDecomp {
   DoubleSVDecomp& operator=(DoubleSVDecomp&& other) = default;
   ~DoubleSVDecomp() = default;
 
+  /// Exchanges the two decompositions.
   friend void swap(DoubleSVDecomp& a, DoubleSVDecomp& b) noexcept { std::swap(a, b); }
 
   /// Factors a copy of `a` and forgets the earlier results. Vectors that are not wanted stay as

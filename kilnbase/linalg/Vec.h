@@ -330,6 +330,7 @@ class KILNBASE_API Vec {
     b = std::move(other);
   }
 
+  /// As `printOn` and `scanFrom`.
   friend std::ostream& operator<<(std::ostream& stream, const Vec& v) {
     v.printOn(stream);
     return stream;

@@ -59,6 +59,7 @@ class ElementwiseMatrix : public Vec<T> {
   friend Matrix operator-(const Matrix& a) { return a.made(-a.elements()); }
   friend Matrix operator+(const Matrix& a) { return a.copy(); }
 
+  /// As `printOn` and `scanFrom`.
   friend std::ostream& operator<<(std::ostream& stream, const Matrix& a) {
     a.printOn(stream);
     return stream;
