@@ -179,6 +179,7 @@ atTop && (starred || /^\/\//) {
     parent = topic
     topic = name
   }
+  if (own && text !~ /`|^    /) gsub(/</, "\\&lt;", text)
   if (own && text !~ /`|^    /) gsub(/\\/, "\\\\\\\\", text)
   if (starred && /\*\//) {
     atTop = 0
