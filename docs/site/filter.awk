@@ -60,9 +60,26 @@ function lookAhead(name,   line, number, first, named, text, afterBlank, last, s
   own = (!named || first ~ /^\/\*/) && FILENAME !~ /\/detail\//
 }
 
+# Makes references of the pages and of the headers of plain functions that a comment names.
+function linked(line,   text, file, label) {
+  while (match(line, /docs\/[a-z-]+\.md|(^|[ (])[a-z]+_[a-z_]+\.h/)) {
+    text = text substr(line, 1, RSTART - 1)
+    file = substr(line, RSTART, RLENGTH)
+    line = substr(line, RSTART + RLENGTH)
+    if (file ~ /^[ (]/) {
+      text = text substr(file, 1, 1)
+      file = substr(file, 2)
+    }
+    label = baseName(file)
+    gsub(/-/, "_", label)
+    text = text "@ref " label " \"" file "\""
+  }
+  return text line
+}
+
 # Marks the lines of examples as code, which gets colours and links.
 function marked(line) {
-  if (!(FNR in inCode)) return line
+  if (!(FNR in inCode)) return linked(line)
   if (inExample) sub(/    /, "", line)
   else sub(/     ?/, "@code{.cpp}", line)
   inExample = !(FNR in endsCode)

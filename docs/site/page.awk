@@ -3,7 +3,7 @@
 # - A page that has no label gets the one of its file: decompositions.md becomes {#decompositions}.
 #   A README.md gets its title.
 # - What the lists of pages name at the start of an item lies under that list.
-# - Snippets lose the indentation that they have in their programs.
+# - The percent signs of formats are no commands.
 
 function labelOf(path,   folder) {
   folder = path ~ /(^|\/)guide\// ? "guide_" : ""
@@ -24,7 +24,7 @@ FILENAME ~ /\/(guides|formats)\.md$/ && match($0, /^- \[[^]]*\]\([a-z\/-]*\.md\)
   $0 = "- \\subpage " labelOf(target) " \"" title "\"" substr($0, RLENGTH + 1)
 }
 
-{
-  sub(/^\\snippet /, "\\snippet{trimleft} ")
-  print
-}
+/^```/ { inCode = !inCode }
+!inCode && !/^    / { gsub(/%[a-zA-Z.0-9]/, "%&") }
+
+{ print }
