@@ -1,8 +1,8 @@
 # Looks through the pages of the site:  cd SITE; find . -type f | awk -f check.awk
 #
 # Fails, and says which, when a page links to a page, place or picture that is not there, or when
-# anything is fetched from a host. Doxygen announces sections of nested classes and macros that it then
-# leaves out when none of them is public. What is searched through is not a page.
+# anything is fetched from a host. Doxygen announces sections of nested classes and macros, and then
+# leaves them out when none of these is public. What is searched through is not a page.
 
 function complain(what) {
   print page ": " what
@@ -48,8 +48,11 @@ END {
     target = link[2] ~ /^#/ ? page link[2] : link[2]
     file = target
     sub(/[?#].*/, "", file)
-    if (!(file in files)) complain("no file " target)
-    else if (target ~ /\.html#/ && target !~ /#(nested-classes|define-members)$/ && !(target in places)) complain("no place " target)
+    if (!(file in files)) {
+      complain("no file " target)
+    } else if (target ~ /\.html#/ && !(target in places)) {
+      if (target !~ /#(nested-classes|define-members)$/) complain("no place " target)
+    }
   }
   exit failed
 }

@@ -6,7 +6,7 @@
 #   comment between; with a blank line behind, up to the next comment. Doxygen knows one declaration
 #   a comment, so the others get a copy of the first paragraph.
 # - What goes without saying is left out where it has no comment.
-# Lines behind the top keep their numbers.
+# Lines behind the top keep their numbers. With -v verbose=1 each copy of a comment is told.
 
 function baseName(path) {
   sub(/.*\//, "", path)
@@ -30,34 +30,48 @@ function includeOf(path) {
   return path
 }
 
-# Reads the header ahead. `own` tells that it is not named after a class that it declares or names. The
-# lines of examples, which are indented by four blanks behind a blank line of a comment, are noted in
-# `inCode`, the last one of each in `endsCode`. Details and specializations are `internal`.
-function lookAhead(name,   line, number, first, named, text, afterBlank, last, specialization, inDetail, depth) {
+# Notes the lines of examples, which are indented by four blanks behind a blank line of a comment:
+# all in `inCode`, the last one of each in `endsCode`.
+function noteExample(line, number) {
+  if (!sub(/^ *(\/\/\/?|\/\*\*?|\*\/?)( |$)/, "", line)) line = "."
+  if (line ~ /^    / && (afterBlank || exampleEnd)) {
+    inCode[exampleEnd = number] = 1
+  } else if (line !~ /^ *$/ || !exampleEnd) {
+    if (exampleEnd) endsCode[exampleEnd] = 1
+    exampleEnd = 0
+  }
+  afterBlank = line ~ /^ *$/
+}
+
+# Notes in `internal` the lines of details, of specializations, and of declarations of classes that
+# are defined elsewhere.
+function noteInternal(line, number) {
+  if (line ~ /^(class|struct) [A-Za-z]+;$/) {
+    internal[number] = 1
+    if (lineBefore ~ /^template <.*>$/) internal[number - 1] = 1
+  }
+  if (lineBefore ~ /^template <>$/ && line !~ /^(class|struct)/) {
+    internal[number] = internal[number - 1] = 1
+  }
+  lineBefore = line
+  if (line ~ /^namespace (vxKilnBase::)?detail \{$/ && FILENAME !~ /\/detail\//) inDetail = 1
+  if (!inDetail) return
+  internal[number] = 1
+  line = codeOf(line)
+  depth += gsub(/\{/, "", line) - gsub(/\}/, "", line)
+  inDetail = depth > 0
+}
+
+# Reads the header ahead. `own` tells that it is not named after a class that it declares or names.
+function lookAhead(name,   line, number, named) {
   while ((getline line <FILENAME) > 0) {
-    if (++number == 1) first = line
+    ++number
     if (line ~ "^(class|struct|using) ([A-Z_]+ )?" name "( |$)") named = 1
-    text = line
-    if (!sub(/^ *(\/\/\/?|\/\*\*?|\*\/?)( |$)/, "", text)) text = "."
-    if (text ~ /^    / && (afterBlank || last)) inCode[last = number] = 1
-    else if (text !~ /^ *$/ || !last) {
-      if (last) endsCode[last] = 1
-      last = 0
-    }
-    afterBlank = text ~ /^ *$/
-    if (line ~ /^template <>$/) specialization = number
-    else if (specialization && line !~ /^(class|struct)/) internal[number] = internal[number - 1] = 1
-    if (line !~ /^template <>$/) specialization = 0
-    if (line ~ /^namespace (vxKilnBase::)?detail \{$/ && FILENAME !~ /\/detail\//) inDetail = 1
-    if (inDetail) {
-      internal[number] = 1
-      text = codeOf(line)
-      depth += gsub(/\{/, "", text) - gsub(/\}/, "", text)
-      inDetail = depth > 0
-    }
+    noteExample(line, number)
+    noteInternal(line, number)
   }
   close(FILENAME)
-  own = (!named || first ~ /^\/\*/) && FILENAME !~ /\/detail\//
+  own = (!named || starred) && FILENAME !~ /\/detail\//
 }
 
 # Makes references of the pages and of the headers of plain functions that a comment names.
@@ -93,11 +107,12 @@ function commentText(line) {
   return line
 }
 
-# Whether a line begins what every class has (a destructor, copying, moving, a default) or what overrides
-# a function whose comment holds, or names a friend, or is a macro that declares something.
+# Whether a line begins what every class has (a destructor, copying, moving, a default) or what
+# overrides a function whose comment holds, names a friend, or is a macro that declares something.
 function goesWithoutSaying(line) {
   sub(/^ *(constexpr )?(virtual )?/, "", line)
-  if (line ~ /^~[A-Za-z]+\(/ || line ~ /= default;$| override[; ]|^friend (class|struct) .*;$|^[A-Z_]+\([a-z]+\);$/) return 1
+  if (line ~ /^~[A-Za-z]+\(|= default;$| override[; ]|^friend (class|struct) .*;$/ ||
+      line ~ /^[A-Z_]+\([a-z]+\);$/) return 1
   if (line !~ /^([A-Za-z]+& operator=)?[A-Za-z=]*\((const )?[A-Za-z]+ ?&&? ?[a-z]*\)/) return 0
   split(line, words, /[&( ]+/)
   return line ~ "(\\(|const )" words[1] "&"
@@ -146,8 +161,8 @@ function follow(code,   i, c) {
 
 # Whether a line begins a declaration that shares the comment above.
 function isDeclaration(line) {
-  return line ~ /[A-Za-z~]/ &&
-         line !~ /^ *(\}|(public|protected|private) *:|friend class|namespace|extern "|using enum|(class|struct) [A-Za-z]*;)/
+  return line ~ /[A-Za-z~]/ && line !~ /^ *(\}|(public|protected|private) *:|namespace|extern ")/ &&
+         line !~ /^ *(friend class|using enum|(class|struct) [A-Za-z]*;)/
 }
 
 # Adds a line of a comment to the first paragraph of the comment.
@@ -164,9 +179,9 @@ function addToParagraph(text) {
 FNR == 1 {
   name = baseName(FILENAME)
   topic = topicOf(FILENAME)
+  starred = /^\/\*/
   lookAhead(name)
   atTop = 1
-  starred = /^\/\*/
 }
 
 FNR in internal {
