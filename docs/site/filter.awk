@@ -107,11 +107,13 @@ function commentText(line) {
   return line
 }
 
-# Whether a line begins what every class has (a destructor, copying, moving, a default) or what
-# overrides a function whose comment holds, names a friend, or is a macro that declares something.
+# Whether a line begins what every class has (a destructor, copying, moving, a default, swapping) or
+# every range, what overrides a function whose comment holds, names a friend, or is a macro that
+# declares something.
 function goesWithoutSaying(line) {
   sub(/^ *(constexpr )?(virtual )?/, "", line)
   if (line ~ /^~[A-Za-z]+\(|= default;$| override[; ]|^friend (class|struct) .*;$/ ||
+      line ~ /^friend (constexpr )?void swap\(|^using (value_type|(const_)?iterator) = / ||
       line ~ /^[A-Z_]+\([a-z]+\);$/) return 1
   if (line !~ /^([A-Za-z]+& operator=)?[A-Za-z=]*\((const )?[A-Za-z]+ ?&&? ?[a-z]*\)/) return 0
   split(line, words, /[&( ]+/)
