@@ -17,7 +17,7 @@ FNR == 1 && /^# / && !/\{#/ {
   $0 = $0 " {#" (FILENAME ~ /README/ ? substr($0, 3) : labelOf(FILENAME)) "}"
 }
 
-FILENAME ~ /\/(guides|formats)\.md$/ && match($0, /^- \[[^]]*\]\([a-z\/-]*\.md\)/) {
+FILENAME ~ /\/(formats|guides|start)\.md$/ && match($0, /^- \[[^]]*\]\([a-z\/-]*\.md\)/) {
   title = target = substr($0, 4, RLENGTH - 4)
   sub(/\].*/, "", title)
   sub(/.*\(/, "", target)
