@@ -31,8 +31,9 @@ struct TridiagonalKernels {
   // kRowGroup, and elements of A, v, w and x behind the last row are 0.
   static constexpr Index kRowGroup = tuning::kWidestRegister;
 
-  // The step for rows and columns `begin` to `end` - 1 of A. v, w and x are 0 in rows before
-  // `begin`. Elements of A above the diagonal may change; `y` keeps its elements before `begin`.
+  // The step for rows and columns `begin` to `end` - 1 of A. Elements of the vectors before `begin`
+  // are finite numbers that count for nothing, and `y` keeps them. Elements of A above the diagonal
+  // may change.
   void (*step)(Index begin, Index end, double* a, Index lda, const TridiagonalStep& step);
 };
 

@@ -115,7 +115,7 @@ class TridiagonalIteration {
 };
 
 template <class Columns>
-bool iterate(const SymmetricProblem& a, Columns columns) {
+bool iterate(const SymmetricProblem& a, Columns&& columns) {
   return TridiagonalIteration<Columns>(a.d, a.e, columns).run(a.n);
 }
 
@@ -123,8 +123,7 @@ bool iterate(const SymmetricProblem& a, Columns columns) {
 bool iterate(const SymmetricProblem& a, double* vectors, Index ld) {
   if (vectors == nullptr) return iterate(a, NoColumns());
   if (a.n <= SweepBatch::kStorageColumns) return iterate(a, FewRows(vectors, ld, a.n));
-  SweepBatch batch(vectors, ld, a.n, a.a, a.lda);
-  return TridiagonalIteration<SweepBatch>(a.d, a.e, batch).run(a.n);
+  return iterate(a, SweepBatch(vectors, ld, a.n, a.a, a.lda));
 }
 
 void sortColumns(Index n, double* d, double* vectors, Index ld) {

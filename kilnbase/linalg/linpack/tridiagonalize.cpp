@@ -12,7 +12,7 @@ using kernels::active;
 using kernels::Index;
 
 // Names are those of kernels/Tridiagonal.h. Before step k the rows and columns from k on hold A but
-// for the pending sum v wᵀ + w vᵀ. The vectors are 0 in rows before their first one.
+// for the pending sum v wᵀ + w vᵀ.
 class TridiagonalReduction {
  public:
   explicit TridiagonalReduction(const SymmetricProblem& problem)
@@ -43,7 +43,6 @@ class TridiagonalReduction {
     double* vector = p_.a + next + k * p_.lda;
     p_.e[k] = makeReflector(m, vector);
     std::copy_n(vector, m, x_ + next);
-    std::fill_n(x_, next, 0.0);
     std::fill_n(y_, p_.n, 0.0);
     active().tridiagonal->step(next, p_.n, p_.a, p_.lda, {v_, w_, x_, y_});
     if (*vector != 0.0) {
