@@ -113,18 +113,19 @@ Values gramTimesRandom(const double* r, int ldr, int n, const std::vector<int>& 
   return gram;
 }
 
-Values spectrumAndProduct(const double* s, int n, const double* u, const double* v, int rowStride,
-                          int columnStride) {
+Values spectrumAndProduct(const double* s, const Shape& shape, const double* u, const double* v,
+                          int rowStride, int columnStride) {
+  const int n = shape.columns;
   const Values w = gaussian(n, kProbeSeed);
   Values result(s, s + n);
-  result.resize(2 * w.size(), 0.0);
+  result.resize(w.size() + static_cast<std::size_t>(shape.rows), 0.0);
   double* const product = result.data() + n;
   for (int k = 0; k < n; ++k) {
     double component = 0.0;
     for (int i = 0; i < n; ++i) {
       component += v[i * rowStride + k * columnStride] * w[static_cast<std::size_t>(i)];
     }
-    for (int i = 0; i < n; ++i) product[i] += u[at(i, k, n)] * s[k] * component;
+    for (int i = 0; i < shape.rows; ++i) product[i] += u[at(i, k, shape.rows)] * s[k] * component;
   }
   return result;
 }

@@ -51,10 +51,10 @@ Values tallMatrixFor(const Shape& rightHandSides);
 Values gramTimesRandom(const double* r, int ldr, int n, const std::vector<int>& order = {},
                        int firstColumn = 1);
 
-/// The n singular values followed by U S Vᵀ w for a fixed random w; U and V are n by n,
-/// column-major, and V is given by its element (0, 0) and the distances between its rows and its
-/// columns.
-Values spectrumAndProduct(const double* s, int n, const double* u, const double* v, int rowStride,
-                          int columnStride);
+/// The n singular values of an m by n matrix, m >= n, followed by U S Vᵀ w for a fixed random w. U
+/// is m by n, column-major, and V is given by its element (0, 0) and the distances between its rows
+/// and its columns.
+Values spectrumAndProduct(const double* s, const Shape& shape, const double* u, const double* v,
+                          int rowStride, int columnStride);
 
 }  // namespace bench

@@ -64,7 +64,7 @@ using Svd = Eigen::BDCSVD<Matrix>;
 
 Values svdResult(const Svd& svd) {
   const auto n = static_cast<int>(svd.cols());
-  return spectrumAndProduct(svd.singularValues().data(), n, svd.matrixU().data(),
+  return spectrumAndProduct(svd.singularValues().data(), {n, n}, svd.matrixU().data(),
                             svd.matrixV().data(), 1, n);
 }
 
@@ -73,7 +73,7 @@ using SymmetricEigen = Eigen::SelfAdjointEigenSolver<Matrix>;
 Values eigenResult(const SymmetricEigen& eigen) {
   const double* v = eigen.eigenvectors().data();
   const auto n = static_cast<int>(eigen.eigenvalues().size());
-  return spectrumAndProduct(eigen.eigenvalues().data(), n, v, v, 1, n);
+  return spectrumAndProduct(eigen.eigenvalues().data(), {n, n}, v, v, 1, n);
 }
 
 // Of a size that the compiler knows, for matrices of 3 rows.
@@ -86,7 +86,7 @@ Contestant fixedEigen(const Shape& shape, int options) {
     const double* values = eigen.eigenvalues().data();
     if (options == Eigen::EigenvaluesOnly) return Values(values, values + n);
     const double* v = eigen.eigenvectors().data();
-    return spectrumAndProduct(values, n, v, v, 1, n);
+    return spectrumAndProduct(values, {n, n}, v, v, 1, n);
   });
 }
 

@@ -28,7 +28,7 @@ Maker ours(bool vectors) {
       const DoubleVec values = eigen.eigenValues();
       if (!vectors) return valuesOf(values);
       const double* v = eigen.eigenVecs().data();
-      return spectrumAndProduct(values.data(), n, v, v, 1, n);
+      return spectrumAndProduct(values.data(), {n, n}, v, v, 1, n);
     });
   };
 }
@@ -49,7 +49,7 @@ Values spectrum(const EigenArrays& f) {
 }
 
 Values lapackResult(const EigenArrays& f) {
-  return spectrumAndProduct(f.diagonal.data(), f.rows, f.a.data(), f.a.data(), 1, f.rows);
+  return spectrumAndProduct(f.diagonal.data(), {f.rows, f.rows}, f.a.data(), f.a.data(), 1, f.rows);
 }
 
 // `vectors` is 'V' for all of them, 'N' for none.

@@ -11,12 +11,15 @@ void DoubleSVDecomp::factor(const DoubleGenMat& a) {
   if (left) u.reference(DoubleGenMat(m, leftDigit() == 1 ? m : order, 0.0));
   if (right) v.reference(DoubleGenMat(n, n, 0.0));
   DoubleVec values(std::min(m + 1, n)), e(n, 0.0), work(m);
-  const bool stored =
-      x.rows() == m && e.length() == n && work.length() == m && values.length() >= order;
+  const unsigned triangleOrder = vxKilnBase::linpack::isTall(m, n) ? n : 0;
+  DoubleGenMat triangle(triangleOrder, triangleOrder + 1);
+  const bool stored = x.rows() == m && e.length() == n && work.length() == m &&
+                      values.length() >= order && triangle.rows() == triangleOrder;
   if (!stored || (left && u.rows() != m) || (right && v.rows() != n)) return;
   const int rows = static_cast<int>(m), columns = static_cast<int>(n);
-  info_ = vxKilnBase::linpack::dsvdc(x.data(), rows, rows, columns, values.data(), e.data(),
-                                     u.data(), rows, v.data(), columns, work.data(), job_);
+  info_ =
+      vxKilnBase::linpack::dsvdc(x.data(), rows, rows, columns, values.data(), e.data(), u.data(),
+                                 rows, v.data(), columns, work.data(), job_, triangle.data());
   values.resize(order);
   singularValues_.reference(values);
   e_.reference(e);

@@ -19,6 +19,12 @@
 ///       const DoubleVec values = svd.singularValues();       // condition: values(0) / values(1)
 ///     }
 ///
+/// Where rows are at least 1.6 times the columns, the columns are sorted by their norms and reduced
+/// to a triangle first: least squares solved by U, S and V are then as accurate as by QR, also with
+/// large residuals and **badly scaled columns**. In other shapes, columns whose norms differ by many
+/// orders cost the small singular values and their vectors as many digits: scale the columns to
+/// equal norms, or use DoubleLeastSqQR, which does not depend on their scale.
+///
 /// Which vectors are computed is set for the next `factor`; initially all. Elements of A may have
 /// any magnitude as long as the singular values are in range. An infinite or NaN element makes the
 /// decomposition fail.
@@ -45,7 +51,9 @@ class KILNBASE_API DoubleSVDecomp {
   friend void swap(DoubleSVDecomp& a, DoubleSVDecomp& b) noexcept { std::swap(a, b); }
 
   /// Factors a copy of `a` and forgets the earlier results. Vectors that are not wanted stay as
-  /// they were. Without memory (kOutOfMemoryError) keeps all earlier results.
+  /// they were. Without memory (kOutOfMemoryError) keeps all earlier results. Takes memory for a
+  /// second copy of `a`, and for another n by n + 1 elements where rows are at least 1.6 times the
+  /// columns.
   void factor(const DoubleGenMat& a);
 
   /// Says whether the next `factor` computes left vectors: initially all of them, and all of them

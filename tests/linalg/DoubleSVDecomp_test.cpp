@@ -123,6 +123,31 @@ TEST(DoubleSVDecomp, FailsOnlyForNothingAndForElementsThatAreNotFinite) {
   }
 }
 
+// The reference problems Wampler 3 to 5 with badly scaled columns: the residual is orthogonal to
+// all columns, and coefficient j is 2 to the power -17 j.
+TEST(DoubleSVDecomp, SolvesTallSystemsWithLargeResidualsAndBadlyScaledColumns) {
+  const int residual[] = {759,   -2048, 2048,  -2048, 2523,  -2048, 2048,
+                          -2048, 1838,  -2048, 2048,  -2048, 1838,  -2048,
+                          2048,  -2048, 2523,  -2048, 2048,  -2048, 759};
+  for (const double factor : {1.0, 100.0, 10000.0}) {
+    DoubleGenMat a(21, 6);
+    DoubleVec b(21);
+    for (int i = 0; i < 21; ++i) {
+      b(i) = factor * residual[i];
+      for (int j = 0; j < 6; ++j) {
+        a(i, j) = std::ldexp(std::pow(i, j), 17 * j);
+        b(i) += std::pow(i, j);
+      }
+    }
+    const DoubleSVDecomp svd(a);
+    const DoubleVec x =
+        product(svd.rightVecs(), product(b, leading(svd.leftVecs(), 6)) / svd.singularValues());
+    for (int j = 0; j < 6; ++j) {
+      EXPECT_NEAR(1.0, std::ldexp(x(j), 17 * j), factor * 1e-9) << factor << " " << j;
+    }
+  }
+}
+
 TEST(DoubleSVDecomp, TellsTheSettingBefore) {
   DoubleSVDecomp svd;
   // Asking for left vectors that are wanted already keeps their number. Asking for all of none has

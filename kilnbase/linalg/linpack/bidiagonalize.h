@@ -21,6 +21,7 @@ struct SingularProblem {
   double* v = nullptr;    // null when no right vectors are wanted
   Index ldv;
   double* work;
+  double* triangle;  // of p (p + 1) elements; see dsvdc
 
   /// The order of the bidiagonal matrix.
   Index order() const { return p < n + 1 ? p : n + 1; }

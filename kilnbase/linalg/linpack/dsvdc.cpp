@@ -8,9 +8,12 @@
 #include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/SweepBatch.h>
 #include <kilnbase/linalg/linpack/bidiagonalize.h>
+#include <kilnbase/linalg/linpack/dnrm2.h>
+#include <kilnbase/linalg/linpack/dqrdc.h>
 #include <kilnbase/linalg/linpack/drotg.h>
 #include <kilnbase/linalg/linpack/dsvdc.h>
 #include <kilnbase/linalg/linpack/qrIteration.h>
+#include <kilnbase/linalg/linpack/reflector.h>
 
 namespace vxKilnBase::linpack {
 
@@ -235,6 +238,80 @@ int giveUp(const SingularProblem& a) {
   return static_cast<int>(std::min(a.n, a.p));
 }
 
+// B = Uᵀ X V, then B = L S Rᵀ, with U := U L and V := V R.
+int decomposeDirectly(const SingularProblem& a) {
+  bidiagonalize(a);
+  const int missing = iterate(a);
+  orderValues(a, missing);
+  return missing;
+}
+
+// Turns X, the result of dqrdc, into the Q of X = Q R in U, and puts R into the triangle.
+void takeApart(const SingularProblem& a, const double* qraux) {
+  for (Index j = 0; j < a.p; ++j) {
+    const double* column = a.x + j * a.ldx;
+    std::fill_n(std::copy_n(column, j + 1, a.triangle + j * a.p), a.p - j - 1, 0.0);
+    if (a.u == nullptr) continue;
+    std::copy(column + j, column + a.n, a.u + j + j * a.ldu);
+    a.u[j + j * a.ldu] = qraux[j];
+  }
+  if (a.u != nullptr) formOrthogonal(a.n, a.leftVectors, a.p, a.u, a.ldu);
+}
+
+void copyColumns(Index n, Index columns, const double* from, Index ldFrom, double* to, Index ldTo) {
+  for (Index j = 0; j < columns; ++j) std::copy_n(from + j * ldFrom, n, to + j * ldTo);
+}
+
+// Brings the columns of X into descending order of their norms. The column at place j stood at
+// place order[j] before.
+void sortColumns(const SingularProblem& a, double* order) {
+  for (Index j = 0; j < a.p; ++j) {
+    a.s[j] = dnrm2(a.n, a.x + j * a.ldx, 1);
+    order[j] = static_cast<double>(j);
+  }
+  for (Index j = 0; j < a.p; ++j) {
+    const Index largest = std::max_element(a.s + j, a.s + a.p) - a.s;
+    if (largest == j) continue;
+    std::swap(a.s[j], a.s[largest]);
+    std::swap(order[j], order[largest]);
+    swapColumns(a.n, a.x, a.ldx, j, largest);
+  }
+}
+
+// Brings the rows of V into the order that the columns of X had before `sortColumns`.
+void restoreRows(const SingularProblem& a, const double* order) {
+  forColumns(a.p, a.p, a.v, a.ldv, [&](Index n, double* column) {
+    std::copy_n(column, n, a.work);
+    for (Index i = 0; i < n; ++i) column[static_cast<Index>(order[i])] = a.work[i];
+  });
+}
+
+// X P = Q R, then R = W S Zᵀ, with U = Q W and V = P Z.
+int decomposeTall(const SingularProblem& a) {
+  double* order = a.triangle + a.p * a.p;
+  sortColumns(a, order);
+  dqrdc(a.x, static_cast<int>(a.ldx), static_cast<int>(a.n), static_cast<int>(a.p), a.e, nullptr,
+        nullptr, 0);
+  takeApart(a, a.e);
+  SingularProblem r = a;
+  r.n = a.p;
+  r.x = a.triangle;
+  r.ldx = a.p;
+  if (a.u != nullptr) {
+    r.u = a.x;
+    r.ldu = a.ldx;
+    r.leftVectors = a.p;
+  }
+  const int missing = decomposeDirectly(r);
+  restoreRows(a, order);
+  if (a.u == nullptr) return missing;
+  copyColumns(a.p, a.p, a.x, a.ldx, a.triangle, a.p);
+  copyColumns(a.n, a.p, a.u, a.ldu, a.x, a.ldx);
+  kernels::active().dense->product(a.n, a.p, a.p, {a.x, 1, a.ldx}, {a.triangle, 1, a.p}, a.u,
+                                   a.ldu);
+  return missing;
+}
+
 int decompose(const SingularProblem& a) {
   const double largest = largestMagnitude(a);
   if (!std::isfinite(largest)) return giveUp(a);
@@ -245,9 +322,7 @@ int decompose(const SingularProblem& a) {
     };
   };
   if (exponent != 0) forColumns(a.n, a.p, a.x, a.ldx, scaleBy(-exponent));
-  bidiagonalize(a);
-  const int missing = iterate(a);
-  orderValues(a, missing);
+  const int missing = isTall(a.n, a.p) ? decomposeTall(a) : decomposeDirectly(a);
   if (exponent != 0) {
     scaleBy(exponent)(a.order(), a.s);
     scaleBy(exponent)(a.p, a.e);
@@ -258,7 +333,7 @@ int decompose(const SingularProblem& a) {
 }  // namespace
 
 int dsvdc(double* x, int ldx, int n, int p, double* s, double* e, double* u, int ldu, double* v,
-          int ldv, double* work, int job) {
+          int ldv, double* work, int job, double* triangle) {
   if (n <= 0 || p <= 0) return 0;
   const int left = job % 100 / 10;
   SingularProblem problem;
@@ -271,6 +346,7 @@ int dsvdc(double* x, int ldx, int n, int p, double* s, double* e, double* u, int
   problem.ldu = ldu;
   problem.ldv = ldv;
   problem.work = work;
+  problem.triangle = triangle;
   if (left != 0) {
     problem.u = u;
     problem.leftVectors = left > 1 ? std::min(n, p) : n;

@@ -1,6 +1,8 @@
 // Singular value decomposition.
 #pragma once
 
+#include <cstddef>
+
 namespace vxKilnBase::linpack {
 
 /// Computes the singular value decomposition X = U S Vᵀ of the n by p matrix X, which is destroyed.
@@ -17,8 +19,19 @@ namespace vxKilnBase::linpack {
 /// steps a singular value on average; when one value takes more than 30, the test for convergence
 /// becomes less strict.
 ///
-/// Source: LINPACK Users' Guide, SIAM 1979, chapter 11.
+/// Where isTall(n, p), the columns of X are sorted by their norms and X is reduced to triangular
+/// form first, in `triangle` of p (p + 1) elements, which is not used otherwise. This takes less
+/// time, and least squares solved by the result are as accurate as by QR, whatever the norms of
+/// rows and columns.
+///
+/// Source: LINPACK Users' Guide, SIAM 1979, chapter 11; T. F. Chan, An improved algorithm for
+/// computing the singular value decomposition, ACM Trans. Math. Softw. 8 (1982), 72-83.
 int dsvdc(double* x, int ldx, int n, int p, double* s, double* e, double* u, int ldu, double* v,
-          int ldv, double* work, int job);
+          int ldv, double* work, int job, double* triangle);
+
+/// Whether rows are at least 1.6 times the columns.
+constexpr bool isTall(std::ptrdiff_t n, std::ptrdiff_t p) {
+  return 5 * n >= 8 * p && p > 0;
+}
 
 }  // namespace vxKilnBase::linpack

@@ -64,9 +64,9 @@ Results factored(Index gap, int job) {
 
 Results decomposed(Index gap, Index n, Index p, int job) {
   Padded x = Padded::random(n, p, 6, gap), s(std::min(n + 1, p), 1), e(p, 1), work(n, 1);
-  Padded u(n, job == 21 ? std::min(n, p) : n, gap), v(p, p, gap);
+  Padded u(n, job == 21 ? std::min(n, p) : n, gap), v(p, p, gap), triangle(p, p + 1, 0);
   dsvdc(x.data(), x.stride(), static_cast<int>(n), static_cast<int>(p), s.data(), e.data(),
-        u.data(), u.stride(), v.data(), v.stride(), work.data(), job);
+        u.data(), u.stride(), v.data(), v.stride(), work.data(), job, triangle.data());
   return {s, e, u, v};
 }
 
