@@ -25,6 +25,7 @@ endif()
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${maintainer})
 
 set(debian ${PROJECT_SOURCE_DIR}/packaging/debian)
+set(CPACK_PROJECT_CONFIG_FILE ${debian}/cpack.cmake)
 set(madeForDebian ${PROJECT_BINARY_DIR}/debian)
 set(version ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
