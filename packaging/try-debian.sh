@@ -69,3 +69,4 @@ inRoot /try/packaging/consume.sh pkg-config /usr KilnBase
 for program in drawview morlaWarning tracelog vxcached; do
   inRoot $program --version
 done
+asAdministrator rm -rf "$root"

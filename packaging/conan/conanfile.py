@@ -58,4 +58,5 @@ class KilnBase(ConanFile):
         # The package brings its own files for CMake and pkg-config.
         self.cpp_info.set_property("cmake_find_mode", "none")
         self.cpp_info.builddirs = [join("lib", "cmake", "KilnBase")]
-        self.cpp_info.libs = ["KilnBase", "vx"]
+        postfix = "-debug" if self.settings.build_type == "Debug" else ""
+        self.cpp_info.libs = [f"KilnBase{postfix}", f"vx{postfix}"]
