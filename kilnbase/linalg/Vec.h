@@ -65,7 +65,8 @@ struct VecNames<signed char> {
 ///
 /// **Braces list elements**, as with std::vector: `DoubleVec{3, 1}` has the elements 3 and 1,
 /// `DoubleVec(3, 1.0)` three elements 1. Assigning a list of one number sets all elements, as
-/// assigning the number does.
+/// assigning the number does. As an argument a list needs its type where a vector or a matrix may
+/// be meant: `solve(DoubleVec{4, 4})`.
 ///
 /// A vector is a random access range over its elements, with any stride, for `for` and standard
 /// algorithms. Of a const vector the elements can only be read. Iterators, like `data` and `span`,
@@ -123,11 +124,8 @@ class KILNBASE_API Vec {
   /// These elements.
   Vec(std::initializer_list<T> elements) : Vec(std::span<const T>(elements)) {}
   /// Copies the elements of a contiguous range of T: a std::span, std::vector, std::array or array.
-  template <class Range>
-  requires(
-      !std::derived_from<Range, Vec> &&
-      std::convertible_to<const Range&, std::span<const T>>) explicit Vec(const Range& elements)
-      : Vec(lengthOf(std::span<const T>(elements).size())) {
+  template <detail::ContiguousRangeOf<T> Range>
+  explicit Vec(const Range& elements) : Vec(lengthOf(std::span<const T>(elements).size())) {
     copyFrom(std::span<const T>(elements).data());
   }
   /// A view of the same elements; nothing is copied.

@@ -10,6 +10,9 @@
 
 namespace vxKilnBase::detail {
 
+template <class Range, class T>
+concept ContiguousRangeOf = std::convertible_to<const Range&, std::span<const T>>;
+
 /// Walks the places 0, 1, 2, ... of a view; the element at a place is what `Access` gives for it.
 /// Compares places, not addresses: neighbours may share an address or lie in descending order.
 template <class Access>
