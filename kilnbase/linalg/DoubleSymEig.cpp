@@ -18,14 +18,16 @@ class Workspace {
   explicit Workspace(unsigned order)
       : n_(order),
         ld_(SymmetricProblem::strideFor(n_)),
-        columns_(n_ + kFurtherColumns),
-        block_(n_ <= kMostInPlace ? 0U : static_cast<unsigned>(columns_),
-               static_cast<std::size_t>(ld_) * sizeof(double)),
-        data_(n_ <= kMostInPlace ? inPlace_ : static_cast<double*>(block_.data)) {}
+        block_(RWBlock::create(n_ <= kMostInPlace ? 0U : order + kFurtherColumns,
+                               static_cast<std::size_t>(ld_) * sizeof(double))),
+        data_(n_ <= kMostInPlace ? inPlace_ : static_cast<double*>(block_->data)) {}
+  ~Workspace() { RWBlock::release(block_); }
+  Workspace(const Workspace&) = delete;
+  Workspace& operator=(const Workspace&) = delete;
 
   bool stored() const { return data_ != nullptr; }
 
-  SymmetricProblem load(const DoubleSymMat& a, double* values) {
+  SymmetricProblem load(const DoubleSymMat& a, double* values) const {
     std::fill_n(data_, n_ * ld_, 0.0);
     for (Index i = 0; i < n_; ++i) {
       for (Index j = 0; j <= i; ++j) {
@@ -38,13 +40,12 @@ class Workspace {
 
  private:
   static constexpr Index kMostInPlace = 16;
-  static constexpr Index kFurtherColumns = 1 + SymmetricProblem::kWorkColumns;
+  static constexpr unsigned kFurtherColumns = 1 + SymmetricProblem::kWorkColumns;
 
+  alignas(64) double inPlace_[kMostInPlace * (kMostInPlace + kFurtherColumns)];
   Index n_;
   Index ld_;
-  Index columns_;
-  RWBlock block_;
-  double inPlace_[kMostInPlace * (kMostInPlace + kFurtherColumns)];
+  RWBlock* block_;  // aligned for the kernels, too
   double* data_;
 };
 
