@@ -33,14 +33,15 @@
 ///       const double variance = axes.eigenValues()(0);     // of the distances from the plane: 0
 ///     }
 ///
-/// Eigenvalues have errors of the size of n rounding errors of the largest one. Eigenvectors are
-/// orthogonal to rounding errors; those of neighbouring eigenvalues may be any of the plane that
-/// both span, within the rounding errors of A divided by their distance. **The sign** of each: of
+/// An eigenvalue has an error of a few rounding errors of the largest one, times n at worst.
+/// Eigenvectors are orthogonal to rounding errors. The direction of a vector is as uncertain as the
+/// rounding errors of A divided by the distance to the next eigenvalue: of equal eigenvalues, any
+/// orthonormal vectors of the space that they span may come out. **The sign** of each vector: of
 /// the elements that have at least 0.9 times the largest magnitude, the first one is positive.
 ///
-/// About 4n³/3 operations for values only, and 9n³ with vectors. Beside the results, memory for n²
-/// elements; none up to order 16. Elements may have any magnitude as long as the eigenvalues are in
-/// range.
+/// Values only (`computeVecs(0)`) take about 4n³/3 operations, values and vectors 9n³. Beside the
+/// results, n² elements of memory are taken, and none up to order 16. Elements may have any
+/// magnitude as long as the eigenvalues are in range.
 ///
 /// The members that return values and vectors return views, which keep showing the same
 /// decomposition when this object factors another matrix. Copy construction shares the results with
