@@ -19,12 +19,16 @@ set(CPACK_ARCHIVE_SYMBOLS_FILE_NAME ${CPACK_PACKAGE_FILE_NAME}-symbols)
 
 set(licences ${CMAKE_INSTALL_DATADIR}/licenses/KilnBase)
 install(FILES packaging/copyright DESTINATION ${licences} RENAME copyright.txt COMPONENT programs)
-if(WIN32)  # where the run-time of the compiler is inside
+
+# On Windows the run-time libraries of the compiler are inside, whose licences Debian's packages tell.
+if(WIN32 AND EXISTS /usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright)
   foreach(package gcc-mingw-w64-x86-64-posix-runtime mingw-w64-x86-64-dev)
     install(FILES /usr/share/doc/${package}/copyright
       DESTINATION ${licences} RENAME ${package}.txt COMPONENT runtime)
   endforeach()
   install(FILES /usr/share/common-licenses/GPL-3
     DESTINATION ${licences} RENAME GPL-3.txt COMPONENT runtime)
+elseif(WIN32)
+  message(STATUS "The licences of the compiler's run-time libraries are missing in what is installed")
 endif()
 install(FILES packaging/${system}/README.md DESTINATION . COMPONENT readme EXCLUDE_FROM_ALL)
