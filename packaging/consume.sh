@@ -2,7 +2,7 @@
 # Builds the consumer of the tests with an installed package, and runs it:
 #   consume.sh cmake PREFIX CONFIGURATION [ARGUMENT_OF_CMAKE...]
 #   consume.sh pkg-config PREFIX PACKAGE [--static]
-# The trees of the builds are beside PREFIX.
+# The trees of the builds are beside PREFIX. CC and CXX may name other compilers.
 set -euo pipefail
 
 consumer=$(cd "$(dirname "${BASH_SOURCE[0]}")/../tests/consumer" && pwd)
@@ -17,16 +17,16 @@ byCMake() {
 }
 
 byPkgConfig() {
-  local tree=$prefix.pkg-config-$1 compile link
+  local tree=$prefix.pkg-config-$1${CXX:+-$CXX} compile link
   export PKG_CONFIG_PATH=$prefix/lib/pkgconfig LD_LIBRARY_PATH=$prefix/lib
   read -ra compile <<<"$(pkg-config --cflags "$1")"
   compile+=(-DPACKAGE_VERSION="\"$(pkg-config --modversion "$1")\"")
   read -ra link <<<"$(pkg-config --libs "$@")"
   mkdir "$tree"
-  gcc -std=c11 -c "$consumer/report.c" -o "$tree/report.o" "${compile[@]}"
-  g++ -std=c++20 -c "$consumer/main.cpp" -o "$tree/main.o" "${compile[@]}"
-  g++ "$tree/main.o" "$tree/report.o" -o "$tree/consumer" "${link[@]}"
-  gcc -std=c11 "${compile[@]}" "$consumer/version.c" -o "$tree/version" "${link[@]}"
+  "${CC:-gcc}" -std=c11 -c "$consumer/report.c" -o "$tree/report.o" "${compile[@]}"
+  "${CXX:-g++}" -std=c++20 -c "$consumer/main.cpp" -o "$tree/main.o" "${compile[@]}"
+  "${CXX:-g++}" "$tree/main.o" "$tree/report.o" -o "$tree/consumer" "${link[@]}"
+  "${CC:-gcc}" -std=c11 "${compile[@]}" "$consumer/version.c" -o "$tree/version" "${link[@]}"
   "$tree/consumer"
   "$tree/version"
 }

@@ -233,39 +233,25 @@ BasicString<Char> BasicString<Char>::toUpper() const {
   return result;
 }
 
-template <class Char>
-BasicString<Char> BasicString<Char>::format(const char* format,
-                                            ...) requires std::same_as<Char, char> {
-  std::va_list arguments;
-  va_start(arguments, format);
-  BasicString text = formatV(format, arguments);
-  va_end(arguments);
-  return text;
-}
-
-template <class Char>
-BasicString<Char> BasicString<Char>::formatV(
-    const char* format, std::va_list arguments) requires std::same_as<Char, char> {
+BasicString<char> detail::formatted(const char* format, std::va_list arguments) {
   std::va_list again;
   va_copy(again, arguments);
+  std::string text;
   const int length = std::vsnprintf(nullptr, 0, format, arguments);
-  BasicString result;
   if (length > 0) {
-    result.text_.resize(static_cast<std::size_t>(length));
-    std::vsnprintf(result.text_.data(), result.text_.size() + 1, format, again);
+    text.resize(static_cast<std::size_t>(length));
+    std::vsnprintf(text.data(), text.size() + 1, format, again);
   }
   va_end(again);
-  return result;
+  return BasicString<char>(BasicString<char>::View(text));
 }
 
-template <class Char>
-BasicString<wchar_t> BasicString<Char>::asWide() const requires std::same_as<Char, char> {
-  return converted<wchar_t>(view());
+BasicString<wchar_t> detail::widened(const BasicString<char>& text) {
+  return converted<wchar_t>(text.view());
 }
 
-template <class Char>
-BasicString<char> BasicString<Char>::asMultibyte() const requires std::same_as<Char, wchar_t> {
-  return converted<char>(view());
+BasicString<char> detail::narrowed(const BasicString<wchar_t>& text) {
+  return converted<char>(text.view());
 }
 
 template class BasicString<char>;

@@ -14,6 +14,17 @@
 
 namespace vxString {
 
+template <class Char>
+class BasicString;
+
+namespace detail {
+
+VX_PRINTF(1, 0) VX_API BasicString<char> formatted(const char* format, std::va_list arguments);
+VX_API BasicString<wchar_t> widened(const BasicString<char>& text);
+VX_API BasicString<char> narrowed(const BasicString<wchar_t>& text);
+
+}  // namespace detail
+
 /// A string value: copies are independent, positions and lengths count code units (bytes of UTF-8).
 ///
 ///     vxString::CString name = vxString::CString::format("%s-%03d", "curve", 7);
@@ -86,18 +97,36 @@ class VX_API BasicString {
   BasicString toLower() const;
   BasicString toUpper() const;
 
+  // Members that one of the encodings alone has are templates, so that each program compiles its
+  // own: compilers do not agree on the names that constraints give to exported members.
+
   /// The text that printf would write; empty when printf refuses the format or the arguments.
+  template <std::same_as<char> C = Char>
   VX_PRINTF(1, 2)
-  static BasicString format(const char* format, ...) requires std::same_as<Char, char>;
+  static BasicString format(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    BasicString text = formatV(format, arguments);
+    va_end(arguments);
+    return text;
+  }
+  template <std::same_as<char> C = Char>
   VX_PRINTF(1, 0)
-  static BasicString formatV(const char* format,
-                             std::va_list arguments) requires std::same_as<Char, char>;
+  static BasicString formatV(const char* format, std::va_list arguments) {
+    return detail::formatted(format, arguments);
+  }
 
   /// The same text in the other encoding. U+FFFD replaces each invalid part: a lone surrogate, a
   /// number beyond U+10FFFF, and in UTF-8 each longest beginning of a valid sequence, or else one
   /// byte.
-  BasicString<wchar_t> asWide() const requires std::same_as<Char, char>;
-  BasicString<char> asMultibyte() const requires std::same_as<Char, wchar_t>;
+  template <std::same_as<char> C = Char>
+  BasicString<wchar_t> asWide() const {
+    return detail::widened(*this);
+  }
+  template <std::same_as<wchar_t> C = Char>
+  BasicString<char> asMultibyte() const {
+    return detail::narrowed(*this);
+  }
 
  private:
   std::basic_string<Char> text_;

@@ -114,14 +114,6 @@ Vec<T>::Vec(unsigned n, T value) : Vec(n) {
 }
 
 template <class T>
-Vec<T>::Vec(unsigned n, T start, T increment) requires std::same_as<T, double> : Vec(n) {
-  for (T& element : *this) {
-    element = start;
-    start += increment;
-  }
-}
-
-template <class T>
 unsigned Vec<T>::lengthOf(std::size_t count) {
   return detail::elementCount(count);
 }
@@ -323,70 +315,12 @@ VecPick<T> Vec<T>::vecPick(const Vec<int>& indices) const {
 }
 
 template <class T>
-unsigned Vec<T>::countZero(double tolerance) const requires std::same_as<T, double> {
-  return countValue(0.0, tolerance);
-}
-
-template <class T>
-int Vec<T>::isZero(double tolerance) const requires std::same_as<T, double> {
-  return isEqual(0.0, tolerance);
-}
-
-template <class T>
-Vec<int> Vec<T>::zeroIndex(double tolerance) const requires std::same_as<T, double> {
-  return valueIndex(0.0, tolerance);
-}
-
-template <class T>
-Vec<int> Vec<T>::nonZeroIndex(double tolerance) const requires std::same_as<T, double> {
-  return nonValueIndex(0.0, tolerance);
-}
-
-template <class T>
-void Vec<T>::clampZero(double tolerance) requires std::same_as<T, double> {
-  std::ranges::replace_if(*this, nearTo(0.0, tolerance), 0.0);
-}
-
-template <class T>
-Vec<T> Vec<T>::apply(double (*f)(double)) const requires std::same_as<T, double> {
-  Vec result(npts_);
-  const auto all = detail::elements(begin_, result.npts_, step_);
-  std::ranges::transform(all, result.begin_, f);
-  return result;
-}
-
-template <class T>
-double Vec<T>::vecLen() const requires std::same_as<T, double> {
-  return linpack::dnrm2(npts_, begin_, step_);
-}
-
-template <class T>
-int Vec<T>::normalise() requires std::same_as<T, double> {
-  const double norm = vecLen();
-  if (!(norm > 0.0)) return 0;
-  *this *= 1.0 / norm;
-  return 1;
-}
-
-template <class T>
 bool Vec<T>::operator==(const Vec& v) const {
   return std::equal(begin(), end(), v.begin(), v.end());
 }
 
-// --- Conversions
-
-template <class T>
-Vec<T>::operator Vec<double>() const requires std::same_as<T, int> {
-  Vec<double> result(npts_);
-  std::ranges::copy(detail::elements(begin_, result.length(), step_), result.data());
-  return result;
-}
-
-template <class T>
-Vec<T>::operator Vec<int>() const requires std::same_as<T, signed char> {
-  Vec<int> result(npts_);
-  std::ranges::copy(detail::elements(begin_, result.length(), step_), result.data());
-  return result;
+double detail::euclideanNorm(const Vec<double>& v) {
+  return linpack::dnrm2(v.length(), v.data(), v.stride());
 }
 
 template class Vec<double>;

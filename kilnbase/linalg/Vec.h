@@ -20,12 +20,20 @@ namespace vxKilnBase {
 template <class T>
 class VecPick;
 
-/// The names and tags of the classes of a family in numeric errors.
+namespace detail {
+
+KILNBASE_API double euclideanNorm(const Vec<double>& v);
+
+}  // namespace detail
+
+/// The names and tags of the classes of a family in numeric errors, and the element type into which
+/// vectors of the family convert.
 template <class T>
 struct VecNames;
 
 template <>
 struct VecNames<double> {
+  using Wider = void;
   static constexpr const char* vec = "DoubleVec";
   static constexpr const char* pick = "DoubleVecPick";
   static constexpr const char* genMat = "DoubleGenMat";
@@ -35,6 +43,7 @@ struct VecNames<double> {
 
 template <>
 struct VecNames<int> {
+  using Wider = double;
   static constexpr const char* vec = "IntVec";
   static constexpr const char* pick = "IntVecPick";
   static constexpr const char* genMat = "IntGenMat";
@@ -44,6 +53,7 @@ struct VecNames<int> {
 
 template <>
 struct VecNames<signed char> {
+  using Wider = int;
   static constexpr const char* vec = "SCharVec";
   static constexpr const char* pick = "SCharVecPick";
   static constexpr std::uint16_t vecTag = 0x9024;
@@ -115,7 +125,15 @@ class KILNBASE_API Vec {
   /// `n` elements, all `value`.
   explicit Vec(unsigned n, T value);
   /// `n` elements: `start`, then each the one before it plus `increment` (a running sum).
-  explicit Vec(unsigned n, T start, T increment) requires std::same_as<T, double>;
+  template <std::same_as<double> Number = T>
+  explicit Vec(unsigned n, std::type_identity_t<Number> start,
+               std::type_identity_t<Number> increment)
+      : Vec(n) {
+    for (T& element : *this) {
+      element = start;
+      start += increment;
+    }
+  }
   /// Copies `n` values.
   template <std::same_as<T> Value>
   explicit Vec(const Value* values, unsigned n) : Vec(n) {
@@ -263,26 +281,61 @@ class KILNBASE_API Vec {
   /// A view of the elements at these indices. Each index outside the vector raises kIndexError.
   [[nodiscard]] VecPick<T> vecPick(const Vec<int>& indices) const;
 
-  /// As countValue(0, tolerance) and its like.
-  [[nodiscard]] unsigned countZero(double tolerance) const requires std::same_as<T, double>;
-  [[nodiscard]] int isZero(double tolerance) const requires std::same_as<T, double>;
-  [[nodiscard]] Vec<int> zeroIndex(double tolerance) const requires std::same_as<T, double>;
-  [[nodiscard]] Vec<int> nonZeroIndex(double tolerance) const requires std::same_as<T, double>;
-  /// Sets every element with |x| <= tolerance to 0.
-  void clampZero(double tolerance) requires std::same_as<T, double>;
-  /// A new vector of f(x) for every element x.
-  [[nodiscard]] Vec apply(double (*f)(double)) const requires std::same_as<T, double>;
-  /// The Euclidean norm; 0 for an empty vector. The squares neither overflow nor underflow.
-  [[nodiscard]] double vecLen() const requires std::same_as<T, double>;
-  /// Scales to norm 1 and returns 1. A vector whose norm is not greater than 0 stays: returns 0.
-  int normalise() requires std::same_as<T, double>;
+  // Members that one element type alone has are templates, so that each program compiles its own:
+  // compilers do not agree on the names that constraints give to exported members.
 
-  /// The same numbers as doubles.
-  operator Vec<double>()
-      const requires std::same_as<T, int>;  // NOLINT(google-explicit-constructor)
-  /// The same numbers as ints.
-  operator Vec<int>()
-      const requires std::same_as<T, signed char>;  // NOLINT(google-explicit-constructor)
+  /// As countValue(0, tolerance) and its like.
+  template <std::same_as<double> Number = T>
+  [[nodiscard]] unsigned countZero(double tolerance) const {
+    return countValue(0.0, tolerance);
+  }
+  template <std::same_as<double> Number = T>
+  [[nodiscard]] int isZero(double tolerance) const {
+    return isEqual(0.0, tolerance);
+  }
+  template <std::same_as<double> Number = T>
+  [[nodiscard]] Vec<int> zeroIndex(double tolerance) const {
+    return valueIndex(0.0, tolerance);
+  }
+  template <std::same_as<double> Number = T>
+  [[nodiscard]] Vec<int> nonZeroIndex(double tolerance) const {
+    return nonValueIndex(0.0, tolerance);
+  }
+  /// Sets every element with |x| <= tolerance to 0.
+  template <std::same_as<double> Number = T>
+  void clampZero(double tolerance) {
+    for (T& x : *this) x = (x < 0.0 ? -x : x) <= tolerance ? 0.0 : x;
+  }
+  /// A new vector of f(x) for every element x.
+  template <std::same_as<double> Number = T>
+  [[nodiscard]] Vec apply(double (*f)(double)) const {
+    Vec result(npts_);
+    const_iterator x = begin();
+    for (T& y : result) y = f(*x++);
+    return result;
+  }
+  /// The Euclidean norm; 0 for an empty vector. The squares neither overflow nor underflow.
+  template <std::same_as<double> Number = T>
+  [[nodiscard]] double vecLen() const {
+    return detail::euclideanNorm(*this);
+  }
+  /// Scales to norm 1 and returns 1. A vector whose norm is not greater than 0 stays: returns 0.
+  template <std::same_as<double> Number = T>
+  int normalise() {
+    const double norm = vecLen();
+    if (!(norm > 0.0)) return 0;
+    *this *= 1.0 / norm;
+    return 1;
+  }
+
+  /// The same numbers as doubles, of ints; as ints, of signed chars.
+  template <std::same_as<typename VecNames<T>::Wider> Number>
+  operator Vec<Number>() const {  // NOLINT(google-explicit-constructor)
+    Vec<Number> result(npts_);
+    const_iterator x = begin();
+    for (Number& y : result) y = *x++;
+    return result;
+  }
 
   /// Element by element, in place.
   Vec& operator+=(const Vec& v) { return change<kAdd>(v); }

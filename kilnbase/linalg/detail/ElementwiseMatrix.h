@@ -33,7 +33,9 @@ class ElementwiseMatrix : public Vec<T> {
   Matrix& operator--() { return changed(--elements()); }
 
   /// Matrices of different sizes are unequal.
-  bool operator==(const Matrix& b) const { return sameSize(b) && elements() == b.elements(); }
+  friend bool operator==(const Matrix& a, const Matrix& b) {
+    return a.sameSize(b) && a.elements() == b.elements();
+  }
 
   /// Element by element, over the stored elements; the result is a new matrix.
   friend Matrix operator+(const Matrix& a, const Matrix& b) {
