@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <initializer_list>
 
 #include <kilnbase/linalg/DoubleGenMat.h>
 #include <kilnbase/linalg/IntVec.h>
@@ -101,6 +102,9 @@ class KILNBASE_API DoubleChDecomp : public DoubleGenMat {
   /// are 0. Raises kRightSideLengthError unless b has n elements; then returns an empty vector.
   /// Raises kNotFactoredError when no column is factored (and n is not 0); then all unknowns are 0.
   [[nodiscard]] DoubleVec solve(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec solve(std::initializer_list<double> b) const {
+    return solve(DoubleVec(b));
+  }
   /// Solves for each column of B: column j of the result is `solve` of column j up to rounding. The
   /// errors are the same; kRightSideLengthError tells the number of rows of B and returns a 0 by 0
   /// matrix. Many columns take a fraction of the time that they take one by one.

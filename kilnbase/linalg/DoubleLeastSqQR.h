@@ -1,6 +1,8 @@
 // Linear least squares by QR decomposition.
 #pragma once
 
+#include <initializer_list>
+
 #include <kilnbase/linalg/DoubleQRDecomp.h>
 
 /// Finds the x for which |A x - b| is least. Each row of A is an equation, each column an unknown.
@@ -53,6 +55,9 @@ class KILNBASE_API DoubleLeastSqQR : public DoubleQRDecomp {
   /// The x, new, for which |A x - b| is least with all free unknowns 0. Errors are those of the QR
   /// `solve`. From the first 0 on the diagonal of R on, unknowns are 0 too.
   [[nodiscard]] DoubleVec solve(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec solve(std::initializer_list<double> b) const {
+    return solve(DoubleVec(b));
+  }
   /// Solves for each column of B; see the QR `solve`.
   [[nodiscard]] DoubleGenMat solve(const DoubleGenMat& b) const;
   /// b - A x, new, for the x of `solve`, without the rounding errors of x. Raises

@@ -1,6 +1,8 @@
 // QR decomposition with column pivoting.
 #pragma once
 
+#include <initializer_list>
+
 #include <kilnbase/linalg/DoubleGenMat.h>
 #include <kilnbase/linalg/IntVec.h>
 
@@ -69,6 +71,9 @@ class KILNBASE_API DoubleQRDecomp : public DoubleGenMat {
   /// kRightSideLengthError unless b has m elements; then returns an empty vector. Raises
   /// kNotFactoredError when there are no columns.
   [[nodiscard]] DoubleVec solve(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec solve(std::initializer_list<double> b) const {
+    return solve(DoubleVec(b));
+  }
   /// Solves for each column of B: column j of the result is `solve` of column j up to rounding. The
   /// errors are the same; kRightSideLengthError tells the number of rows of B and returns a 0 by 0
   /// matrix. Many columns take a fraction of the time that they take one by one.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <concepts>
+#include <initializer_list>
 
 #include <kilnbase/export.h>
 #include <kilnbase/linalg/DoubleGenMat.h>
@@ -67,6 +68,9 @@ class KILNBASE_API Fact : public Matrix {
   /// empty vector, and kNotFactoredError when `fail()`; when the handler returns, x is what
   /// divisions by the zero pivots give.
   [[nodiscard]] DoubleVec solve(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec solve(std::initializer_list<double> b) const {
+    return solve(DoubleVec(b));
+  }
   /// The X of A X = B: column j solves for column j of B, in much less time than one by one. The
   /// same errors, for the number of rows of B.
   [[nodiscard]] DoubleGenMat solve(const DoubleGenMat& b) const;

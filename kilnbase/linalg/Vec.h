@@ -75,8 +75,8 @@ struct VecNames<signed char> {
 ///
 /// **Braces list elements**, as with std::vector: `DoubleVec{3, 1}` has the elements 3 and 1,
 /// `DoubleVec(3, 1.0)` three elements 1. Assigning a list of one number sets all elements, as
-/// assigning the number does. As an argument a list needs its type where a vector or a matrix may
-/// be meant: `solve(DoubleVec{4, 4})`.
+/// assigning the number does. The decompositions solve for lists, `lu.solve({4, 4})`; where else a
+/// vector or a matrix may be meant, a list needs its type: `product(a, DoubleVec{1, 2})`.
 ///
 /// A vector is a random access range over its elements, with any stride, for `for` and standard
 /// algorithms. Of a const vector the elements can only be read. Iterators, like `data` and `span`,

@@ -9,6 +9,9 @@
 #include <type_traits>
 #include <vector>
 
+#include <kilnbase/linalg/DoubleChDecomp.h>
+#include <kilnbase/linalg/DoubleGenFact.h>
+#include <kilnbase/linalg/DoubleLeastSqQR.h>
 #include <kilnbase/linalg/DoubleSymMat.h>
 #include <kilnbase/linalg/DoubleUpperTriMat.h>
 #include <kilnbase/linalg/IntGenMat.h>
@@ -145,6 +148,13 @@ TEST(Ranges, BracesListElementsAndParenthesesKeepTheirMeaning) {
   EXPECT_THAT(toSymMat({{4, 1}, {3, 5}}), ElementsAre(4, 2, 5));
   EXPECT_THAT(toUpperTriMat({{4, 1}, {0, 5}}), ElementsAre(4, 1, 5));
   EXPECT_THAT(Owned<DoubleVec>({1, 2}), ElementsAre(1, 2));
+
+  const DoubleGenMat diagonal{{4, 0}, {0, 16}};
+  EXPECT_THAT(DoubleGenFact(diagonal).solve({4, 32}), ElementsAre(1, 2));
+  EXPECT_THAT(DoubleGenFact(diagonal).solve({{4, 8}, {32, 16}}), ElementsAre(1, 2, 2, 1));
+  EXPECT_THAT(DoubleChDecomp(diagonal).solve({4, 32}), ElementsAre(1, 2));
+  EXPECT_THAT(DoubleQRDecomp(diagonal).solve({4, 32}), ElementsAre(1, 2));
+  EXPECT_THAT(DoubleLeastSqQR(diagonal).solve({4, 32}), ElementsAre(1, 2));
 }
 
 TEST(Ranges, ContiguousRangesAreCopiedAndUnitStridesAreSpans) {
