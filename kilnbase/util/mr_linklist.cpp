@@ -22,6 +22,19 @@ void linkInto(const Gap& gap, MR_LinkList* list, MR_LinkNode* node) {
   if (list->head == gap.after) list->head = node;
 }
 
+// The gap in front of the first node that the given node does not sort after.
+Gap gapFor(const MR_LinkNode* node, MR_LinkNode* head, MR_LinkCompare cmp) {
+  Gap gap = {MR_ll_prev(head), head};
+  while (gap.after && cmp(node, gap.after) > 0) gap = {gap.after, gap.after->next};
+  return gap;
+}
+
+// The node at the same position from `head2` as the node from `head`; null when there is none.
+MR_LinkNode* companionOf(const MR_LinkNode* node, const MR_LinkNode* head, MR_LinkNode* head2) {
+  for (; head2 && head != node; head = head->next) head2 = head2->next;
+  return head2;
+}
+
 void removeAndFree(MR_LinkList* list, MR_LinkNode* node) {
   MR_ll_remove(list, node);
   std::free(node);
@@ -59,12 +72,10 @@ void MR_ll_insert_sorted(MR_LinkList* list, MR_LinkNode* node, MR_LinkCompare cm
 void MR_ll_insert_sorted2(MR_LinkList* list, MR_LinkNode* node, MR_LinkList* list2,
                           MR_LinkNode* node2, MR_LinkCompare cmp) {
   if (!list || !node || !cmp) return;
-  Gap gap = {MR_ll_prev(list->head), list->head};
-  int passed = 0;
-  for (; gap.after && cmp(node, gap.after) > 0; ++passed) gap = {gap.after, gap.after->next};
+  const Gap gap = gapFor(node, list->head, cmp);
   linkInto(gap, list, node);
   if (!list2 || !node2) return;
-  MR_LinkNode* const after2 = gap.after ? MR_ll_nth(list2->head, passed) : nullptr;
+  MR_LinkNode* const after2 = gap.after ? companionOf(node, list->head, list2->head) : nullptr;
   if (after2 || !gap.after) MR_ll_insert(list2, after2, node2);
 }
 
