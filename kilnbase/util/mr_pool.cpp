@@ -9,21 +9,21 @@
 
 namespace {
 
-void* take(MR_Pool& pool, std::uint32_t bytes) {
-  void* const piece = static_cast<std::byte*>(pool.blocks.head->data) + pool.used;
-  pool.used += bytes;
-  return piece;
-}
+// A node of the pool's list. The bytes of the block follow in the same memory.
+struct alignas(std::max_align_t) Block {
+  MR_ListNode node;
+};
 
 // Not inlined, so that the code for most pieces stays short.
-[[gnu::noinline]] void* takeFromNewBlock(MR_Pool& pool, std::uint32_t bytes) {
-  void* const block = std::malloc(pool.blockSize);
-  if (!MR_list_prepend(&pool.blocks, block)) {
-    std::free(block);
-    return nullptr;
-  }
+[[gnu::noinline]] void* takeFromNewBlock(MR_Pool& pool, int n) {
+  void* const memory = std::malloc(sizeof(Block) + pool.blockSize);
+  if (!memory) return nullptr;
+  MR_ListNode* const older = pool.blocks.head;
+  auto* const block = new (memory) Block{{nullptr, older, static_cast<Block*>(memory) + 1}};
+  if (older) older->prev = &block->node;
+  pool.blocks.head = &block->node;
   pool.used = 0;
-  return take(pool, bytes);
+  return MR_pool_alloc_inline(&pool, n);
 }
 
 }  // namespace
@@ -34,18 +34,15 @@ MR_Pool* MR_pool_new(int block_size) {
   return new (std::nothrow) MR_Pool{{nullptr}, 0, bytes};
 }
 
-void* MR_pool_alloc(MR_Pool* pool, int n) {
+void*(MR_pool_alloc)(MR_Pool* pool, int n) {
   const auto bytes = static_cast<std::uint32_t>(n);  // beyond every block when n is negative
   if (!pool || bytes > pool->blockSize) return nullptr;
   const bool fits = pool->blocks.head && bytes <= pool->blockSize - pool->used;
-  return fits ? take(*pool, bytes) : takeFromNewBlock(*pool, bytes);
+  return fits ? MR_pool_alloc_inline(pool, n) : takeFromNewBlock(*pool, n);
 }
 
 void MR_pool_free(MR_Pool** pool) {
   if (!pool || !*pool) return;
-  for (const MR_ListNode* node = (*pool)->blocks.head; node; node = node->next) {
-    std::free(node->data);
-  }
   MR_list_delete_all(&(*pool)->blocks);
   delete *pool;
   *pool = nullptr;

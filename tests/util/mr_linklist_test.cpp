@@ -119,6 +119,9 @@ TEST(LinkList, MergesChainsWithTheirCompanions) {
   MR_ll_insert_sorted2(&list, newNode(7), &list2, &lost.link, compareKeys);
   EXPECT_THAT(list.keys(), ElementsAre(0, 1, 5, 5, 7, 9, 20));
   EXPECT_THAT(list2.keys(), ElementsAre(10, 55, 50, 200));
+  MR_ll_merge(&list2, Records({400, 300, 500, 600}).take());  // longer than list
+  MR_ll_insert_sorted2(&list, newNode(30), &list2, newNode(700), compareKeys);
+  EXPECT_THAT(list2.keys(), ElementsAre(10, 55, 50, 200, 400, 300, 500, 600, 700));
 }
 
 TEST(LinkList, RemovesDuplicatesAmongNeighboursWithTheirCompanions) {
