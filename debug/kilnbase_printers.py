@@ -832,8 +832,7 @@ class Structure(Sequence):
     KINDS = {
         "dlist": ("doubly linked list", lambda data: chain(word(data), word_size())),
         "slist": ("singly linked list", lambda data: chain(word(data), word_size())),
-        "bintree": ("binary tree", lambda data: in_order(word(data + 2 * word_size()),
-                                                        2 * word_size())),
+        "bintree": ("binary tree", lambda data: chain(word(data), word_size())),
         "array": ("array", lambda data: (word(data + 2 * word_size()) + i * word_size()
                                          for i in range(word(data)))),
     }

@@ -19,12 +19,15 @@ struct Buffer {
 
 struct Array {
   static constexpr int kType = DS_ARRAY;
+  static constexpr bool kIsOneRow = true;
 
   static Slot* first(const void* data) { return isEmpty(data) ? nullptr : buffer(data).items; }
 
   static Slot* last(const void* data) {
     return isEmpty(data) ? nullptr : buffer(data).items + buffer(data).count - 1;
   }
+
+  static std::size_t count(const void* data) { return buffer(data).count; }
 
   static Slot* next(const void* data, Slot* slot) {
     return slot != last(data) ? slot + 1 : nullptr;

@@ -3,14 +3,14 @@
 #include <cstdint>
 #include <new>
 #include <optional>
-#include <utility>
 
-#include <kilnbase/util/DS/detail/Kind.h>
+#include <kilnbase/util/DS/detail/LinkedList.h>
 
 namespace {
 
 using vxKilnBase::detail::Gap;
 using vxKilnBase::detail::gapInOrder;
+using vxKilnBase::detail::LinkedList;
 using vxKilnBase::detail::Slot;
 
 enum Side { kLeft = 0, kRight = 1 };
@@ -19,29 +19,14 @@ Side opposite(Side side) {
   return side == kLeft ? kRight : kLeft;
 }
 
+// `next` and `previous` are the neighbours in order.
 struct Node : Slot {
+  Node* next;
+  Node* previous;
   Node* parent;
   std::array<Node*, 2> children;
   std::uint32_t priority;
 };
-
-// A treap (R. Seidel and C. R. Aragon, "Randomized search trees", Algorithmica 16, 1996): the items
-// are in order from left to right, and no node has a smaller priority than its children. Random
-// priorities keep the depth logarithmic whatever the order of adding. The tree itself is a node
-// whose left child is the root.
-struct Tree : Node {
-  std::array<Node*, 2> ends;
-  std::uint32_t random = 2463534242U;
-  DS_Comparator order;  // All items are in the order of this comparator; null for none.
-};
-
-Node* nodeOf(Slot* slot) {
-  return static_cast<Node*>(slot);
-}
-
-Tree* treeOf(void* data) {
-  return static_cast<Tree*>(data);
-}
 
 Side sideOf(const Node* node) {
   return node->parent->children[kLeft] == node ? kLeft : kRight;
@@ -61,16 +46,6 @@ void rotateUp(Node* node) {
   attach(node, opposite(side), parent);
 }
 
-// The neighbour in order on the given side. The node must not be the last one on that side.
-Node* neighbour(Node* node, Side side) {
-  if (Node* child = node->children[side]; child != nullptr) {
-    while (child->children[opposite(side)] != nullptr) child = child->children[opposite(side)];
-    return child;
-  }
-  while (sideOf(node) == side) node = node->parent;
-  return node->parent;
-}
-
 // Xorshift (G. Marsaglia, "Xorshift RNGs", Journal of Statistical Software 8, 2003).
 std::uint32_t nextRandom(std::uint32_t& state) {
   state ^= state << 13;
@@ -79,18 +54,14 @@ std::uint32_t nextRandom(std::uint32_t& state) {
   return state;
 }
 
-struct BinaryTree {
-  static constexpr int kType = DS_BINTREE;
-
-  static Slot* first(const void* data) { return end(data, kLeft); }
-  static Slot* last(const void* data) { return end(data, kRight); }
-  static Slot* next(const void* data, Slot* slot) { return step(data, slot, kRight); }
-  static Slot* previous(const void* data, Slot* slot) { return step(data, slot, kLeft); }
-
+// A treap (R. Seidel and C. R. Aragon, "Randomized search trees", Algorithmica 16, 1996) over a
+// linked list: the items are in order from left to right, and no node has a smaller priority than
+// its children. Random priorities keep the depth logarithmic whatever the order of adding.
+struct BinaryTree : LinkedList<Node, DS_BINTREE> {
   // The gap that `gapInOrder` finds: by binary search while the items are in the comparator's
   // order.
   static Gap place(void* data, DS_Comparator comparator, void* item) {
-    Tree& tree = *treeOf(data);
+    Tree& tree = treeOf(data);
     const bool isInOrder = first(data) == nullptr || tree.order == comparator;
     tree.order = isInOrder && comparator != Ds_fifo_comparator ? comparator : nullptr;
     if (tree.order != nullptr) {
@@ -106,59 +77,39 @@ struct BinaryTree {
     static_cast<Tree*>(node)->order = comparator;
   }
 
-  static void* make() { return new (std::nothrow) Tree(); }
+  static void* make() { return static_cast<Ends*>(new (std::nothrow) Tree()); }
 
   static bool insert(void* data, Gap gap, void* item) {
-    Node* node = new (std::nothrow) Node{};
+    Node* node = insertNode(data, gap, item);
     if (node == nullptr) return false;
-    Tree& tree = *treeOf(data);
-    node->item = item;
+    Tree& tree = treeOf(data);
+    node->children = {};
     node->priority = nextRandom(tree.random);
-    insertLeaf(tree, gap, node);
+    attachLeaf(tree, nodeOf(gap.before), nodeOf(gap.after), node);
     while (node->parent != &tree && node->parent->priority < node->priority) rotateUp(node);
     return true;
   }
 
   static Slot* remove(void* data, Slot* before, Slot* slot, Slot* later) {
-    Tree& tree = *treeOf(data);
-    Node* node = nodeOf(slot);
-    if (node == tree.ends[kLeft]) tree.ends[kLeft] = nodeOf(next(data, slot));
-    if (node == tree.ends[kRight]) tree.ends[kRight] = nodeOf(before);
-    unlink(node);
-    return later;
+    detach(nodeOf(slot));
+    return LinkedList::remove(data, before, slot, later);
   }
 
   static void free(void* data) {
-    if (data == nullptr) return;
-    Node* top = treeOf(data);
-    for (Node* node = top; node != nullptr;) {
-      Node*& branch = node->children[node->children[kLeft] != nullptr ? kLeft : kRight];
-      if (branch != nullptr) {
-        node = std::exchange(branch, nullptr);
-      } else {
-        Node* parent = node->parent;
-        if (node != top) delete node;
-        node = parent;
-      }
-    }
-    delete treeOf(data);
+    if (data != nullptr) delete &treeOf(data);
   }
 
  private:
-  static Slot* end(const void* data, Side side) {
-    return data != nullptr ? static_cast<const Tree*>(data)->ends[side] : nullptr;
-  }
+  // The tree itself is a node whose left child is the root.
+  struct Tree : Ends, Node {
+    std::uint32_t random = 2463534242U;
+    DS_Comparator order;  // All items are in the order of this comparator; null for none.
+  };
 
-  static Slot* step(const void* data, Slot* slot, Side side) {
-    return slot == end(data, side) ? nullptr : neighbour(nodeOf(slot), side);
-  }
+  static Tree& treeOf(void* data) { return static_cast<Tree&>(ends(data)); }
 
   // One of the two neighbours has no child on the side of the gap.
-  static void insertLeaf(Tree& tree, Gap gap, Node* node) {
-    Node* before = nodeOf(gap.before);
-    Node* after = nodeOf(gap.after);
-    if (before == nullptr) tree.ends[kLeft] = node;
-    if (after == nullptr) tree.ends[kRight] = node;
+  static void attachLeaf(Tree& tree, Node* before, Node* after, Node* node) {
     if (before != nullptr && before->children[kRight] == nullptr) {
       attach(before, kRight, node);
     } else {
@@ -166,14 +117,13 @@ struct BinaryTree {
     }
   }
 
-  static void unlink(Node* node) {
+  static void detach(Node* node) {
     while (node->children[kLeft] != nullptr && node->children[kRight] != nullptr) {
       const bool leftIsHigher = node->children[kLeft]->priority > node->children[kRight]->priority;
       rotateUp(node->children[leftIsHigher ? kLeft : kRight]);
     }
     Node* child = node->children[node->children[kLeft] != nullptr ? kLeft : kRight];
     attach(node->parent, sideOf(node), child);
-    delete node;
   }
 
   // Nothing when the comparator answers more than 1. Only exactly 1 counts as greater, so such an
@@ -182,7 +132,7 @@ struct BinaryTree {
   // there before the items lose their order.
   static std::optional<Gap> search(const Tree& tree, void* item) {
     const Slot added{item};
-    Slot* const front = first(&tree);
+    Node* const front = tree.first;
     int answer = front != nullptr ? tree.order(&added, front) : 1;
     if (answer < 1) return Gap{nullptr, front};
     Gap gap{};

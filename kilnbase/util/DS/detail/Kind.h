@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <span>
 #include <utility>
 
 #include <kilnbase/util/DS/detail/Callback.h>
@@ -31,6 +32,8 @@ concept KindStorage = requires(void* data, const void* view, Slot* slot, Gap gap
   // Null in an empty storage.
   { S::first(view) } -> std::same_as<Slot*>;
   { S::last(view) } -> std::same_as<Slot*>;
+  // The data is not null.
+  { S::count(view) } -> std::same_as<std::size_t>;
   // Null behind the last slot.
   { S::next(view, slot) } -> std::same_as<Slot*>;
   // New data, or null when there is no memory.
@@ -61,6 +64,10 @@ template <class S>
 concept NotesOrder = requires(Slot* slot, DS_Comparator comparator) {
   S::reordered(slot, comparator);
 };
+
+// Has its slots one behind the other, the first one first.
+template <class S>
+concept IsOneRow = S::kIsOneRow;
 
 // Finds the first slot whose item matches, in less time than by `next`.
 template <class S, class Predicate>
@@ -342,17 +349,38 @@ struct Kind {
   }
 
   static bool sortItems(void* data, DS_Comparator comparator) {
-    std::size_t count = 0;
-    for (Slot* slot = Storage::first(data); slot != nullptr; slot = Storage::next(data, slot)) {
-      ++count;
+    const std::size_t count = Storage::count(data);
+    if constexpr (IsOneRow<Storage>) {
+      std::qsort(Storage::first(data), count, sizeof(Slot), comparator);
+      return true;
+    } else {
+      return sortApart(data, count, comparator);
     }
+  }
+
+  // All slots in order. Goes from both ends at once where the storage goes backward, so that the
+  // processor waits for two links at a time.
+  static void collect(void* data, std::span<Slot*> slots) {
+    Slot* front = Storage::first(data);
+    Slot* back = Storage::last(data);
+    for (std::size_t i = 0, end = slots.size(); i < end; front = Storage::next(data, front)) {
+      slots[i++] = front;
+      if constexpr (GoesBackward<Storage>) {
+        slots[--end] = back;
+        back = Storage::previous(data, back);
+      }
+    }
+  }
+
+  // Looks for the slots only once, since finding the next of many nodes waits for memory.
+  static bool sortApart(void* data, std::size_t count, DS_Comparator comparator) {
+    const std::unique_ptr<Slot*[]> slots(new (std::nothrow) Slot*[count]);
     const std::unique_ptr<Slot[]> items(new (std::nothrow) Slot[count]);
-    if (items == nullptr) return false;
-    Slot* slot = Storage::first(data);
-    for (std::size_t i = 0; i < count; ++i, slot = Storage::next(data, slot)) items[i] = *slot;
+    if (slots == nullptr || items == nullptr) return false;
+    collect(data, {slots.get(), count});
+    for (std::size_t i = 0; i < count; ++i) items[i] = *slots[i];
     std::qsort(items.get(), count, sizeof(Slot), comparator);
-    slot = Storage::first(data);
-    for (std::size_t i = 0; i < count; ++i, slot = Storage::next(data, slot)) *slot = items[i];
+    for (std::size_t i = 0; i < count; ++i) *slots[i] = items[i];
     return true;
   }
 

@@ -1,6 +1,7 @@
 // Linked lists as storages of structures.
 #pragma once
 
+#include <cstddef>
 #include <new>
 
 #include <kilnbase/util/DS/detail/Kind.h>
@@ -26,6 +27,8 @@ struct LinkedList {
 
   static Slot* last(const void* data) { return data != nullptr ? ends(data).last : nullptr; }
 
+  static std::size_t count(const void* data) { return ends(data).nodes.count(); }
+
   static Slot* next(const void*, Slot* slot) { return nodeOf(slot)->next; }
 
   static Slot* previous(const void*, Slot* slot) requires kBothWays {
@@ -35,12 +38,7 @@ struct LinkedList {
   static void* make() { return new (std::nothrow) Ends; }
 
   static bool insert(void* data, Gap gap, void* item) {
-    Node* node = ends(data).nodes.take();
-    if (node == nullptr) return false;
-    node->item = item;
-    join(data, gap.before, node);
-    join(data, node, gap.after);
-    return true;
+    return insertNode(data, gap, item) != nullptr;
   }
 
   static Slot* remove(void* data, Slot* before, Slot* slot, Slot* later) {
@@ -66,7 +64,7 @@ struct LinkedList {
     return nullptr;
   }
 
- private:
+ protected:
   struct Ends {
     Node* first = nullptr;
     Node* last = nullptr;
@@ -78,6 +76,17 @@ struct LinkedList {
 
   static Node* nodeOf(Slot* slot) { return static_cast<Node*>(slot); }
 
+  // Null when there is no memory.
+  static Node* insertNode(void* data, Gap gap, void* item) {
+    Node* node = ends(data).nodes.take();
+    if (node == nullptr) return nullptr;
+    node->item = item;
+    join(data, gap.before, node);
+    join(data, node, gap.after);
+    return node;
+  }
+
+ private:
   // Makes two nodes neighbours. Null instead of a node stands for the end of the list.
   static void join(void* data, Slot* before, Slot* after) {
     (before != nullptr ? nodeOf(before)->next : ends(data).first) = nodeOf(after);

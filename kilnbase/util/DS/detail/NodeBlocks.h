@@ -25,12 +25,17 @@ class NodeBlocks {
 
   // Null when there is no memory.
   Node* take() {
-    if (free_ != nullptr) return std::exchange(free_, free_->next);
-    if (used_ == size() && !addBlock()) return nullptr;
-    return &blocks_->nodes[used_++];
+    if (free_ == nullptr && used_ == size() && !addBlock()) return nullptr;
+    ++count_;
+    return free_ != nullptr ? std::exchange(free_, free_->next) : &blocks_->nodes[used_++];
   }
 
-  void giveBack(Node* node) { node->next = std::exchange(free_, node); }
+  void giveBack(Node* node) {
+    node->next = std::exchange(free_, node);
+    --count_;
+  }
+
+  std::size_t count() const { return count_; }
 
  private:
   struct Block {
@@ -53,6 +58,7 @@ class NodeBlocks {
   }
 
   Block* blocks_ = nullptr;  // the newest block, from which the older ones are reached
+  std::size_t count_ = 0;    // nodes that have been handed out and not given back
   std::size_t used_ = 0;     // nodes of the newest block that have been handed out
   Node* free_ = nullptr;     // the chain of nodes that were given back
 };
