@@ -14,8 +14,14 @@ struct alignas(std::max_align_t) Block {
   MR_ListNode node;
 };
 
+void* take(MR_Pool& pool, std::uint32_t bytes) {
+  void* const piece = static_cast<std::byte*>(pool.blocks.head->data) + pool.used;
+  pool.used += bytes;
+  return piece;
+}
+
 // Not inlined, so that the code for most pieces stays short.
-[[gnu::noinline]] void* takeFromNewBlock(MR_Pool& pool, int n) {
+[[gnu::noinline]] void* takeFromNewBlock(MR_Pool& pool, std::uint32_t bytes) {
   void* const memory = std::malloc(sizeof(Block) + pool.blockSize);
   if (!memory) return nullptr;
   MR_ListNode* const older = pool.blocks.head;
@@ -23,7 +29,7 @@ struct alignas(std::max_align_t) Block {
   if (older) older->prev = &block->node;
   pool.blocks.head = &block->node;
   pool.used = 0;
-  return MR_pool_alloc_inline(&pool, n);
+  return take(pool, bytes);
 }
 
 }  // namespace
@@ -34,11 +40,11 @@ MR_Pool* MR_pool_new(int block_size) {
   return new (std::nothrow) MR_Pool{{nullptr}, 0, bytes};
 }
 
-void*(MR_pool_alloc)(MR_Pool* pool, int n) {
+void* MR_pool_alloc(MR_Pool* pool, int n) {
   const auto bytes = static_cast<std::uint32_t>(n);  // beyond every block when n is negative
   if (!pool || bytes > pool->blockSize) return nullptr;
   const bool fits = pool->blocks.head && bytes <= pool->blockSize - pool->used;
-  return fits ? MR_pool_alloc_inline(pool, n) : takeFromNewBlock(*pool, n);
+  return fits ? take(*pool, bytes) : takeFromNewBlock(*pool, bytes);
 }
 
 void MR_pool_free(MR_Pool** pool) {

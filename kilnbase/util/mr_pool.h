@@ -33,19 +33,6 @@ KILNBASE_API MR_Pool* MR_pool_new(int block_size);
  * or when the memory runs out. */
 KILNBASE_API void* MR_pool_alloc(MR_Pool* pool, int n);
 
-/* Takes the piece from the current block where the caller stands, and leaves the rest to the
- * function. */
-static inline void* MR_pool_alloc_inline(MR_Pool* pool, int n) {
-  if (pool && pool->blocks.head && (uint32_t)n <= pool->blockSize - pool->used) {
-    char* const piece = (char*)pool->blocks.head->data + pool->used;
-    pool->used += (uint32_t)n;
-    return piece;
-  }
-  return MR_pool_alloc(pool, n);
-}
-/* Calls are inlined. In parentheses, or without arguments, the name is that of the function. */
-#define MR_pool_alloc(pool, n) MR_pool_alloc_inline(pool, n)
-
 /** Releases the pool and all that it handed out, and sets the handle to null. */
 KILNBASE_API void MR_pool_free(MR_Pool** pool);
 
