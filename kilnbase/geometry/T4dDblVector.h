@@ -172,7 +172,8 @@ class T4dDblVector {
   constexpr T4dDblVector& premultBy(const T4dDblMatrix& m);
   constexpr T4dDblVector operator*(const T4dDblMatrix& m) const;
 
-  /// Writes "(x, y, z)" with the stream's formatting, the field width for every number. So do all
-  /// values of this folder with the numbers that they consist of.
+  /// Writes "(x, y, z)" with the stream's formatting, the field width for every number. So do
+  /// all values of this folder with their numbers; only boxes and angles take it for their first
+  /// character or number.
   friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const T4dDblVector& v);
 };

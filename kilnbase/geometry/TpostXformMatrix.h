@@ -52,7 +52,7 @@ class TpostXformMatrix : protected T4dDblMatrix {
   int dirty() const { return dirty_; }
   /// Composes the matrix when `dirty` is 1, which clears `dirty`. Returns the inverse of the
   /// matrix.
-  [[nodiscard]] KILNBASE_API T4dDblMatrix inverse();
+  KILNBASE_API T4dDblMatrix inverse();
 
   /// Writes "translation (x, y, z), rotation (w, x, y, z), scale (x, y, z)".
   friend KILNBASE_API std::ostream& operator<<(std::ostream& stream, const TpostXformMatrix& xform);

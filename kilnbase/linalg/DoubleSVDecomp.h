@@ -20,10 +20,12 @@
 ///     }
 ///
 /// Where rows are at least 1.6 times the columns, the columns are sorted by their norms and reduced
-/// to a triangle first: least squares solved by U, S and V are then as accurate as by QR, also with
-/// large residuals and **badly scaled columns**. In other shapes, columns whose norms differ by
-/// many orders cost the small singular values and their vectors as many digits: scale the columns
-/// to equal norms, or use DoubleLeastSqQR, which does not depend on their scale.
+/// to a triangle first: least squares solved by U, S and V are then about as accurate as by QR,
+/// also with large residuals.
+///
+/// **Badly scaled columns**: where norms of columns differ by many orders, the small singular
+/// values and their vectors may lose as many digits. Scale the columns to equal norms, or use
+/// DoubleLeastSqQR, which does not depend on their scale.
 ///
 /// Which vectors are computed is set for the next `factor`; initially all. Elements of A may have
 /// any magnitude as long as the singular values are in range. An infinite or NaN element makes the

@@ -40,8 +40,8 @@
 /// the elements that have at least 0.9 times the largest magnitude, the first one is positive.
 ///
 /// Values only (`computeVecs(0)`) take about 4n³/3 operations, values and vectors 9n³. Beside the
-/// results, n² elements of memory are taken, and none up to order 16. Elements may have any
-/// magnitude as long as the eigenvalues are in range.
+/// results, (n + 5) n elements of memory are taken, with n rounded up to a multiple of 8, and none
+/// up to order 16. Elements may have any magnitude as long as the eigenvalues are in range.
 ///
 /// The members that return values and vectors return views, which keep showing the same
 /// decomposition when this object factors another matrix. Copy construction shares the results with

@@ -46,6 +46,7 @@ GenMat<T>::GenMat(unsigned m, unsigned n, T value) : Base(elementCount(m, n), va
 template <class T>
 GenMat<T>::GenMat(std::initializer_list<std::initializer_list<T>> rows)
     : GenMat(asUnsigned(rows.size()), longest(rows), T(0)) {
+  if (this->data() == nullptr) return;
   unsigned i = 0;
   for (const auto& row : rows) {
     if (row.size() != ncols_) {

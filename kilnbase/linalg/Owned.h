@@ -2,6 +2,7 @@
 #pragma once
 
 #include <concepts>
+#include <initializer_list>
 #include <utility>
 
 namespace vxKilnBase {
@@ -37,6 +38,14 @@ class Owned : public View {
   Owned(View view) : View(std::move(view)) {  // NOLINT(google-explicit-constructor)
     View::deepenShallowCopy();
   }
+  /// These elements; of a matrix, these rows.
+  Owned(std::initializer_list<typename View::Element> elements) requires
+      std::constructible_from<View, std::initializer_list<typename View::Element>>
+      : View(elements) {}
+  Owned(std::initializer_list<std::initializer_list<typename View::Element>> rows) requires
+      std::constructible_from<View,
+                              std::initializer_list<std::initializer_list<typename View::Element>>>
+      : View(rows) {}
   Owned(const Owned& other) : Owned(static_cast<const View&>(other)) {}
   Owned(Owned&& other) noexcept = default;
   ~Owned() = default;

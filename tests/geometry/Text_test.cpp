@@ -1,6 +1,7 @@
 // The texts of geometry values.
 #include <gtest/gtest.h>
 #include <iomanip>
+#include <numbers>
 #include <sstream>
 
 #include <kilnbase/geometry/Tangle.h>
@@ -29,17 +30,21 @@ TEST(Text, ValuesPrintTheirNumbersWithTheFormattingOfTheStream) {
   EXPECT_EQ(three, textsOf(T4dDblVector(1, -2, 0.5)));
   EXPECT_EQ(three, textsOf(Tscale(1, -2, 0.5)));
   EXPECT_EQ(three, textsOf(T4dDblMatrix() * T4dDblVector(1, -2, 0.5)));
-  const std::string four = "(1.0, 0.0, 0.0, 0.0)|(   1.0,    0.0,    0.0,    0.0)|";
-  EXPECT_EQ(four, textsOf(T4dDblPoint(1, 0, 0, 0)));
-  EXPECT_EQ(four, textsOf(TunitQuaternion()));
-  EXPECT_EQ("(0.0, 0.0, 1.0, 0.0)|(   0.0,    0.0,    1.0,    0.0)|", textsOf(Tplane(0.1)));
+  const std::string four = "(1.0, 2.0, 3.0, 4.0)|(   1.0,    2.0,    3.0,    4.0)|";
+  EXPECT_EQ(four, textsOf(T4dDblPoint(1, 2, 3, 4)));
+  TunitQuaternion half;
+  half.setToPivotAxis(std::numbers::pi, T4dDblVector(0.6, 0, 0.8));
+  EXPECT_EQ("(0.0, 0.6, 0.0, 0.8)|(   0.0,    0.6,    0.0,    0.8)|", textsOf(half));
+  EXPECT_EQ("(0.0, 0.0, 1.0, -7.0)|(   0.0,    0.0,    1.0,   -7.0)|",
+            textsOf(Tplane(T4dDblPoint(0, 0, 7, 1), T4dDblVector(0, 0, 1), 0.1)));
   EXPECT_EQ("90.0 degrees|  90.0 degrees|", textsOf(Tangle(0.0, 1.0)));
   EXPECT_EQ("(0.0) to (1.0)|     (0.0) to (1.0)|", textsOf(TboundingBox({0}, {1})));
   TpostXformMatrix xform;
   xform = Tscale(2, 2, 2);
+  xform = half;
   EXPECT_EQ(
-      "translation (0.0, 0.0, 0.0), rotation (1.0, 0.0, 0.0, 0.0), scale (2.0, 2.0, 2.0)|"
-      "translation (   0.0,    0.0,    0.0), rotation (   1.0,    0.0,    0.0,    0.0), "
+      "translation (0.0, 0.0, 0.0), rotation (0.0, 0.6, 0.0, 0.8), scale (2.0, 2.0, 2.0)|"
+      "translation (   0.0,    0.0,    0.0), rotation (   0.0,    0.6,    0.0,    0.8), "
       "scale (   2.0,    2.0,    2.0)|",
       textsOf(xform));
 }

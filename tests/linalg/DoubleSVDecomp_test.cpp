@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <kilnbase/linalg/DoubleSVDecomp.h>
+#include <kilnbase/linalg/linpack/dsvdc.h>
 
 #include "tests/support/Matrices.h"
 
@@ -115,6 +116,7 @@ TEST(DoubleSVDecomp, FailsOnlyForNothingAndForElementsThatAreNotFinite) {
       EXPECT_TRUE(svd.fail());
       EXPECT_EQ(0, svd.numSVsFound());
       EXPECT_EQ(std::min(m, n), svd.singularValues().length());
+      EXPECT_THAT(list(svd.leftVecs().dataVec()), testing::Each(testing::IsNan()));
     }
   }
   // Equal values: rounding alone can keep the iteration from ending, in about one of a hundred.
@@ -125,6 +127,8 @@ TEST(DoubleSVDecomp, FailsOnlyForNothingAndForElementsThatAreNotFinite) {
 
 // The reference problems Wampler 3 to 5 with badly scaled columns: the residual is orthogonal to
 // all columns, and coefficient j is 2 to the power -17 j.
+static_assert(vxKilnBase::linpack::isTall(8, 5) && !vxKilnBase::linpack::isTall(79, 50));
+
 TEST(DoubleSVDecomp, SolvesTallSystemsWithLargeResidualsAndBadlyScaledColumns) {
   const int residual[] = {759,   -2048, 2048,  -2048, 2523,  -2048, 2048,
                           -2048, 1838,  -2048, 2048,  -2048, 1838,  -2048,

@@ -171,6 +171,8 @@ TEST(DoubleSymEig, WarnsOfElementsThatAreNotFinite) {
       EXPECT_THAT(list(eigen.eigenValues()), testing::Each(testing::IsNan()));
       EXPECT_THAT(list(eigen.eigenVecs().dataVec()), testing::Each(testing::IsNan()));
       EXPECT_EQ(kept, before);
+      eigen.factor(randomSymmetric(n));
+      EXPECT_TRUE(eigen.good());
     }
   }
   EXPECT_TRUE(DoubleSymEig().fail());

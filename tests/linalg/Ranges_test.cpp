@@ -74,6 +74,10 @@ TEST(Ranges, IteratorsWalkEveryStrideAsLoopsDo) {
       EXPECT_EQ(i < 3, at < v.begin() + 3);
     }
     EXPECT_EQ(6, i);
+    auto last = v.end();
+    EXPECT_EQ(v.end(), last--);
+    EXPECT_EQ(4 + v.begin(), last);
+    EXPECT_FALSE(v.end() == last);
   }
 }
 
@@ -96,6 +100,8 @@ TEST(Ranges, AlgorithmsWorkThroughViewsAndTemporaries) {
   std::ranges::sort(pick);
   EXPECT_THAT(v, ElementsAre(6, 8, 7, 5));
   EXPECT_EQ(3, pick.cend() - pick.cbegin());
+  const VecPick<int>::const_iterator first = pick.begin();
+  EXPECT_EQ(pick(0), *first);
   EXPECT_THAT(DoubleSymMat({1, 2, 3}, 2, 2), ElementsAre(1, 2, 3));  // what is stored
 }
 
@@ -110,6 +116,9 @@ TEST(Ranges, RowsAndColumnsAreViewsThatKeepTheMatrix) {
   EXPECT_THAT(*longest, ElementsAre(50, 60));
   other = longest;  // rebinds
   EXPECT_THAT(other[-2], ElementsAre(11, 21));
+  other = DoubleGenMat{{7, 8}}.eachRow().begin();
+  EXPECT_THAT(*other, ElementsAre(7, 8));
+  EXPECT_THAT(a.row(0), ElementsAre(11, 21));
   EXPECT_EQ(3, std::ranges::ssize(a.eachRow()));
   EXPECT_EQ(2, std::ranges::ssize(a.eachCol()));
 }
@@ -147,7 +156,10 @@ TEST(Ranges, BracesListElementsAndParenthesesKeepTheirMeaning) {
   EXPECT_THAT(a.col(0), ElementsAre(5, 3, 1));
   EXPECT_THAT(toSymMat({{4, 1}, {3, 5}}), ElementsAre(4, 2, 5));
   EXPECT_THAT(toUpperTriMat({{4, 1}, {0, 5}}), ElementsAre(4, 1, 5));
-  EXPECT_THAT(Owned<DoubleVec>({1, 2}), ElementsAre(1, 2));
+  const std::vector<Owned<DoubleVec>> owned{{1, 2}, {3}};
+  EXPECT_THAT(owned[0], ElementsAre(1, 2));
+  EXPECT_THAT((Owned<DoubleGenMat>{{1, 2}, {3, 4}}), ElementsAre(1, 3, 2, 4));
+  EXPECT_NE(DoubleVec{1}, DoubleVec{});
 
   const DoubleGenMat diagonal{{4, 0}, {0, 16}};
   EXPECT_THAT(DoubleGenFact(diagonal).solve({4, 32}), ElementsAre(1, 2));
@@ -175,6 +187,10 @@ TEST(Ranges, ShortRowsOfListsAreErrorsAndLoseNothing) {
   expectErrors(
       {{[&] {
           EXPECT_THAT((IntGenMat{{1, 2}, {3}, {4, 5}}), ElementsAre(1, 3, 4, 2, 0, 5));
+        },
+        kVectorLengthsError, "[VNMATCH: IntGenMat]: Vector lengths do not match (2 vs 1)"},
+       {[&] {
+          EXPECT_THAT((IntGenMat{{1, 2}, {3}}), ElementsAre(1, 3, 2, 0));
         },
         kVectorLengthsError, "[VNMATCH: IntGenMat]: Vector lengths do not match (2 vs 1)"}});
 }

@@ -21,8 +21,8 @@ namespace vxKilnBase::linpack {
 ///
 /// Where isTall(n, p), the columns of X are sorted by their norms and X is reduced to triangular
 /// form first, in `triangle` of p (p + 1) elements, which is not used otherwise. This takes less
-/// time, and least squares solved by the result are as accurate as by QR, whatever the norms of
-/// rows and columns.
+/// time, and spares least squares solved by the result most of what large residuals and norms of
+/// rows that differ cost.
 ///
 /// Source: LINPACK Users' Guide, SIAM 1979, chapter 11; T. F. Chan, An improved algorithm for
 /// computing the singular value decomposition, ACM Trans. Math. Softw. 8 (1982), 72-83.
