@@ -1,6 +1,6 @@
 // std::format of vectors, matrices and geometry values, where the standard library has <format>.
 //
-// The text is that of `<<`. The format specification is that of the element type and counts for
+// The text is that of `<<`. The options in braces are those of the element type and count for
 // every number: std::format("{:.2f}", T3dDblPoint(1, 2, 3)) is "(1.00, 2.00, 3.00)", and
 // std::format("{}", DoubleVec{1, 2.5}) is "[ 1 2.5 ]". The shortest text of a number that reads
 // back as the same number is the default, unlike in streams, which round to six digits.
@@ -34,7 +34,7 @@ concept Tuple = std::derived_from<Value, T3dDblPoint> || std::derived_from<Value
     std::derived_from<Value, T4dDblVector> || std::derived_from<Value, Tscale> ||
     std::derived_from<Value, Tplane> || std::derived_from<Value, Tquaternion>;
 
-/// Writes numbers by one format specification, and the text around them.
+/// Writes numbers by the same options, and the text around them.
 template <class T>
 class NumbersFormatter : public std::formatter<T> {
  protected:
