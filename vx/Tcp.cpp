@@ -267,6 +267,10 @@ Error Socket::Connection::readText(CString& text, std::size_t size, const Deadli
   return failure;
 }
 
+// Programs for Windows that take the address of a constant link with the definition here.
+constexpr std::size_t Socket::kMaxTextBytes;
+constexpr int Server::kAnyPort;
+
 Socket::Socket(const Address& peer) : connection_(std::make_unique<Connection>(peer)) {}
 
 Socket::Socket(std::unique_ptr<Connection> connection) : connection_(std::move(connection)) {}

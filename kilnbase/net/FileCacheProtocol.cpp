@@ -110,6 +110,9 @@ Error FileCacheProtocol::recvError() {
   return code == 0 ? Error() : Error(code, std::move(message));
 }
 
+// Programs for Windows that take the address of the constant link with the definition here.
+constexpr double FileCacheProtocolClient::kLimitSeconds;
+
 void FileCacheProtocolClient::request(int code) {
   socket().limitExchange(limit_);
   sendInt(code);
