@@ -268,8 +268,8 @@ Error Socket::Connection::readText(CString& text, std::size_t size, const Deadli
 }
 
 // Programs for Windows that take the address of a constant link with the definition here.
-constexpr std::size_t Socket::kMaxTextBytes;
-constexpr int Server::kAnyPort;
+const std::size_t Socket::kMaxTextBytes;
+const int Server::kAnyPort;
 
 Socket::Socket(const Address& peer) : connection_(std::make_unique<Connection>(peer)) {}
 

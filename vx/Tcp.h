@@ -62,7 +62,7 @@ class VX_API Address {
 class VX_API Socket {
  public:
   /// The longest text that `read` takes and `write` sends.
-  static constexpr std::size_t kMaxTextBytes = std::size_t{64} << 20;
+  static const std::size_t kMaxTextBytes = std::size_t{64} << 20;
 
   /// A socket that is not connected yet.
   explicit Socket(const Address& peer);
@@ -121,7 +121,7 @@ class VX_API Socket {
 class VX_API Server {
  public:
   /// Stands for a port that the system chooses.
-  static constexpr int kAnyPort = -1;
+  static const int kAnyPort = -1;
 
   /// A server on `port`, at first on all networks of the machine; `kAnyPort` lets the system
   /// choose. At most about `pending` connections wait to be accepted.

@@ -111,7 +111,7 @@ Error FileCacheProtocol::recvError() {
 }
 
 // Programs for Windows that take the address of the constant link with the definition here.
-constexpr double FileCacheProtocolClient::kLimitSeconds;
+const int FileCacheProtocolClient::kLimitSeconds;
 
 void FileCacheProtocolClient::request(int code) {
   socket().limitExchange(limit_);

@@ -82,7 +82,7 @@ class KILNBASE_API FileCacheProtocolClient : public FileCacheProtocol {
   void setAccessed(const vxString::CString& key) override;
 
   /// The limit of an operation at the start.
-  static constexpr double kLimitSeconds = 10.0;
+  static const int kLimitSeconds = 10;
   /// How long an operation may take from now on.
   void setLimit(vxUtil::Interval limit) { limit_ = limit; }
 

@@ -20,18 +20,18 @@ int order(int a, int b) {
 }  // namespace
 
 // Programs for Windows that take the address of a constant link with the definition here.
-constexpr int FontProperties::k_defaultFontSize;
-constexpr int FontProperties::k_minFontSize;
-constexpr int FontProperties::k_maxFontSize;
-constexpr int FontProperties::k_defaultFontStyle;
-constexpr int FontProperties::k_defaultFontWeight;
-constexpr int FontProperties::k_defaultFontPitch;
-constexpr int FontProperties::sizePropertyMask;
-constexpr int FontProperties::weightPropertyMask;
-constexpr int FontProperties::stylePropertyMask;
-constexpr int FontProperties::pitchPropertyMask;
-constexpr int FontProperties::familyPropertyMask;
-constexpr int FontProperties::allPropertiesMask;
+const int FontProperties::k_defaultFontSize;
+const int FontProperties::k_minFontSize;
+const int FontProperties::k_maxFontSize;
+const int FontProperties::k_defaultFontStyle;
+const int FontProperties::k_defaultFontWeight;
+const int FontProperties::k_defaultFontPitch;
+const int FontProperties::sizePropertyMask;
+const int FontProperties::weightPropertyMask;
+const int FontProperties::stylePropertyMask;
+const int FontProperties::pitchPropertyMask;
+const int FontProperties::familyPropertyMask;
+const int FontProperties::allPropertiesMask;
 
 FontProperties::FontProperties() = default;
 

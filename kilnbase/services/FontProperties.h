@@ -39,21 +39,21 @@ KILNBASE_API void FontProperties_setFontSize(FontProperties* font, int size);
 /// in the debug output at level 0 (`rptDebug`).
 class KILNBASE_API FontProperties {
  public:
-  static constexpr int k_defaultFontSize = 10;  ///< In points.
+  static const int k_defaultFontSize = 10;  ///< In points.
   /** The range of sizes in points, and the defaults. */
-  static constexpr int k_minFontSize = 1;
-  static constexpr int k_maxFontSize = 720;
-  static constexpr int k_defaultFontStyle = 0;
-  static constexpr int k_defaultFontWeight = 0;
-  static constexpr int k_defaultFontPitch = 0;
+  static const int k_minFontSize = 1;
+  static const int k_maxFontSize = 720;
+  static const int k_defaultFontStyle = 0;
+  static const int k_defaultFontWeight = 0;
+  static const int k_defaultFontPitch = 0;
 
   /// What `compare` looks at.
-  static constexpr int sizePropertyMask = 1;
-  static constexpr int weightPropertyMask = 2;
-  static constexpr int stylePropertyMask = 4;
-  static constexpr int pitchPropertyMask = 8;
-  static constexpr int familyPropertyMask = 16;
-  static constexpr int allPropertiesMask = 255;
+  static const int sizePropertyMask = 1;
+  static const int weightPropertyMask = 2;
+  static const int stylePropertyMask = 4;
+  static const int pitchPropertyMask = 8;
+  static const int familyPropertyMask = 16;
+  static const int allPropertiesMask = 255;
 
   /// Helvetica in the default size, style, weight and pitch.
   FontProperties();
