@@ -5,6 +5,8 @@
 #include <cmath>
 #include <random>
 
+#include "peers/Peak.h"
+
 namespace bench {
 
 namespace {
@@ -133,6 +135,13 @@ void checkAgreement(const std::string& title, const std::vector<Peer>& ways,
   }
 }
 
+// `passes` are the least times of the passes.
+Time timeOf(const std::string& way, Values passes) {
+  std::ranges::sort(passes);
+  const double least = passes.front();
+  return {way, least, passes[passes.size() / 2] / least - 1.0};
+}
+
 }  // namespace
 
 std::string text(const Shape& shape) {
@@ -148,23 +157,30 @@ void Suite::addPeer(const std::string& operation, Peer peer) {
   found->peers.push_back(std::move(peer));
 }
 
+void check(const Operation& operation, const Shape& shape) {
+  const std::vector<Peer> ways = waysOf(operation, shape);
+  checkAgreement(operation.name + " " + text(shape), ways, contestantsOf(ways, shape, 0), shape);
+}
+
 Measurement measure(const Operation& operation, const Shape& shape, double seconds) {
   const std::vector<Peer> ways = waysOf(operation, shape);
   std::vector<Contestant> contestants = contestantsOf(ways, shape, 0);
   checkAgreement(operation.name + " " + text(shape), ways, contestants, shape);
-  Values least = minimumSeconds(contestants, 1);
-  const int rounds = roundsWithin(seconds, least);
+  const int rounds = roundsWithin(seconds, minimumSeconds(contestants, 1));
   const int passes = std::min(rounds, kMostPasses);
+  std::vector<Values> times(ways.size());
+  double peak = 0.0;
   for (int pass = 0; pass < passes; ++pass) {
     contestants.clear();
     const ScatteredHeap heap(static_cast<unsigned>(pass));
     contestants = contestantsOf(ways, shape, static_cast<std::size_t>(pass));
-    const Values times = minimumSeconds(contestants, rounds / passes);
-    for (std::size_t i = 0; i < times.size(); ++i) least[i] = std::min(least[i], times[i]);
+    const Values least = minimumSeconds(contestants, rounds / passes);
+    for (std::size_t i = 0; i < times.size(); ++i) times[i].push_back(least[i]);
+    if (operation.flops) peak = std::max(peak, peakFlops());
   }
-  Measurement measurement = {&operation, shape, least.front(), {}};
+  Measurement measurement = {&operation, shape, timeOf(ways.front().name, times.front()), {}, peak};
   for (std::size_t i = 1; i < ways.size(); ++i) {
-    measurement.peers.push_back({ways[i].name, least[i]});
+    measurement.peers.push_back(timeOf(ways[i].name, times[i]));
   }
   return measurement;
 }

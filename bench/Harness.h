@@ -68,6 +68,8 @@ struct Operation {
   std::function<Limits(const Shape&)> limits;
   Maker ours;
   std::vector<Peer> peers;
+  /// Additions and multiplications that the result takes; empty where nobody asks.
+  std::function<double(const Shape&)> flops = {};
 };
 
 class Suite {
@@ -84,15 +86,17 @@ class Suite {
 };
 
 struct Time {
-  std::string peer;
-  double seconds;
+  std::string way;  ///< "ours", or the name of the peer.
+  double seconds;   ///< The least of all rounds.
+  double noise;     ///< By which part of it the median of the passes is longer.
 };
 
 struct Measurement {
   const Operation* operation;
   Shape shape;
-  double ours;  ///< Seconds, as all times.
+  Time ours;
   std::vector<Time> peers;
+  double peak;  ///< Operations a second on registers, measured beside; 0 for one without `flops`.
 };
 
 /// Raised by `measure` when a peer's numbers are not ours.
@@ -101,8 +105,11 @@ class Disagreement : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Times all ways of doing an operation and takes the minimum of each over as many rounds as fit
-/// into about `seconds`, at least four.
+/// Carries out an operation once in all ways; raises Disagreement.
+void check(const Operation& operation, const Shape& shape);
+
+/// Checks, then times all ways of doing an operation, and takes the minimum of each over as many
+/// rounds as fit into about `seconds`, at least four.
 Measurement measure(const Operation& operation, const Shape& shape, double seconds);
 
 }  // namespace bench

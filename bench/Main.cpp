@@ -10,9 +10,13 @@
 
 #include <kilnbase/version.h>
 
+#include "Neighbour.h"
+#include "SavedRun.h"
 #include "Table.h"
+#include "Text.h"
 #include "families/Families.h"
 #include "peers/Fortran.h"
+#include "peers/Peak.h"
 
 namespace bench {
 
@@ -23,6 +27,10 @@ struct Options {
   std::vector<std::string> sizes;
   double seconds = 1.5;
   std::string summary;
+  std::string save;
+  std::string compare;
+  bool busy = false;
+  bool quick = false;
   bool list = false;
 };
 
@@ -41,6 +49,9 @@ constexpr std::pair<const char*, const char*> kSummary[] = {
     {"tree find", "100000"},
 };
 
+// The quick check leaves out larger sizes: their data takes longer than all others together.
+constexpr int kMostQuickRows = 10000;
+
 bool containsIgnoringCase(const std::string& whole, const std::string& part) {
   const auto same = [](unsigned char a, unsigned char b) {
     return std::tolower(a) == std::tolower(b);
@@ -56,6 +67,7 @@ bool inSummary(const Operation& operation, const Shape& shape) {
 
 bool chosen(const Options& options, const Operation& operation, const Shape& shape) {
   if (!options.summary.empty()) return inSummary(operation, shape);
+  if (options.quick && shape.rows > kMostQuickRows) return false;
   const auto named = [&](const std::string& filter) {
     return containsIgnoringCase(operation.name, filter);
   };
@@ -95,44 +107,79 @@ class Progress {
   std::size_t done_ = 0;
 };
 
-void printConditions(const std::vector<std::string>& notes) {
+void printConditions(const std::vector<std::string>& notes, const Options& options) {
   for (const std::string& note : notes) std::cout << note << "\n";
   for (const std::string& note : fortranNotes()) std::cout << note << "\n";
+  std::cout << "Peak: " << formatted("%.1f", peakFlops() * 1e-9)
+            << " GFLOP/s, fused multiply-adds on registers\n";
+  if (options.busy) std::cout << "Busy: another CPU streams through memory\n";
   double load = 0.0;
-  if (getloadavg(&load, 1) == 1 && load > 0.5) {
+  if (!options.busy && getloadavg(&load, 1) == 1 && load > 0.5) {
     std::cout << "Load average " << load
               << ": something else is running and will blur the ratios\n";
   }
   std::cout << std::endl;
 }
 
-bool writeSummary(const std::string& file, const std::vector<Measurement>& measurements) {
+// Carries out all cases by `carryOut`, which may raise Disagreement. Returns how many did.
+template <class CarryOut>
+int forEach(const std::vector<Case>& cases, CarryOut carryOut) {
+  Progress progress(cases.size());
+  int disagreements = 0;
+  for (const Case& next : cases) {
+    progress.show(next);
+    try {
+      carryOut(next);
+    } catch (const Disagreement& disagreement) {
+      std::cerr << "\nkiln_bench: " << disagreement.what() << "\n";
+      ++disagreements;
+    }
+  }
+  return disagreements;
+}
+
+int checkAll(const std::vector<Case>& cases) {
+  const int failed = forEach(cases, [](const Case& next) { check(*next.operation, next.shape); });
+  std::cout << static_cast<int>(cases.size()) - failed << " passed, " << failed << " failed\n";
+  return failed == 0 ? 0 : 1;
+}
+
+// Writes a file by `print`; throws std::runtime_error when that cannot be done.
+template <class Print>
+void write(const std::string& file, const std::vector<Measurement>& measurements, Print print) {
+  if (file.empty()) return;
   std::ofstream stream(file);
-  printSummary(stream, measurements);
-  return static_cast<bool>(stream.flush());
+  print(stream, measurements);
+  if (!stream.flush()) throw std::runtime_error("cannot write " + file);
+}
+
+SavedRun readFile(const std::string& file) {
+  std::ifstream stream(file);
+  if (!stream) throw std::runtime_error("cannot read " + file);
+  return readSavedRun(stream);
+}
+
+int measureAll(const std::vector<Case>& cases, const Options& options) {
+  const SavedRun before = options.compare.empty() ? SavedRun() : readFile(options.compare);
+  std::vector<Measurement> measurements;
+  const int disagreements = forEach(cases, [&](const Case& next) {
+    measurements.push_back(measure(*next.operation, next.shape, options.seconds));
+  });
+  const int over = printTable(std::cout, measurements);
+  std::cout << "\n" << measurements.size() << " measured, " << over << " over their target\n";
+  if (!options.compare.empty()) {
+    std::cout << "\n";
+    printComparison(std::cout, measurements, before);
+  }
+  write(options.save, measurements, save);
+  if (disagreements != 0) return 1;
+  write(options.summary, measurements, printSummary);
+  return 0;
 }
 
 int run(const std::vector<Case>& cases, const Options& options) {
-  std::vector<Measurement> measurements;
-  int disagreements = 0;
-  {
-    Progress progress(cases.size());
-    for (const Case& next : cases) {
-      progress.show(next);
-      try {
-        measurements.push_back(measure(*next.operation, next.shape, options.seconds));
-      } catch (const Disagreement& disagreement) {
-        std::cerr << "\nkiln_bench: " << disagreement.what() << "\n";
-        ++disagreements;
-      }
-    }
-  }
-  const int over = printTable(std::cout, measurements);
-  std::cout << "\n" << measurements.size() << " measured, " << over << " over their target\n";
-  if (disagreements != 0) return 1;
-  if (options.summary.empty() || writeSummary(options.summary, measurements)) return 0;
-  std::cerr << "kiln_bench: cannot write " << options.summary << "\n";
-  return 2;
+  const auto neighbour = options.busy ? std::make_unique<Neighbour>() : nullptr;
+  return options.quick ? checkAll(cases) : measureAll(cases, options);
 }
 
 int runProgram(int argc, const char* const* argv) {
@@ -147,12 +194,23 @@ int runProgram(int argc, const char* const* argv) {
       app.add_option("--sizes", options.sizes, "Only these sizes, as the table writes them")
           ->type_name("SIZE,...")
           ->delimiter(',');
-  app.add_option("--summary", options.summary, "Only six lines, also written to FILE as Markdown")
-      ->type_name("FILE")
-      ->excludes(filter, sizes);
-  app.add_option("--seconds", options.seconds, "About how long to measure each line")
-      ->check(CLI::PositiveNumber)
-      ->capture_default_str();
+  auto* summary = app.add_option("--summary", options.summary,
+                                 "Only six lines, also written to FILE as Markdown")
+                      ->type_name("FILE")
+                      ->excludes(filter, sizes);
+  auto* seconds =
+      app.add_option("--seconds", options.seconds, "About how long to measure each line")
+          ->check(CLI::PositiveNumber)
+          ->capture_default_str();
+  auto* saved =
+      app.add_option("--save", options.save, "Also write all times to FILE")->type_name("FILE");
+  auto* compared = app.add_option("--compare", options.compare,
+                                  "Also compare our times with those saved in FILE")
+                       ->type_name("FILE");
+  auto* busy = app.add_flag("--busy", options.busy,
+                            "Measure beside a process that streams through memory on another CPU");
+  app.add_flag("--quick", options.quick, "Only check that all peers have our results")
+      ->excludes(summary, seconds, saved, compared, busy);
   app.add_flag("--list", options.list, "Only tell what would be measured");
   try {
     app.parse(argc, argv);
@@ -183,6 +241,7 @@ int runProgram(int argc, const char* const* argv) {
   addUndo(suite);
   addTrace(suite);
   addDrawLink(suite);
+  addLoading(suite);
   std::vector<std::string> notes = {addEigen(suite), addBoost(suite), addGlib(suite),
                                     addSpdlog(suite)};
   std::ranges::move(addGeometry(suite), std::back_inserter(notes));
@@ -197,8 +256,13 @@ int runProgram(int argc, const char* const* argv) {
     }
     return 0;
   }
-  printConditions(notes);
-  return run(cases, options);
+  printConditions(notes, options);
+  try {
+    return run(cases, options);
+  } catch (const std::runtime_error& error) {
+    std::cerr << "kiln_bench: " << error.what() << "\n";
+    return 2;
+  }
 }
 
 }  // namespace

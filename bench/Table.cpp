@@ -2,44 +2,26 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <fstream>
 #include <ostream>
+
+#include "Text.h"
 
 namespace bench {
 
 namespace {
 
-using Row = std::vector<std::string>;
-
-std::string formatted(const char* format, double value) {
-  char buffer[32];
-  std::snprintf(buffer, sizeof buffer, format, value);
-  return buffer;
-}
-
-// Three digits and a unit.
-std::string timeText(double seconds) {
-  constexpr const char* kUnits[] = {"ns", "us", "ms", "s"};
-  double value = seconds * 1e9;
-  std::size_t unit = 0;
-  for (; value >= 999.5 && unit < 3; ++unit) value /= 1e3;
-  const char* format = value < 9.995 ? "%.2f " : value < 99.95 ? "%.1f " : "%.0f ";
-  return formatted(format, value) + kUnits[unit];
-}
+// Named peer, target and verdict.
+constexpr std::size_t kTextColumns = 3;
 
 // Ratios are compared with their limits as they are printed.
 double ratio(double ours, double peer) {
   return std::round(100.0 * ours / peer) / 100.0;
 }
 
-std::string ratioText(double value) {
-  return formatted("%.2f", value);
-}
-
 const Time* find(const std::vector<Time>& times, const std::string& peer) {
   const auto found =
-      std::find_if(times.begin(), times.end(), [&](const Time& time) { return time.peer == peer; });
+      std::find_if(times.begin(), times.end(), [&](const Time& time) { return time.way == peer; });
   return found == times.end() ? nullptr : &*found;
 }
 
@@ -48,8 +30,8 @@ std::vector<std::string> peersOf(const std::vector<Measurement>& measurements) {
   std::vector<std::string> peers;
   for (const Measurement& measurement : measurements) {
     for (const Time& time : measurement.peers) {
-      if (std::find(peers.begin(), peers.end(), time.peer) == peers.end()) {
-        peers.push_back(time.peer);
+      if (std::find(peers.begin(), peers.end(), time.way) == peers.end()) {
+        peers.push_back(time.way);
       }
     }
   }
@@ -71,13 +53,13 @@ class Verdict {
     const Operation& operation = *measurement.operation;
     const Limits limits = operation.limits(measurement.shape);
     if (const Time* fastest = fastestPeer(measurement)) {
-      best_ = ratioText(ratio(measurement.ours, fastest->seconds));
-      hold("best", ratio(measurement.ours, fastest->seconds), limits.best);
+      best_ = ratioText(ratio(measurement.ours.seconds, fastest->seconds));
+      hold("best", ratio(measurement.ours.seconds, fastest->seconds), limits.best);
     }
     for (const std::string& peer : operation.namedPeers) {
       if (const Time* time = find(measurement.peers, peer)) {
-        append(named_, peer + " " + ratioText(ratio(measurement.ours, time->seconds)));
-        hold(peer, ratio(measurement.ours, time->seconds), limits.named);
+        append(named_, peer + " " + ratioText(ratio(measurement.ours.seconds, time->seconds)));
+        hold(peer, ratio(measurement.ours.seconds, time->seconds), limits.named);
       }
     }
   }
@@ -90,7 +72,7 @@ class Verdict {
  private:
   void hold(const std::string& peer, double value, double limit) {
     if (limit == 0.0) return;
-    append(targets_, peer + " <= " + formatted("%.1f", limit));
+    append(targets_, peer + " <= " + formatted("%.4g", limit));
     over_ = over_ || value > limit;
   }
   static void append(std::string& list, const std::string& item) {
@@ -103,34 +85,25 @@ class Verdict {
   bool over_ = false;
 };
 
+// The part of the peak that the operation reaches, in hundredths.
+std::string shareOfPeak(const Measurement& measurement) {
+  const Operation& operation = *measurement.operation;
+  if (!operation.flops) return "";
+  const double speed = operation.flops(measurement.shape) / measurement.ours.seconds;
+  return formatted("%.0f%%", 100.0 * speed / measurement.peak);
+}
+
 Row rowOf(const Measurement& measurement, const std::vector<std::string>& peers,
           const Verdict& verdict) {
-  Row row = {measurement.operation->name, text(measurement.shape), timeText(measurement.ours)};
+  Row row = {measurement.operation->name, text(measurement.shape),
+             timeText(measurement.ours.seconds)};
   for (const std::string& peer : peers) {
     const Time* time = find(measurement.peers, peer);
     row.push_back(time == nullptr ? "" : timeText(time->seconds));
   }
+  row.push_back(shareOfPeak(measurement));
   for (std::string& cell : verdict.cells()) row.push_back(std::move(cell));
   return row;
-}
-
-std::vector<std::size_t> widthsOf(const std::vector<Row>& rows) {
-  std::vector<std::size_t> widths(rows.front().size(), 0);
-  for (const Row& row : rows) {
-    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
-  }
-  return widths;
-}
-
-// Texts stand left, times and the ratio to the best right.
-void printRow(std::ostream& stream, const Row& row, const std::vector<std::size_t>& widths) {
-  std::string line;
-  for (std::size_t i = 0; i < row.size(); ++i) {
-    const std::string padding(widths[i] - row[i].size(), ' ');
-    const bool left = i == 0 || i + 3 >= row.size();
-    line += (i == 0 ? "" : "  ") + (left ? row[i] + padding : padding + row[i]);
-  }
-  stream << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
 }
 
 // As the system calls it.
@@ -148,7 +121,8 @@ int printTable(std::ostream& stream, const std::vector<Measurement>& measurement
   const std::vector<std::string> peers = peersOf(measurements);
   Row head = {"operation", "size", "ours"};
   head.insert(head.end(), peers.begin(), peers.end());
-  for (const char* title : {"best", "named peer", "target", "verdict"}) head.push_back(title);
+  for (const char* title : {"of peak", "best", "named peer", "target", "verdict"})
+    head.push_back(title);
   std::vector<Row> rows = {head};
   int over = 0;
   for (const Measurement& measurement : measurements) {
@@ -156,8 +130,7 @@ int printTable(std::ostream& stream, const std::vector<Measurement>& measurement
     rows.push_back(rowOf(measurement, peers, verdict));
     over += verdict.over();
   }
-  const std::vector<std::size_t> widths = widthsOf(rows);
-  for (const Row& row : rows) printRow(stream, row, widths);
+  printRows(stream, rows, kTextColumns);
   return over;
 }
 
@@ -170,10 +143,10 @@ void printSummary(std::ostream& stream, const std::vector<Measurement>& measurem
             "| Operation | Size | libKilnBase | Fastest other | Ratio |\n|---|--:|--:|--:|--:|\n";
   for (const Measurement& each : measurements) {
     stream << "| " << each.operation->name << " | " << text(each.shape) << " | "
-           << timeText(each.ours) << " | ";
+           << timeText(each.ours.seconds) << " | ";
     if (const Time* fastest = fastestPeer(each)) {
-      stream << fastest->peer << ", " << timeText(fastest->seconds) << " | "
-             << ratioText(ratio(each.ours, fastest->seconds)) << " |\n";
+      stream << fastest->way << ", " << timeText(fastest->seconds) << " | "
+             << ratioText(ratio(each.ours.seconds, fastest->seconds)) << " |\n";
     } else {
       stream << "none is installed | |\n";
     }

@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <kilnbase/linalg/DoubleChDecomp.h>
 
 #include "families/Families.h"
@@ -9,7 +11,10 @@ namespace bench {
 
 namespace {
 
-const std::vector<Shape> kShapes = {{8, 8}, {32, 32}, {100, 100}, {500, 500}, {1000, 1000}};
+const std::vector<Shape> kPivotedShapes = {{8, 8}, {32, 32}, {100, 100}, {500, 500}, {1000, 1000}};
+const std::vector<Shape> kPlainShapes = {{8, 8},     {32, 32},     {100, 100},
+                                         {500, 500}, {1000, 1000}, {2000, 2000}};
+constexpr int kLargestLinpack = 1000;  // beyond it LINPACK takes seconds
 
 Limits limits(const Shape&) {
   return {.best = 1.5, .named = 1.0};
@@ -73,12 +78,13 @@ void addCholesky(Suite& suite) {
   const FortranRoutine potrf = lapack().routine("dpotrf_");
   const FortranRoutine pstrf = lapack().routine("dpstrf_");
   const FortranRoutine chdc = linpack().routine("dchdc_");
-  Operation& pivoted = suite.add({"Cholesky, pivoted", kShapes, {"R"}, limits, ours(1), {}});
+  Operation& pivoted = suite.add({"Cholesky, pivoted", kPivotedShapes, {"R"}, limits, ours(1), {}});
   addPeer(pivoted, lapackName(), pstrf, dpstrf(pstrf));
   addPeer(pivoted, "R", chdc, dchdc(chdc, 1));
-  Operation& plain = suite.add({"Cholesky, unpivoted", kShapes, {"R"}, limits, ours(0), {}});
+  Operation& plain = suite.add({"Cholesky, unpivoted", kPlainShapes, {"R"}, limits, ours(0), {}});
+  plain.flops = [](const Shape& shape) { return 1.0 / 3.0 * std::pow(shape.rows, 3); };
   addPeer(plain, lapackName(), potrf, dpotrf(potrf));
-  addPeer(plain, "R", chdc, dchdc(chdc, 0));
+  addPeer(plain, "R", chdc, dchdc(chdc, 0), kLargestLinpack);
 }
 
 }  // namespace bench

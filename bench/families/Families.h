@@ -27,6 +27,7 @@ void addUndo(Suite& suite);
 void addTrace(Suite& suite);
 void addCache(Suite& suite);
 void addDrawLink(Suite& suite);
+void addLoading(Suite& suite);
 
 /// Adds Eigen to the above that it has, or says that it is missing: the line for the table's head.
 std::string addEigen(Suite& suite);

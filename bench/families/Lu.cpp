@@ -148,11 +148,14 @@ Maker inverting(const Library& library) {
 
 void addLu(Suite& suite) {
   const FortranRoutine installed = lapack().routine("dgetrf_");
-  const auto add = [&](const std::string& name, Maker (*way)(const Library&)) {
+  const auto add = [&](const std::string& name, Maker (*way)(const Library&)) -> Operation& {
     Operation& operation = suite.add({name, kShapes, {}, limits, way(ours()), {}});
     if (installed) operation.peers.push_back({lapackName(), way(ofLapack())});
+    return operation;
   };
-  add("LU", factoring);
+  Operation& factorization = add("LU", factoring);
+  factorization.shapes.push_back({2000, 2000});
+  factorization.flops = [](const Shape& shape) { return 2.0 / 3.0 * std::pow(shape.rows, 3); };
   add("LU with condition", estimating);
   add("LU and solve", solving);
   add("LU and inverse", inverting);

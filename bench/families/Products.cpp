@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "families/Families.h"
 #include "families/Ours.h"
 #include "peers/Fortran.h"
@@ -6,14 +8,16 @@ namespace bench {
 
 namespace {
 
-const std::vector<Shape> kShapes = {{8, 8}, {32, 32}, {100, 100}, {500, 500}, {1000, 1000}};
+const std::vector<Shape> kMatrixShapes = {{8, 8},     {32, 32},     {100, 100},
+                                          {500, 500}, {1000, 1000}, {2000, 2000}};
+const std::vector<Shape> kVectorShapes = {{8, 8}, {32, 32}, {100, 100}, {500, 500}, {1000, 1000}};
 
-Limits matrixLimits(const Shape& shape) {
-  return {.best = shape.rows < 32 ? 0.0 : 1.3};
+Limits matrixLimits(const Shape&) {
+  return {.best = 1.0};
 }
 
-Limits vectorLimits(const Shape&) {
-  return {.best = 1.1};
+Limits vectorLimits(const Shape& shape) {
+  return {.best = shape.rows <= 32 ? 1.0 : 1.1};
 }
 
 template <class Run>
@@ -66,13 +70,14 @@ Maker dgemv(FortranRoutine routine, char transpose) {
 
 void addMatrixProduct(Suite& suite, const std::string& name, Maker ours, char transposeA,
                       char transposeB) {
-  Operation& operation = suite.add({name, kShapes, {}, matrixLimits, std::move(ours), {}});
+  Operation& operation = suite.add({name, kMatrixShapes, {}, matrixLimits, std::move(ours), {}});
+  operation.flops = [](const Shape& shape) { return 2.0 * std::pow(shape.rows, 3); };
   const FortranRoutine routine = lapack().routine("dgemm_");
   addPeer(operation, lapackName(), routine, dgemm(routine, transposeA, transposeB));
 }
 
 void addVectorProduct(Suite& suite, const std::string& name, Maker ours, char transpose) {
-  Operation& operation = suite.add({name, kShapes, {}, vectorLimits, std::move(ours), {}});
+  Operation& operation = suite.add({name, kVectorShapes, {}, vectorLimits, std::move(ours), {}});
   const FortranRoutine routine = lapack().routine("dgemv_");
   addPeer(operation, lapackName(), routine, dgemv(routine, transpose));
 }

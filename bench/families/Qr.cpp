@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <kilnbase/linalg/DoubleQRDecomp.h>
 
 #include "families/Families.h"
@@ -9,7 +11,10 @@ namespace bench {
 
 namespace {
 
-const std::vector<Shape> kShapes = {{8, 8}, {32, 32}, {100, 100}, {500, 500}, {1000, 1000}};
+const std::vector<Shape> kPivotedShapes = {{8, 8}, {32, 32}, {100, 100}, {500, 500}, {1000, 1000}};
+const std::vector<Shape> kPlainShapes = {{8, 8},     {32, 32},     {100, 100},
+                                         {500, 500}, {1000, 1000}, {2000, 2000}};
+constexpr int kLargestLinpack = 1000;  // beyond it LINPACK takes seconds
 
 Limits pivotedLimits(const Shape&) {
   return {.best = 1.1, .named = 1.0};
@@ -74,12 +79,15 @@ void addQr(Suite& suite) {
   const FortranRoutine qp3 = lapack().routine("dgeqp3_");
   const FortranRoutine qrf = lapack().routine("dgeqrf_");
   const FortranRoutine qrdc = linpack().routine("dqrdc_");
-  Operation& pivoted = suite.add({"QR, pivoted", kShapes, {"Eigen"}, pivotedLimits, ours(1), {}});
+  Operation& pivoted =
+      suite.add({"QR, pivoted", kPivotedShapes, {"Eigen"}, pivotedLimits, ours(1), {}});
   addPeer(pivoted, lapackName(), qp3, dgeqp3(qp3));
   addPeer(pivoted, "R", qrdc, dqrdc(qrdc, 1));
-  Operation& plain = suite.add({"QR, unpivoted", kShapes, {"Eigen"}, unpivotedLimits, ours(0), {}});
+  Operation& plain =
+      suite.add({"QR, unpivoted", kPlainShapes, {"Eigen"}, unpivotedLimits, ours(0), {}});
+  plain.flops = [](const Shape& shape) { return 4.0 / 3.0 * std::pow(shape.rows, 3); };
   addPeer(plain, lapackName(), qrf, dgeqrf(qrf));
-  addPeer(plain, "R", qrdc, dqrdc(qrdc, 0));
+  addPeer(plain, "R", qrdc, dqrdc(qrdc, 0), kLargestLinpack);
 }
 
 }  // namespace bench

@@ -64,8 +64,8 @@ const NumericLibrary& linpack() {
 }
 
 void addPeer(Operation& operation, const std::string& name, const FortranRoutine& routine,
-             Maker make) {
-  if (routine) operation.peers.push_back({name, std::move(make)});
+             Maker make, int largest) {
+  if (routine) operation.peers.push_back({name, std::move(make), largest});
 }
 
 std::vector<std::string> fortranNotes() {

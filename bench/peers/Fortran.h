@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -73,9 +74,9 @@ std::string lapackName();
 /// The LINPACK routines that R carries.
 const NumericLibrary& linpack();
 
-/// Adds a peer to an operation if its routine is there.
+/// Adds a peer to an operation, up to so many rows, if its routine is there.
 void addPeer(Operation& operation, const std::string& name, const FortranRoutine& routine,
-             Maker make);
+             Maker make, int largest = std::numeric_limits<int>::max());
 
 /// A line about each of the two: what was loaded, or that it is missing.
 std::vector<std::string> fortranNotes();

@@ -1,0 +1,68 @@
+#include "Neighbour.h"
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <cstddef>
+#include <sched.h>
+#include <signal.h>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace bench {
+
+namespace {
+
+// More than any cache holds.
+constexpr std::size_t kBytes = std::size_t{256} << 20;
+
+void stayOn(int cpu) {
+  cpu_set_t one;
+  CPU_ZERO(&one);
+  CPU_SET(static_cast<unsigned>(cpu), &one);
+  if (sched_setaffinity(0, sizeof one, &one) != 0) throw std::runtime_error("cannot choose a CPU");
+}
+
+int otherCpu(int own) {
+  cpu_set_t allowed;
+  sched_getaffinity(0, sizeof allowed, &allowed);
+  for (int cpu = 0; cpu < CPU_SETSIZE; ++cpu) {
+    if (cpu != own && CPU_ISSET(static_cast<unsigned>(cpu), &allowed)) return cpu;
+  }
+  throw std::runtime_error("there is one CPU only, and no place for a neighbour");
+}
+
+// Reads one half and writes the other, round and round.
+[[noreturn]] void stream() {
+  std::vector<char> memory(kBytes, 1);
+  const auto middle = memory.begin() + kBytes / 2;
+  for (;;) {
+    std::copy(memory.begin(), middle, middle);
+    benchmark::DoNotOptimize(memory.data());
+    benchmark::ClobberMemory();
+  }
+}
+
+}  // namespace
+
+Neighbour::Neighbour() {
+  const int own = sched_getcpu();
+  const int other = otherCpu(own);
+  child_ = fork();
+  if (child_ < 0) throw std::runtime_error("cannot start a neighbour");
+  if (child_ == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    stayOn(other);
+    stream();
+  }
+  stayOn(own);
+}
+
+Neighbour::~Neighbour() {
+  kill(child_, SIGKILL);
+  waitpid(child_, nullptr, 0);
+}
+
+}  // namespace bench
