@@ -114,7 +114,7 @@ Maker mergesWith(Merge merge) {
 void addLists(Suite& suite) {
   MR_LinkCompare compare = compareRecords;
   benchmark::DoNotOptimize(compare);
-  const auto limits = [](const Shape&) { return Limits{.named = 1.1}; };
+  const auto limits = [](const Shape&) { return Limits{.named = 1.0}; };
   const auto insert = [compare](MR_LinkList& list, MR_LinkNode* node) {
     MR_ll_insert_sorted(&list, node, compare);
   };

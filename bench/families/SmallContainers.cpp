@@ -103,7 +103,7 @@ void addSmallContainers(Suite& suite) {
   suite.add({"pool pieces",
              kShapes,
              {"pmr"},
-             [](const Shape&) { return limits(0.7); },
+             [](const Shape&) { return limits(0.6); },
              repeatedFor(takeFromPool),
              {{"pmr", repeatedFor(takeFromResource)}}});
   suite.add({"bit set, one by one",

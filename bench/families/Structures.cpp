@@ -112,11 +112,11 @@ Contestant sorts(const Shape& shape) {
 }
 
 template <int kind>
-void addSort(Suite& suite, const std::string& name) {
+void addSort(Suite& suite, const std::string& name, double limit) {
   suite.add({"sort " + name,
              {{1000, 1}, {100000, 1}, {1000000, 1}},
              {"qsort"},
-             [](const Shape&) { return Limits{.named = 1.2}; },
+             [limit](const Shape&) { return Limits{.named = limit}; },
              sorts<Structure<kind>>,
              {{"qsort", sorts<Pointers>}}});
 }
@@ -181,10 +181,10 @@ Contestant looksUp(const Shape& shape) {
 }  // namespace
 
 void addStructures(Suite& suite) {
-  addSort<DS_ARRAY>(suite, "array");
-  addSort<DS_DLIST>(suite, "dlist");
-  addSort<DS_SLIST>(suite, "slist");
-  addSort<DS_BINTREE>(suite, "bintree");
+  addSort<DS_ARRAY>(suite, "array", 1.0);
+  addSort<DS_DLIST>(suite, "dlist", 1.2);
+  addSort<DS_SLIST>(suite, "slist", 1.2);
+  addSort<DS_BINTREE>(suite, "bintree", 1.1);
   suite.add({"registry look-up",
              {{1000, 1}},
              {"list"},
