@@ -1,4 +1,5 @@
-// The inner loops of the numeric library, compiled for several instruction sets.
+// The inner loops of the numeric library and the inverse of 4 by 4 matrices, compiled for several
+// instruction sets.
 //
 // Every source of this folder but Kernels.cpp is compiled for the x86-64 baseline, for AVX2 with
 // FMA and for AVX-512, each time into the namespace that KILN_ISA names. When the library is
@@ -20,6 +21,7 @@
 #include <kilnbase/linalg/kernels/Dense.h>
 #include <kilnbase/linalg/kernels/Elements.h>
 #include <kilnbase/linalg/kernels/Householder.h>
+#include <kilnbase/linalg/kernels/Inverse.h>
 #include <kilnbase/linalg/kernels/Lu.h>
 #include <kilnbase/linalg/kernels/Rotations.h>
 #include <kilnbase/linalg/kernels/Symmetric.h>
@@ -34,6 +36,7 @@ struct Kernels {
   const CholeskyKernels* cholesky;
   const DenseKernels* dense;
   const HouseholderKernels* householder;
+  const InverseKernels* inverse;
   const LuKernels* lu;
   const RotationKernels* rotations;
   const SymmetricKernels* symmetric;

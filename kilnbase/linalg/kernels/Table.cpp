@@ -11,6 +11,7 @@ extern const BidiagonalKernels bidiagonalKernels;
 extern const CholeskyKernels choleskyKernels;
 extern const DenseKernels denseKernels;
 extern const HouseholderKernels householderKernels;
+extern const InverseKernels inverseKernels;
 extern const LuKernels luKernels;
 extern const RotationKernels rotationKernels;
 extern const SymmetricKernels symmetricKernels;
@@ -26,6 +27,7 @@ extern const Kernels kernels = {
     .cholesky = &choleskyKernels,
     .dense = &denseKernels,
     .householder = &householderKernels,
+    .inverse = &inverseKernels,
     .lu = &luKernels,
     .rotations = &rotationKernels,
     .symmetric = &symmetricKernels,
