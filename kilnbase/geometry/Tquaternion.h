@@ -3,11 +3,19 @@
 
 #include <cmath>
 #include <concepts>
+#include <type_traits>
 
 #include <kilnbase/export.h>
 #include <kilnbase/geometry/T4dDblMatrix.h>
 
 class TunitQuaternion;
+
+namespace vxKilnBase::detail {
+
+/// Compilers for any x86-64 processor keep a pair in one register.
+typedef double DoublePair __attribute__((vector_size(2 * sizeof(double))));
+
+}  // namespace vxKilnBase::detail
 
 /// A quaternion w + xi + yj + zk: four doubles, the scalar part first.
 ///
@@ -56,10 +64,7 @@ class Tquaternion {
   constexpr Tquaternion& negateIt() { return *this = -*this; }
   constexpr Tquaternion& scaleIt(double s) { return *this = {w * s, x * s, y * s, z * s}; }
   /// The product of Hamilton: the rotation of `q` acts first.
-  constexpr Tquaternion operator*(const Tquaternion& q) const {
-    return {w * q.w - x * q.x - y * q.y - z * q.z, w * q.x + x * q.w + y * q.z - z * q.y,
-            w * q.y - x * q.z + y * q.w + z * q.x, w * q.z + x * q.y - y * q.x + z * q.w};
-  }
+  constexpr Tquaternion operator*(const Tquaternion& q) const;
 
   /// (w, -x, -y, -z).
   [[nodiscard]] constexpr Tquaternion conjugate() const { return {w, -x, -y, -z}; }
@@ -109,6 +114,21 @@ class Tquaternion {
   Tquaternion& setFromLargestDiagonal(const T4dDblMatrix& m);
   constexpr double norm() const { return (w * w + x * x) + (y * y + z * z); }
 };
+
+// Compilers do not find the pairs of the first formula, and have no elements of vectors at compile
+// time. The digits of both are the same.
+constexpr Tquaternion Tquaternion::operator*(const Tquaternion& q) const {
+  if (std::is_constant_evaluated()) {
+    return {(w * q.w - z * q.z) - (x * q.x + y * q.y), (w * q.x - z * q.y) + (x * q.w + y * q.z),
+            (w * q.y + z * q.x) - (x * q.z - y * q.w), (w * q.z + z * q.w) + (x * q.y - y * q.x)};
+  }
+  using Pair = vxKilnBase::detail::DoublePair;
+  const Pair wx = {q.w, q.x}, xw = {q.x, q.w}, yz = {q.y, q.z}, zy = {q.z, q.y};
+  const Pair minusPlus = {-1.0, 1.0};
+  const Pair productWx = (w * wx - z * zy) + minusPlus * (x * xw + y * yz);
+  const Pair productYz = (w * yz + z * xw) + minusPlus * (x * zy - y * wx);
+  return {productWx[0], productWx[1], productYz[0], productYz[1]};
+}
 
 constexpr Tquaternion::operator T4dDblMatrix() const {
   const double s = 2.0 / norm();

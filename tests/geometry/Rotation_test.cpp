@@ -18,7 +18,7 @@ using kilntest::RandomValues;
 
 namespace {
 
-Tquaternion quaternion(double w, double x, double y, double z) {
+constexpr Tquaternion quaternion(double w, double x, double y, double z) {
   return std::bit_cast<Tquaternion>(std::array{w, x, y, z});
 }
 
@@ -113,6 +113,12 @@ TEST(Rotation, QuaternionRotatesLikeItsMatrixAndComesBackFromIt) {
     found = T4dDblMatrix(from);
     EXPECT_TRUE(found.equivalent(expected.normalize(), kRounding));
   }
+}
+
+TEST(Rotation, ProductsAreTheSameAtCompileTimeAndAtRunTime) {
+  constexpr Tquaternion p = quaternion(0.1, -0.7, 1.3, 0.9), q = quaternion(-0.3, 1.7, 0.11, -2.3);
+  constexpr Tquaternion product = p * q;
+  EXPECT_EQ(product, Tquaternion(p) * q);
 }
 
 // Doubles round the cosine of half an angle to 1 below 2.1e-8.

@@ -1,6 +1,7 @@
 // No step takes a branch: which row is the pivot is as random as the matrix, and a processor that
 // guesses wrong waits longer than the whole inverse takes.
 
+#include <cstddef>
 #include <cstdint>
 
 #include <kilnbase/linalg/kernels/Inverse.h>
@@ -29,7 +30,7 @@ struct Row {
 
 inline __attribute__((always_inline)) Row loadRow(const double* from) {
   Row row;
-  for (int i = 0; i < kParts; ++i) {
+  for (std::ptrdiff_t i = 0; i < kParts; ++i) {
     row.part[i] = *reinterpret_cast<const UnalignedPart*>(from + i * kLanes);
   }
   return row;
@@ -118,18 +119,19 @@ struct ColumnsTable {
 constexpr ColumnsTable kColumnsTable = [] {
   ColumnsTable table = {};
   for (int number = 0; number < 24; ++number) {
-    int source[4] = {0, 1, 2, 3};  // the row numbers before the swaps
+    std::ptrdiff_t source[4] = {0, 1, 2, 3};  // the row numbers before the swaps
     int rest = number;
     for (int i = 0; i < 3; ++i) {
       const int row = i + rest / kSwapNumber[i];
       rest %= kSwapNumber[i];
-      const int upper = source[i];
+      const std::ptrdiff_t upper = source[i];
       source[i] = source[row];
       source[row] = upper;
     }
-    for (int c = 0; c < 4; ++c) {
-      table.columns[number].half[2 * source[c]] = 2 * c;
-      table.columns[number].half[2 * source[c] + 1] = 2 * c + 1;
+    for (std::int32_t c = 0; c < 4; ++c) {
+      std::int32_t* const half = table.columns[number].half + 2 * source[c];
+      half[0] = 2 * c;
+      half[1] = 2 * c + 1;
     }
   }
   return table;
@@ -143,8 +145,8 @@ inline __attribute__((always_inline)) void storeRow(double* to, const Row& row,
     *reinterpret_cast<UnalignedPart*>(to) =
         reinterpret_cast<Part>(__builtin_shuffle(halves, order));
   } else {
-    for (int c = 0; c < 4; ++c) {
-      const int from = columns.half[2 * c] / 2;
+    for (std::ptrdiff_t c = 0; c < 4; ++c) {
+      const std::int32_t from = columns.half[2 * c] / 2;
       to[c] = reinterpret_cast<const double*>(row.part)[from];
     }
   }
@@ -160,7 +162,7 @@ void invert4x4(const double* from, double* to) {
   eliminate<2>(rows);
   eliminate<3>(rows);
   const Columns& columns = kColumnsTable.columns[swaps[0]];
-  for (int i = 0; i < 4; ++i) storeRow(to + 4 * i, rows[i], columns);
+  for (std::ptrdiff_t i = 0; i < 4; ++i) storeRow(to + 4 * i, rows[i], columns);
 }
 
 }  // namespace

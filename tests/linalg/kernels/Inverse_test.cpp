@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <gtest/gtest.h>
 #include <random>
 #include <utility>
@@ -16,7 +17,7 @@ using Matrix = std::array<double, 16>;
 
 Matrix plainInverse(const Matrix& m) {
   double rows[4][8] = {};
-  for (int r = 0; r < 4; ++r) {
+  for (std::ptrdiff_t r = 0; r < 4; ++r) {
     std::copy_n(m.data() + 4 * r, 4, rows[r]);
     rows[r][4 + r] = 1.0;
   }
@@ -35,7 +36,7 @@ Matrix plainInverse(const Matrix& m) {
     }
   }
   Matrix inverse;
-  for (int r = 0; r < 4; ++r) std::copy_n(rows[r] + 4, 4, inverse.data() + 4 * r);
+  for (std::ptrdiff_t r = 0; r < 4; ++r) std::copy_n(rows[r] + 4, 4, inverse.data() + 4 * r);
   return inverse;
 }
 
