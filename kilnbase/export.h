@@ -1,4 +1,5 @@
-/* KILNBASE_API marks what libKilnBase exports. */
+/* KILNBASE_API marks what libKilnBase exports. KILNBASE_INLINE marks functions that it exports,
+ * too, for other languages, and that C and C++ compile where they are called. */
 #ifndef KILNBASE_EXPORT_H
 #define KILNBASE_EXPORT_H
 
@@ -12,6 +13,12 @@
 #endif
 #else
 #define KILNBASE_API __attribute__((visibility("default")))
+#endif
+
+#if defined(KILNBASE_BUILDING)
+#define KILNBASE_INLINE KILNBASE_API __attribute__((used)) inline
+#else
+#define KILNBASE_INLINE inline
 #endif
 
 #endif

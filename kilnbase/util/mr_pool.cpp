@@ -14,24 +14,6 @@ struct alignas(std::max_align_t) Block {
   MR_ListNode node;
 };
 
-void* take(MR_Pool& pool, std::uint32_t bytes) {
-  void* const piece = static_cast<std::byte*>(pool.blocks.head->data) + pool.used;
-  pool.used += bytes;
-  return piece;
-}
-
-// Not inlined, so that the code for most pieces stays short.
-[[gnu::noinline]] void* takeFromNewBlock(MR_Pool& pool, std::uint32_t bytes) {
-  void* const memory = std::malloc(sizeof(Block) + pool.blockSize);
-  if (!memory) return nullptr;
-  MR_ListNode* const older = pool.blocks.head;
-  auto* const block = new (memory) Block{{nullptr, older, static_cast<Block*>(memory) + 1}};
-  if (older) older->prev = &block->node;
-  pool.blocks.head = &block->node;
-  pool.used = 0;
-  return take(pool, bytes);
-}
-
 }  // namespace
 
 MR_Pool* MR_pool_new(int block_size) {
@@ -40,11 +22,17 @@ MR_Pool* MR_pool_new(int block_size) {
   return new (std::nothrow) MR_Pool{{nullptr}, 0, bytes};
 }
 
-void* MR_pool_alloc(MR_Pool* pool, int n) {
-  const auto bytes = static_cast<std::uint32_t>(n);  // beyond every block when n is negative
+void* MR_pool_alloc_from_new_block(MR_Pool* pool, int n) {
+  const auto bytes = static_cast<std::uint32_t>(n);
   if (!pool || bytes > pool->blockSize) return nullptr;
-  const bool fits = pool->blocks.head && bytes <= pool->blockSize - pool->used;
-  return fits ? take(*pool, bytes) : takeFromNewBlock(*pool, bytes);
+  void* const memory = std::malloc(sizeof(Block) + pool->blockSize);
+  if (!memory) return nullptr;
+  MR_ListNode* const older = pool->blocks.head;
+  auto* const block = new (memory) Block{{nullptr, older, static_cast<Block*>(memory) + 1}};
+  if (older) older->prev = &block->node;
+  pool->blocks.head = &block->node;
+  pool->used = bytes;
+  return block->node.data;
 }
 
 void MR_pool_free(MR_Pool** pool) {

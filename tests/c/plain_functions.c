@@ -118,7 +118,9 @@ static int arraysAndPools(void) {
   MR_Array* array = MR_array_new(sizeof element, 0, 2);
   MR_array_put(array, 3, &element);
   MR_Pool* pool = MR_pool_new(64);
-  const int right = *(const short*)MR_array_get(array, 3) == element && MR_pool_alloc(pool, 40);
+  void* (*const exported)(MR_Pool*, int) = MR_pool_alloc;
+  const int right = *(const short*)MR_array_get(array, 3) == element && MR_pool_alloc(pool, 40) &&
+                    exported(pool, 24);
   MR_array_free(&array);
   MR_pool_free(&pool);
   return right;
