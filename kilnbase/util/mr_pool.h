@@ -29,7 +29,7 @@ typedef struct MR_Pool {
  * Asserted in debug builds; in release builds the blocks have no bytes. */
 KILNBASE_API MR_Pool* MR_pool_new(int block_size);
 
-/* `MR_pool_alloc` where the current block has too few bytes left; not to be called by others. */
+/** `MR_pool_alloc` where the current block has too few bytes left. Not to be called by others. */
 KILNBASE_API void* MR_pool_alloc_from_new_block(MR_Pool* pool, int n);
 
 /** `n` bytes of the current block, or of a new block when the current one has fewer bytes left; the
