@@ -1,7 +1,6 @@
 #include <cmath>
 
 #include <kilnbase/geometry/T4dDblMatrix.h>
-#include <kilnbase/linalg/kernels/Kernels.h>
 
 constinit const T4dDblMatrix T4dDblMatrix::identity;
 
@@ -23,16 +22,6 @@ int T4dDblMatrix::equivalent(const T4dDblMatrix& m, double tol) const {
     }
   }
   return 1;
-}
-
-T4dDblMatrix& T4dDblMatrix::invertIt() {
-  return *this = inverse();
-}
-
-T4dDblMatrix T4dDblMatrix::inverse() const {
-  T4dDblMatrix inverted{Unset()};
-  vxKilnBase::kernels::active().inverse->invert4x4(element_[0], inverted.element_[0]);
-  return inverted;
 }
 
 T4dDblMatrix& T4dDblMatrix::setToAxisRotate(const T4dDblVector& axis, double angle) {

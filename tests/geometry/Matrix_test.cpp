@@ -44,10 +44,6 @@ TEST(Matrix, TheInverseIsThatOfGaussJordan) {
     EXPECT_LT(distance(T4dDblMatrix::identity, m * inverse), size * kRounding);
   }
   EXPECT_FALSE(std::isfinite(diagonal(1, 0, 1).inverse()(1, 1)));
-  T4dDblMatrix tie;  // with the lower row as pivot, this element of the inverse would be 0
-  tie(0, 1) = tie(1, 0) = 1.0;
-  tie(1, 1) = 1e20;
-  EXPECT_EQ(-1e-20, tie.inverse()(0, 1));
 }
 
 TEST(Matrix, GoesInAndOutRowByRow) {
