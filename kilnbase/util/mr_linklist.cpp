@@ -22,13 +22,6 @@ void linkInto(const Gap& gap, MR_LinkList* list, MR_LinkNode* node) {
   if (list->head == gap.after) list->head = node;
 }
 
-// The gap in front of the first node that the given node does not sort after.
-Gap gapFor(const MR_LinkNode* node, MR_LinkNode* head, MR_LinkCompare cmp) {
-  Gap gap = {MR_ll_prev(head), head};
-  while (gap.after && cmp(node, gap.after) > 0) gap = {gap.after, gap.after->next};
-  return gap;
-}
-
 // The node at the same position from `head2` as the node from `head`; null when there is none.
 MR_LinkNode* companionOf(const MR_LinkNode* node, const MR_LinkNode* head, MR_LinkNode* head2) {
   for (; head2 && head != node; head = head->next) head2 = head2->next;
@@ -65,35 +58,19 @@ void MR_ll_insert(MR_LinkList* list, MR_LinkNode* before, MR_LinkNode* node) {
   }
 }
 
-void MR_ll_insert_sorted(MR_LinkList* list, MR_LinkNode* node, MR_LinkCompare cmp) {
-  MR_ll_insert_sorted2(list, node, nullptr, nullptr, cmp);
-}
-
-void MR_ll_insert_sorted2(MR_LinkList* list, MR_LinkNode* node, MR_LinkList* list2,
-                          MR_LinkNode* node2, MR_LinkCompare cmp) {
-  if (!list || !node || !cmp) return;
-  const Gap gap = gapFor(node, list->head, cmp);
-  linkInto(gap, list, node);
+void MR_ll_insert_between(MR_LinkList* list, MR_LinkNode* node, MR_LinkNode* before,
+                          MR_LinkNode* after, MR_LinkList* list2, MR_LinkNode* node2) {
+  if (!list || !node) return;
+  linkInto({before, after}, list, node);
   if (!list2 || !node2) return;
-  MR_LinkNode* const after2 = gap.after ? companionOf(node, list->head, list2->head) : nullptr;
-  if (after2 || !gap.after) MR_ll_insert(list2, after2, node2);
+  MR_LinkNode* const after2 = after ? companionOf(node, list->head, list2->head) : nullptr;
+  if (after2 || !after) MR_ll_insert(list2, after2, node2);
 }
 
 void MR_ll_merge(MR_LinkList* list, MR_LinkNode* chain) {
   if (!list || !chain) return;
   chain->prev = MR_ll_last(list->head);
   (chain->prev ? chain->prev->next : list->head) = chain;
-}
-
-void MR_ll_merge_sorted(MR_LinkList* list, MR_LinkNode* chain, MR_LinkList* list2,
-                        MR_LinkNode* chain2, MR_LinkCompare cmp) {
-  while (chain) {
-    MR_LinkNode* const next = chain->next;
-    MR_LinkNode* const next2 = MR_ll_next(chain2);
-    MR_ll_insert_sorted2(list, chain, list2, chain2, cmp);
-    chain = next;
-    chain2 = next2;
-  }
 }
 
 void MR_ll_remove(MR_LinkList* list, MR_LinkNode* node) {

@@ -84,17 +84,35 @@ KILNBASE_API void MR_ll_prepend(MR_LinkList* list, MR_LinkNode* node);
  * the list is empty. When `before` is `node`, nothing changes. */
 KILNBASE_API void MR_ll_insert(MR_LinkList* list, MR_LinkNode* before, MR_LinkNode* node);
 
-/** Links `node` in front of the first node that does not sort before `node`, and so in front of its
- * equals; without such a node, behind the last one. Takes one comparison for each node up to the
- * place, and one for the node behind the place. */
-KILNBASE_API void MR_ll_insert_sorted(MR_LinkList* list, MR_LinkNode* node, MR_LinkCompare cmp);
+/** Links `node` between two neighbours in the list, of which one is null at an end, and `node2` at
+ * the same position of `list2`. For `MR_ll_insert_sorted2`, which has found the place. */
+KILNBASE_API void MR_ll_insert_between(MR_LinkList* list, MR_LinkNode* node, MR_LinkNode* before,
+                                       MR_LinkNode* after, MR_LinkList* list2, MR_LinkNode* node2);
 
 /** As `MR_ll_insert_sorted`, with a companion list that is kept in step: `node2` takes the same
  * position in `list2`. When `node` goes to the end of `list`, `node2` goes to the end of `list2`.
  * With a null `list2` or `node2` there is no companion. Kept as it is: when `node` goes in front of
  * a node and `list2` has no node at that position, `node2` is not linked and keeps its links. */
-KILNBASE_API void MR_ll_insert_sorted2(MR_LinkList* list, MR_LinkNode* node, MR_LinkList* list2,
-                                       MR_LinkNode* node2, MR_LinkCompare cmp);
+KILNBASE_INLINE void MR_ll_insert_sorted2(MR_LinkList* list, MR_LinkNode* node, MR_LinkList* list2,
+                                          MR_LinkNode* node2, MR_LinkCompare cmp) {
+  MR_LinkNode *before, *after;
+  if (!list || !node || !cmp) return;
+  after = list->head;
+  before = after ? after->prev : NULL;
+  while (after && cmp(node, after) > 0) {
+    before = after;
+    after = after->next;
+  }
+  MR_ll_insert_between(list, node, before, after, list2, node2);
+}
+
+/** Links `node` in front of the first node that does not sort before `node`, and so in front of its
+ * equals; without such a node, behind the last one. Takes one comparison for each node up to the
+ * place, and one for the node behind the place. Compiled where it is called, so that the compiler
+ * can compile the comparison into the search. */
+KILNBASE_INLINE void MR_ll_insert_sorted(MR_LinkList* list, MR_LinkNode* node, MR_LinkCompare cmp) {
+  MR_ll_insert_sorted2(list, node, NULL, NULL, cmp);
+}
 
 /** Appends the whole chain that begins with `chain`. */
 KILNBASE_API void MR_ll_merge(MR_LinkList* list, MR_LinkNode* chain);
@@ -103,8 +121,16 @@ KILNBASE_API void MR_ll_merge(MR_LinkList* list, MR_LinkNode* chain);
  * of each node is the node of `chain2` at the same position, or none behind the end of `chain2`.
  * Each search begins at the head: a random chain of n nodes takes about n * m / 2 comparisons in a
  * list of m nodes. */
-KILNBASE_API void MR_ll_merge_sorted(MR_LinkList* list, MR_LinkNode* chain, MR_LinkList* list2,
-                                     MR_LinkNode* chain2, MR_LinkCompare cmp);
+KILNBASE_INLINE void MR_ll_merge_sorted(MR_LinkList* list, MR_LinkNode* chain, MR_LinkList* list2,
+                                        MR_LinkNode* chain2, MR_LinkCompare cmp) {
+  while (chain) {
+    MR_LinkNode* const next = chain->next;
+    MR_LinkNode* const next2 = chain2 ? chain2->next : NULL;
+    MR_ll_insert_sorted2(list, chain, list2, chain2, cmp);
+    chain = next;
+    chain2 = next2;
+  }
+}
 
 /** Unlinks `node` and clears its links. Kept as it is: whether `node` is in this list is not
  * checked. A node of another list is unlinked from its neighbours there; if the node was the head
