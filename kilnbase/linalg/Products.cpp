@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <cstdint>
+#include <memory>
+#include <new>
 
 #include <kilnbase/linalg/Products.h>
 #include <kilnbase/linalg/detail/counts.h>
@@ -28,9 +30,17 @@ Factor<T> factorOf(const GenMat<T>& a) {
   return {a.data(), a.stride(), static_cast<std::ptrdiff_t>(a.rows()) * a.stride()};
 }
 
+// Scratch for a large product. Without it, or without memory, the product takes the stack.
+std::unique_ptr<double[]> scratchFor(unsigned m, unsigned n, unsigned k) {
+  if (std::min({m, n, k}) < kernels::tuning::kLeastLarge) return nullptr;
+  return std::unique_ptr<double[]>(new (std::nothrow) double[kernels::kProductScratch]);
+}
+
 void setProduct(unsigned k, Factor<double> a, Factor<double> b, GenMat<double>& c) {
+  const auto scratch = scratchFor(c.rows(), c.cols(), k);
   kernels::active().dense->product(c.rows(), c.cols(), k, {a.data, a.rowStride, a.columnStride},
-                                   {b.data, b.rowStride, b.columnStride}, c.data(), c.rows());
+                                   {b.data, b.rowStride, b.columnStride}, c.data(), c.rows(),
+                                   scratch.get());
 }
 
 void setProduct(unsigned k, Factor<int> a, Factor<int> b, GenMat<int>& c) {
@@ -73,7 +83,7 @@ void setProduct(unsigned k, Factor<double> a, const Vec<double>& v, Vec<double>&
   const unsigned m = y.length();
   if (a.rowStride != 1 && a.columnStride != 1) {
     dense.product(m, 1, k, {a.data, a.rowStride, a.columnStride}, {v.data(), v.stride(), 0},
-                  y.data(), m);
+                  y.data(), m, nullptr);
   } else if (v.stride() != 1) {
     y = 0.0;
     addPortions(k, a, v, y);

@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+#include <kilnbase/linalg/kernels/Tuning.h>
+
 namespace vxKilnBase::kernels {
 
 using Index = std::ptrdiff_t;
@@ -14,6 +16,9 @@ struct MatrixView {
   Index rowStride;
   Index columnStride;
 };
+
+// Doubles of scratch that a large product takes, whatever the instruction set.
+inline constexpr Index kProductScratch = tuning::kBlockScratch<tuning::kWidestRegister>;
 
 struct DenseKernels {
   // Returns Σ x[i] y[i].
@@ -33,10 +38,12 @@ struct DenseKernels {
   void (*gemm)(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
                Index ldc);
   // y := A x, y := Aᵀ x and C := A B, for operands as above. Old values of y and C are not read.
+  // `scratch` has kProductScratch doubles, or is null for a product that takes the stack alone.
   void (*productVector)(Index m, Index n, const double* a, Index lda, const double* x, double* y);
   void (*productVectorTransposed)(Index m, Index n, const double* a, Index lda, const double* x,
                                   double* y);
-  void (*product)(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc);
+  void (*product)(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc,
+                  double* scratch);
   // C += alpha A B on and above the diagonal of C, which is n by n. Elements below the diagonal are
   // neither read nor written.
   void (*syrkUpper)(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,

@@ -37,6 +37,7 @@ struct Grid {
 
   Index strips;
   MatrixView b;
+  Index nextStrip;  // from one strip to the next
 
   // The last register of a column of a tile starts at row lastRow. Where the rows of the tile are
   // no multiple of kWidth, this register overlaps the one before; the rows that both hold get the
@@ -102,7 +103,7 @@ void addGrid(const Grid& wanted) {
       a += grid.nextPanel;
       c += kTileRows;
     }
-    grid.b.data += columns * grid.b.columnStride;
+    grid.b.data += grid.nextStrip;
     grid.c += columns * grid.ldc;
   }
 }
@@ -127,10 +128,6 @@ Index smaller(Index a, Index b) {
 
 MatrixView viewFrom(const MatrixView& a, Index i, Index j) {
   return {a.data + i * a.rowStride + j * a.columnStride, a.rowStride, a.columnStride};
-}
-
-void packContiguous(Index k, const double* a, Index stride, double* to, Index toStride) {
-  for (Index l = 0; l < k; ++l) store(to + l * toStride, load(a + l * stride));
 }
 
 void packRows(Index k, const double* a, Index rowStride, double* to, Index toStride) {
@@ -202,9 +199,7 @@ void packPanel(const Panels& panels, Index k, const MatrixView& a, double* to) {
   for (Index v = 0; v < vectors; ++v) {
     const MatrixView from = viewFrom(a, offsetOf(v, vectors, panels.lastOffset()), 0);
     double* part = to + v * kWidth;
-    if (panels.height >= kWidth && a.rowStride == 1) {
-      packContiguous(k, from.data, a.columnStride, part, stride);
-    } else if (panels.height >= kWidth && a.columnStride == 1) {
+    if (panels.height >= kWidth && a.columnStride == 1) {
       packRows(k, from.data, a.rowStride, part, stride);
     } else {
       packStrided(smaller(panels.height, kWidth), k, from, part, stride);
@@ -212,7 +207,31 @@ void packPanel(const Panels& panels, Index k, const MatrixView& a, double* to) {
   }
 }
 
+// Copies panels of at least kWidth rows, all of them column by column: a column of all panels lies
+// on one page, or on two.
+template <Index vectors>
+void packColumns(const Panels& panels, Index k, const double* a, Index stride, double* to) {
+  const Index lastOffset = panels.lastOffset();
+  const Index nextPanel = vectors * kWidth * k;
+  for (Index l = 0; l < k; ++l, a += stride, to += vectors * kWidth) {
+    const double* from = a;
+    double* part = to;
+    for (Index i = 0; i < panels.count; ++i, from += panels.height, part += nextPanel) {
+      for (Index v = 0; v < vectors; ++v) {
+        store(part + v * kWidth, load(from + offsetOf(v, vectors, lastOffset)));
+      }
+    }
+  }
+}
+
+// Copies the panels, one behind the other.
 void pack(const Panels& panels, Index k, const MatrixView& a, double* to) {
+  if (panels.height >= kWidth && a.rowStride == 1) {
+    const auto packAll = panels.vectors() == kTileVectors ? packColumns<kTileVectors>
+                         : panels.vectors() == 2          ? packColumns<2>
+                                                          : packColumns<1>;
+    return packAll(panels, k, a.data + panels.first, a.columnStride, to);
+  }
   for (Index i = 0; i < panels.count; ++i) {
     packPanel(panels, k, viewFrom(a, panels.first + i * panels.height, 0), to);
     to += panels.vectors() * kWidth * k;
@@ -275,15 +294,34 @@ void addPartOfStrip(const Product& p, const Panels& panels, const Strips& strips
   grid.panels = panels.count;
 }
 
+// Some rows of B, and a copy of full strips, which hold the columns from `first` to before `end`.
+struct Columns {
+  MatrixView b;
+  Index first;
+  Index end;
+  const double* packed;
+};
+
+// Lets the grid read the strips in place or from their copy.
+void setStrips(const Strips& strips, const Columns& columns, Grid& grid) {
+  grid.strips = strips.count;
+  if (strips.end() > columns.end) {
+    grid.b = viewFrom(columns.b, 0, strips.first);
+    grid.nextStrip = strips.width * grid.b.columnStride;
+  } else {
+    grid.b = {columns.packed + (strips.first - columns.first) * grid.k, kTileColumns, 1};
+    grid.nextStrip = kTileColumns * grid.k;
+  }
+}
+
 // Adds the rows of the panels, which the grid describes, in the columns from `begin` to before
 // `end`.
-void addPanels(const Product& p, const Panels& panels, Grid& grid, const MatrixView& b, Index begin,
-               Index end) {
+void addPanels(const Product& p, const Panels& panels, Grid& grid, const Columns& columns,
+               Index begin, Index end) {
   const bool whole = !p.upper && panels.height >= kWidth;
   for (Index j = begin; j < end;) {
     const Strips strips = stripsFrom(j, end - j, whole ? end : 1);
-    grid.strips = strips.count;
-    grid.b = viewFrom(b, 0, j);
+    setStrips(strips, columns, grid);
     grid.c = p.c + j * p.ldc + panels.first;
     const GridKernel kernel = kernelFor(panels.vectors(), strips.width);
     if (whole) {
@@ -313,28 +351,6 @@ void setPanels(const Panels& panels, const MatrixView& a, double* packed, Grid& 
   }
 }
 
-// Adds the product of k columns of A, from column l on, and as many rows of B, in the columns of C
-// from `begin` to before `end`.
-void addColumns(const Product& p, Index l, Index k, Index begin, Index end, double* scratch) {
-  const bool inPlace =
-      p.a.rowStride == 1 && p.m >= kWidth && end - begin < tuning::kLeastPackedColumns;
-  double* packed = inPlace ? nullptr : scratch;
-  const Index m = p.upper ? end : p.m;
-  Grid grid = {};
-  grid.k = k;
-  grid.alpha = p.alpha;
-  grid.overwrite = p.overwrite && l == 0;
-  grid.ldc = p.ldc;
-  const MatrixView a = viewFrom(p.a, 0, l);
-  const MatrixView b = viewFrom(p.b, l, 0);
-  for (Index i = 0; i < m;) {
-    const Panels panels = panelsFrom(i, m - i, inPlace ? m : kDepth / k);
-    setPanels(panels, a, packed, grid);
-    addPanels(p, panels, grid, b, p.upper && i > begin ? i : begin, end);
-    i = panels.end();
-  }
-}
-
 // The size of a part when `total` is cut into as few equal parts of at most `limit` as possible.
 Index evenPart(Index total, Index limit) {
   if (total <= limit) return total;
@@ -342,17 +358,79 @@ Index evenPart(Index total, Index limit) {
   return (total + parts - 1) / parts;
 }
 
-void multiply(const Product& p) {
+// Memory for copies of panels and strips, and how much is multiplied at a time.
+struct Scratch {
+  double* panels;
+  double* strips;  // null where strips are read in place
+  Index size;      // of `panels`, in doubles
+  Index depth;
+  Index columns;
+};
+
+// Copies the full strips of k rows of B, unless `packed` is null.
+Columns columnsOf(const MatrixView& b, Index k, Index begin, Index end, double* packed) {
+  const Strips full = stripsFrom(begin, end - begin, end);
+  if (packed == nullptr || full.width < kTileColumns) return {b, begin, begin, nullptr};
+  pack({full.first, full.width, full.count}, k, {b.data, b.columnStride, b.rowStride}, packed);
+  return {b, begin, full.end(), packed};
+}
+
+// Adds the product of k columns of A, from column l on, and as many rows of B, in the columns of C
+// from `begin` to before `end`.
+void addColumns(const Product& p, Index l, Index k, Index begin, Index end,
+                const Scratch& scratch) {
+  const bool inPlace =
+      p.a.rowStride == 1 && p.m >= kWidth && end - begin < tuning::kLeastPackedColumns;
+  double* packed = inPlace ? nullptr : scratch.panels;
+  const Index m = p.upper ? end : p.m;
+  const Index most =
+      inPlace ? m : evenPart((m + kTileRows - 1) / kTileRows, scratch.size / (k * kTileRows));
+  Grid grid = {};
+  grid.k = k;
+  grid.alpha = p.alpha;
+  grid.overwrite = p.overwrite && l == 0;
+  grid.ldc = p.ldc;
+  const MatrixView a = viewFrom(p.a, 0, l);
+  const Columns columns = columnsOf(viewFrom(p.b, l, 0), k, begin, end, scratch.strips);
+  for (Index i = 0; i < m;) {
+    const Panels panels = panelsFrom(i, m - i, most);
+    setPanels(panels, a, packed, grid);
+    addPanels(p, panels, grid, columns, p.upper && i > begin ? i : begin, end);
+    i = panels.end();
+  }
+}
+
+void multiply(const Product& p, const Scratch& scratch) {
   if (p.m <= 0 || p.n <= 0 || p.k <= 0) return;
-  double scratch[kTileRows * kDepth + kWidth];
-  // Scratch starts at a multiple of the register's size; the stack may be aligned to 16 bytes only.
-  double* packed = scratch + kWidth - reinterpret_cast<std::uintptr_t>(scratch) / 8 % kWidth;
-  const Index depth = evenPart(p.k, kDepth);
-  const Index width = evenPart(p.n, tuning::kBlockColumns);
+  const Index depth = evenPart(p.k, scratch.depth);
+  const Index width = evenPart(p.n, scratch.columns);
   for (Index j = 0; j < p.n; j += width) {
     for (Index l = 0; l < p.k; l += depth) {
-      addColumns(p, l, smaller(depth, p.k - l), j, smaller(j + width, p.n), packed);
+      addColumns(p, l, smaller(depth, p.k - l), j, smaller(j + width, p.n), scratch);
     }
+  }
+}
+
+// The first multiple of a register's size from here on. (The stack may be aligned to 16 bytes
+// only.)
+double* aligned(double* scratch) {
+  return scratch + kWidth - reinterpret_cast<std::uintptr_t>(scratch) / 8 % kWidth;
+}
+
+// With a panel on the stack.
+void multiply(const Product& p) {
+  double scratch[kTileRows * kDepth + kWidth];
+  multiply(p, {aligned(scratch), nullptr, kTileRows * kDepth, kDepth, tuning::kBlockColumns});
+}
+
+// With many panels in the scratch, and strips where those are far from contiguous.
+void multiplyLarge(const Product& p, double* scratch) {
+  constexpr Index kSize = tuning::kBlockPanels<kWidth> * kTileRows * tuning::kBlockDepth;
+  double* panels = aligned(scratch);
+  if (p.b.columnStride == 1) {
+    multiply(p, {panels, panels + kSize, kSize, tuning::kBlockDepth, tuning::kCopiedColumns});
+  } else {
+    multiply(p, {panels, nullptr, kSize, tuning::kBlockDepth, p.n});
   }
 }
 
@@ -363,8 +441,10 @@ void gemm(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, d
   multiply({m, n, k, alpha, a, b, c, ldc, false, false});
 }
 
-void product(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc) {
-  if (k > 0) return multiply({m, n, k, 1.0, a, b, c, ldc, false, true});
+void product(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc,
+             double* scratch) {
+  const Product p = {m, n, k, 1.0, a, b, c, ldc, false, true};
+  if (k > 0) return scratch == nullptr ? multiply(p) : multiplyLarge(p, scratch);
   for (Index j = 0; j < n; ++j) {
     for (Index i = 0; i < m; ++i) c[j * ldc + i] = 0.0;
   }

@@ -8,7 +8,8 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 void gemm(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
           Index ldc);
-void product(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc);
+void product(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc,
+             double* scratch);
 void syrkUpper(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c, Index ldc);
 void solveLower(Index k, Index n, MatrixView l, double* x, Index ldx);
 

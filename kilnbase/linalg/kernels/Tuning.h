@@ -44,6 +44,32 @@ inline constexpr Index kPanelDepth = 192;
 //   Bench: --filter "product A B" --sizes 500,1000
 inline constexpr Index kBlockColumns = 384;
 
+// A large product copies kBlockPanels panels of A at a time, over kBlockDepth columns, and meets
+// them strip by strip with B. Where neighbours in a row of B are contiguous, as in the product with
+// a transposed matrix, strips of kCopiedColumns columns are copied too: each would touch a page for
+// every row.
+//   Panels: kBlockPanels * kTileVectors * width * kBlockDepth * 8 bytes = 768 KiB (AVX-512), in
+//   half of the second-level cache; 240 KiB (AVX2) and 256 KiB (baseline), in half of one of 512
+//   KiB. Strip: kTileColumns * kBlockDepth * 8 bytes = 16 KiB (AVX-512), 8 KiB, in half of the
+//   first-level cache. Copied strips: kCopiedColumns * kBlockDepth * 8 bytes = 1 MiB, which are
+//   read in order. Huge pages for the copies gained nothing. Bench: --filter "product A B" --sizes
+//   500,1000
+template <Index width>
+inline constexpr Index kBlockPanels = width == 8   ? 16
+                                      : width == 4 ? 10
+                                                   : 32;
+inline constexpr Index kBlockDepth = 256;
+inline constexpr Index kCopiedColumns = 512;
+
+// Doubles that these copies take with registers of `width` doubles.
+template <Index width>
+inline constexpr Index kBlockScratch =
+    (kBlockPanels<width> * kTileVectors<width> * width + kCopiedColumns) * kBlockDepth + width;
+
+// A product is large when rows, columns and depth are at least this.
+//   Bench: --filter "product A B" --sizes 100,500
+inline constexpr Index kLeastLarge = 384;
+
 // From this depth on a tile of C is fetched before its sums are computed.
 //   Bench: --filter "product A B" --sizes 100,500
 inline constexpr Index kLeastPrefetchDepth = 64;

@@ -73,7 +73,7 @@ void multiplyFromLeft(const FullBlock& t, Index m, Index n, double* b, Index ldb
   for (Index j = 0; j < n; j += kBlock) {
     const Index count = std::min(kBlock, n - j);
     const MatrixView old = copied(m, count, b + j * ldb, ldb, copy);
-    active().dense->product(m, count, m, t.view(), old, b + j * ldb, ldb);
+    active().dense->product(m, count, m, t.view(), old, b + j * ldb, ldb, nullptr);
   }
 }
 
@@ -83,7 +83,7 @@ void multiplyFromRight(const FullBlock& t, Index m, Index n, double* b, Index ld
   for (Index i = 0; i < m; i += kBlock) {
     const Index count = std::min(kBlock, m - i);
     const MatrixView old = copied(count, n, b + i, ldb, copy);
-    active().dense->product(count, n, n, old, t.view(), b + i, ldb);
+    active().dense->product(count, n, n, old, t.view(), b + i, ldb, nullptr);
   }
 }
 
@@ -160,7 +160,8 @@ void multiplyTriangles(const Triangles& t) {
     const FullBlock lower(block, FullBlock::kLower);
     multiplyFromRight(lower, j, block.n, t.at(0, j), t.lda);
     const FullBlock upper(block, FullBlock::kUpper);
-    active().dense->product(block.n, block.n, block.n, upper.view(), lower.view(), block.a, t.lda);
+    active().dense->product(block.n, block.n, block.n, upper.view(), lower.view(), block.a, t.lda,
+                            nullptr);
     active().dense->gemm(next, block.n, t.n - next, 1.0, t.view(0, next), t.view(next, j),
                          t.at(0, j), t.lda);
     multiplyByUpper(t.block(next, t.n - next), block.n, t.at(next, j), t.lda);

@@ -307,8 +307,8 @@ int decomposeTall(const SingularProblem& a) {
   if (a.u == nullptr) return missing;
   copyColumns(a.p, a.p, a.x, a.ldx, a.triangle, a.p);
   copyColumns(a.n, a.p, a.u, a.ldu, a.x, a.ldx);
-  kernels::active().dense->product(a.n, a.p, a.p, {a.x, 1, a.ldx}, {a.triangle, 1, a.p}, a.u,
-                                   a.ldu);
+  kernels::active().dense->product(a.n, a.p, a.p, {a.x, 1, a.ldx}, {a.triangle, 1, a.p}, a.u, a.ldu,
+                                   nullptr);
   return missing;
 }
 

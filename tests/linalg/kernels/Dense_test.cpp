@@ -1,6 +1,7 @@
 // The products of kernels/Dense.h beside plain loops: every length, leading dimension and layout.
 #include <cmath>
 #include <gtest/gtest.h>
+#include <vector>
 
 #include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/kernels/Tuning.h>
@@ -128,8 +129,12 @@ void expectProduct(Index m, Index n, Index k, int layoutA, int layoutB) {
   Doubles sum = old, product = old, triangle = old;
   dense().gemm(m, n, k, -2.0, a.view, b.view, sum.data(), ldc);
   EXPECT_EQ(sum.difference(plainProduct(m, n, k, -2.0, a.view, b.view, 1.0, old, ldc)), "");
-  dense().product(m, n, k, a.view, b.view, product.data(), ldc);
-  EXPECT_EQ(product.difference(plainProduct(m, n, k, 1.0, a.view, b.view, 0.0, old, ldc)), "");
+  const Doubles plain = plainProduct(m, n, k, 1.0, a.view, b.view, 0.0, old, ldc);
+  static std::vector<double> scratch(vxKilnBase::kernels::kProductScratch, std::nan(""));
+  for (double* memory : {static_cast<double*>(nullptr), scratch.data()}) {
+    dense().product(m, n, k, a.view, b.view, product.data(), ldc, memory);
+    EXPECT_EQ(product.difference(plain), "") << (memory == nullptr);
+  }
   if (m != n) return;
   dense().syrkUpper(n, k, -2.0, a.view, b.view, triangle.data(), ldc);
   EXPECT_EQ(triangle.difference(plainProduct(m, n, k, -2.0, a.view, b.view, 1.0, old, ldc, true)),
@@ -152,6 +157,8 @@ TEST(DenseKernels, ProductOfEveryShapeAndLayout) {
     expectProduct(5, tuning::kBlockColumns + 9, 9, layout, 0);
   }
   expectProduct(tuning::kBlockColumns + 9, tuning::kBlockColumns + 9, deep, 1, 0);
+  expectProduct(30, tuning::kCopiedColumns + 13, tuning::kBlockDepth + 3, 0, 1);
+  expectProduct(500, 20, tuning::kBlockDepth + 44, 1, 1);
 }
 
 TEST(DenseKernels, SolveLowerOfEveryShapeAndLayout) {
