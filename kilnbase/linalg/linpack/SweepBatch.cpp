@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cstddef>
+#include <span>
 
 #include <kilnbase/linalg/kernels/Kernels.h>
 #include <kilnbase/linalg/linpack/SweepBatch.h>
@@ -14,7 +16,7 @@ void SweepBatch::begin(Index first, Index last) {
   const Index spare = (first - first_) + (last_ - last);
   const Index mostSpare = tuning::kSpareRotations + (last - first) / tuning::kSpareShare;
   const bool fits = first >= first_ && last <= last_ && spare <= mostSpare;
-  if (!fits || sweeps_ == kernels::kFusedSweeps) apply();
+  if (!fits || sweeps_ == kernels::kFusedSweeps) close();
   if (sweeps_ == 0) open(first, last);
   double* a = factors(sweeps_++);
   for (double* factor : {a, a + ld_}) {
@@ -30,11 +32,29 @@ void SweepBatch::open(Index first, Index last) {
   std::fill_n(scales() + ld_, last - first + 1, 1.0);
 }
 
-void SweepBatch::apply() {
+void SweepBatch::close() {
   if (sweeps_ == 0) return;
-  const kernels::FusedSweeps sweeps = {sweeps_, last_ - first_, storage_, ld_, scales()};
-  kernels::active().rotations->applySweeps(rows_, q_ + first_ * ldq_, ldq_, sweeps);
+  complete_[count_++] = {first_, {sweeps_, last_ - first_, batch_, ld_, scales()}};
+  if (count_ == most_) applyComplete();
+  batch_ = storage_ + count_ * kStorageColumns * ld_;
   sweeps_ = 0;
+}
+
+void SweepBatch::applyComplete() {
+  for (Index row = 0; row < rows_; row += tuning::kRotatedRows) {
+    const Index rows = std::min(tuning::kRotatedRows, rows_ - row);
+    for (const Complete& batch : std::span(complete_, static_cast<std::size_t>(count_))) {
+      double* part = q_ + row + batch.first * ldq_;
+      kernels::active().rotations->applySweeps(rows, part, ldq_, batch.sweeps);
+    }
+  }
+  count_ = 0;
+}
+
+void SweepBatch::apply() {
+  close();
+  applyComplete();
+  batch_ = storage_;
 }
 
 void SweepBatch::rotateNow(Index j, Index k, double c, double s) {

@@ -9,7 +9,8 @@
 namespace vxKilnBase::linpack {
 
 /// Collects sweeps of plane rotations over neighbouring columns of a matrix Q and applies up to
-/// kFusedSweeps of them in one pass over Q.
+/// kFusedSweeps of them, a batch, in one pass over Q. Complete batches wait for each other: then
+/// each part of Q stays in the caches while all of them are applied to it.
 ///
 /// A sweep is `begin(first, last)`, then `rotate(k, c, s)` for k = first, ..., last - 1: columns x
 /// = k and y = k + 1 become c x + s y and c y - s x. Columns of Q are valid after `apply`. Without
@@ -28,10 +29,15 @@ class SweepBatch {
   /// Columns of the storage that a batch needs.
   static constexpr Index kStorageColumns = 2 * kernels::kFusedSweeps + 2;
 
-  /// Q has `rows` rows; null stands for no matrix. The storage holds kStorageColumns columns, each
-  /// with one element for each column that a sweep spans.
-  SweepBatch(double* q, Index ldq, Index rows, double* storage, Index ldStorage)
-      : q_(q), ldq_(ldq), rows_(rows), storage_(storage), ld_(ldStorage) {}
+  /// Q has `rows` rows; null stands for no matrix. The storage holds `columns` >= kStorageColumns
+  /// columns, each with one element for each column that a sweep spans.
+  SweepBatch(double* q, Index ldq, Index rows, double* storage, Index ldStorage, Index columns)
+      : q_(q),
+        ldq_(ldq),
+        rows_(rows),
+        storage_(storage),
+        ld_(ldStorage),
+        most_(std::min(columns / kStorageColumns, kernels::tuning::kMostBatches)) {}
   SweepBatch(const SweepBatch&) = delete;
   SweepBatch& operator=(const SweepBatch&) = delete;
 
@@ -49,15 +55,26 @@ class SweepBatch {
 
   void record(Index r, double c, double s);
   void open(Index first, Index last);
-  double* factors(Index sweep) const { return storage_ + 2 * sweep * ld_; }
-  double* scales() const { return storage_ + 2 * kernels::kFusedSweeps * ld_; }
+  void close();
+  void applyComplete();
+  double* factors(Index sweep) const { return batch_ + 2 * sweep * ld_; }
+  double* scales() const { return factors(kernels::kFusedSweeps); }
+
+  struct Complete {
+    Index first;
+    kernels::FusedSweeps sweeps;
+  };
 
   double* q_;
   Index ldq_;
   Index rows_;
   double* storage_;
   Index ld_;
-  Index first_ = 0;  // the batch spans columns first_ to last_
+  Index most_;  // complete batches at a time
+  Index count_ = 0;
+  Complete complete_[kernels::tuning::kMostBatches];
+  double* batch_ = storage_;  // storage of the batch that is not complete
+  Index first_ = 0;           // the batch spans columns first_ to last_
   Index last_ = 0;
   Index sweeps_ = 0;
 };

@@ -164,8 +164,9 @@ int iterate(const SingularProblem& a) {
   const bool fits = a.p >= kColumns;  // X is free by now and serves as storage
   double* storage = fits ? a.x : few;
   const Index ld = fits ? a.ldx : kColumns;
-  SweepBatch left(a.u, a.ldu, a.n, storage, ld);
-  SweepBatch right(a.v, a.ldv, a.p, storage + SweepBatch::kStorageColumns * ld, ld);
+  const Index half = fits ? a.p / 2 : SweepBatch::kStorageColumns;
+  SweepBatch left(a.u, a.ldu, a.n, storage, ld, half);
+  SweepBatch right(a.v, a.ldv, a.p, storage + half * ld, ld, half);
   return static_cast<int>(BidiagonalIteration(a.s, a.e, left, right).run(a.order()));
 }
 

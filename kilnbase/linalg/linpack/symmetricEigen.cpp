@@ -123,7 +123,7 @@ bool iterate(const SymmetricProblem& a, Columns&& columns) {
 bool iterate(const SymmetricProblem& a, double* vectors, Index ld) {
   if (vectors == nullptr) return iterate(a, NoColumns());
   if (a.n <= SweepBatch::kStorageColumns) return iterate(a, FewRows(vectors, ld, a.n));
-  return iterate(a, SweepBatch(vectors, ld, a.n, a.a, a.lda));
+  return iterate(a, SweepBatch(vectors, ld, a.n, a.a, a.lda, a.n));
 }
 
 void sortColumns(Index n, double* d, double* vectors, Index ld) {
