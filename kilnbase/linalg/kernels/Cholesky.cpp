@@ -1,4 +1,5 @@
 #include <kilnbase/linalg/kernels/Cholesky.h>
+#include <kilnbase/linalg/kernels/Largest.h>
 #include <kilnbase/linalg/kernels/Simd.h>
 
 namespace vxKilnBase::kernels::KILN_ISA {
@@ -252,9 +253,7 @@ double largestCandidate(const SmallMatrix& s) {
     const Vector candidates = load(s.candidates + i);
     largest = candidates > largest ? candidates : largest;
   }
-  double result = kNever;
-  for (Index i = 0; i < kWidth; ++i) result = largest[i] > result ? largest[i] : result;
-  return result;
+  return largestOf(largest);
 }
 
 // The place of the pivot for place k: of the first largest candidate, or k outside the free places.

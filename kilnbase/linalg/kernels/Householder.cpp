@@ -1,6 +1,7 @@
 // All that a group of columns needs is inlined into the loop over the groups. A call would pass the
 // group through memory, which costs more than a small group's arithmetic.
 #include <kilnbase/linalg/kernels/Householder.h>
+#include <kilnbase/linalg/kernels/Largest.h>
 #include <kilnbase/linalg/kernels/Simd.h>
 
 namespace vxKilnBase::kernels::KILN_ISA {
@@ -198,8 +199,7 @@ Index indexOfLargest(Index n, const double* x) {
     const Vector value = load(x + i);
     largest = value > largest ? value : largest;
   }
-  double best = 0.0;
-  for (Index lane = 0; lane < kWidth; ++lane) best = largest[lane] > best ? largest[lane] : best;
+  double best = largestOf(largest);
   for (; i < n; ++i) best = x[i] > best ? x[i] : best;
   if (!(best > 0.0)) return 0;
   Index index = 0;
