@@ -403,7 +403,8 @@ void addColumns(const Product& p, Index l, Index k, Index begin, Index end,
 void multiply(const Product& p, const Scratch& scratch) {
   if (p.m <= 0 || p.n <= 0 || p.k <= 0) return;
   const Index depth = evenPart(p.k, scratch.depth);
-  const Index width = evenPart(p.n, scratch.columns);
+  const Index strips = (evenPart(p.n, scratch.columns) + kTileColumns - 1) / kTileColumns;
+  const Index width = strips * kTileColumns;
   for (Index j = 0; j < p.n; j += width) {
     for (Index l = 0; l < p.k; l += depth) {
       addColumns(p, l, smaller(depth, p.k - l), j, smaller(j + width, p.n), scratch);

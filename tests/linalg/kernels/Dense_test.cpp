@@ -157,7 +157,7 @@ TEST(DenseKernels, ProductOfEveryShapeAndLayout) {
     expectProduct(5, tuning::kBlockColumns + 9, 9, layout, 0);
   }
   expectProduct(tuning::kBlockColumns + 9, tuning::kBlockColumns + 9, deep, 1, 0);
-  expectProduct(30, tuning::kCopiedColumns + 13, tuning::kBlockDepth + 3, 0, 1);
+  expectProduct(30, tuning::kCopiedColumns + 15, tuning::kBlockDepth + 3, 0, 1);
   expectProduct(500, 20, tuning::kBlockDepth + 44, 1, 1);
 }
 
