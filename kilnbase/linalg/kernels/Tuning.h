@@ -224,11 +224,10 @@ inline constexpr Index kRotatedVectors = width == 8 ? 4 : 2;
 
 // Complete batches of sweeps that wait for each other, and rows of the matrix that all of them are
 // applied to while the caches hold these rows.
-//   Rows: kRotatedRows * n * 8 bytes, for n = 500 250 KiB; factors: kMostBatches * (2 *
-//   kFusedSweeps
-//   + 1) * n * 8 bytes, for n = 500 281 KiB; both in half of the second-level cache.
-//   4 and 16 batches, and 32 rows, took up to 10% longer. Bench: --filter "SVD, all vectors"
-//   --sizes 100,500
+//   Rows: kRotatedRows * n * 8 bytes, for n = 500 250 KiB.
+//   Factors: kMostBatches * (2 * kFusedSweeps + 1) * n * 8 bytes, for n = 500 281 KiB.
+//   Both fit into half of the second-level cache. 4 and 16 batches, and 32 rows, took up to 10%
+//   longer. Bench: --filter "SVD, all vectors" --sizes 100,500
 inline constexpr Index kMostBatches = 8;
 inline constexpr Index kRotatedRows = 64;
 
