@@ -36,28 +36,30 @@ RWBlock::~RWBlock() {
   if (pieceOffset_ == 0) ::operator delete(data);
 }
 
-RWBlock* RWBlock::create(unsigned count, std::size_t size) {
-  if (count == 0) return &empty_;
+void* RWBlock::create(unsigned count, std::size_t size, RWBlock*& block) {
+  block = &empty_;
+  if (count == 0) return nullptr;
   const std::size_t bytes = count * size;
   const std::size_t total = bytes + sizeof(RWBlock) + (bytes < kAlignedFrom ? 0 : kAlignment);
   void* piece = total > bytes ? vxKilnBase::detail::takeSmallObject(total) : nullptr;
   if (piece == nullptr) {
     raiseOutOfMemory(kBlockSource);
-    return &empty_;
+    return nullptr;
   }
   const std::size_t offset = headerOffset(piece, bytes);
-  auto* block = new (static_cast<std::byte*>(piece) + offset) RWBlock(1);
+  block = new (static_cast<std::byte*>(piece) + offset) RWBlock(1);
   block->pieceOffset_ = static_cast<std::uint16_t>(offset + 1);
-  block->data = block + 1;
-  return block;
+  return block->data = block + 1;
 }
 
 void RWBlock::destroy(RWBlock* block) {
-  if (block->pieceOffset_ == 0) {
+  using vxKilnBase::detail::releaseSmallObject;
+  if (block->pieceOffset_ == 1) {  // the usual case; the address of the piece is known at once
+    releaseSmallObject(block, sizeof(RWBlock));
+  } else if (block->pieceOffset_ == 0) {
     delete block;
-    return;
+  } else {
+    releaseSmallObject(reinterpret_cast<std::byte*>(block) - (block->pieceOffset_ - 1),
+                       sizeof(RWBlock));
   }
-  void* piece = reinterpret_cast<std::byte*>(block) - (block->pieceOffset_ - 1);
-  block->~RWBlock();
-  vxKilnBase::detail::releaseSmallObject(piece, sizeof(RWBlock));
 }

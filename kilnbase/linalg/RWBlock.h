@@ -36,7 +36,14 @@ class KILNBASE_API RWBlock {
   /// Storage of 512 bytes and more is aligned for the widest vector registers. The block must not
   /// be deleted; the last `release` ends it. All blocks of 0 elements are one block. When there is
   /// not enough memory, raises kOutOfMemoryError and returns the block of 0 elements.
-  static RWBlock* create(unsigned count, std::size_t size);
+  static RWBlock* create(unsigned count, std::size_t size) {
+    RWBlock* block;
+    create(count, size, block);
+    return block;
+  }
+  /// The same in `block`; returns the storage. Short vectors are faster when they need not read the
+  /// block to find its storage.
+  static void* create(unsigned count, std::size_t size, RWBlock*& block);
 
   /// The block, without storage, of all vectors and matrices whose view was moved away.
   static RWBlock* movedFrom() noexcept { return &movedFrom_; }
@@ -48,7 +55,11 @@ class KILNBASE_API RWBlock {
 
   /// Drops one reference; the last one destroys the block.
   static void release(RWBlock* block) {
-    if (block->refs != kSaturated && --block->refs == 0) destroy(block);
+    if (block->refs == 1) {
+      destroy(block);
+    } else if (block->refs != kSaturated) {
+      --block->refs;
+    }
   }
 
  private:

@@ -121,7 +121,10 @@ class KILNBASE_API Vec {
   /// Length 0.
   Vec();
   /// `n` elements, not initialised.
-  explicit Vec(unsigned n) : Vec(RWBlock::create(n, sizeof(T)), n) {}
+  explicit Vec(unsigned n)
+      : begin_(static_cast<T*>(RWBlock::create(n, sizeof(T), block_))),
+        npts_(begin_ == nullptr ? 0 : n),
+        step_(1) {}
   /// `n` elements, all `value`.
   explicit Vec(unsigned n, T value);
   /// `n` elements: `start`, then each the one before it plus `increment` (a running sum).
@@ -421,11 +424,6 @@ class KILNBASE_API Vec {
       : block_(block), begin_(begin), npts_(n), step_(stride) {
     block_->acquire();
   }
-
-  // Takes over the reference to a new block of n elements, which are none when there was no memory.
-  template <std::same_as<RWBlock> Block>
-  Vec(Block* block, unsigned n)
-      : block_(block), begin_(static_cast<T*>(block->data)), npts_(begin_ ? n : 0), step_(1) {}
 
   using enum detail::Operation;
   template <detail::Operation operation>

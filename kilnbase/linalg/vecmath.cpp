@@ -78,11 +78,21 @@ template <class T>
 SumOf<T> detail::dotOfAnyLength(const Vec<T>& a, const Vec<T>& b) {
   a.lengthCheck(b.length());
   const unsigned n = std::min(a.length(), b.length());
+  if (isShort<T>(n)) {
+    const auto product = [&](std::ptrdiff_t i) {
+      return a(static_cast<int>(i)) * b(static_cast<int>(i));
+    };
+    return static_cast<SumOf<T>>(shortSum(n, product));
+  }
   return kernels::elements<T>().dot(n, a.data(), a.stride(), b.data(), b.stride());
 }
 
 template <class T>
 SumOf<T> detail::sumOfAnyLength(const Vec<T>& v) {
+  if (isShort<T>(v.length())) {
+    const auto element = [&](std::ptrdiff_t i) { return v(static_cast<int>(i)); };
+    return static_cast<SumOf<T>>(shortSum(v.length(), element));
+  }
   return kernels::elements<T>().sum(v.length(), v.data(), v.stride());
 }
 
@@ -100,12 +110,12 @@ Vec<T> reverse(const Vec<T>& v) {
 }
 
 template <class T>
-int maxIndex(const Vec<T>& v) {
+int detail::maxIndexOfAnyLength(const Vec<T>& v) {
   return extremeIndex(v, "maxIndex", kernels::elements<T>().maxIndex);
 }
 
 template <class T>
-int minIndex(const Vec<T>& v) {
+int detail::minIndexOfAnyLength(const Vec<T>& v) {
   return extremeIndex(v, "minIndex", kernels::elements<T>().minIndex);
 }
 
@@ -137,8 +147,8 @@ Vec<T> abs(const Vec<T>& v) {
   template SumOf<T> detail::sumOfAnyLength(const Vec<T>&);                \
   template SumOf<T> prod(const Vec<T>&);                                  \
   template Vec<T> reverse(const Vec<T>&);                                 \
-  template int maxIndex(const Vec<T>&);                                   \
-  template int minIndex(const Vec<T>&);                                   \
+  template int detail::maxIndexOfAnyLength(const Vec<T>&);                \
+  template int detail::minIndexOfAnyLength(const Vec<T>&);                \
   template T maxValue(const Vec<T>&);                                     \
   template T minValue(const Vec<T>&);                                     \
   template Vec<T> abs(const Vec<T>&);

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 #include <kilnbase/linalg/DoubleVec.h>
 #include <kilnbase/linalg/IntVec.h>
@@ -26,6 +27,23 @@ template <class T>
 KILNBASE_API SumOf<T> dotOfAnyLength(const Vec<T>& a, const Vec<T>& b);
 template <class T>
 KILNBASE_API SumOf<T> sumOfAnyLength(const Vec<T>& v);
+template <class T>
+KILNBASE_API int maxIndexOfAnyLength(const Vec<T>& v);
+template <class T>
+KILNBASE_API int minIndexOfAnyLength(const Vec<T>& v);
+
+/// The first index of an element that no later one beats; the vector is short and not empty.
+template <class T>
+int shortBestIndex(const Vec<T>& v, auto beats) {
+  int best = 0;
+  T bestValue = v.sub(0);
+  for (int i = 1; i < static_cast<int>(v.length()); ++i) {
+    if (!beats(v.sub(i), bestValue)) continue;
+    best = i;
+    bestValue = v.sub(i);
+  }
+  return best;
+}
 
 }  // namespace detail
 
@@ -38,27 +56,16 @@ template <class T>
 /// The sum of products; 0 for empty vectors. Lengths must agree (kVectorLengthsError).
 template <class T>
 [[nodiscard]] SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
-  if (!detail::isShort<T>(a.length()) || a.length() != b.length())
-    return detail::dotOfAnyLength(a, b);
-  const T* x = a.data();
-  const T* y = b.data();
-  const std::ptrdiff_t strideX = a.stride();
-  const std::ptrdiff_t strideY = b.stride();
-  if (strideX == 1 && strideY == 1) {
-    return static_cast<SumOf<T>>(
-        detail::shortSum(a.length(), [=](std::ptrdiff_t i) { return x[i] * y[i]; }));
-  }
+  if (!detail::areNeighbours(a, b)) return detail::dotOfAnyLength(a, b);
   return static_cast<SumOf<T>>(detail::shortSum(
-      a.length(), [=](std::ptrdiff_t i) { return x[i * strideX] * y[i * strideY]; }));
+      a.length(), [x = a.data(), y = b.data()](std::ptrdiff_t i) { return x[i] * y[i]; }));
 }
 /// The sum of all elements; 0 for an empty vector.
 template <class T>
 [[nodiscard]] SumOf<T> sum(const Vec<T>& v) {
-  if (!detail::isShort<T>(v.length())) return detail::sumOfAnyLength(v);
-  const T* x = v.data();
-  const std::ptrdiff_t stride = v.stride();
+  if (!detail::areNeighbours(v, v)) return detail::sumOfAnyLength(v);
   return static_cast<SumOf<T>>(
-      detail::shortSum(v.length(), [=](std::ptrdiff_t i) { return x[i * stride]; }));
+      detail::shortSum(v.length(), [x = v.data()](std::ptrdiff_t i) { return x[i]; }));
 }
 /// The product of all elements; 1 for an empty vector.
 template <class T>
@@ -70,9 +77,17 @@ template <class T>
 /// strictly larger (smaller) than those before; a NaN never is. An empty vector raises the warning
 /// kEmptyVectorError and gives -1.
 template <class T>
-[[nodiscard]] KILNBASE_API int maxIndex(const Vec<T>& v);
+[[nodiscard]] int maxIndex(const Vec<T>& v) {
+  return detail::areNeighbours(v, v) && v.length() > 0
+             ? detail::shortBestIndex(v, std::ranges::greater())
+             : detail::maxIndexOfAnyLength(v);
+}
 template <class T>
-[[nodiscard]] KILNBASE_API int minIndex(const Vec<T>& v);
+[[nodiscard]] int minIndex(const Vec<T>& v) {
+  return detail::areNeighbours(v, v) && v.length() > 0
+             ? detail::shortBestIndex(v, std::ranges::less())
+             : detail::minIndexOfAnyLength(v);
+}
 /// The element at that index; 0 for an empty vector, after the same warning.
 template <class T>
 [[nodiscard]] KILNBASE_API T maxValue(const Vec<T>& v);

@@ -143,7 +143,7 @@ TYPED_TEST(VecFamily, ArithmeticOfAllStridesAndLengthsFollowsTheElements) {
   using T = TypeParam;
   using Sum = vxKilnBase::SumOf<T>;
   std::mt19937 random(1);
-  for (unsigned n : {0U, 1U, 3U, 8U, 17U, 64U, 101U, 1000U}) {
+  for (unsigned n : {0U, 1U, 3U, 8U, 15U, 17U, 64U, 101U, 1000U}) {
     for (int stride : {1, 2, -1, -3}) {
       Vec<T> store(3 * n + 1);
       for (unsigned i = 0; i <= 3 * n; ++i) store.data()[i] = static_cast<T>(1 + random() % 9);
@@ -167,6 +167,8 @@ TYPED_TEST(VecFamily, ArithmeticOfAllStridesAndLengthsFollowsTheElements) {
       const std::vector<T> x = list(a), y = list(b);
       EXPECT_EQ(std::accumulate(x.begin(), x.end(), Sum(0)), sum(a));
       EXPECT_EQ(std::inner_product(x.begin(), x.end(), y.begin(), Sum(0)), dot(a, b));
+      if (n == 0) continue;
+      EXPECT_EQ(std::ranges::max_element(x) - x.begin(), maxIndex(a));
     }
   }
   for (const int stride : {5, 0, -1}) {
@@ -230,6 +232,8 @@ TEST(DoubleVec, RunningSumConstructorAndFunctions) {
   EXPECT_EQ(1.25, variance(x));
   EXPECT_EQ(2.5, mean(x));
   EXPECT_TRUE(std::isnan(mean(DoubleVec())));
+  EXPECT_EQ(2, maxIndex(DoubleVec{1, NAN, 3, 2}));
+  EXPECT_EQ(0, minIndex(DoubleVec{NAN, 1, 3}));
   EXPECT_THAT(list(pow(x, reverse(x))), ElementsAre(1, 8, 9, 4));
   EXPECT_EQ(std::atan2(1.0, 4.0), atan2(x, reverse(x))(0));
   using Function = DoubleVec (*)(const DoubleVec&);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <new>
+#include <cstdlib>
 
 namespace vxKilnBase::detail {
 
@@ -29,11 +29,7 @@ inline SmallObjectCache* cacheOfSmallObjects(std::size_t size) noexcept {
 inline void* takeSmallObject(std::size_t size) noexcept {
   SmallObjectCache* cache = cacheOfSmallObjects(size);
   if (cache != nullptr && cache->count > 0) return cache->objects[--cache->count];
-  try {  // cheaper than the non-throwing operator new, which calls this one
-    return ::operator new(size <= kLargestCachedObject ? size + size % 2 : size);
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  return std::malloc(size <= kLargestCachedObject ? size + size % 2 : size);
 }
 
 /// Gives back what `takeSmallObject(size)` returned: to the cache of the size, or to the heap when
@@ -43,7 +39,7 @@ inline void releaseSmallObject(void* object, std::size_t size) noexcept {
   if (cache != nullptr && cache->count < SmallObjectCache::kDepth) {
     cache->objects[cache->count++] = object;
   } else {
-    ::operator delete(object);
+    std::free(object);
   }
 }
 

@@ -84,7 +84,8 @@ template <class T>
 void changeByKernel(Operation operation, Vec<T>& a, const Vec<T>& b, bool overlaps) {
   check(operation, Operand<T>(a), Operand<T>(b));
   const bool sameElements = a.data() == b.data() && a.stride() == b.stride();
-  change(operation, a, Operand<T>(overlaps && !sameElements ? b.copy() : b));
+  if (overlaps && !sameElements) return change(operation, a, Operand<T>(b.copy()));
+  change(operation, a, Operand<T>(b));
 }
 
 template <class T>

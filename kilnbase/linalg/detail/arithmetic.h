@@ -5,6 +5,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include <kilnbase/export.h>
 
@@ -17,12 +18,13 @@ class Vec;
 
 namespace vxKilnBase::detail {
 
-/// Whether `length` elements are too few for the call of a kernel to pay. On a Xeon with AVX-512
-/// the two ways take the same time at 12 to 20 doubles, depending on the operation. The lines
-/// "vector ... 10" of kiln_bench measure short vectors.
+/// The kernels do not pay for vectors with fewer elements. On a Xeon with AVX-512 the two ways take
+/// the same time at 12 to 20 doubles, depending on the operation. The lines "vector ... 10" of
+/// kiln_bench measure short vectors.
+inline constexpr unsigned kShortLength = 16;
 template <class T>
 constexpr bool isShort(unsigned length) {
-  return std::same_as<T, double> && length < 16;
+  return std::same_as<T, double> && length < kShortLength;
 }
 
 enum class Operation { kAdd, kSubtract, kMultiply, kDivide };
@@ -44,87 +46,133 @@ KILNBASE_API void changeByKernel(Operation operation, Vec<T>& a, const Vec<T>& b
 template <class T>
 KILNBASE_API void changeByKernel(Operation operation, Vec<T>& a, T b, bool overlaps = false);
 
-// What an operand is to a loop that the compiler keeps in registers.
-
+/// Whether both operands have the same few elements, one next to the other. A number stands for as
+/// many as there are.
 template <class T>
-struct Elements {
-  const T* data;
-  int stride;
+bool areNeighbours(const Vec<T>& a, const Vec<T>& b) {
+  return isShort<T>(a.length()) && a.stride() == 1 && b.length() == a.length() && b.stride() == 1;
+}
+template <class T>
+bool areNeighbours(const Vec<T>& a, T) {
+  return areNeighbours(a, a);
+}
+template <class T>
+bool areNeighbours(T, const Vec<T>& b) {
+  return areNeighbours(b, b);
+}
 
-  T operator[](unsigned i) const { return data[std::ptrdiff_t{i} * stride]; }
-};
+/// A number as an operand: used like a vector, or like a pointer to its elements.
 template <class T>
 struct Number {
   T value;
 
   T operator[](unsigned) const { return value; }
+  T operator()(int) const { return value; }
+  void operator+=(unsigned) const {}
 };
 
 template <class T>
-Elements<T> operandOf(const Vec<T>& v) {
-  return {v.data(), v.stride()};
+const T* operandOf(const Vec<T>& v) {
+  return v.data();
 }
 template <class T>
 Number<T> operandOf(T x) {
   return {x};
 }
-
-/// The length of the result; a length that is not short when two vectors differ.
 template <class T>
-unsigned commonLength(const Vec<T>& a, const Vec<T>& b) {
-  return a.length() == b.length() ? a.length() : UINT32_MAX;
-}
-template <class T>
-unsigned commonLength(const Vec<T>& a, T) {
+unsigned lengthOf(const Vec<T>& a, const auto&) {
   return a.length();
 }
 template <class T>
-unsigned commonLength(T, const Vec<T>& b) {
+unsigned lengthOf(T, const Vec<T>& b) {
   return b.length();
 }
 
-/// target[i * stride] = a[i] operation b[i] for i < n.
 template <Operation operation, class T>
-void calculate(unsigned n, T* target, int stride, auto a, auto b) {
-  for (unsigned i = 0; i < n; ++i) {
-    T& result = target[std::ptrdiff_t{i} * stride];
-    if constexpr (operation == Operation::kAdd) result = static_cast<T>(a[i] + b[i]);
-    if constexpr (operation == Operation::kSubtract) result = static_cast<T>(a[i] - b[i]);
-    if constexpr (operation == Operation::kMultiply) result = static_cast<T>(a[i] * b[i]);
-    if constexpr (operation == Operation::kDivide) result = static_cast<T>(a[i] / b[i]);
+T resultOf(T a, T b) {
+  if constexpr (operation == Operation::kAdd) return static_cast<T>(a + b);
+  if constexpr (operation == Operation::kSubtract) return static_cast<T>(a - b);
+  if constexpr (operation == Operation::kMultiply) return static_cast<T>(a * b);
+  if constexpr (operation == Operation::kDivide) return static_cast<T>(a / b);
+}
+
+/// target[k] = a[k] operation b[k] for all k. All results are there before the first is stored, so
+/// that compilers make vector instructions of neighbours.
+template <class T, Operation operation, unsigned... k>
+void calculateBlock(T* target, auto a, auto b, std::integer_sequence<unsigned, k...>) {
+  const T results[] = {resultOf<operation, T>(a[k], b[k])...};
+  ((target[k] = results[k]), ...);
+}
+
+/// target[i] = a[i] operation b[i] for i < n, where n < 2 * size, in blocks of `size` elements and
+/// less.
+template <class T, Operation operation, unsigned size = kShortLength / 2>
+void calculate(unsigned n, T* target, auto a, auto b) {
+  if constexpr (size > 0) {
+    if ((n & size) != 0) {
+      calculateBlock<T, operation>(target, a, b, std::make_integer_sequence<unsigned, size>());
+      target += size;
+      a += size;
+      b += size;
+    }
+    calculate<T, operation, size / 2>(n, target, a, b);
   }
 }
 
+/// A new vector of a[i] operation b[i] of short operands.
 template <class T, Operation operation>
-Vec<T> combine(const auto& a, const auto& b) {
-  const unsigned n = commonLength<T>(a, b);
-  if (!isShort<T>(n)) return combineByKernel<T>(operation, a, b);
+Vec<T> combineShort(const auto& a, const auto& b) {
+  const unsigned n = lengthOf<T>(a, b);
   Vec<T> result(n);
-  calculate<operation>(result.length(), result.data(), 1, operandOf<T>(a), operandOf<T>(b));
+  if (result.data() != nullptr) {
+    calculate<T, operation>(n, result.data(), operandOf<T>(a), operandOf<T>(b));
+  }
   return result;
 }
 
 template <class T, Operation operation>
+Vec<T> combine(const auto& a, const auto& b) {
+  return areNeighbours<T>(a, b) ? combineShort<T, operation>(a, b)
+                                : combineByKernel<T>(operation, a, b);
+}
+
+/// a[i] = a[i] operation b[i] for vectors of any stride.
+template <class T, Operation operation>
+void changeStrided(Vec<T>& a, const auto& b) {
+  for (int i = 0; i < static_cast<int>(a.length()); ++i) {
+    a(i) = resultOf<operation, T>(a(i), b(i));
+  }
+}
+template <class T, Operation operation>
+void changeStrided(Vec<T>& a, T b) {
+  changeStrided<T, operation>(a, Number<T>{b});
+}
+
+template <class T, Operation operation>
 void change(Vec<T>& a, const auto& b, bool overlaps) {
-  const unsigned n = commonLength<T>(a, b);
-  if (!isShort<T>(n) || overlaps) {
-    changeByKernel<T>(operation, a, b, overlaps);
+  if (!overlaps && areNeighbours<T>(a, b)) {
+    calculate<T, operation>(a.length(), a.data(), operandOf<T>(a), operandOf<T>(b));
+  } else if (!overlaps && isShort<T>(a.length()) && lengthOf<T>(b, a) == a.length()) {
+    changeStrided<T, operation>(a, b);
   } else {
-    calculate<operation>(n, a.data(), a.stride(), operandOf<T>(a), operandOf<T>(b));
+    changeByKernel<T>(operation, a, b, overlaps);
   }
 }
 
-/// term(0) + ... + term(n - 1), in two accumulators.
-template <class Term>
-double shortSum(unsigned n, Term term) {
-  double even = 0.0;
-  double odd = 0.0;
+/// term(0) + ... + term(n - 1), in four accumulators.
+double shortSum(unsigned n, auto term) {
+  double sums[4] = {};
   std::ptrdiff_t i = 0;
-  for (; i + 2 <= std::ptrdiff_t{n}; i += 2) {
-    even += term(i);
-    odd += term(i + 1);
+  for (; i + 4 <= std::ptrdiff_t{n}; i += 4) {
+    for (int k = 0; k < 4; ++k) sums[k] += term(i + k);
   }
-  return i < std::ptrdiff_t{n} ? even + odd + term(i) : even + odd;
+  if ((n & 2) != 0) {
+    sums[0] += term(i);
+    sums[1] += term(i + 1);
+    i += 2;
+  }
+  const double sum = (sums[0] + sums[2]) + (sums[1] + sums[3]);
+  return (n & 1) != 0 ? sum + term(i) : sum;
 }
 
 }  // namespace vxKilnBase::detail
