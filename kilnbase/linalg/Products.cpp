@@ -36,14 +36,14 @@ std::unique_ptr<double[]> scratchFor(unsigned m, unsigned n, unsigned k) {
   return std::unique_ptr<double[]>(new (std::nothrow) double[kernels::kProductScratch]);
 }
 
-void setProduct(unsigned k, Factor<double> a, Factor<double> b, GenMat<double>& c) {
+void setProduct(unsigned k, const Factor<double>& a, const Factor<double>& b, GenMat<double>& c) {
   const auto scratch = scratchFor(c.rows(), c.cols(), k);
   kernels::active().dense->product(c.rows(), c.cols(), k, {a.data, a.rowStride, a.columnStride},
                                    {b.data, b.rowStride, b.columnStride}, c.data(), c.rows(),
                                    scratch.get());
 }
 
-void setProduct(unsigned k, Factor<int> a, Factor<int> b, GenMat<int>& c) {
+void setProduct(unsigned k, const Factor<int>& a, const Factor<int>& b, GenMat<int>& c) {
   const auto& dot = kernels::elements<int>().dot;
   for (int j = 0; j < asInt(c.cols()); ++j) {
     for (int i = 0; i < asInt(c.rows()); ++i) {
@@ -55,14 +55,14 @@ void setProduct(unsigned k, Factor<int> a, Factor<int> b, GenMat<int>& c) {
 
 // The m by n product of A and B, summed over the first k columns of A and rows of B.
 template <class T>
-GenMat<T> multiply(unsigned m, unsigned n, unsigned k, Factor<T> a, Factor<T> b) {
+GenMat<T> multiply(unsigned m, unsigned n, unsigned k, const Factor<T>& a, const Factor<T>& b) {
   GenMat<T> result(m, n);
   if (result.length() != 0) setProduct(k, a, b, result);
   return result;
 }
 
 // y += A v for a column-major or row-major A. Portions of v are made contiguous on the stack.
-void addPortions(unsigned k, Factor<double> a, const Vec<double>& v, Vec<double>& y) {
+void addPortions(unsigned k, const Factor<double>& a, const Vec<double>& v, Vec<double>& y) {
   const kernels::DenseKernels& dense = *kernels::active().dense;
   constexpr unsigned kPortion = 256;
   double portion[kPortion];
@@ -78,7 +78,7 @@ void addPortions(unsigned k, Factor<double> a, const Vec<double>& v, Vec<double>
   }
 }
 
-void setProduct(unsigned k, Factor<double> a, const Vec<double>& v, Vec<double>& y) {
+void setProduct(unsigned k, const Factor<double>& a, const Vec<double>& v, Vec<double>& y) {
   const kernels::DenseKernels& dense = *kernels::active().dense;
   const unsigned m = y.length();
   if (a.rowStride != 1 && a.columnStride != 1) {
@@ -94,7 +94,7 @@ void setProduct(unsigned k, Factor<double> a, const Vec<double>& v, Vec<double>&
   }
 }
 
-void setProduct(unsigned k, Factor<int> a, const Vec<int>& v, Vec<int>& y) {
+void setProduct(unsigned k, const Factor<int>& a, const Vec<int>& v, Vec<int>& y) {
   const auto& dot = kernels::elements<int>().dot;
   for (int i = 0; i < asInt(y.length()); ++i) {
     y(i) = dot(k, a.data + i * a.rowStride, a.columnStride, v.data(), v.stride());
@@ -103,7 +103,7 @@ void setProduct(unsigned k, Factor<int> a, const Vec<int>& v, Vec<int>& y) {
 
 // The product of the m by k matrix A and the first k elements of v.
 template <class T>
-Vec<T> multiply(unsigned m, unsigned k, Factor<T> a, const Vec<T>& v) {
+Vec<T> multiply(unsigned m, unsigned k, const Factor<T>& a, const Vec<T>& v) {
   Vec<T> result(m);
   if (m != 0) setProduct(k, a, v, result);
   return result;

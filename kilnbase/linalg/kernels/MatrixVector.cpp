@@ -13,6 +13,7 @@ namespace {
 
 constexpr Index kTileVectors = tuning::kVectorTile;
 constexpr Index kTileRows = kTileVectors * kWidth;
+constexpr Index kMostDots = 8;
 
 // Register v of a column starts at row v * kWidth, the last one at row `last`. Where the rows of
 // the tile are no multiple of kWidth, the last register overlaps the one before; the rows that both
@@ -64,12 +65,13 @@ void addTile(Index last, Index n, double alpha, const double* a, Index lda, cons
   for (Index v = 0; v < vectors; ++v) store(y + rowOf<vectors>(v, last), result[v]);
 }
 
-// y += alpha A x, or y := alpha A x, for fewer rows than a register holds.
-void addFewRows(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
-                double* y, bool overwrite) {
-  for (Index i = 0; i < m; ++i) {
+// y += alpha A x, or y := alpha A x, where registers do not pay: a row of A begins `rowStride`
+// after the one before, its elements are `stride` apart.
+void addRows(Index m, Index n, double alpha, const double* a, Index rowStride, Index stride,
+             const double* x, double* y, bool overwrite) {
+  for (Index i = 0; i < m; ++i, a += rowStride) {
     double sum = 0.0;
-    for (Index j = 0; j < n; ++j) sum += a[j * lda + i] * x[j];
+    for (Index j = 0; j < n; ++j) sum += a[j * stride] * x[j];
     y[i] = (overwrite ? 0.0 : y[i]) + alpha * sum;
   }
 }
@@ -94,7 +96,7 @@ Index tileRows(Index left) {
   return left < kTileRows + kWidth ? kTileRows - kWidth : kTileRows;
 }
 
-// y += alpha Aᵀ x, or y := alpha Aᵀ x, for this number of columns.
+// y += alpha Aᵀ x, or y := alpha Aᵀ x, for this number of columns and at least kWidth rows.
 template <Index columns>
 void addDots(Index m, double alpha, const double* a, Index lda, const double* x, double* y,
              bool overwrite) {
@@ -105,16 +107,12 @@ void addDots(Index m, double alpha, const double* a, Index lda, const double* x,
     const Vector part = load(x + i);
     for (Index j = 0; j < columns; ++j) sums[j] += load(a + j * lda + i) * part;
   }
-  if (i < m && m >= kWidth) {
+  if (i < m) {
     const Index last = m - kWidth;
     const Vector part = load(x + last);
     for (Index j = 0; j < columns; ++j) {
       sums[j] += lanesFrom(i - last, load(a + j * lda + last) * part, Vector{});
     }
-    i = m;
-  }
-  for (; i < m; ++i) {
-    for (Index j = 0; j < columns; ++j) sums[j][0] += a[j * lda + i] * x[i];
   }
   for (Index j = 0; j < columns; j += kWidth) {
     const Vector dots = splat(alpha) * sumsOf(sums + j);
@@ -129,7 +127,7 @@ void addDots(Index m, double alpha, const double* a, Index lda, const double* x,
 // y += alpha A x, or y := alpha A x.
 void multiply(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
               double* y, bool overwrite) {
-  if (m < kWidth) return addFewRows(m, n, alpha, a, lda, x, y, overwrite);
+  if (m < kWidth) return addRows(m, n, alpha, a, 1, lda, x, y, overwrite);
   const Index block = n > tuning::kMostUnblockedColumns ? tuning::kColumnBlock : n;
   for (Index j = 0; j < n; j += block) {
     const Index columns = n - j < block ? n - j : block;
@@ -141,13 +139,24 @@ void multiply(Index m, Index n, double alpha, const double* a, Index lda, const 
   }
 }
 
+using DotsKernel = decltype(&addDots<1>);
+
+template <Index... j>
+DotsKernel dotsFor(Index columns, std::integer_sequence<Index, j...>) {
+  static constexpr DotsKernel kDots[] = {addDots<j + 1>...};
+  return kDots[columns - 1];
+}
+
 // y += alpha Aᵀ x, or y := alpha Aᵀ x.
 void multiplyTransposed(Index m, Index n, double alpha, const double* a, Index lda, const double* x,
                         double* y, bool overwrite) {
-  Index j = 0;
-  for (; j + 8 <= n; j += 8) addDots<8>(m, alpha, a + j * lda, lda, x, y + j, overwrite);
-  for (; j + 4 <= n; j += 4) addDots<4>(m, alpha, a + j * lda, lda, x, y + j, overwrite);
-  for (; j < n; ++j) addDots<1>(m, alpha, a + j * lda, lda, x, y + j, overwrite);
+  if (m < kWidth) return addRows(n, m, alpha, a, lda, 1, x, y, overwrite);
+  for (; n > kMostDots; n -= kMostDots, a += kMostDots * lda, y += kMostDots) {
+    addDots<kMostDots>(m, alpha, a, lda, x, y, overwrite);
+  }
+  if (n <= 0) return;
+  const auto add = dotsFor(n, std::make_integer_sequence<Index, kMostDots>());
+  add(m, alpha, a, lda, x, y, overwrite);
 }
 
 }  // namespace
@@ -162,6 +171,9 @@ void gemvTransposed(Index m, Index n, double alpha, const double* a, Index lda, 
 }
 
 void productVector(Index m, Index n, const double* a, Index lda, const double* x, double* y) {
+  if (kWidth <= m && m <= kTileRows && n <= tuning::kMostUnblockedColumns) {
+    return tileFor((m + kWidth - 1) / kWidth, n)(m - kWidth, n, 1.0, a, lda, x, y, true);
+  }
   multiply(m, n, 1.0, a, lda, x, y, true);
   for (Index i = 0; n == 0 && i < m; ++i) y[i] = 0.0;
 }
