@@ -35,21 +35,21 @@ struct DenseKernels {
                          const double* x, double* y);
   // C += alpha A B; A is m by k, B is k by n, C is m by n, column-major with leading dimension ldc.
   // C overlaps neither A nor B.
-  void (*gemm)(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
-               Index ldc);
+  void (*gemm)(Index m, Index n, Index k, double alpha, const MatrixView& a, const MatrixView& b,
+               double* c, Index ldc);
   // y := A x, y := Aᵀ x and C := A B, for operands as above. Old values of y and C are not read.
   // `scratch` has kProductScratch doubles, or is null for a product that takes the stack alone.
   void (*productVector)(Index m, Index n, const double* a, Index lda, const double* x, double* y);
   void (*productVectorTransposed)(Index m, Index n, const double* a, Index lda, const double* x,
                                   double* y);
-  void (*product)(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc,
-                  double* scratch);
+  void (*product)(Index m, Index n, Index k, const MatrixView& a, const MatrixView& b, double* c,
+                  Index ldc, double* scratch);
   // C += alpha A B on and above the diagonal of C, which is n by n. Elements below the diagonal are
   // neither read nor written.
-  void (*syrkUpper)(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
-                    Index ldc);
+  void (*syrkUpper)(Index n, Index k, double alpha, const MatrixView& a, const MatrixView& b,
+                    double* c, Index ldc);
   // X := L⁻¹ X; L is k by k, lower triangular, and X k by n, column-major.
-  void (*solveLower)(Index k, Index n, MatrixView l, double* x, Index ldx);
+  void (*solveLower)(Index k, Index n, const MatrixView& l, double* x, Index ldx);
 };
 
 }  // namespace vxKilnBase::kernels

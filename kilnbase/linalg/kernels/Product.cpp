@@ -77,6 +77,7 @@ inline __attribute__((always_inline)) void addTile(const Grid& grid, const doubl
     }
   }
   const Vector alpha = splat(grid.alpha);
+#pragma GCC unroll 8  // or the sums would go through the stack
   for (Index j = 0; j < columns; ++j, c += grid.ldc) {
     if (grid.overwrite) {
       for (Index v = 0; v < vectors; ++v) {
@@ -244,8 +245,8 @@ struct Product {
   Index n;
   Index k;
   double alpha;
-  MatrixView a;
-  MatrixView b;
+  const MatrixView& a;
+  const MatrixView& b;
   double* c;
   Index ldc;
   bool upper;      // only the upper triangle of C is wanted
@@ -435,15 +436,50 @@ void multiplyLarge(const Product& p, double* scratch) {
   }
 }
 
+// C := A B for one tile, which reads A in place.
+template <Index vectors, Index columns>
+void setTile(Index k, const double* a, Index lda, Index lastRow, const double* b, Index rowStride,
+             Index columnStride, double* c, Index ldc) {
+  const MatrixView view = {b, rowStride, columnStride};
+  addTile<vectors, columns>({k, 1.0, true, 1, a, lda, lastRow, 0, 1, view, 0, c, ldc, lastRow}, a,
+                            b, c);
+}
+
+using TileKernel = decltype(&setTile<1, 1>);
+
+template <Index vectors, Index... j>
+TileKernel tileOf(Index columns, std::integer_sequence<Index, j...>) {
+  static constexpr TileKernel kernels[] = {setTile<vectors, j + 1>...};
+  return kernels[columns - 1];
+}
+
+// C := A B for one row of low tiles. Everything is handed on in registers or one by one: a small
+// product would wait for structures that are copied as a whole.
+void multiplyLow(Index m, Index n, Index k, const MatrixView& a, const MatrixView& b, double* c,
+                 Index ldc) {
+  using AllColumns = std::make_integer_sequence<Index, kTileColumns>;
+  for (Index j = 0, columns = 0; j < n; j += columns) {
+    columns = smaller(n - j, kTileColumns);
+    const TileKernel kernel =
+        m > kWidth ? tileOf<2>(columns, AllColumns()) : tileOf<1>(columns, AllColumns());
+    kernel(k, a.data, a.columnStride, m - kWidth, b.data + j * b.columnStride, b.rowStride,
+           b.columnStride, c + j * ldc, ldc);
+  }
+}
+
 }  // namespace
 
-void gemm(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
-          Index ldc) {
+void gemm(Index m, Index n, Index k, double alpha, const MatrixView& a, const MatrixView& b,
+          double* c, Index ldc) {
   multiply({m, n, k, alpha, a, b, c, ldc, false, false});
 }
 
-void product(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc,
-             double* scratch) {
+void product(Index m, Index n, Index k, const MatrixView& a, const MatrixView& b, double* c,
+             Index ldc, double* scratch) {
+  const bool low = kWidth <= m && m <= 2 * kWidth;
+  if (low && n < tuning::kLeastPackedColumns && k <= kDepth && a.rowStride == 1) {
+    return multiplyLow(m, n, k, a, b, c, ldc);
+  }
   const Product p = {m, n, k, 1.0, a, b, c, ldc, false, true};
   if (k > 0) return scratch == nullptr ? multiply(p) : multiplyLarge(p, scratch);
   for (Index j = 0; j < n; ++j) {
@@ -451,7 +487,8 @@ void product(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, I
   }
 }
 
-void syrkUpper(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c, Index ldc) {
+void syrkUpper(Index n, Index k, double alpha, const MatrixView& a, const MatrixView& b, double* c,
+               Index ldc) {
   multiply({n, n, k, alpha, a, b, c, ldc, true, false});
 }
 

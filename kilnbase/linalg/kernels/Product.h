@@ -6,11 +6,12 @@
 
 namespace vxKilnBase::kernels::KILN_ISA {
 
-void gemm(Index m, Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c,
-          Index ldc);
-void product(Index m, Index n, Index k, MatrixView a, MatrixView b, double* c, Index ldc,
-             double* scratch);
-void syrkUpper(Index n, Index k, double alpha, MatrixView a, MatrixView b, double* c, Index ldc);
-void solveLower(Index k, Index n, MatrixView l, double* x, Index ldx);
+void gemm(Index m, Index n, Index k, double alpha, const MatrixView& a, const MatrixView& b,
+          double* c, Index ldc);
+void product(Index m, Index n, Index k, const MatrixView& a, const MatrixView& b, double* c,
+             Index ldc, double* scratch);
+void syrkUpper(Index n, Index k, double alpha, const MatrixView& a, const MatrixView& b, double* c,
+               Index ldc);
+void solveLower(Index k, Index n, const MatrixView& l, double* x, Index ldx);
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

@@ -44,7 +44,7 @@ void solvePart(Index size, Index n, MatrixView l, double* x, Index ldx) {
 
 }  // namespace
 
-void solveLower(Index k, Index n, MatrixView l, double* x, Index ldx) {
+void solveLower(Index k, Index n, const MatrixView& l, double* x, Index ldx) {
   for (Index i = 0; i < k; i += kWidth) {
     const Index size = k - i < kWidth ? k - i : kWidth;
     gemm(size, n, i, -1.0, from(l, i, 0), {x, 1, ldx}, x + i, ldx);
