@@ -57,15 +57,13 @@ template <class T>
 template <class T>
 [[nodiscard]] SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
   if (!detail::areNeighbours(a, b)) return detail::dotOfAnyLength(a, b);
-  return static_cast<SumOf<T>>(detail::shortSum(
-      a.length(), [x = a.data(), y = b.data()](std::ptrdiff_t i) { return x[i] * y[i]; }));
+  return static_cast<SumOf<T>>(detail::shortDot(a.length(), a.data(), b.data()));
 }
 /// The sum of all elements; 0 for an empty vector.
 template <class T>
 [[nodiscard]] SumOf<T> sum(const Vec<T>& v) {
   if (!detail::areNeighbours(v, v)) return detail::sumOfAnyLength(v);
-  return static_cast<SumOf<T>>(
-      detail::shortSum(v.length(), [x = v.data()](std::ptrdiff_t i) { return x[i]; }));
+  return static_cast<SumOf<T>>(detail::shortSum(v.length(), v.data()));
 }
 /// The product of all elements; 1 for an empty vector.
 template <class T>

@@ -159,20 +159,38 @@ void change(Vec<T>& a, const auto& b, bool overlaps) {
   }
 }
 
-/// term(0) + ... + term(n - 1), in four accumulators.
-double shortSum(unsigned n, auto term) {
+/// The sum of the n < kShortLength elements from x on, in blocks of 8 and less.
+double shortSum(unsigned n, const auto* x) {
+  double sum = 0.0;
+  if ((n & 8) != 0) {
+    sum = ((x[0] + x[4]) + (x[2] + x[6])) + ((x[1] + x[5]) + (x[3] + x[7]));
+    x += 8;
+  }
+  if ((n & 4) != 0) {
+    sum += (x[0] + x[2]) + (x[1] + x[3]);
+    x += 4;
+  }
+  if ((n & 2) != 0) {
+    sum += x[0] + x[1];
+    x += 2;
+  }
+  return (n & 1) != 0 ? sum + x[0] : sum;
+}
+
+/// The sum of the products of n elements from x and from y on, in four accumulators.
+double shortDot(unsigned n, const auto* x, const auto* y) {
   double sums[4] = {};
   std::ptrdiff_t i = 0;
   for (; i + 4 <= std::ptrdiff_t{n}; i += 4) {
-    for (int k = 0; k < 4; ++k) sums[k] += term(i + k);
+    for (int k = 0; k < 4; ++k) sums[k] += x[i + k] * y[i + k];
   }
   if ((n & 2) != 0) {
-    sums[0] += term(i);
-    sums[1] += term(i + 1);
+    sums[0] += x[i] * y[i];
+    sums[1] += x[i + 1] * y[i + 1];
     i += 2;
   }
   const double sum = (sums[0] + sums[2]) + (sums[1] + sums[3]);
-  return (n & 1) != 0 ? sum + term(i) : sum;
+  return (n & 1) != 0 ? sum + x[i] * y[i] : sum;
 }
 
 }  // namespace vxKilnBase::detail
