@@ -47,20 +47,6 @@ int extremeIndex(const Vec<T>& v, const char* function,
   return static_cast<int>(kernel(v.length(), v.data(), v.stride()));
 }
 
-// term(0) + ... + term(n - 1) of a few elements that are not neighbours: two accumulators, of which
-// compilers make no vectors.
-template <class T>
-SumOf<T> stridedSum(unsigned n, const auto& term) {
-  double even = 0.0;
-  double odd = 0.0;
-  int i = 0;
-  for (; i + 2 <= static_cast<int>(n); i += 2) {
-    even += term(i);
-    odd += term(i + 1);
-  }
-  return static_cast<SumOf<T>>(i < static_cast<int>(n) ? even + odd + term(i) : even + odd);
-}
-
 template <class T>
 T elementOrZero(const Vec<T>& v, int index) {
   return index < 0 ? T(0) : v(index);
@@ -92,13 +78,11 @@ template <class T>
 SumOf<T> detail::dotOfAnyLength(const Vec<T>& a, const Vec<T>& b) {
   a.lengthCheck(b.length());
   const unsigned n = std::min(a.length(), b.length());
-  if (isShort<T>(n)) return stridedSum<T>(n, [&](int i) { return a(i) * b(i); });
   return kernels::elements<T>().dot(n, a.data(), a.stride(), b.data(), b.stride());
 }
 
 template <class T>
 SumOf<T> detail::sumOfAnyLength(const Vec<T>& v) {
-  if (isShort<T>(v.length())) return stridedSum<T>(v.length(), v);
   return kernels::elements<T>().sum(v.length(), v.data(), v.stride());
 }
 

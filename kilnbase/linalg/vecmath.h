@@ -56,14 +56,22 @@ template <class T>
 /// The sum of products; 0 for empty vectors. Lengths must agree (kVectorLengthsError).
 template <class T>
 [[nodiscard]] SumOf<T> dot(const Vec<T>& a, const Vec<T>& b) {
-  if (!detail::areNeighbours(a, b)) return detail::dotOfAnyLength(a, b);
+  if (!detail::isShort<T>(a.length()) || a.length() != b.length()) {
+    return detail::dotOfAnyLength(a, b);
+  }
+  if (!detail::areNeighbours(a, b)) return static_cast<SumOf<T>>(detail::stridedDot(a, b));
   return static_cast<SumOf<T>>(detail::shortDot(a.length(), a.data(), b.data()));
 }
 /// The sum of all elements; 0 for an empty vector.
 template <class T>
 [[nodiscard]] SumOf<T> sum(const Vec<T>& v) {
-  if (!detail::areNeighbours(v, v)) return detail::sumOfAnyLength(v);
-  return static_cast<SumOf<T>>(detail::shortSum(v.length(), v.data()));
+  if (!detail::isShort<T>(v.length())) return detail::sumOfAnyLength(v);
+  if (v.stride() == 1) return static_cast<SumOf<T>>(detail::shortSum(v.length(), v.data()));
+  const auto element = [x = v.data(), stride = std::ptrdiff_t{v.stride()}](std::ptrdiff_t i) {
+    return static_cast<double>(x[i * stride]);
+  };
+  return static_cast<SumOf<T>>(
+      detail::shortSum(v.length(), detail::Numbers<decltype(element)>{element, 0}));
 }
 /// The product of all elements; 1 for an empty vector.
 template <class T>

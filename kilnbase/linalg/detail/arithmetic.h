@@ -159,8 +159,18 @@ void change(Vec<T>& a, const auto& b, bool overlaps) {
   }
 }
 
+/// Numbers at(first), at(first + 1), ..., used like a pointer to the first of them.
+template <class At>
+struct Numbers {
+  At at;
+  std::ptrdiff_t first;
+
+  double operator[](std::ptrdiff_t i) const { return at(first + i); }
+  void operator+=(std::ptrdiff_t n) { first += n; }
+};
+
 /// The sum of the n < kShortLength elements from x on, in blocks of 8 and less.
-double shortSum(unsigned n, const auto* x) {
+double shortSum(unsigned n, auto x) {
   double sum = 0.0;
   if ((n & 8) != 0) {
     sum = ((x[0] + x[4]) + (x[2] + x[6])) + ((x[1] + x[5]) + (x[3] + x[7]));
@@ -175,6 +185,16 @@ double shortSum(unsigned n, const auto* x) {
     x += 2;
   }
   return (n & 1) != 0 ? sum + x[0] : sum;
+}
+
+/// The sum of the products of short vectors. Not inlined: two strides take the registers of dot().
+template <class T>
+[[gnu::noinline]] double stridedDot(const Vec<T>& a, const Vec<T>& b) {
+  const auto product = [x = a.data(), y = b.data(), strideX = std::ptrdiff_t{a.stride()},
+                        strideY = std::ptrdiff_t{b.stride()}](std::ptrdiff_t i) {
+    return static_cast<double>(x[i * strideX] * y[i * strideY]);
+  };
+  return shortSum(a.length(), Numbers<decltype(product)>{product, 0});
 }
 
 /// The sum of the products of n elements from x and from y on, in four accumulators.
