@@ -50,6 +50,9 @@ function(kiln_own_code target)
     C_VISIBILITY_PRESET hidden CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
   if(MINGW)
+    # An inline function may be taken from an object of another optimisation. GCC's callers on Windows
+    # would still rely on the registers that their own version of it leaves alone.
+    target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-ipa-ra>)
     target_link_options(${target} PRIVATE -static)
   endif()
 endfunction()
