@@ -17,10 +17,9 @@ class KILNBASE_API RWBlock {
   std::uint16_t refs;  ///< Number of references; 1 in a new block.
 
  private:
-  // Of a block that create() made: bytes from the start of the piece of memory to the block, plus
-  // 1, and the class of the size of the piece.
+  // Of a block that create() made: bytes from the start of the piece of memory to the block,
+  // plus 1.
   std::uint16_t pieceOffset_ = 0;
-  std::uint32_t pieceClass_ = 0;
 
  public:
   void* data;  ///< The storage, or null for an empty block.
@@ -35,9 +34,8 @@ class KILNBASE_API RWBlock {
 
   /// A new block with one reference for the caller, its header and storage in one piece of memory.
   /// Storage of 512 bytes and more is aligned for the widest vector registers. The block must not
-  /// be deleted; the last `release` ends it. The thread that loads the library keeps a few released
-  /// pieces of up to 1 KiB for its next blocks. All blocks of 0 elements are one block. When there
-  /// is not enough memory, raises kOutOfMemoryError and returns the block of 0 elements.
+  /// be deleted; the last `release` ends it. All blocks of 0 elements are one block. When there is
+  /// not enough memory, raises kOutOfMemoryError and returns the block of 0 elements.
   static RWBlock* create(unsigned count, std::size_t size) {
     RWBlock* block;
     create(count, size, block);

@@ -3,8 +3,6 @@
 #include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
-#include <thread>
-#include <vector>
 
 #include <kilnbase/linalg/DoubleGenMat.h>
 #include <kilnbase/linalg/vecmath.h>
@@ -32,7 +30,9 @@ int allocationsOf(const std::function<void()>& operation) {
   return allocations - before;
 }
 
-void takeMemoryForResultsOnly() {
+}  // namespace
+
+TEST(Allocation, AnOperationTakesMemoryForItsResultOnly) {
   if (allocationsOf([] { DoubleVec(1U); }) != 1)
     GTEST_SKIP() << "the memory that the library takes cannot be counted here";
   for (unsigned n : {2U, 10U, 100U, 10000U}) {
@@ -68,28 +68,4 @@ void takeMemoryForResultsOnly() {
   EXPECT_EQ(1, allocationsOf([&] { return product(m, m.row(0)); }));
   EXPECT_EQ(1, allocationsOf([&] { return transposeProduct(m, m); }));
   EXPECT_EQ(1, allocationsOf([&] { m + m; }));
-}
-
-}  // namespace
-
-TEST(Allocation, AnOperationTakesMemoryForItsResultOnly) {
-  // Released memory is kept for the first thread alone.
-  std::thread(takeMemoryForResultsOnly).join();
-}
-
-TEST(Allocation, VectorsMayBeReleasedByAnotherThread) {
-  std::vector<DoubleVec> vectors;
-  const auto make = [&] {
-    for (unsigned n = 1; n < 200; ++n) vectors.emplace_back(n, n);
-  };
-  const auto check = [&] {
-    for (const DoubleVec& v : vectors) EXPECT_EQ(v.length() * v.length(), sum(v));
-    vectors.clear();
-  };
-  for (int round = 0; round < 2; ++round) {
-    std::thread(make).join();
-    check();
-    make();
-    std::thread(check).join();
-  }
 }

@@ -12,15 +12,6 @@ struct SmallObjectCache {
 
   void* objects[kDepth];
   int count;
-
-  /// The block that was released last, or null when there is none.
-  void* take() noexcept { return count > 0 ? objects[--count] : nullptr; }
-  /// Whether there was room for the block.
-  bool keep(void* object) noexcept {
-    if (count == kDepth) return false;
-    objects[count++] = object;
-    return true;
-  }
 };
 
 /// Sizes 2, 4, 6, 8 and 10 have a cache each.
@@ -37,9 +28,7 @@ inline SmallObjectCache* cacheOfSmallObjects(std::size_t size) noexcept {
 /// memory. Takes from the cache of the size while the cache holds any, else from the heap.
 inline void* takeSmallObject(std::size_t size) noexcept {
   SmallObjectCache* cache = cacheOfSmallObjects(size);
-  void* kept = cache != nullptr ? cache->take() : nullptr;
-  if (kept != nullptr) return kept;
-  // NOLINTNEXTLINE(clang-analyzer-optin.portability.UnixAPI): no caller asks for 0 bytes
+  if (cache != nullptr && cache->count > 0) return cache->objects[--cache->count];
   return std::malloc(size <= kLargestCachedObject ? size + size % 2 : size);
 }
 
@@ -47,7 +36,11 @@ inline void* takeSmallObject(std::size_t size) noexcept {
 /// the cache is full or there is none.
 inline void releaseSmallObject(void* object, std::size_t size) noexcept {
   SmallObjectCache* cache = cacheOfSmallObjects(size);
-  if (cache == nullptr || !cache->keep(object)) std::free(object);
+  if (cache != nullptr && cache->count < SmallObjectCache::kDepth) {
+    cache->objects[cache->count++] = object;
+  } else {
+    std::free(object);
+  }
 }
 
 }  // namespace vxKilnBase::detail
