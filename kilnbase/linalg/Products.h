@@ -6,9 +6,9 @@
 namespace vxKilnBase {
 
 // Results are new. Each product raises an error unless the inner dimensions agree; when the handler
-// returns, the sums run over the indices that both factors have. While matrices of double with at
-// least 384 rows, columns and terms a sum are multiplied, parts of them take 1.8 MB more; without
-// this memory the product takes longer.
+// returns, the sums run over the indices that both factors have. A product of double with at least
+// 384 rows, columns and terms a sum takes 1.8 MB of scratch while it runs. Without this memory the
+// product takes longer.
 
 /// A times B. Raises kMatrixProductError unless A has as many columns as B has rows.
 template <class T>

@@ -1,15 +1,20 @@
-// Vector operations take memory for one result and for nothing else.
+// Vector operations take memory for one result and for nothing else, and do without.
 
 #include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
+#include <utility>
 
 #include <kilnbase/linalg/DoubleGenMat.h>
+#include <kilnbase/linalg/MathError.h>
 #include <kilnbase/linalg/vecmath.h>
+
+#include "tests/support/MathErrors.h"
 
 namespace {
 
 int allocations = 0;
+bool refusesNext = false;
 
 }  // namespace
 
@@ -18,7 +23,7 @@ int allocations = 0;
 extern "C" void* __libc_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
 extern "C" void* malloc(std::size_t size) noexcept {
   ++allocations;
-  return __libc_malloc(size);
+  return std::exchange(refusesNext, false) ? nullptr : __libc_malloc(size);
 }
 #endif
 
@@ -68,4 +73,21 @@ TEST(Allocation, AnOperationTakesMemoryForItsResultOnly) {
   EXPECT_EQ(1, allocationsOf([&] { return product(m, m.row(0)); }));
   EXPECT_EQ(1, allocationsOf([&] { return transposeProduct(m, m); }));
   EXPECT_EQ(1, allocationsOf([&] { m + m; }));
+}
+
+TEST(Allocation, AResultWithoutMemoryIsEmpty) {
+  kilntest::RecordedMathErrors errors;
+  const DoubleVec a(10U, 1.0);
+  const std::function<DoubleVec()> operations[] = {[&] { return a + a; }, [&] { return a * 2.0; },
+                                                   [&] { return 1.0 / a; }, [&] { return -a; }};
+  for (const auto& operation : operations) {
+    refusesNext = true;
+    const DoubleVec result = operation();
+    if (std::exchange(refusesNext, false))
+      GTEST_SKIP() << "the library takes memory elsewhere here";
+    EXPECT_EQ(0U, result.length());
+    const auto raised = errors.takeAll();
+    ASSERT_EQ(1U, raised.size());
+    EXPECT_EQ(vxKilnBase::kOutOfMemoryError, raised.front().number);
+  }
 }

@@ -22,6 +22,7 @@ namespace vxKilnBase::detail {
 /// the same time at 12 to 20 doubles, depending on the operation. The lines "vector ... 10" of
 /// kiln_bench measure short vectors.
 inline constexpr unsigned kShortLength = 16;
+/// Whether vectors of this length are short: only those of double can be.
 template <class T>
 constexpr bool isShort(unsigned length) {
   return std::same_as<T, double> && length < kShortLength;
