@@ -6,6 +6,9 @@
 
 namespace vxKilnBase::kernels::KILN_ISA {
 
+bool factorSmallQr(Index m, Index n, Index freeBegin, Index freeEnd, double* a, Index lda,
+                   double* qraux, int* order);
+
 namespace {
 
 // Covers elements 0 to n - 1 with registers that end at element n - 1. `step(i, first)` handles
@@ -210,6 +213,6 @@ Index indexOfLargest(Index n, const double* x) {
 }  // namespace
 
 extern const HouseholderKernels householderKernels = {updateAndProject, reflect, downdateNorms,
-                                                      indexOfLargest};
+                                                      indexOfLargest, factorSmallQr};
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

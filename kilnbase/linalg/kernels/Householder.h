@@ -10,6 +10,7 @@
 #pragma once
 
 #include <kilnbase/linalg/kernels/Dense.h>
+#include <kilnbase/linalg/kernels/Tuning.h>
 
 namespace vxKilnBase::kernels {
 
@@ -40,6 +41,16 @@ struct HouseholderKernels {
   // Returns the first index of the largest element if that element is greater than 0, otherwise 0.
   // NaNs are ignored.
   Index (*indexOfLargest)(Index n, const double* x);
+
+  // Rows and columns of the largest matrix for `factorSmall`.
+  static constexpr Index kMostSmallRows = tuning::kMostSmallQrRows;
+  static constexpr Index kMostSmallColumns = tuning::kMostSmallQrColumns;
+
+  // Factors A, whose free columns are freeBegin to freeEnd - 1, as LINPACK's dqrdc does. order[j]
+  // is the column of A that stands at place j afterwards. Returns false, and leaves A and `order`
+  // as they were, where sums of squares may underflow or overflow.
+  bool (*factorSmall)(Index m, Index n, Index freeBegin, Index freeEnd, double* a, Index lda,
+                      double* qraux, int* order);
 };
 
 }  // namespace vxKilnBase::kernels

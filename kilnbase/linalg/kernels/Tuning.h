@@ -106,6 +106,12 @@ inline constexpr Index kLeastRegisterSum = 16;
 //   Bench: --filter "QR" --sizes 32,100
 inline constexpr Index kMostEager = 4000;
 
+// Rows and columns of the largest matrix that is factored as a whole, with rows in registers.
+//   Copy: kMostSmallQrRows * kMostSmallQrColumns * 8 bytes = 1 KiB of the stack.
+//   Bench: --filter "QR" --sizes 8
+inline constexpr Index kMostSmallQrRows = 16;
+inline constexpr Index kMostSmallQrColumns = 8;
+
 // Factors of pending reflections: (pending + 1) rows, one element for each column.
 //   Size: kLazyFactors * 8 bytes = 48 KiB of the stack. It holds kMostPending + 1 rows for up to
 //   1228 columns and 2 rows, for one pending reflection, for up to 3072.

@@ -19,9 +19,8 @@ namespace tuning = kernels::tuning;
 // The free columns and the norms of their elements below the finished rows of R.
 class Pivoting {
  public:
-  // Moves the initial columns to the front and the final ones to the end. `norms` and `references`
-  // have one element for each column.
-  Pivoting(const Submatrix& a, int* jpvt, double* norms, double* references);
+  // `norms` and `references` have one element for each column.
+  Pivoting(const Submatrix& a, const FreeRange& free, int* jpvt, double* norms, double* references);
 
   // Moves the free column of the largest norm to place l.
   void choose(Index l, LazyReflections& reflections);
@@ -38,14 +37,9 @@ class Pivoting {
   const FreeRange free_;
 };
 
-Pivoting::Pivoting(const Submatrix& a, int* jpvt, double* norms, double* references)
-    : a_(a),
-      jpvt_(jpvt),
-      norms_(norms),
-      references_(references),
-      free_(pivotOrder(a.columns, jpvt, [&a](Index i, Index j) {
-        std::swap_ranges(a.at(0, i), a.at(a.rows, i), a.at(0, j));
-      })) {
+Pivoting::Pivoting(const Submatrix& a, const FreeRange& free, int* jpvt, double* norms,
+                   double* references)
+    : a_(a), jpvt_(jpvt), norms_(norms), references_(references), free_(free) {
   for (Index j = free_.begin; j < free_.end; ++j) {
     norms_[j] = references_[j] = dnrm2(a_.rows, a_.at(0, j), 1);
   }
@@ -83,8 +77,27 @@ void Pivoting::recompute(Index l, Index j, LazyReflections& reflections) {
   norms_[j] = references_[j] = dnrm2(a_.rows - l - 1, a_.at(l + 1, j), 1);
 }
 
+// Factors the matrix at once if it is small enough and its squares are safe.
+bool factorSmall(const Submatrix& a, const FreeRange& free, double* qraux, int* jpvt) {
+  using kernels::HouseholderKernels;
+  constexpr Index kMost = HouseholderKernels::kMostSmallColumns;
+  if (a.rows > HouseholderKernels::kMostSmallRows || a.columns > kMost) return false;
+  int order[kMost], old[kMost];
+  if (!active().householder->factorSmall(a.rows, a.columns, free.begin, free.end, a.x, a.ld, qraux,
+                                         order)) {
+    return false;
+  }
+  std::copy_n(jpvt, a.columns, old);
+  for (Index j = 0; j < a.columns; ++j) jpvt[j] = old[order[j]];
+  return true;
+}
+
 void factorPivoted(const Submatrix& a, double* qraux, int* jpvt, double* work) {
-  Pivoting pivoting(a, jpvt, qraux, work);
+  const FreeRange free = pivotOrder(a.columns, jpvt, [&a](Index i, Index j) {
+    std::swap_ranges(a.at(0, i), a.at(a.rows, i), a.at(0, j));
+  });
+  if (factorSmall(a, free, qraux, jpvt)) return;
+  Pivoting pivoting(a, free, jpvt, qraux, work);
   LazyReflections reflections(a, qraux);
   for (Index l = 0; l < std::min(a.rows, a.columns); ++l) {
     pivoting.choose(l, reflections);
