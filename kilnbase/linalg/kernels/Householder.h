@@ -42,13 +42,12 @@ struct HouseholderKernels {
   // NaNs are ignored.
   Index (*indexOfLargest)(Index n, const double* x);
 
-  // Rows and columns of the largest matrix for `factorSmall`.
-  static constexpr Index kMostSmallRows = tuning::kMostSmallQrRows;
-  static constexpr Index kMostSmallColumns = tuning::kMostSmallQrColumns;
+  // Rows and columns of the largest matrix that `factorSmall` may factor.
+  static constexpr Index kMostSmall = tuning::kSmallQrRegisters * tuning::kWidestRegister;
 
-  // Factors A, whose free columns are freeBegin to freeEnd - 1, as LINPACK's dqrdc does. order[j]
-  // is the column of A that stands at place j afterwards. Returns false, and leaves A and `order`
-  // as they were, where sums of squares may underflow or overflow.
+  // Factors A, whose free columns are freeBegin to freeEnd - 1, as LINPACK's dqrdc does. order[j],
+  // j < n, is the column of A that stands at place j afterwards. Returns false, and leaves A and
+  // `order` as they were, where A is too large or sums of squares may underflow or overflow.
   bool (*factorSmall)(Index m, Index n, Index freeBegin, Index freeEnd, double* a, Index lda,
                       double* qraux, int* order);
 };

@@ -17,6 +17,8 @@ namespace vxKilnBase::kernels::KILN_ISA {
 
 namespace {
 
+constexpr Index kMost = tuning::kSmallQrRegisters * kWidth;
+
 // Sums of squares between these bounds lost nothing to underflow or overflow.
 constexpr double kLeastSafeSum = 1e-250;
 constexpr double kGreatestSafeSum = 1e+300;
@@ -68,6 +70,7 @@ class SmallQr {
 
  private:
   static constexpr Index kStride = vectors * kWidth;
+  static constexpr Index kChains = vectors < 4 ? 2 : 1;
 
   double* rowOf(Index i) { return elements_ + i * kStride; }
   const double* rowOf(Index i) const { return elements_ + i * kStride; }
@@ -151,14 +154,17 @@ class SmallQr {
   bool eliminate(Index l, double* qraux) {
     const Index c = order_[l];
     const double* x = elements_ + c;
-    Vector sums[2][vectors] = {};
+    Vector sums[kChains][vectors] = {};
     for (Index i = l; i < m_; ++i) {
       for (Index v = 0; v < vectors; ++v) {
-        sums[i % 2][v] += splat(x[i * kStride]) * load(rowOf(i) + v * kWidth);
+        sums[i % kChains][v] += splat(x[i * kStride]) * load(rowOf(i) + v * kWidth);
       }
     }
     double products[kStride];
-    for (Index v = 0; v < vectors; ++v) store(products + v * kWidth, sums[0][v] += sums[1][v]);
+    for (Index v = 0; v < vectors; ++v) {
+      for (Index chain = 1; chain < kChains; ++chain) sums[0][v] += sums[chain][v];
+      store(products + v * kWidth, sums[0][v]);
+    }
     const double square = products[c];
     if (!(square >= kLeastSafeSum && square <= kGreatestSafeSum)) return false;
     qraux[l] = 0.0;
@@ -194,7 +200,10 @@ class SmallQr {
     return true;
   }
 
-  // Source: LINPACK Users' Guide, chapter 9
+  // Computes the squares afresh, from row `first` on, where rounding left too few digits. The
+  // comparison is 1 + 0.05 square / reference = 1, without a division.
+  //
+  // Source: LINPACK Users' Guide, chapter 9.
   void recompute(Index first) {
     Lanes lost[vectors], anyLost{};
     for (Index v = 0; v < vectors; ++v) {
@@ -212,23 +221,35 @@ class SmallQr {
 
   const Index m_;
   const Index n_;
-  Vector squares_[vectors];
-  Vector references_[vectors];
-  Lanes place_[vectors];
-  Lanes live_[vectors];
-  int order_[kStride];
-  double scale_[kStride];
-  double elements_[HouseholderKernels::kMostSmallRows * kStride];
+  Vector squares_[vectors];     // of the norms of the free columns below R; others have 0
+  Vector references_[vectors];  // each square when last computed from the elements; others have −1
+  Lanes place_[vectors];        // of each column
+  Lanes live_[vectors];         // the columns that are not yet reflected
+  int order_[kStride];          // the column at each place
+  double scale_[kStride];       // 1 / ρ of each step
+  double elements_[kMost * kStride];
 };
+
+// Takes the code for the least number of registers that hold a row.
+template <Index vectors>
+bool factorRows(Index m, Index n, Index freeBegin, Index freeEnd, double* a, Index lda,
+                double* qraux, int* order) {
+  if constexpr (vectors > 1) {
+    if (n <= (vectors - 1) * kWidth)
+      return factorRows<vectors - 1>(m, n, freeBegin, freeEnd, a, lda, qraux, order);
+  }
+  SmallQr<vectors> qr(m, n, a, lda);
+  if (!qr.run(freeBegin, freeEnd, qraux)) return false;
+  qr.copyBack(a, lda, order);
+  return true;
+}
 
 }  // namespace
 
 bool factorSmallQr(Index m, Index n, Index freeBegin, Index freeEnd, double* a, Index lda,
                    double* qraux, int* order) {
-  SmallQr<HouseholderKernels::kMostSmallColumns / kWidth> qr(m, n, a, lda);
-  if (!qr.run(freeBegin, freeEnd, qraux)) return false;
-  qr.copyBack(a, lda, order);
-  return true;
+  if (m > kMost || n > kMost) return false;
+  return factorRows<tuning::kSmallQrRegisters>(m, n, freeBegin, freeEnd, a, lda, qraux, order);
 }
 
 }  // namespace vxKilnBase::kernels::KILN_ISA

@@ -106,11 +106,12 @@ inline constexpr Index kLeastRegisterSum = 16;
 //   Bench: --filter "QR" --sizes 32,100
 inline constexpr Index kMostEager = 4000;
 
-// Rows and columns of the largest matrix that is factored as a whole, with rows in registers.
-//   Copy: kMostSmallQrRows * kMostSmallQrColumns * 8 bytes = 1 KiB of the stack.
-//   Bench: --filter "QR" --sizes 8
-inline constexpr Index kMostSmallQrRows = 16;
-inline constexpr Index kMostSmallQrColumns = 8;
+// Registers that hold a row of the largest matrix that is pivoted without moving its columns.
+//   Registers: the sums of a step, 2 * kSmallQrRegisters at most. Copy: (kSmallQrRegisters *
+//   width)² * 8 bytes = 8 KiB (AVX-512), in the first-level cache. With 5 to 8 registers the
+//   baseline took up to twice as long.
+//   Bench: --filter "QR, pivoted" --sizes 8,32
+inline constexpr Index kSmallQrRegisters = 4;
 
 // Factors of pending reflections: (pending + 1) rows, one element for each column.
 //   Size: kLazyFactors * 8 bytes = 48 KiB of the stack. It holds kMostPending + 1 rows for up to

@@ -77,11 +77,9 @@ void Pivoting::recompute(Index l, Index j, LazyReflections& reflections) {
   norms_[j] = references_[j] = dnrm2(a_.rows - l - 1, a_.at(l + 1, j), 1);
 }
 
-// Factors the matrix at once if it is small enough and its squares are safe.
+// Factors the matrix at once if it is small and its squares are safe. Returns whether it did.
 bool factorSmall(const Submatrix& a, const FreeRange& free, double* qraux, int* jpvt) {
-  using kernels::HouseholderKernels;
-  constexpr Index kMost = HouseholderKernels::kMostSmallColumns;
-  if (a.rows > HouseholderKernels::kMostSmallRows || a.columns > kMost) return false;
+  constexpr Index kMost = kernels::HouseholderKernels::kMostSmall;
   int order[kMost], old[kMost];
   if (!active().householder->factorSmall(a.rows, a.columns, free.begin, free.end, a.x, a.ld, qraux,
                                          order)) {

@@ -109,7 +109,7 @@ struct PlainQr {
 void expectFactorization(Index n, Index p, int job, Index fixed) {
   SCOPED_TRACE(testing::Message() << n << " by " << p << ", job " << job << ", fixed " << fixed);
   Padded x = Padded::random(n, p, 7), qraux(p, 1), work(p, 1);
-  if (p > 4) std::fill_n(&x.at(0, 2), n, 0.0);
+  if (p > 4 && n % 2 == 0) std::fill_n(&x.at(0, 2), n, 0.0);
   std::vector<int> jpvt(static_cast<std::size_t>(p), 0), numbers = jpvt;
   std::iota(numbers.begin(), numbers.end(), 1);
   PlainQr expected = {x, qraux, numbers};
