@@ -166,6 +166,22 @@ struct SmallMatrix {
 
 constexpr double kNever = -__builtin_inf();
 
+// Copies rows i.. of columns j >= i, a block of the width of a register, to both sides of the
+// diagonal.
+void expandBlock(Index i, Index j, const double* a, Index lda, SmallMatrix& s) {
+  Vector columns[kWidth], rows[kWidth];
+  for (Index c = 0; c < kWidth; ++c) rows[c] = columns[c] = load(a + (j + c) * lda + i);
+  transpose(rows);
+  for (Index c = 0; c < kWidth; ++c) {
+    if (i == j) {
+      store(s.row(j + c) + i, lanesFrom(c + 1, rows[c], columns[c]));
+    } else {
+      store(s.row(j + c) + i, columns[c]);
+      store(s.row(i + c) + j, rows[c]);
+    }
+  }
+}
+
 void expand(Index p, Index freeBegin, Index freeEnd, const double* a, Index lda,
             const double* diagonal, SmallMatrix& s) {
   s.size = p;
@@ -175,8 +191,14 @@ void expand(Index p, Index freeBegin, Index freeEnd, const double* a, Index lda,
     s.candidates[j] = j >= freeBegin && j < freeEnd ? s.diagonal[j] : kNever;
     s.order[j] = static_cast<int>(j);
   }
-  for (Index j = 0; j < p; ++j) {
+  const Index whole = p / kWidth * kWidth;
+  for (Index j = 0; j < whole; j += kWidth) {
+    for (Index i = 0; i <= j; i += kWidth) expandBlock(i, j, a, lda, s);
+  }
+  for (Index j = whole; j < p; ++j) {
     for (Index i = 0; i <= j; ++i) s.row(i)[j] = s.row(j)[i] = a[j * lda + i];
+  }
+  for (Index j = 0; j < p; ++j) {
     for (Index i = p; i < s.stride; ++i) s.row(j)[i] = 0.0;
   }
 }
