@@ -219,15 +219,15 @@ class SmallQr {
     }
   }
 
-  const Index m_;
-  const Index n_;
   Vector squares_[vectors];     // of the norms of the free columns below R; others have 0
   Vector references_[vectors];  // each square when last computed from the elements; others have −1
   Lanes place_[vectors];        // of each column
   Lanes live_[vectors];         // the columns that are not yet reflected
-  int order_[kStride];          // the column at each place
-  double scale_[kStride];       // 1 / ρ of each step
+  const Index m_;
+  const Index n_;
+  double scale_[kStride];  // 1 / ρ of each step
   double elements_[kMost * kStride];
+  int order_[kStride];  // the column at each place
 };
 
 // Takes the code for the least number of registers that hold a row.
