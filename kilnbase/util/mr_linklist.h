@@ -98,7 +98,7 @@ KILNBASE_INLINE void MR_ll_insert_sorted2(MR_LinkList* list, MR_LinkNode* node, 
   MR_LinkNode *before, *after;
   if (!list || !node || !cmp) return;
   after = list->head;
-  before = after ? after->prev : NULL;
+  before = after ? after->prev : after;
   while (after && cmp(node, after) > 0) {
     before = after;
     after = after->next;
@@ -111,7 +111,7 @@ KILNBASE_INLINE void MR_ll_insert_sorted2(MR_LinkList* list, MR_LinkNode* node, 
  * place, and one for the node behind the place. Compiled where it is called, so that the compiler
  * can compile the comparison into the search. */
 KILNBASE_INLINE void MR_ll_insert_sorted(MR_LinkList* list, MR_LinkNode* node, MR_LinkCompare cmp) {
-  MR_ll_insert_sorted2(list, node, NULL, NULL, cmp);
+  MR_ll_insert_sorted2(list, node, NULL, NULL, cmp); /* NOLINT(modernize-use-nullptr): for C */
 }
 
 /** Appends the whole chain that begins with `chain`. */
@@ -125,7 +125,7 @@ KILNBASE_INLINE void MR_ll_merge_sorted(MR_LinkList* list, MR_LinkNode* chain, M
                                         MR_LinkNode* chain2, MR_LinkCompare cmp) {
   while (chain) {
     MR_LinkNode* const next = chain->next;
-    MR_LinkNode* const next2 = chain2 ? chain2->next : NULL;
+    MR_LinkNode* const next2 = chain2 ? chain2->next : chain2;
     MR_ll_insert_sorted2(list, chain, list2, chain2, cmp);
     chain = next;
     chain2 = next2;

@@ -61,7 +61,7 @@ inline __attribute__((always_inline)) void swapIf(Bits condition, Row& a, Row& b
 }
 
 // The number of all swaps is the sum of those of the columns; no other swaps have the same one.
-constexpr int kSwapNumber[4] = {6, 2, 1, 0};
+constexpr long long kSwapNumber[4] = {6, 2, 1, 0};
 
 // Swaps the row kColumn with that of the pivot. Returns the number of the swap in all lanes: the
 // distance of the rows times kSwapNumber. A NaN may be compared either way: a column with a NaN
@@ -120,9 +120,9 @@ constexpr ColumnsTable kColumnsTable = [] {
   ColumnsTable table = {};
   for (int number = 0; number < 24; ++number) {
     std::ptrdiff_t source[4] = {0, 1, 2, 3};  // the row numbers before the swaps
-    int rest = number;
+    long long rest = number;
     for (int i = 0; i < 3; ++i) {
-      const int row = i + rest / kSwapNumber[i];
+      const long long row = i + rest / kSwapNumber[i];
       rest %= kSwapNumber[i];
       const std::ptrdiff_t upper = source[i];
       source[i] = source[row];
