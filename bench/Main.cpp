@@ -107,12 +107,17 @@ class Progress {
   std::size_t done_ = 0;
 };
 
+// Tells of a file that cannot be written before everything is measured. What it holds stays.
+void requireWritable(const std::string& file) {
+  if (!file.empty() && !std::ofstream(file, std::ios::app))
+    throw std::runtime_error("cannot write " + file);
+}
+
 void printConditions(const std::vector<std::string>& notes, const Options& options) {
   for (const std::string& note : notes) std::cout << note << "\n";
   for (const std::string& note : fortranNotes()) std::cout << note << "\n";
   std::cout << "Peak: " << formatted("%.1f", peakFlops() * 1e-9)
             << " GFLOP/s, fused multiply-adds on registers\n";
-  if (options.busy) std::cout << "Busy: another CPU streams through memory\n";
   double load = 0.0;
   if (!options.busy && getloadavg(&load, 1) == 1 && load > 0.5) {
     std::cout << "Load average " << load
@@ -160,6 +165,8 @@ SavedRun readFile(const std::string& file) {
 }
 
 int measureAll(const std::vector<Case>& cases, const Options& options) {
+  requireWritable(options.save);
+  requireWritable(options.summary);
   const SavedRun before = options.compare.empty() ? SavedRun() : readFile(options.compare);
   std::vector<Measurement> measurements;
   const int disagreements = forEach(cases, [&](const Case& next) {
@@ -178,8 +185,13 @@ int measureAll(const std::vector<Case>& cases, const Options& options) {
 }
 
 int run(const std::vector<Case>& cases, const Options& options) {
-  const auto neighbour = options.busy ? std::make_unique<Neighbour>() : nullptr;
-  return options.quick ? checkAll(cases) : measureAll(cases, options);
+  if (options.quick) return checkAll(cases);
+  if (!options.busy) return measureAll(cases, options);
+  const Neighbour neighbour;
+  std::cout << "Busy: another CPU streams through memory\n\n";
+  const int code = measureAll(cases, options);
+  neighbour.requireAlive();
+  return code;
 }
 
 int runProgram(int argc, const char* const* argv) {
@@ -259,7 +271,7 @@ int runProgram(int argc, const char* const* argv) {
   printConditions(notes, options);
   try {
     return run(cases, options);
-  } catch (const std::runtime_error& error) {
+  } catch (const std::exception& error) {
     std::cerr << "kiln_bench: " << error.what() << "\n";
     return 2;
   }

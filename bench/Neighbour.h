@@ -16,6 +16,9 @@ class Neighbour {
   Neighbour(const Neighbour&) = delete;
   Neighbour& operator=(const Neighbour&) = delete;
 
+  /// Throws std::runtime_error when the other process has ended.
+  void requireAlive() const;
+
  private:
   pid_t child_;
 };

@@ -39,11 +39,12 @@ const Time* find(const SavedRun& run, const Measurement& measurement, const std:
   return found == run.end() ? nullptr : &found->second;
 }
 
-// 0 for none.
+// 0 for none, and the mean of the middle two of an even number.
 double median(Values values) {
   if (values.empty()) return 0.0;
   std::ranges::sort(values);
-  return values[values.size() / 2];
+  const std::size_t middle = values.size() / 2;
+  return values.size() % 2 != 0 ? values[middle] : (values[middle - 1] + values[middle]) / 2.0;
 }
 
 struct Change {
@@ -92,9 +93,13 @@ void printComparison(std::ostream& stream, const std::vector<Measurement>& measu
                      const SavedRun& before) {
   std::vector<Row> rows = {{"operation", "size", "before", "now", "change", "noise", "verdict"}};
   std::map<std::string, int> counts;
+  int missing = 0;
   for (const Measurement& now : measurements) {
     const Time* then = find(before, now, now.ours.way);
-    if (then == nullptr) continue;
+    if (then == nullptr) {
+      ++missing;
+      continue;
+    }
     const Change change = changeOf(now, *then, before);
     ++counts[verdict(change)];
     rows.push_back({now.operation->name, text(now.shape), timeText(then->seconds),
@@ -104,7 +109,7 @@ void printComparison(std::ostream& stream, const std::vector<Measurement>& measu
   printRows(stream, rows, 1);
   stream << "\n"
          << counts["faster"] << " faster, " << counts["slower"] << " slower, " << counts["same"]
-         << " the same within noise\n";
+         << " the same within noise, " << missing << " not in the saved run\n";
 }
 
 }  // namespace bench

@@ -2,6 +2,7 @@
 // else or nothing.
 
 #include <spawn.h>
+#include <stdexcept>
 #include <sys/wait.h>
 
 #include "families/Families.h"
@@ -21,8 +22,9 @@ Maker loading(const std::string& library) {
                                  nullptr};
       pid_t child = -1;
       int status = -1;
-      if (posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ) == 0)
-        waitpid(child, &status, 0);
+      if (posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ) != 0 ||
+          waitpid(child, &status, 0) != child || status != 0)
+        throw std::runtime_error("cannot load " + library);
       return status;
     };
     return contestant(run, [](int status) { return Values{static_cast<double>(status)}; });

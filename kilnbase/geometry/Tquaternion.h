@@ -116,7 +116,7 @@ class Tquaternion {
 };
 
 // Compilers do not find the pairs of the first formula, and have no elements of vectors at compile
-// time. The digits of both are the same.
+// time. The digits of both are the same where the compiler fuses no products with sums.
 constexpr Tquaternion Tquaternion::operator*(const Tquaternion& q) const {
   if (std::is_constant_evaluated()) {
     return {(w * q.w - z * q.z) - (x * q.x + y * q.y), (w * q.x - z * q.y) + (x * q.w + y * q.z),

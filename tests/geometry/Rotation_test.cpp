@@ -116,9 +116,18 @@ TEST(Rotation, QuaternionRotatesLikeItsMatrixAndComesBackFromIt) {
 }
 
 TEST(Rotation, ProductsAreTheSameAtCompileTimeAndAtRunTime) {
-  constexpr Tquaternion p = quaternion(0.1, -0.7, 1.3, 0.9), q = quaternion(-0.3, 1.7, 0.11, -2.3);
-  constexpr Tquaternion product = p * q;
-  EXPECT_EQ(product, Tquaternion(p) * q);
+  constexpr std::array factors = {
+      quaternion(0.1, -0.7, 1.3, 0.9), quaternion(-0.3, 1.7, 0.11, -2.3),
+      quaternion(0.77, 0.13, -1.9, 3.1), quaternion(-2.9, -0.19, 0.37, 1.1),
+      quaternion(1.7, 0.59, 0.23, -0.83)};
+  constexpr auto products = [&factors] {
+    std::array<Tquaternion, factors.size()> result;
+    for (std::size_t i = 0; i < factors.size(); ++i)
+      result[i] = factors[i] * factors[(i + 1) % factors.size()];
+    return result;
+  }();
+  for (std::size_t i = 0; i < factors.size(); ++i)
+    EXPECT_EQ(products[i], Tquaternion(factors[i]) * factors[(i + 1) % factors.size()]);
 }
 
 // Doubles round the cosine of half an angle to 1 below 2.1e-8.

@@ -121,6 +121,7 @@ TEST(LinkList, MergesChainsWithTheirCompanions) {
   EXPECT_THAT(list2.keys(), ElementsAre(10, 55, 50, 200));
   MR_ll_merge(&list2, Records({400, 300, 500, 600}).take());  // longer than list
   MR_ll_insert_sorted2(&list, newNode(30), &list2, newNode(700), compareKeys);
+  MR_ll_insert_sorted2(nullptr, &lost.link, &list2, nullptr, compareKeys);
   EXPECT_THAT(list2.keys(), ElementsAre(10, 55, 50, 200, 400, 300, 500, 600, 700));
 }
 

@@ -5,7 +5,7 @@
 // and with d = Aᵀ x in these rows
 //
 //     ρ = ±√(xᵀ x), with the sign of x₀,   v = x / ρ + e₁,
-//     row l := −d / ρ,   row l + i := row l + i − xᵢ (d / ρ + row l) / (ρ + x₀).
+//     row l := 0 − d / ρ,   row l + i := row l + i − xᵢ (d / ρ + row l) / (ρ + x₀).
 //
 // Element 0 of d / ρ takes no further sum, so that all sums of a step are one pass over the rows.
 // x stays where it is until the end, when it is divided by ρ.
@@ -181,7 +181,7 @@ class SmallQr {
     for (Index v = 0; v < vectors; ++v) {
       const Vector old = load(rowOf(l) + v * kWidth);
       const Vector removed = sums[0][v] * splat(inverse);
-      store(rowOf(l) + v * kWidth, live_[v] ? -removed : old);
+      store(rowOf(l) + v * kWidth, live_[v] ? Vector{} - removed : old);
       const Lanes isPivot = lanes() + v * kWidth == splatLanes(c);
       live_[v] &= ~isPivot;
       g[v] = live_[v] ? (removed + old) * splat(factor) : Vector{};
