@@ -17,7 +17,7 @@
 
 #if defined(KILNBASE_BUILDING)
 #define KILNBASE_INLINE KILNBASE_API __attribute__((used)) inline
-#elif defined(__GNUC_GNU_INLINE__) /* as before C99, when `inline` alone defined the symbol, too */
+#elif defined(__GNUC_GNU_INLINE__) /* before C99 `inline` alone defined the symbol, too */
 #define KILNBASE_INLINE extern __inline__
 #else
 #define KILNBASE_INLINE inline

@@ -5,7 +5,8 @@
 // rows of A for one row of tiles; it is copied to the stack and stays in the first-level cache. A
 // strip holds the columns of B for one column of tiles; it is read in place, from a block of B that
 // stays in the second-level cache. A large product copies many panels at a time into the caller's
-// scratch, where they stay in the second-level cache, and strips where those would touch many pages.
+// scratch, where they stay in the second-level cache, and strips where those would touch many
+// pages.
 #include <cstdint>
 #include <utility>
 
