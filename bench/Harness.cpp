@@ -126,13 +126,17 @@ std::vector<Contestant> contestantsOf(const std::vector<Peer>& ways, const Shape
   return contestants;
 }
 
-void checkAgreement(const std::string& title, const std::vector<Peer>& ways,
-                    const std::vector<Contestant>& contestants, const Shape& shape) {
+// Raises Disagreement unless all contestants have the result of the first.
+std::vector<Contestant> agreeingContestants(const Operation& operation,
+                                            const std::vector<Peer>& ways, const Shape& shape) {
+  std::vector<Contestant> contestants = contestantsOf(ways, shape, 0);
   const Values expected = contestants.front().result();
   for (std::size_t i = 1; i < ways.size(); ++i) {
     if (agree(expected, contestants[i].result(), shape)) continue;
-    throw Disagreement(title + ": the result of " + ways[i].name + " is not ours");
+    throw Disagreement(operation.name + " " + text(shape) + ": the result of " + ways[i].name +
+                       " is not ours");
   }
+  return contestants;
 }
 
 // `passes` are the least times of the passes.
@@ -158,14 +162,12 @@ void Suite::addPeer(const std::string& operation, Peer peer) {
 }
 
 void check(const Operation& operation, const Shape& shape) {
-  const std::vector<Peer> ways = waysOf(operation, shape);
-  checkAgreement(operation.name + " " + text(shape), ways, contestantsOf(ways, shape, 0), shape);
+  agreeingContestants(operation, waysOf(operation, shape), shape);
 }
 
 Measurement measure(const Operation& operation, const Shape& shape, double seconds) {
   const std::vector<Peer> ways = waysOf(operation, shape);
-  std::vector<Contestant> contestants = contestantsOf(ways, shape, 0);
-  checkAgreement(operation.name + " " + text(shape), ways, contestants, shape);
+  std::vector<Contestant> contestants = agreeingContestants(operation, ways, shape);
   const int rounds = roundsWithin(seconds, minimumSeconds(contestants, 1));
   const int passes = std::min(rounds, kMostPasses);
   std::vector<Values> times(ways.size());

@@ -151,8 +151,8 @@ class SmallQr {
     }
   }
 
-  bool eliminate(Index l, double* qraux) {
-    const Index c = order_[l];
+  // Sets d for x, rows l to m - 1 of column c. Returns xᵀ x.
+  [[gnu::always_inline]] double project(Index l, Index c, Vector (&d)[vectors]) const {
     const double* x = elements_ + c;
     Vector sums[kChains][vectors] = {};
     for (Index i = l; i < m_; ++i) {
@@ -162,10 +162,19 @@ class SmallQr {
     }
     double products[kStride];
     for (Index v = 0; v < vectors; ++v) {
-      for (Index chain = 1; chain < kChains; ++chain) sums[0][v] += sums[chain][v];
-      store(products + v * kWidth, sums[0][v]);
+      d[v] = sums[0][v];
+      for (Index chain = 1; chain < kChains; ++chain) d[v] += sums[chain][v];
+      store(products + v * kWidth, d[v]);
     }
-    const double square = products[c];
+    return products[c];
+  }
+
+  // Takes step l. Returns whether xᵀ x is safe.
+  bool eliminate(Index l, double* qraux) {
+    const Index c = order_[l];
+    const double* x = elements_ + c;
+    Vector d[vectors];
+    const double square = project(l, c, d);
     if (!(square >= kLeastSafeSum && square <= kGreatestSafeSum)) return false;
     qraux[l] = 0.0;
     if (l + 1 == m_) return true;
@@ -180,7 +189,7 @@ class SmallQr {
     Vector g[vectors];
     for (Index v = 0; v < vectors; ++v) {
       const Vector old = load(rowOf(l) + v * kWidth);
-      const Vector removed = sums[0][v] * splat(inverse);
+      const Vector removed = d[v] * splat(inverse);
       store(rowOf(l) + v * kWidth, live_[v] ? Vector{} - removed : old);
       const Lanes isPivot = lanes() + v * kWidth == splatLanes(c);
       live_[v] &= ~isPivot;
